@@ -1,0 +1,56 @@
+#include <semaphore>
+#include <thread>
+
+#include "platform/task_switch.h"
+
+namespace platform::detail {
+namespace {
+
+struct BatonContext final : TaskContext {
+  std::binary_semaphore baton{0};
+  std::thread thread;                // none for the main context
+  BatonContext* finished = nullptr;  // the task whose end gave the baton to this one
+};
+
+void Pass(TaskContext* to) { static_cast<BatonContext*>(to)->baton.release(); }
+
+// Waits for the baton. A task that ended in giving it may still run destructors of its thread_local
+// objects: they are over before anybody else goes on.
+void Await(BatonContext& self) {
+  self.baton.acquire();
+  if (self.finished == nullptr) return;
+  self.finished->thread.join();
+  delete self.finished;
+  self.finished = nullptr;
+}
+
+class BatonSwitcher final : public TaskSwitcher {
+ public:
+  TaskContext* Main() override { return &main_; }
+
+  TaskContext* Create(TaskEntry entry, void* argument) override {
+    auto context = std::make_unique<BatonContext>();
+    BatonContext& self = *context;
+    self.thread = std::thread([&self, entry, argument] {
+      Await(self);
+      auto* next = static_cast<BatonContext*>(entry(argument));
+      next->finished = &self;
+      Pass(next);
+    });
+    return context.release();
+  }
+
+  void Switch(TaskContext* from, TaskContext* to) override {
+    Pass(to);
+    Await(*static_cast<BatonContext*>(from));
+  }
+
+ private:
+  BatonContext main_;
+};
+
+}  // namespace
+
+std::unique_ptr<TaskSwitcher> MakeBatonSwitcher() { return std::make_unique<BatonSwitcher>(); }
+
+}  // namespace platform::detail

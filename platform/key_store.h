@@ -1,0 +1,25 @@
+// A small registry: values under keys whose segments are separated by backslashes. The store is one
+// text file that the host names at its start; a person may edit it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace platform {
+
+// Names the file; it need not exist. Without a file every key is missing.
+void SetKeyStoreFile(const std::string& path);
+
+// Sets a value for this process alone, before what the file says; nothing takes it back.
+void OverrideKeyValue(const std::string& key, const std::string& name,
+                      std::optional<uint32_t> value);
+
+// The 32-bit value `name` under `key` ("HKEY_LOCAL_MACHINE\\SOFTWARE\\..."); nothing if key or value
+// is missing, is of another type, or the file can't be read. The file is read afresh each time.
+std::optional<uint32_t> ReadKeyValue(const std::string& key, const std::string& name);
+
+// Writes a value, making the key; false if the file can't be written. Other values stay.
+bool WriteKeyValue(const std::string& key, const std::string& name, uint32_t value);
+
+}  // namespace platform

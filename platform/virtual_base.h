@@ -1,0 +1,97 @@
+// Virtual time: one task runs at a time, and when all wait, time jumps to the earliest deadline.
+// Who runs next among the ready is drawn from a seed, so a run is repeated exactly by its seed.
+//
+// All of this is plain data that only the running task touches. A task changes places with another
+// only inside GiveWay.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <map>
+#include <memory>
+#include <span>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/deadline_heap.h"
+#include "platform/schedule_policy.h"
+#include "platform/task.h"
+#include "platform/task_switch.h"
+#include "platform/time_base.h"
+
+namespace platform::detail {
+
+class VirtualBase {
+ public:
+  explicit VirtualBase(const TimeBaseOptions& options);
+  VirtualBase(const VirtualBase&) = delete;
+  VirtualBase& operator=(const VirtualBase&) = delete;
+
+  // The base in force; null under the real one.
+  static VirtualBase* Current() { return current_.load(std::memory_order_relaxed); }
+
+  // Puts the base in force and runs the program as the task "main".
+  int Run(const std::function<int()>& program);
+
+  Microseconds now() const { return now_; }
+  uint32_t startTick() const { return startTick_; }
+  TimeBaseFigures figures() const { return {switches_, steps_, traceHash_, now_}; }
+  ThreadRecord& runningRecord() { return *running_; }
+
+  std::shared_ptr<Thread> Start(const std::string& name, std::function<void()> body);
+  void Join(Task& task);
+
+  void Acquire(LockState& lock);
+  void Release(LockState& lock);
+
+  void Set(EventState& event);
+  int WaitForAny(std::span<EventState* const> events, std::span<WaitNode> nodes,
+                 const Deadline& deadline);
+  void SleepUntil(const Deadline& deadline);
+
+ private:
+  static TaskContext* RunTask(void* task);
+  TaskContext* End(Task& task);
+
+  // A point at which another ready task may be let first.
+  void MayLeave();
+  void Yield();
+  void Block(const Deadline& deadline);
+  void GiveWay();
+  Task& ChooseNext();
+  void JumpTime();
+  void Wake(Task& task);
+  void WaitForLock(LockState& lock, bool goesFirst);
+  void CheckAllEnded() const;
+
+  // Reports, then ends the process.
+  [[noreturn]] void Abandon(const std::string& headline) const;
+  std::string DescribeTask(const Task& task) const;
+  static std::string DescribeWait(const Task& task);
+
+  static std::atomic<VirtualBase*> current_;
+
+  const uint64_t seed_;
+  const TaskSwitch taskSwitch_;
+  const uint32_t startTick_;
+  const std::thread::id thread_;  // where fibers run
+  const std::unique_ptr<SchedulePolicy> policy_;
+  const std::unique_ptr<TaskSwitcher> switcher_;
+
+  Microseconds now_{0};
+  Task* running_ = nullptr;
+  std::vector<Task*> ready_;  // in the order in which they became ready, but for gaps filled
+  DeadlineHeap deadlines_;
+  std::map<uint32_t, std::shared_ptr<Task>> tasks_;  // all that have not ended, by number
+  uint32_t nextNumber_ = 0;
+  bool choosing_ = false;  // inside ChooseNext, where nothing may give way
+
+  uint64_t switches_ = 0;
+  uint64_t steps_ = 0;
+  uint64_t traceHash_ = 0;
+  uint64_t stepsAtThisTime_ = 0;   // since time last moved
+  uint64_t pointsAtThisTime_ = 0;  // likewise, points at which nobody gave way counted
+};
+
+}  // namespace platform::detail

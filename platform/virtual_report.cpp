@@ -1,0 +1,74 @@
+// What the virtual base says when it gives a run up.
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "platform/fatal.h"
+#include "platform/virtual_base.h"
+
+namespace platform::detail {
+namespace {
+
+std::string Seconds(Microseconds moment) {
+  return fmt::format("{}.{:06} s", moment.count() / 1'000'000, moment.count() % 1'000'000);
+}
+
+}  // namespace
+
+void VirtualBase::CheckAllEnded() const {
+  if (tasks_.size() > 1) Abandon("threads left at the end of the program");
+  if (!running_->held.empty()) {
+    Abandon(fmt::format("the program ends while it holds \"{}\"", running_->held.last()->name));
+  }
+}
+
+void VirtualBase::Abandon(const std::string& headline) const {
+  std::string report = fmt::format(
+      "platform: {}\n  repeat with seed {} ({}); virtual time {}, {} steps, trace {:016x}\n",
+      headline, seed_, taskSwitch_ == TaskSwitch::Fibers ? "fibers" : "threads", Seconds(now_),
+      steps_, traceHash_);
+  for (const auto& [number, task] : tasks_) report += DescribeTask(*task);
+  report.pop_back();
+  AbandonRun(report);
+}
+
+std::string VirtualBase::DescribeTask(const Task& task) const {
+  std::string text = fmt::format("  thread {} \"{}\": ", task.number, task.threadName);
+  switch (task.state) {
+    case TaskState::Running:
+      text += "running";
+      break;
+    case TaskState::Ready:
+      text += &task == running_ ? "ready, ran last" : "ready";
+      break;
+    case TaskState::Waiting:
+      text += DescribeWait(task);
+      break;
+  }
+  for (size_t i = 0; i < task.held.size(); ++i) {
+    text += fmt::format("{} \"{}\"", i == 0 ? "; holds" : ",", task.held[i]->name);
+  }
+  return text + "\n";
+}
+
+std::string VirtualBase::DescribeWait(const Task& task) {
+  std::string text;
+  if (task.wantedLock != nullptr) {
+    const ThreadRecord* owner = task.wantedLock->owner.load(std::memory_order_relaxed);
+    text = fmt::format("waits for lock \"{}\", owned by {}", task.wantedLock->name,
+                       owner != nullptr ? fmt::format("\"{}\"", owner->threadName) : "nobody");
+  } else if (task.joined != nullptr) {
+    text = fmt::format("waits for the end of thread \"{}\"", task.joined->threadName);
+  } else if (!task.wantedEvents.empty()) {
+    text = "waits for event ";
+    for (size_t i = 0; i < task.wantedEvents.size(); ++i) {
+      text += fmt::format("{}\"{}\"", i == 0 ? "" : " or ", task.wantedEvents[i]->name);
+    }
+  } else {
+    text = "sleeps";
+  }
+  if (!task.deadline.IsNever()) text += fmt::format(", until {}", Seconds(task.deadline.moment()));
+  return text;
+}
+
+}  // namespace platform::detail
