@@ -1,0 +1,268 @@
+#include "instrument/conversation.h"
+
+#include <algorithm>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "instrument/protocol/frames.h"
+#include "instrument/protocol/identification.h"
+#include "platform/log.h"
+
+namespace rvx {
+namespace {
+
+constexpr platform::Milliseconds kReplyTimeout{2000};
+constexpr platform::Milliseconds kSilence{20000};
+constexpr int32_t kMostResends = 101;
+
+constexpr std::string_view kAbort = "CAB";
+
+// Whether a command starts a run or a motion, which is what an abort ends.
+bool IsEndedByAbort(std::string_view text) {
+  const std::string_view command = KindAndTag(text);
+  return command == "CST" || command == "CMC" || command == "CPM" || command == "CMP" ||
+         command == "CMM";
+}
+
+}  // namespace
+
+Conversation::Conversation(ConversationPeer& peer, uint8_t address)
+    : peer_(peer), address_(address), reader_(address, this) {}
+
+void Conversation::Start() {
+  lastSend_ = lastReply_ = platform::MonotonicTime();
+  try {
+    thread_ = platform::StartThread("communications", [this] { RunThread(); });
+  } catch (const std::system_error& error) {
+    platform::Log(platform::LogLevel::Error,
+                  std::string("no communications thread: ") + error.what());
+  }
+}
+
+void Conversation::Stop() {
+  stop_.Set();
+  if (thread_) thread_->Join();
+  thread_.reset();
+}
+
+void Conversation::Queue(const std::string& text, CommandClient* client) {
+  auto command = std::make_unique<Command>(Command{text, client});
+  {
+    QueueGuard guard(queue_);
+    queue_.Add(std::move(command));
+  }
+  work_.Set();
+}
+
+void Conversation::ForgetClient(CommandClient* client) {
+  platform::RecursiveGuard delivery(deliveryLock_);
+  {
+    QueueGuard guard(queue_);
+    queue_.ForgetClient(client);
+    // With the queue still locked: the thread moves a command from queue to pending under it.
+    platform::PlainGuard pendingGuard(pendingLock_);
+    if (pending_ && pending_->client == client) pending_->client = nullptr;
+  }
+}
+
+void Conversation::SetAutoReportAsked(bool asked) {
+  {
+    platform::PlainGuard guard(autoReportLock_);
+    autoReportAsked_ = asked;
+  }
+  work_.Set();
+}
+
+bool Conversation::WaitUntilIdle(const platform::Deadline& deadline) {
+  if (!thread_) return false;
+  for (;;) {
+    {
+      QueueGuard guard(queue_);
+      platform::PlainGuard pendingGuard(pendingLock_);
+      if (queue_.IsEmpty() && idle_) return true;
+    }
+    if (!becameIdle_.Wait(deadline)) return false;
+  }
+}
+
+void Conversation::Receive(std::span<const uint8_t> bytes) { reader_.Feed(bytes); }
+
+// --- The communications thread ---
+
+void Conversation::RunThread() {
+  while (!stop_.TryWait()) {
+    if (const std::optional<std::string> text = TakeCommand()) {
+      Exchange(*text);
+      continue;
+    }
+    becameIdle_.Set();
+    const platform::Deadline poll = NextPoll();
+    if (poll.HasPassed()) {
+      {
+        platform::PlainGuard guard(pendingLock_);
+        idle_ = false;
+      }
+      Exchange(StatusQuery(address_));
+    } else {
+      platform::WaitForAny({&stop_, &work_}, poll);
+    }
+  }
+}
+
+std::optional<std::string> Conversation::TakeCommand() {
+  QueueGuard guard(queue_);
+  std::unique_ptr<Command> command = queue_.Take();
+  if (!command) return std::nullopt;
+  std::string text = command->text;
+  platform::PlainGuard pendingGuard(pendingLock_);
+  // A command can still be pending here only if a frame that answers nothing ended its wait: it
+  // ends as by a time-out.
+  if (pending_) retryCount_ = 0;
+  pending_ = std::move(command);
+  idle_ = false;
+  return text;
+}
+
+platform::Deadline Conversation::NextPoll() const {
+  {
+    platform::PlainGuard guard(autoReportLock_);
+    if (autoReportAsked_ || autoReportSeen_) {
+      // Reports come by themselves. When they stay away for long, the instrument has been switched
+      // off or restarted in the middle of a run: a poll finds out, or nobody would ever.
+      return platform::Deadline::At(std::max(lastSend_, LastFrame()) + kSilence);
+    }
+  }
+  return platform::Deadline::At(lastSend_ + peer_.GetStatusPeriod());
+}
+
+void Conversation::Exchange(const std::string& text) {
+  reply_.Reset();
+  peer_.SendFrame(MakeFrame(text));
+  lastSend_ = platform::MonotonicTime();
+  const int ended =
+      platform::WaitForAny({&reply_, &stop_}, platform::Deadline::At(lastSend_ + kReplyTimeout));
+  if (ended == 0) {
+    lastReply_ = platform::MonotonicTime();
+    notified_ = false;
+  } else {
+    DropPending();
+  }
+  {
+    platform::PlainGuard guard(pendingLock_);
+    idle_ = true;
+  }
+  if (ended != 1 && !notified_ &&
+      platform::MonotonicTime() - std::max(lastReply_, LastFrame()) > kSilence) {
+    notified_ = true;
+    peer_.InstrumentNotResponding();
+  }
+}
+
+void Conversation::DropPending() {
+  std::unique_ptr<Command> dropped = TakePending();
+  if (!dropped) return;
+  // Whether it arrived or not: a status frame that shows Auto Report stops the polling again.
+  if (dropped->text.compare(1, 3, "CAR") == 0) SetAutoReportAsked(false);
+  platform::PlainGuard guard(pendingLock_);
+  retryCount_ = 0;  // it counts the resends of one command, and that one is gone
+}
+
+// --- Replies, on the thread that hands over received bytes ---
+
+void Conversation::FrameReceived(std::span<const uint8_t> frame) {
+  const std::span<const uint8_t> data = ReplyData(frame);
+  switch (ClassifyReply(frame)) {
+    case ReplyKind::Status: {
+      if (data.size() < kStatusRecordSize) return;  // damaged: the same as no frame
+      StatusReceived(data);
+      break;
+    }
+    case ReplyKind::SelfTest: {
+      const std::optional<uint16_t> word = ParseSelfTestWord(data);
+      if (!word) return;
+      peer_.KeepSelfTest(*word);
+      Answer(std::string(kSelfTestTag));
+      break;
+    }
+    case ReplyKind::Identity:
+      if (!IsWholeIdentification(frame)) return;  // damaged: the same as no frame
+      peer_.KeepIdentity(frame);
+      Answer(std::string(kIdentityTag));
+      break;
+    case ReplyKind::Unknown:
+      break;  // answers nobody, but a frame has come
+  }
+  lastFrame_ = platform::MonotonicTime().count();
+  peer_.FrameProcessed();
+  // First: behind the event the next frame may go out, and its answer must not be purged.
+  peer_.PurgePort();
+  reply_.Set();
+}
+
+void Conversation::StatusReceived(std::span<const uint8_t> data) {
+  const std::optional<StatusRecord> record = peer_.KeepStatus(data);
+  if (!record) return;
+  AnswerByStatus(*record);
+  peer_.FollowStatus(*record);
+  FollowAutoReport(record->switchByte());
+}
+
+void Conversation::FollowAutoReport(uint8_t switchByte) {
+  bool pollAgain = false;
+  {
+    platform::PlainGuard guard(autoReportLock_);
+    if ((switchByte & kSwitchAutoReport) != 0) {
+      autoReportSeen_ = true;
+      autoReportAsked_ = false;
+    } else if (!autoReportAsked_) {
+      pollAgain = autoReportSeen_;
+      autoReportSeen_ = false;
+    }
+  }
+  if (pollAgain) work_.Set();
+}
+
+std::unique_ptr<Command> Conversation::TakePending() {
+  platform::PlainGuard guard(pendingLock_);
+  return std::move(pending_);
+}
+
+void Conversation::Answer(const std::string& tag) {
+  platform::RecursiveGuard delivery(deliveryLock_);
+  const std::unique_ptr<Command> command = TakePending();
+  if (command && command->client != nullptr) command->client->CommandReply(tag);
+}
+
+void Conversation::AnswerByStatus(const StatusRecord& record) {
+  platform::RecursiveGuard delivery(deliveryLock_);
+  std::unique_ptr<Command> command = TakePending();
+  if (!command) return;
+  bool resend = false;
+  bool refused = false;
+  {
+    platform::PlainGuard guard(pendingLock_);
+    if (AsksForResend(record.errorCode())) {
+      resend = retryCount_ < kMostResends;
+      refused = !resend;
+    }
+    retryCount_ = resend ? retryCount_ + 1 : 0;
+  }
+  if (resend) {
+    // Behind whatever has been queued meanwhile; the client hears nothing.
+    QueueGuard guard(queue_);
+    // Behind an abort it would start what the abort was to end, with nobody there to watch it.
+    if (IsEndedByAbort(command->text) && queue_.Holds(kAbort)) {
+      platform::PlainGuard pendingGuard(pendingLock_);
+      retryCount_ = 0;
+      return;
+    }
+    queue_.Add(std::move(command));
+    return;
+  }
+  // The empty tag: the instrument would not take the command.
+  if (command->client != nullptr) command->client->CommandReply(refused ? "" : record.lastTag());
+  if (refused) SetAutoReportAsked(false);
+}
+
+}  // namespace rvx
