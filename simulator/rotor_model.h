@@ -1,0 +1,31 @@
+// Physics of the rotor: what speed it reaches in the oil that is in the cell.
+#pragma once
+
+#include <cstdint>
+
+namespace rvx::simulator {
+
+// What the speed may depend on.
+struct RotorConditions {
+  bool on = false;          // the motor is driven
+  uint16_t cellCounts = 0;  // cell temperature, ADC counts
+};
+
+// Called on the simulator's main thread only.
+class RotorModel {
+ public:
+  virtual ~RotorModel() = default;
+  // Speed in the controller's speed counts (0.06 rpm each).
+  virtual uint16_t SpeedCounts(const RotorConditions& conditions) = 0;
+};
+
+// Turns at 240 rpm as soon as it is on, in any oil.
+class SteadyRotor : public RotorModel {
+ public:
+  static constexpr uint16_t kSpeedCounts = 4000;
+  uint16_t SpeedCounts(const RotorConditions& conditions) override {
+    return conditions.on ? kSpeedCounts : 0;
+  }
+};
+
+}  // namespace rvx::simulator
