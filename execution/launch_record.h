@@ -1,0 +1,50 @@
+// What an action and the thread of its run share.
+#pragma once
+
+#include <string>
+
+#include "instrument/host/action.h"
+#include "instrument/lock_ranks.h"
+#include "platform/event.h"
+#include "platform/lock.h"
+
+namespace rvx {
+
+class C_RVX;
+class CBaseAction;
+
+// Made by Start, held by the action and by the thread, so that it outlives an action that is
+// stopped or destroyed while its thread still runs. The instrument outlives the thread, since the
+// thread is registered there from before its start to its very end.
+//
+// The lock is held over the watcher's calls, so that a stopper who has detached the watcher knows
+// that no call is under way or to come. A watcher may stop or destroy the action from inside a call
+// (the lock is recursive), so after each call the thread looks at `watcher` and `action` again.
+struct LaunchRecord {
+  LaunchRecord(C_RVX& ownInstrument, CBaseAction* ownAction, ActionWatcher* ownWatcher,
+               std::string ownContext, int ownTray, int ownPosition);
+  LaunchRecord(const LaunchRecord&) = delete;
+  LaunchRecord& operator=(const LaunchRecord&) = delete;
+
+  // Tell the watcher, if one is still attached. On the run's thread.
+  void ReportStarted();
+  void ReportStatus(const std::string& text);
+
+  // True once the action was stopped or destroyed.
+  bool IsDetached();
+
+  // Constant after construction.
+  C_RVX& instrument;
+  const std::string context;
+  const int tray;      // raw number of the context; sample and move actions only
+  const int position;  // raw number of the context; sample and move actions only
+
+  // Set once by the stopper; it stays set, so that nobody has to hand it on.
+  platform::Event stopEvent{"action stop", platform::Event::Mode::ManualReset};
+
+  platform::RecursiveLock lock{"launch record", kLaunchRecordLockRank};
+  ActionWatcher* watcher GUARDED_BY(lock);  // not owned; null once detached
+  CBaseAction* action GUARDED_BY(lock);     // not owned; null once detached
+};
+
+}  // namespace rvx

@@ -1,0 +1,115 @@
+#include "execution/move_state_machine.h"
+
+#include "instrument/protocol/frames.h"
+#include "instrument/protocol/status_record.h"
+#include "resources/string_ids.h"
+
+namespace rvx {
+namespace {
+
+constexpr int kMoveCommand = 1;
+
+}  // namespace
+
+CMSStateMachine::CMSStateMachine(LaunchRecord& launch)
+    : Sequencer(launch, kTextActionTimeout, kTextActionInUse) {
+  ExecuteLoadResources(this);
+}
+
+void CMSStateMachine::SetState(State state) {
+  state_ = state;
+  NoteProgress();
+}
+
+platform::Deadline CMSStateMachine::NextDeadline() const {
+  switch (state_) {
+    case State::AwaitReply:
+    case State::AwaitAbort:
+      return ResponseDeadline();
+    case State::Start:
+    case State::AwaitStart:
+    case State::AwaitEnd:
+    case State::End:
+    case State::Abort:
+    case State::ResendAbort:
+      return platform::Deadline::Never();
+  }
+  return platform::Deadline::Never();
+}
+
+int32_t CMSStateMachine::Act() {
+  switch (state_) {
+    case State::Start:
+      Start();
+      return 1;
+    case State::AwaitReply:
+      AwaitReply();
+      return 1;
+    case State::AwaitStart:
+      AwaitStart();
+      return 1;
+    case State::AwaitEnd:
+      if (status_.operation == 0) {
+        Tick();
+        SetState(State::End);
+      }
+      return 1;
+    case State::End:
+      SetState(State::Start);
+      return 0;
+    case State::Abort:
+      AbortAndRaise();
+    case State::ResendAbort:
+      instrument_.SendAbort(nullptr);
+      Tick();
+      SetState(State::AwaitAbort);
+      return 1;
+    case State::AwaitAbort:
+      // Ended by the time: the abort's reply goes to the instrument itself.
+      if (TakeReply(kAbortTag) || IsResponseOverdue()) {
+        Tick();
+        SetState(State::Start);
+      }
+      return 1;
+  }
+  return 1;
+}
+
+void CMSStateMachine::Start() {
+  if (status_.operation != 0) {
+    FailInUse();
+    return;
+  }
+  TakeResponseTimeout();
+  instrument_.MoveToPosition(launch_.position, this);
+  BeginRetries(kMoveCommand);
+  Tick();
+  SetState(State::AwaitReply);
+}
+
+void CMSStateMachine::AwaitReply() {
+  if (TakeReply(kMoveToPositionTag)) {
+    EndRetries(kMoveCommand);
+    Tick();
+    SetState(State::AwaitStart);
+    return;
+  }
+  if (!IsResponseOverdue()) return;
+  if (!UseRetry(kMoveCommand)) {
+    FailNoReply();
+    return;
+  }
+  Tick();
+  SetState(State::ResendAbort);
+}
+
+void CMSStateMachine::AwaitStart() {
+  if ((status_.switchByte & kSwitchStepperMoving) == 0) {
+    SetState(State::End);
+  } else if (status_.operation != 0) {
+    Tick();
+    SetState(State::AwaitEnd);
+  }
+}
+
+}  // namespace rvx

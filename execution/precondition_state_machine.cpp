@@ -1,0 +1,173 @@
+#include "execution/precondition_state_machine.h"
+
+#include <cmath>
+
+#include "instrument/protocol/frames.h"
+#include "resources/string_ids.h"
+
+namespace rvx {
+namespace {
+
+// Warmer than this the oil in the cell is too thin to be run in.
+constexpr double kPreconditionTemperature = -15.0;  // degrees C
+constexpr double kNearTarget = 0.5;                 // degrees C
+constexpr int64_t kLongestSeek = 300000;            // ms
+constexpr int64_t kHoldTime = 10000;                // ms
+// The commands in the order in which a run sends them.
+enum Command { kControlOnCommand = 1, kControlOffCommand, kMotorCommand };
+
+}  // namespace
+
+CPMStateMachine::CPMStateMachine(LaunchRecord& launch)
+    : Sequencer(launch, kTextActionTimeout, kTextActionInUse) {
+  ExecuteLoadResources(this);
+}
+
+void CPMStateMachine::SetState(State state) {
+  state_ = state;
+  NoteProgress();
+}
+
+platform::Deadline CPMStateMachine::NextDeadline() const {
+  switch (state_) {
+    case State::AwaitControlOn:
+    case State::AwaitControlOff:
+    case State::AwaitMotorReply:
+    case State::AwaitAbort:
+      return ResponseDeadline();
+    case State::SeekTemperature:
+      return AfterState(kLongestSeek);
+    case State::Hold:
+      return AfterState(kHoldTime);
+    case State::Start:
+    case State::SwitchControlOff:
+    case State::StartMotor:
+    case State::AwaitMotor:
+    case State::AwaitMotorEnd:
+    case State::End:
+    case State::Abort:
+    case State::ResendAbort:
+      return platform::Deadline::Never();
+  }
+  return platform::Deadline::Never();
+}
+
+int32_t CPMStateMachine::Act() {
+  switch (state_) {
+    case State::Start:
+      Start();
+      return 1;
+    case State::AwaitControlOn:
+      AwaitReply(kTemperatureControlTag, kControlOnCommand, State::SeekTemperature);
+      return 1;
+    case State::SeekTemperature:
+      SeekTemperature();
+      return 1;
+    case State::Hold:
+      GoOnIf(GetElapsed() >= kHoldTime, State::SwitchControlOff);
+      return 1;
+    case State::SwitchControlOff:
+      SwitchControlOff();
+      return 1;
+    case State::AwaitControlOff:
+      AwaitReply(kTemperatureControlTag, kControlOffCommand, State::StartMotor);
+      return 1;
+    case State::StartMotor:
+      StartMotor();
+      return 1;
+    case State::AwaitMotorReply:
+      AwaitReply(kPreconditionTag, kMotorCommand, State::AwaitMotor);
+      return 1;
+    case State::AwaitMotor:
+      GoOnIf(status_.operation != 0, State::AwaitMotorEnd);
+      return 1;
+    case State::AwaitMotorEnd:
+      GoOnIf(status_.operation == 0, State::End);
+      return 1;
+    case State::End:
+      SetState(State::Start);
+      return 0;
+    case State::Abort:
+      AbortAndRaise();
+    case State::ResendAbort:
+      instrument_.SendAbort(nullptr);
+      Tick();
+      SetState(State::AwaitAbort);
+      return 1;
+    case State::AwaitAbort:
+      // Ended by the time: the abort's reply goes to the instrument itself.
+      GoOnIf(TakeReply(kAbortTag) || IsResponseOverdue(), State::Start);
+      return 1;
+  }
+  return 1;
+}
+
+void CPMStateMachine::GoOnIf(bool condition, State next) {
+  if (!condition) return;
+  Tick();
+  SetState(next);
+}
+
+void CPMStateMachine::Start() {
+  instrument_.Lock();
+  const int32_t minutes = instrument_.configuration().testRecord.preconditionTime;
+  instrument_.Unlock();
+  if (minutes == 0) {
+    SetState(State::End);
+    return;
+  }
+  if (status_.operation != 0) {
+    FailInUse();
+    return;
+  }
+  TakeResponseTimeout();
+  if (status_.actualTemperature > kPreconditionTemperature) {
+    instrument_.SetTemperatureControl(true, kPreconditionTemperature, this);
+    BeginRetries(kControlOnCommand);
+    SetState(State::AwaitControlOn);
+  } else {
+    SetState(State::StartMotor);
+  }
+  Tick();
+}
+
+void CPMStateMachine::SeekTemperature() {
+  const double distance = std::abs(status_.actualTemperature - status_.targetTemperature);
+  if (distance < kNearTarget) {
+    GoOnIf(true, State::Hold);
+  } else {
+    GoOnIf(GetElapsed() >= kLongestSeek, State::SwitchControlOff);
+  }
+}
+
+void CPMStateMachine::SwitchControlOff() {
+  instrument_.SetTemperatureControl(false, kTemperatureOff, this);
+  BeginRetries(kControlOffCommand);
+  Tick();
+  SetState(State::AwaitControlOff);
+}
+
+void CPMStateMachine::StartMotor() {
+  instrument_.PreconditionMotor(this);
+  BeginRetries(kMotorCommand);
+  Tick();
+  SetState(State::AwaitMotorReply);
+}
+
+void CPMStateMachine::AwaitReply(std::string_view tag, int command, State next) {
+  if (TakeReply(tag)) {
+    EndRetries(command);
+    Tick();
+    SetState(next);
+    return;
+  }
+  if (!IsResponseOverdue()) return;
+  if (!UseRetry(command)) {
+    FailNoReply();
+    return;
+  }
+  Tick();
+  SetState(State::ResendAbort);
+}
+
+}  // namespace rvx

@@ -1,0 +1,91 @@
+#include "execution/sample_result.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+
+#include "platform/text.h"
+
+namespace rvx {
+namespace {
+
+// From the start to the sample and back: trolley, table, the tube down and up.
+constexpr int64_t kMoveSeconds = 45;
+// From the injection temperature to the test temperature, until it is steady.
+constexpr int64_t kSettleSeconds = 90;
+
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+}  // namespace
+
+RunAverages AverageRun(const std::vector<double>& speeds, const std::vector<double>& temperatures,
+                       int averagingCount) {
+  RunAverages result;
+  const size_t n = std::min(speeds.size(), temperatures.size());
+  if (averagingCount < 1 || n <= 2 * static_cast<size_t>(averagingCount)) return result;
+  result.count = averagingCount;
+  const size_t readings = 2 * static_cast<size_t>(averagingCount);
+  double sumOfSpeeds = 0.0;
+  double sumOfTemperatures = 0.0;
+  for (size_t k = 0; k < readings; k += 2) {
+    const double value = (speeds[n - 2 - k] + speeds[n - 1 - k]) * 0.5;
+    sumOfSpeeds += value;
+    if (k / 2 < result.speeds.size()) result.speeds.at(k / 2) = value;
+    sumOfTemperatures += temperatures[n - 1 - k] + temperatures[n - 2 - k];
+  }
+  result.speed = sumOfSpeeds / averagingCount;
+  result.temperature = sumOfTemperatures / (2.0 * averagingCount);
+  return result;
+}
+
+double CalculateViscosity(double b0, double b1, double b2, double speed) {
+  if (speed == 0.0) return 0.0;
+  return b0 / speed + b1 + b2 * speed;
+}
+
+std::string GetCsvFileName(const std::string& sampleId, double temperature,
+                           const platform::Date& now) {
+  std::string name = sampleId;
+  std::replace_if(
+      name.begin(), name.end(),
+      [](char c) {
+        return c == '/' || c == '\\' || static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+      },
+      '_');
+  const int64_t span = now.ToMilliseconds() - platform::Date(2000, 1, 1).ToMilliseconds();
+  const double seconds = std::round(static_cast<double>(span) / 1000.0);
+  return platform::FormatText("%s_%3.1fC_%.f.csv", name.c_str(), temperature, seconds);
+}
+
+std::string MakeCsvText(const std::vector<double>& speeds,
+                        const std::vector<double>& temperatures) {
+  std::string text = "Speed,Temperature\n";
+  const size_t entries = std::min(speeds.size(), temperatures.size());
+  for (size_t i = 0; i + 1 < entries; ++i) {
+    text += platform::FormatText("%f,%f\n", speeds[i], temperatures[i]);
+  }
+  return text;
+}
+
+void WriteCsvFile(const std::string& path, const std::string& text) {
+  // Binary: the same bytes on every system.
+  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "wb"));
+  if (file != nullptr) std::fwrite(text.data(), 1, text.size(), file.get());
+}
+
+int EstimateRunSeconds(const TestRecord& test, int testCount) {
+  int64_t seconds = 0;
+  for (int i = 0; i < std::min(testCount, kMaxTests); ++i) {
+    // A test without an injection uses the oil in the cell, and nothing moves.
+    if (test.injectionTime > 0) seconds += kMoveSeconds + test.injectionTime;
+    seconds += kSettleSeconds + std::max(test.coolDownTime, 0) +
+               std::max(test.rotorOnTimes.at(static_cast<size_t>(i)), 0);
+  }
+  return static_cast<int>(std::min<int64_t>(seconds, INT32_MAX));
+}
+
+}  // namespace rvx

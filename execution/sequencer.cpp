@@ -1,0 +1,145 @@
+#include "execution/sequencer.h"
+
+#include <utility>
+
+#include "resources/string_ids.h"
+#include "resources/string_table.h"
+
+namespace rvx {
+namespace {
+
+constexpr int kResends = 3;
+
+}  // namespace
+
+Sequencer::Sequencer(LaunchRecord& launch, int noReplyTextId, int inUseTextId)
+    : CommandClient(&launch.instrument),
+      instrument_(launch.instrument),
+      launch_(launch),
+      noReplyTextId_(noReplyTextId),
+      inUseTextId_(inUseTextId),
+      statusSequence_(launch.instrument.GetStatusSequence()) {
+  Tick();
+  instrument_.AddStatusEvent(&wakeEvent_);
+}
+
+Sequencer::~Sequencer() {
+  Detach();
+  instrument_.RemoveStatusEvent(&wakeEvent_);
+}
+
+int32_t Sequencer::LoadResources() {
+  noReplyText_ = LoadResourceString(noReplyTextId_);
+  inUseText_ = LoadResourceString(inUseTextId_);
+  notReadyText_ = LoadResourceString(kTextNotReady);
+  return 0;
+}
+
+int32_t Sequencer::Step() {
+  progressed_ = false;
+  // The next one and not the last one: a thread that was held up would lose readings of the run,
+  // and an error that stood in one frame only.
+  instrument_.GetNextReadings(statusSequence_, status_);
+  if (status_.machineStatus != 0) Fail(notReadyText_);
+  // Behind the machine status: an error says more, so its text wins.
+  if (status_.errorCode != 0) Fail(instrument_.GetErrorText(status_.errorCode));
+  ReportOperation();
+  return Act();
+}
+
+void Sequencer::AbortRun() {
+  instrument_.SendAbort(nullptr);
+  EnterStart();
+  ReportOperation();
+}
+
+void Sequencer::ReportOperation() {
+  if (status_.operation == reportedOperation_) return;
+  reportedOperation_ = status_.operation;
+  const std::string name = instrument_.GetOperationText(status_.operation);
+  if (!name.empty()) launch_.ReportStatus(name);
+}
+
+void Sequencer::CommandReply(const std::string& tag) {
+  // The frame of the reply is kept before its client is called.
+  const uint64_t sequence = instrument_.GetStatusSequence();
+  {
+    platform::PlainGuard guard(replyLock_);
+    replyTag_ = tag;
+    untaggedReply_ = untaggedReply_ || tag.empty();
+    replySequence_ = sequence;
+  }
+  wakeEvent_.Set();
+}
+
+bool Sequencer::TakeReply(std::string_view tag) {
+  platform::PlainGuard guard(replyLock_);
+  // Not before the frames up to it have been read: an older one still shows the instrument at rest.
+  if (replyTag_ != tag || statusSequence_ < replySequence_) return false;
+  replyTag_.clear();
+  return true;
+}
+
+bool Sequencer::TakeUntaggedReply() {
+  platform::PlainGuard guard(replyLock_);
+  return std::exchange(untaggedReply_, false);
+}
+
+int64_t Sequencer::GetElapsed() const {
+  return std::chrono::duration_cast<platform::Milliseconds>(platform::MonotonicTime() - stateTime_)
+      .count();
+}
+
+platform::Deadline Sequencer::AfterState(int64_t milliseconds) const {
+  return platform::Deadline::At(stateTime_ + platform::Milliseconds(milliseconds));
+}
+
+void Sequencer::BeginRetries(int command) {
+  retries_ = failedCommand_ >= command ? failedRetries_ : kResends;
+}
+
+void Sequencer::EndRetries(int command) {
+  retries_ = 0;
+  if (failedCommand_ <= command) failedCommand_ = 0;
+}
+
+bool Sequencer::UseRetry(int command) {
+  if (retries_ == 0) return false;
+  --retries_;
+  if (failedCommand_ < command) failedCommand_ = command;
+  failedRetries_ = retries_;
+  return true;
+}
+
+void Sequencer::Fail(const std::string& message) {
+  abortMessage_ = message;
+  Tick();
+  EnterAbort();
+}
+
+void Sequencer::AbortAndRaise() {
+  instrument_.SendAbort(nullptr);
+  ActionErrorRecord record = instrument_.MakeErrorRecord();
+  record.message = abortMessage_;
+  record.kind = 0;
+  record.sampleFailure = 1;
+  CompleteFailure(record);
+  EnterEnd();
+  ReportOperation();
+  throw new ActionException(std::move(record));
+}
+
+SequencerEnd RunSequencer(Sequencer& sequencer, LaunchRecord& record) {
+  for (;;) {
+    // First: a run that was stopped before it began starts nothing at the instrument.
+    if (record.stopEvent.TryWait()) return SequencerEnd::Stopped;
+    if (sequencer.Step() == 0) break;
+    if (sequencer.HasProgressed()) continue;
+    const int which =
+        platform::WaitForAny({&record.stopEvent, &sequencer.wakeEvent()}, sequencer.NextDeadline());
+    if (which == 0) return SequencerEnd::Stopped;
+  }
+  return record.stopEvent.TryWait() ? SequencerEnd::Stopped : SequencerEnd::Finished;
+}
+
+}  // namespace rvx
