@@ -1,0 +1,33 @@
+// The failures of scripting operations, in words for people.
+#pragma once
+
+#include <string>
+
+#include "instrument/host/host.h"
+#include "instrument/host/instrument_scripting.h"
+#include "platform/text.h"
+#include "scripting/settings_table.h"
+
+namespace rvx {
+
+inline ScriptingProblem Problem(ScriptingProblem::Kind kind, std::string message,
+                                std::string field = std::string(), int32_t test = -1) {
+  return {kind, std::move(message), std::move(field), test};
+}
+
+inline ScriptingProblem BadValue(std::string message, std::string field, int32_t test = -1) {
+  return Problem(ScriptingProblem::Kind::BadValue, std::move(message), std::move(field), test);
+}
+
+// Nothing if the present user has the level.
+inline ScriptingResult CheckLevel(int32_t needed, const std::string& what) {
+  const int32_t present = GetSecurityManager()->GetAccessLevel();
+  if (present >= needed) return std::nullopt;
+  return Problem(
+      ScriptingProblem::Kind::NotAllowed,
+      platform::FormatText("%s needs level %d; the present user has level %d. Nothing was "
+                           "changed. Log in as a user of that level.",
+                           what.c_str(), needed, present));
+}
+
+}  // namespace rvx

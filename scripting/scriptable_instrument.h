@@ -1,0 +1,52 @@
+// The instrument with its operations for programs.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "instrument/c_rvx.h"
+#include "instrument/host/instrument_scripting.h"
+
+namespace rvx {
+
+// What discovery makes. The scripting operations stand beside C_RVX and use what every action and
+// screen uses; the instrument itself knows nothing of them.
+class ScriptableInstrument final : public C_RVX, public InstrumentScripting {
+ public:
+  using C_RVX::C_RVX;
+
+  InstrumentIdentity GetIdentity() override;
+  InstrumentReadings GetReadings() override;
+  bool WaitForReadings(uint64_t after, const platform::Deadline& deadline) override;
+  std::string GetErrorText(uint8_t errorCode) override { return C_RVX::GetErrorText(errorCode); }
+
+  std::vector<rvx::CellConstants> GetCellConstants() override;
+  ScriptingResult SetCellConstants(double temperature, double b0, double b1, double b2) override;
+
+  std::vector<InstrumentSetting> GetSettings() override;
+  ScriptingResult SetSettings(
+      const std::vector<std::pair<std::string, std::string>>& values) override;
+  ScriptingResult ImportSettings(const std::string& text) override;
+
+  std::optional<SampleTests> GetSampleTests(Action& action) override;
+  ScriptingResult SetSampleTests(Action& action, const SampleTests& tests) override;
+  int32_t EstimateSeconds(Action& action) override;
+
+  ScriptingResult SetHomeFlag() override;
+  ScriptingResult SetTemperature(std::optional<double> celsius) override;
+  ScriptingResult SetSwitch(ServiceSwitch which, bool on) override;
+  ScriptingResult JogAxis(ServiceAxis axis, int32_t target) override;
+  ScriptingResult AbortOperation() override;
+  ScriptingResult RunSelfTest(std::vector<std::string>& failures) override;
+
+ private:
+  // Level, and no tray that runs unpaused.
+  ScriptingResult MayConfigure(int32_t level);
+  // Tells the host and stores the settings; on failure `undo` puts the old values back.
+  ScriptingResult Store(const std::function<void()>& undo);
+  ScriptingResult CheckTests(const SampleTests& tests, bool measures);
+};
+
+}  // namespace rvx
