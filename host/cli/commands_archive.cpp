@@ -1,0 +1,124 @@
+// samples, messages: what has been measured and what went wrong. Works without an instrument.
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+
+#include "host/cli/arguments.h"
+#include "host/cli/commands.h"
+#include "host/cli/csv.h"
+#include "host/cli/failure.h"
+#include "host/cli/json_records.h"
+#include "host/cli/number_text.h"
+#include "host/cli/sample_table.h"
+#include "host/cli/session.h"
+
+namespace torvell {
+
+namespace {
+
+struct SamplesArguments {
+  int64_t last = 0;  // 0: all
+  std::string csvFile;
+};
+
+std::string ValueText(const ColumnValue& value) {
+  if (const auto* number = std::get_if<int64_t>(&value)) return std::to_string(*number);
+  if (const auto* number = std::get_if<double>(&value)) return ExactNumber(*number);
+  if (const auto* text = std::get_if<std::string>(&value)) return *text;
+  return "";
+}
+
+// Visits the samples asked for, oldest first.
+void VisitSamples(Session& session, int64_t last,
+                  const std::function<bool(const rvx::Sample&)>& visit) {
+  SampleStore& samples = session.host().samples();
+  if (last == 0) {
+    samples.ForEach(visit);
+    return;
+  }
+  for (const rvx::Sample& sample : samples.Last(last)) {
+    if (!visit(sample)) return;
+  }
+}
+
+void WriteSamplesCsv(Session& session, const SamplesArguments& arguments) {
+  std::vector<std::string> cells;
+  for (const SampleColumn& column : SampleColumns()) cells.push_back(column.name);
+  std::string text = CsvLine(cells);
+  int64_t count = 0;
+  VisitSamples(session, arguments.last, [&](const rvx::Sample& sample) {
+    cells.clear();
+    for (const ColumnValue& value : SampleValues(sample)) cells.push_back(ValueText(value));
+    text += CsvLine(cells);
+    ++count;
+    return true;
+  });
+  WriteWholeFile(arguments.csvFile, text);
+  session.output().Progress(fmt::format("{}: {} samples written", arguments.csvFile, count));
+}
+
+// One array, written sample by sample: an archive may hold more than fits into memory.
+void PrintSamplesJson(Session& session, int64_t last) {
+  Output& output = session.output();
+  bool first = true;
+  output.Text("[");
+  VisitSamples(session, last, [&](const rvx::Sample& sample) {
+    output.Text(first ? "\n" : ",\n");
+    first = false;
+    output.Text(JsonText(SampleJson(sample)));
+    return !output.OutputLost();
+  });
+  output.Text(first ? "]\n" : "\n]\n");
+}
+
+int Samples(Session& session, const SamplesArguments& arguments) {
+  if (!arguments.csvFile.empty()) WriteSamplesCsv(session, arguments);
+  if (session.output().json()) {
+    PrintSamplesJson(session, arguments.last);
+  } else if (arguments.csvFile.empty()) {
+    SampleTable table;
+    VisitSamples(session, arguments.last, [&](const rvx::Sample& sample) {
+      table.Add(sample);
+      return true;
+    });
+    session.output().Text(table.Text());
+  }
+  return static_cast<int>(ExitCode::Good);
+}
+
+int Messages(Session& session, int64_t last) {
+  Json list = Json::array();
+  Table table({{"time"}, {"kind"}, {"source"}, {"text"}});
+  for (const ErrorReport& report : session.host().errors().Last(last)) {
+    list.push_back(ReportJson(report));
+    table.AddRow({TimeText(report.time), report.kind == 0 ? "message" : "failure", report.source,
+                  report.message});
+  }
+  session.output().Result(list, table.Text());
+  return static_cast<int>(ExitCode::Good);
+}
+
+}  // namespace
+
+void AddArchiveCommands(CLI::App& app, Invocation& invocation) {
+  const auto arguments = std::make_shared<SamplesArguments>();
+  CLI::App* samples = app.add_subcommand("samples", "the stored samples");
+  samples->add_option("--last", arguments->last, "only the latest N")
+      ->type_name("N")
+      ->check(WholeNumber(1));
+  samples->add_option("--csv", arguments->csvFile, "write every column to this file")
+      ->type_name("FILE");
+  samples->callback([&invocation, arguments] {
+    invocation.command = [arguments](Session& session) { return Samples(session, *arguments); };
+  });
+
+  const auto last = std::make_shared<int64_t>(0);
+  CLI::App* messages =
+      app.add_subcommand("messages", "the failures and notices that were reported");
+  messages->add_option("--last", *last, "only the latest N")->type_name("N")->check(WholeNumber(1));
+  messages->callback([&invocation, last] {
+    invocation.command = [last](Session& session) { return Messages(session, *last); };
+  });
+}
+
+}  // namespace torvell

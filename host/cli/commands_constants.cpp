@@ -1,0 +1,79 @@
+// constants: the cell constants of each calibration temperature.
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+
+#include "host/cli/arguments.h"
+#include "host/cli/commands.h"
+#include "host/cli/number_text.h"
+#include "host/cli/session.h"
+#include "host/cli/table.h"
+#include "host/core/users.h"
+
+namespace torvell {
+
+namespace {
+
+struct ConstantsValues {
+  double temperature = 0.0;
+  double b0 = 0.0;
+  double b1 = 0.0;
+  double b2 = 0.0;
+};
+
+int ShowConstants(Session& session) {
+  Json list = Json::array();
+  Table table({{"temperature (degC)", Table::Align::Right},
+               {"B0", Table::Align::Right},
+               {"B1", Table::Align::Right},
+               {"B2", Table::Align::Right},
+               {"date"}});
+  for (const rvx::CellConstants& slot : session.OneInstrument().scripting->GetCellConstants()) {
+    const std::string date = TimeText(slot.date);
+    list.push_back({{"temperature", slot.temperature},
+                    {"b0", NumberOrNull(slot.b0)},
+                    {"b1", NumberOrNull(slot.b1)},
+                    {"b2", NumberOrNull(slot.b2)},
+                    {"date", slot.empty || date.empty() ? Json(nullptr) : Json(date)},
+                    {"empty", slot.empty}});
+    if (slot.empty) {
+      table.AddRow({ExactNumber(slot.temperature)});
+    } else {
+      table.AddRow({ExactNumber(slot.temperature), ExactNumber(slot.b0), ExactNumber(slot.b1),
+                    ExactNumber(slot.b2), date});
+    }
+  }
+  session.output().Result(list, table.Text());
+  return static_cast<int>(ExitCode::Good);
+}
+
+int SetConstants(Session& session, const ConstantsValues& values) {
+  session.RequireLevel(kLevelManager, "set cell constants");
+  ThrowIfRefused(session.OneInstrument().scripting->SetCellConstants(values.temperature, values.b0,
+                                                                     values.b1, values.b2));
+  return ShowConstants(session);
+}
+
+}  // namespace
+
+void AddConstantsCommands(CLI::App& app, Invocation& invocation) {
+  CLI::App* constants = app.add_subcommand("constants", "the cell constants");
+  constants->require_subcommand(1);
+  CLI::App* show = constants->add_subcommand("show", "list them with their dates");
+  show->callback([&invocation] { invocation.command = ShowConstants; });
+
+  CLI::App* set = constants->add_subcommand(
+      "set", "set the constants of one calibration temperature (level 50); 0 0 0 empties it");
+  const auto values = std::make_shared<ConstantsValues>();
+  set->add_option("TEMPERATURE", values->temperature, "degrees C")
+      ->required()
+      ->check(DecimalNumber());
+  set->add_option("B0", values->b0)->required()->check(DecimalNumber());
+  set->add_option("B1", values->b1)->required()->check(DecimalNumber());
+  set->add_option("B2", values->b2)->required()->check(DecimalNumber());
+  set->callback([&invocation, values] {
+    invocation.command = [values](Session& session) { return SetConstants(session, *values); };
+  });
+}
+
+}  // namespace torvell

@@ -1,0 +1,177 @@
+// run: a tray from its file to its samples, on one instrument or on several at once.
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <CLI/CLI.hpp>
+#include <set>
+
+#include "host/cli/commands.h"
+#include "host/cli/failure.h"
+#include "host/cli/number_text.h"
+#include "host/cli/run_controller.h"
+#include "host/cli/tray_access.h"
+#include "host/core/users.h"
+
+namespace torvell {
+
+namespace {
+
+// The tray starts below 10.0 degrees C; half a degree keeps it there until it has started.
+constexpr double kPreparedTemperature = 9.5;
+constexpr double kPreparationTarget = 5.0;
+constexpr platform::Milliseconds kCoolingTimeout{3600 * 1000};
+constexpr platform::Milliseconds kReadyTimeout{60 * 1000};
+
+struct RunArguments {
+  std::vector<std::string> files;  // FILE, or WHICH=FILE for each of several
+  bool prepare = false;
+};
+
+// One instrument and the file for its tray; empty: the tray as it stands.
+struct Target {
+  const FoundInstrument* found = nullptr;
+  std::string file;
+};
+
+bool FileExists(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0;
+}
+
+std::vector<Target> FindTargets(Session& session, const RunArguments& arguments) {
+  std::vector<Target> targets;
+  if (arguments.files.empty()) return {{&session.OneInstrument(), ""}};
+  std::set<const FoundInstrument*> used;
+  for (const std::string& argument : arguments.files) {
+    const size_t equals = argument.find('=');
+    // A name with "=" in it may be a file's own.
+    const bool named = equals != std::string::npos && !FileExists(argument);
+    if (!named && arguments.files.size() > 1) {
+      throw CommandFailure(ExitCode::BadUse,
+                           fmt::format("found \"{}\" among several trays; accepted: "
+                                       "INSTRUMENT=FILE, as COM1=a.csv. Nothing was started.",
+                                       argument));
+    }
+    Target target;
+    target.found =
+        named ? &session.NamedInstrument(argument.substr(0, equals)) : &session.OneInstrument();
+    target.file = named ? argument.substr(equals + 1) : argument;
+    if (!used.insert(target.found).second) {
+      throw CommandFailure(ExitCode::BadUse,
+                           fmt::format("{} is named twice; accepted: one tray for "
+                                       "each instrument. Nothing was started.",
+                                       target.found->identity.portName));
+    }
+    targets.push_back(target);
+  }
+  return targets;
+}
+
+// Waits until `done` of the readings; false at the deadline or when somebody interrupts.
+bool WaitUntil(const FoundInstrument& found, platform::InterruptWatch& interrupts,
+               platform::Milliseconds timeout,
+               const std::function<bool(const rvx::InstrumentReadings&)>& done) {
+  const platform::Deadline deadline = platform::Deadline::After(timeout);
+  for (;;) {
+    const rvx::InstrumentReadings readings = found.scripting->GetReadings();
+    if (readings.sequence > 0 && done(readings)) return true;
+    if (interrupts.count() > 0) return false;
+    const platform::Deadline step = platform::Deadline::After(platform::Milliseconds(1000));
+    if (!found.scripting->WaitForReadings(readings.sequence,
+                                          platform::Deadline::Earliest(step, deadline)) &&
+        deadline.HasPassed()) {
+      return false;
+    }
+  }
+}
+
+// Makes a simulated instrument ready for a tray, as a person would: home, then a cold cell.
+void Prepare(Session& session, const FoundInstrument& found, platform::InterruptWatch& interrupts) {
+  ThrowIfRefused(found.scripting->SetHomeFlag());
+  const auto isCold = [](const rvx::InstrumentReadings& readings) {
+    return readings.temperature < kPreparedTemperature;
+  };
+  session.WaitForStatus(found);
+  if (!isCold(found.scripting->GetReadings())) {
+    session.output().Progress(
+        fmt::format("cooling the cell below {} degC ...", ExactNumber(kPreparedTemperature)));
+    ThrowIfRefused(found.scripting->SetTemperature(kPreparationTarget));
+    const bool cold = WaitUntil(found, interrupts, kCoolingTimeout, isCold);
+    ThrowIfRefused(found.scripting->SetTemperature(std::nullopt));
+    if (!cold && interrupts.count() == 0) {
+      throw CommandFailure(ExitCode::RunFailed,
+                           "the simulated cell did not get cold within an hour. The temperature "
+                           "control is off again, nothing was started.");
+    }
+  }
+  WaitUntil(found, interrupts, kReadyTimeout, [](const rvx::InstrumentReadings& readings) {
+    return readings.machineStatus == 0 && readings.switchByte == 0 && readings.errorCode == 0;
+  });
+  if (interrupts.count() > 0) {
+    throw CommandFailure(ExitCode::Interrupted, "interrupted while preparing; nothing was started");
+  }
+}
+
+void FillTray(Session& session, const Target& target, TrayActions actions) {
+  const FoundInstrument& found = *target.found;
+  if (!target.file.empty()) {
+    ReplaceTray(session, found, std::move(actions));
+    CloseInterrupted(session, found);
+    return;
+  }
+  const auto interrupted = session.host().journal().InterruptedOf(found.identity.archiveKey);
+  if (interrupted) KeepWhatIsNotMeasured(session, found, *interrupted);
+  if (ReadTray(found).empty()) {
+    if (interrupted) CloseInterrupted(session, found);
+    throw CommandFailure(
+        ExitCode::BadUse,
+        fmt::format("the tray of {} is empty, so nothing was started. Give a file, "
+                    "or load one with \"torvell tray load\".",
+                    found.identity.portName));
+  }
+}
+
+int Run(Session& session, const RunArguments& arguments) {
+  session.RequireLevel(kLevelOperator, "run a tray");
+  const std::vector<Target> targets = FindTargets(session, arguments);
+  std::vector<const FoundInstrument*> instruments;
+  std::vector<TrayActions> actions;
+  // All files are looked at before anything is changed.
+  for (const Target& target : targets) {
+    if (arguments.prepare && !target.found->identity.simulated) {
+      throw CommandFailure(ExitCode::BadUse,
+                           "--prepare is for the simulated instrument only: on a real one a person "
+                           "has to see to the steppers. Nothing was started. Use \"service home\" "
+                           "and \"service temperature\".");
+    }
+    instruments.push_back(target.found);
+    actions.push_back(target.file.empty() ? TrayActions() : BuildTray(*target.found, target.file));
+  }
+  platform::InterruptWatch interrupts;
+  for (size_t i = 0; i < targets.size(); ++i) {
+    FillTray(session, targets[i], std::move(actions[i]));
+  }
+  for (const FoundInstrument* found : instruments) {
+    session.WaitForStatus(*found);
+    if (arguments.prepare) Prepare(session, *found, interrupts);
+  }
+  RunController controller(session, interrupts, instruments);
+  return static_cast<int>(controller.Run());
+}
+
+}  // namespace
+
+void AddRunCommand(CLI::App& app, Invocation& invocation) {
+  CLI::App* run = app.add_subcommand("run", "run a tray and wait for its end (level 10)");
+  const auto arguments = std::make_shared<RunArguments>();
+  run->add_option("FILE", arguments->files,
+                  "a tray file to load first, else the tray as it stands; with several instruments "
+                  "COM1=FILE COM2=FILE");
+  run->add_flag("--prepare", arguments->prepare,
+                "first set the home flag and cool the cell; simulated instrument only");
+  run->callback([&invocation, arguments] {
+    invocation.command = [arguments](Session& session) { return Run(session, *arguments); };
+  });
+}
+
+}  // namespace torvell

@@ -1,0 +1,180 @@
+// service: the manual commands.
+#include <fmt/format.h>
+
+#include "host/cli/action_run.h"
+#include "host/cli/arguments.h"
+#include "host/cli/commands.h"
+#include "host/cli/failure.h"
+#include "host/cli/json_records.h"
+#include "host/cli/session.h"
+#include "host/core/users.h"
+#include "platform/text.h"
+
+namespace torvell {
+
+namespace {
+
+constexpr int32_t kPreconditionActionIndex = 11;
+constexpr int32_t kMoveActionIndex = 12;
+// What a command can hold; tray and axes have limits of their own.
+constexpr int64_t kMostPosition = 256;
+constexpr int64_t kMostSteps = 65535;
+
+int Done(Session& session, const std::string& what) {
+  session.output().Result({{"command", what}, {"done", true}}, what + ": done\n");
+  return static_cast<int>(ExitCode::Good);
+}
+
+const FoundInstrument& Prepare(Session& session, const std::string& what) {
+  session.RequireLevel(kLevelOperator, what);
+  return session.OneInstrument();
+}
+
+int Home(Session& session) {
+  ThrowIfRefused(Prepare(session, "set the home position").scripting->SetHomeFlag());
+  return Done(session, "home");
+}
+
+int Temperature(Session& session, const std::string& text) {
+  std::optional<double> celsius;
+  if (platform::CompareNoCase(text, "off") != 0) {
+    celsius = platform::ParseDouble(text);
+    if (!celsius) {
+      throw CommandFailure(
+          ExitCode::BadUse,
+          fmt::format("temperature: found \"{}\"; accepted: degrees C with a point "
+                      "as decimal sign, or off. Nothing was done.",
+                      text));
+    }
+  }
+  ThrowIfRefused(Prepare(session, "set the temperature").scripting->SetTemperature(celsius));
+  return Done(session, "temperature");
+}
+
+int RunServiceAction(Session& session, int32_t index, const std::string& context,
+                     const std::string& what) {
+  const FoundInstrument& found = Prepare(session, what);
+  const ExitCode code = RunAction(session, found, index, context);
+  if (code != ExitCode::Good) return static_cast<int>(code);
+  return Done(session, what);
+}
+
+int Move(Session& session, int position) {
+  // People count from 1, as on the tray and in its file; the context counts from 0.
+  return RunServiceAction(session, kMoveActionIndex, fmt::format("0,{}", position - 1), "move");
+}
+
+int Precondition(Session& session) {
+  return RunServiceAction(session, kPreconditionActionIndex, "0,0", "precondition");
+}
+
+int Switch(Session& session, rvx::ServiceSwitch which, bool on) {
+  ThrowIfRefused(Prepare(session, "switch").scripting->SetSwitch(which, on));
+  return Done(session, "switch");
+}
+
+int SelfTest(Session& session) {
+  std::vector<std::string> failures;
+  ThrowIfRefused(Prepare(session, "run the self test").scripting->RunSelfTest(failures));
+  std::string text = failures.empty() ? "self test: passed\n" : "self test: failed\n";
+  for (const std::string& failure : failures) text += "  " + failure + "\n";
+  session.output().Result({{"command", "selftest"}, {"failures", failures}}, text);
+  return static_cast<int>(failures.empty() ? ExitCode::Good : ExitCode::RunFailed);
+}
+
+int AbortOperation(Session& session) {
+  ThrowIfRefused(Prepare(session, "abort").scripting->AbortOperation());
+  return Done(session, "abort");
+}
+
+int Jog(Session& session, rvx::ServiceAxis axis, int32_t target) {
+  ThrowIfRefused(Prepare(session, "move a stepper").scripting->JogAxis(axis, target));
+  return Done(session, "jog");
+}
+
+template <class Choice>
+std::map<std::string, int> Numbered(const std::map<std::string, Choice>& choices) {
+  std::map<std::string, int> numbers;
+  for (const auto& [name, choice] : choices) numbers[name] = static_cast<int>(choice);
+  return numbers;
+}
+
+void AddSwitch(CLI::App& service, Invocation& invocation) {
+  using rvx::ServiceSwitch;
+  CLI::App* command = service.add_subcommand("switch", "one of the instrument's switches");
+  const auto which = std::make_shared<int>(0);
+  const auto on = std::make_shared<int>(0);
+  command->add_option("WHICH", *which, "injection, motor, cooling or auto")
+      ->required()
+      ->transform(OneOf(Numbered<ServiceSwitch>({{"injection", ServiceSwitch::Injection},
+                                                 {"motor", ServiceSwitch::Motor},
+                                                 {"cooling", ServiceSwitch::Cooling},
+                                                 {"auto", ServiceSwitch::AutoReport}})));
+  command->add_option("STATE", *on, "on or off")
+      ->required()
+      ->transform(OneOf({{"on", 1}, {"off", 0}}));
+  command->callback([&invocation, which, on] {
+    invocation.command = [which, on](Session& session) {
+      return Switch(session, static_cast<ServiceSwitch>(*which), *on != 0);
+    };
+  });
+}
+
+void AddJog(CLI::App& service, Invocation& invocation) {
+  using rvx::ServiceAxis;
+  CLI::App* command = service.add_subcommand("jog", "move one stepper to a target in steps");
+  const auto axis = std::make_shared<int>(0);
+  const auto target = std::make_shared<int32_t>(0);
+  command->add_option("AXIS", *axis, "tube, table or trolley")
+      ->required()
+      ->transform(OneOf(Numbered<ServiceAxis>({{"tube", ServiceAxis::Tube},
+                                               {"table", ServiceAxis::Table},
+                                               {"trolley", ServiceAxis::Trolley}})));
+  command->add_option("TARGET", *target, "tube 0 to 942, table 0 to 615, trolley 0 to 1620")
+      ->required()
+      ->check(WholeNumber(0, kMostSteps));
+  command->callback([&invocation, axis, target] {
+    invocation.command = [axis, target](Session& session) {
+      return Jog(session, static_cast<ServiceAxis>(*axis), *target);
+    };
+  });
+}
+
+}  // namespace
+
+void AddServiceCommands(CLI::App& app, Invocation& invocation) {
+  CLI::App* service = app.add_subcommand("service", "manual commands (level 10)");
+  service->require_subcommand(1);
+  const auto add = [&](const char* name, const char* description, int (*command)(Session&)) {
+    service->add_subcommand(name, description)->callback([&invocation, command] {
+      invocation.command = command;
+    });
+  };
+  add("home", "take the present stepper positions as home", Home);
+  add("precondition", "run the rotor for the precondition time", Precondition);
+  add("selftest", "ask for the self test's result", SelfTest);
+  add("abort", "end the present operation", AbortOperation);
+
+  const auto temperature = std::make_shared<std::string>();
+  CLI::App* setTemperature =
+      service->add_subcommand("temperature", "set the cell's target temperature, or off");
+  setTemperature->add_option("CELSIUS", *temperature, "degrees C, or off")->required();
+  setTemperature->callback([&invocation, temperature] {
+    invocation.command = [temperature](Session& session) {
+      return Temperature(session, *temperature);
+    };
+  });
+
+  const auto position = std::make_shared<int>(0);
+  CLI::App* move = service->add_subcommand("move", "move to a tray position");
+  move->add_option("POSITION", *position, "from 1")
+      ->required()
+      ->check(WholeNumber(1, kMostPosition));
+  move->callback([&invocation, position] {
+    invocation.command = [position](Session& session) { return Move(session, *position); };
+  });
+  AddSwitch(*service, invocation);
+  AddJog(*service, invocation);
+}
+
+}  // namespace torvell

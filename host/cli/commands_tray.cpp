@@ -1,0 +1,142 @@
+// tray: what stands in the positions of an instrument's tray.
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+
+#include "host/cli/commands.h"
+#include "host/cli/number_text.h"
+#include "host/cli/session.h"
+#include "host/cli/table.h"
+#include "host/cli/tray_access.h"
+#include "host/core/users.h"
+
+namespace torvell {
+
+namespace {
+
+// What is known of a position from an interrupted run; null if nothing is.
+const InterruptedPosition* FindInterrupted(const std::optional<InterruptedTray>& interrupted,
+                                           int position) {
+  if (!interrupted) return nullptr;
+  for (const InterruptedPosition& each : interrupted->positions) {
+    if (each.position == position) return &each;
+  }
+  return nullptr;
+}
+
+Json TestsJson(const TrayPosition& position) {
+  Json tests = Json::array();
+  if (!position.tests) return tests;
+  for (const rvx::SampleTest& test : position.tests->tests) {
+    Json object = {
+        {"temperature", test.temperature}, {"rotorOnTime", nullptr}, {"knownViscosity", nullptr}};
+    if (test.rotorOnTime) object["rotorOnTime"] = *test.rotorOnTime;
+    if (test.knownViscosity) object["knownViscosity"] = *test.knownViscosity;
+    tests.push_back(object);
+  }
+  return tests;
+}
+
+Json PositionJson(const TrayPosition& position, const InterruptedPosition* interrupted) {
+  Json object = {{"position", position.position + 1},
+                 {"action", position.label},
+                 {"sampleId", position.sampleId},
+                 {"tests", TestsJson(position)},
+                 {"injectionTime", nullptr},
+                 {"coolDownTime", nullptr},
+                 {"estimatedSeconds", position.estimatedSeconds},
+                 {"measuredTests", interrupted == nullptr ? 0 : interrupted->stored}};
+  if (position.tests && position.tests->injectionTime) {
+    object["injectionTime"] = *position.tests->injectionTime;
+  }
+  if (position.tests && position.tests->coolDownTime) {
+    object["coolDownTime"] = *position.tests->coolDownTime;
+  }
+  return object;
+}
+
+std::string Temperatures(const TrayPosition& position) {
+  std::string text;
+  if (!position.tests) return text;
+  for (const rvx::SampleTest& test : position.tests->tests) {
+    text += (text.empty() ? "" : " ") + FixedNumber(test.temperature, 1);
+  }
+  return text;
+}
+
+int ShowTray(Session& session) {
+  const FoundInstrument& found = session.OneInstrument();
+  const auto interrupted = session.host().journal().InterruptedOf(found.identity.archiveKey);
+  Json positions = Json::array();
+  Table table({{"position", Table::Align::Right},
+               {"action"},
+               {"sample id"},
+               {"temperatures (degC)"},
+               {"time (h:mm:ss)", Table::Align::Right},
+               {"measured", Table::Align::Right}});
+  for (const TrayPosition& position : ReadTray(found)) {
+    const InterruptedPosition* done = FindInterrupted(interrupted, position.position);
+    positions.push_back(PositionJson(position, done));
+    table.AddRow({std::to_string(position.position + 1), position.label, position.sampleId,
+                  Temperatures(position), DurationText(position.estimatedSeconds),
+                  done == nullptr ? "" : fmt::format("{} of {}", done->stored, done->tests)});
+  }
+  if (interrupted) {
+    session.output().Notice(DescribeInterrupted(*interrupted) +
+                            "\"torvell run\" runs what is left, \"torvell tray clear\" drops it.");
+  }
+  session.output().Result(
+      {{"instrument", found.identity.portName},
+       {"size", TraySize(found)},
+       {"positions", positions},
+       {"interruptedSince", interrupted ? Json(TimeText(interrupted->started)) : Json(nullptr)}},
+      table.Text());
+  return static_cast<int>(ExitCode::Good);
+}
+
+int LoadTray(Session& session, const std::string& path) {
+  session.RequireLevel(kLevelOperator, "load a tray");
+  const FoundInstrument& found = session.OneInstrument();
+  ReplaceTray(session, found, BuildTray(found, path));
+  CloseInterrupted(session, found);
+  return ShowTray(session);
+}
+
+int ClearTray(Session& session) {
+  session.RequireLevel(kLevelOperator, "clear the tray");
+  const FoundInstrument& found = session.OneInstrument();
+  ReplaceTray(session, found, EmptyTray(found));
+  CloseInterrupted(session, found);
+  return ShowTray(session);
+}
+
+int ExportTray(Session& session) {
+  if (session.output().json()) return ShowTray(session);
+  const FoundInstrument& found = session.OneInstrument();
+  session.output().Text(FormatTrayFile(TrayFileOf(ReadTray(found))));
+  return static_cast<int>(ExitCode::Good);
+}
+
+}  // namespace
+
+void AddTrayCommands(CLI::App& app, Invocation& invocation) {
+  CLI::App* tray = app.add_subcommand("tray", "the tray");
+  tray->require_subcommand(1);
+  const auto add = [&](const char* name, const char* description, int (*command)(Session&)) {
+    tray->add_subcommand(name, description)->callback([&invocation, command] {
+      invocation.command = command;
+    });
+  };
+  add("show", "list the filled positions", ShowTray);
+  add("clear", "empty all positions (level 10)", ClearTray);
+  add("export", "print the tray as a file that load takes", ExportTray);
+
+  const auto path = std::make_shared<std::string>();
+  CLI::App* load = tray->add_subcommand("load", "fill the tray from a file (level 10)");
+  load->add_option("FILE", *path, "CSV; - for standard input")->required();
+  load->callback([&invocation, path] {
+    invocation.command = [path](Session& session) { return LoadTray(session, *path); };
+  });
+}
+
+}  // namespace torvell

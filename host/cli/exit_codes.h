@@ -1,0 +1,16 @@
+// The exit codes of torvell, a contract with scripts. They stand in the man page too.
+#pragma once
+
+namespace torvell {
+
+enum class ExitCode {
+  Good = 0,
+  RunFailed = 1,     // the run ended with reported errors or without a sample that was due
+  BadUse = 2,        // bad use or bad input
+  NoInstrument = 3,  // none found, or it doesn't answer
+  NotAllowed = 4,    // not allowed for this user
+  DataFailure = 5,   // archive or data failure
+  Interrupted = 130
+};
+
+}  // namespace torvell

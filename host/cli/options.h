@@ -1,0 +1,50 @@
+// The options before the command, and what the command line asks for.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "platform/time_base.h"
+
+namespace CLI {
+class App;
+}
+
+namespace torvell {
+
+class Session;
+
+struct GlobalOptions {
+  std::string dataFolder;  // empty: the default one
+  bool simulate = false;
+  std::string clock = "real";  // as typed
+  std::optional<uint64_t> seed;
+  std::string user;        // --user; its password is asked for
+  std::string instrument;  // --instrument: port, archive key or index
+  std::optional<int> passwordDescriptor;
+  bool json = false;
+  bool quiet = false;
+};
+
+// A command line, taken apart.
+struct Invocation {
+  GlobalOptions options;
+  // The command that was chosen; gets its session when the host is to be opened. The result is the
+  // program's exit code.
+  std::function<int(Session&)> command;
+};
+
+// Takes the command line apart into `invocation`. A result means that the program is to end at once
+// with this exit code: help was asked for, or the use is bad and has been said on standard error.
+std::optional<int> ParseCommandLine(int argc, char** argv, Invocation& invocation);
+
+// "real", "virtual" or "xN" with N from 1 to 1000; nothing for anything else.
+std::optional<platform::TimeBaseOptions> ParseClock(const std::string& text);
+
+// The time base that the options ask for. With a seed and the virtual clock the time of day starts
+// at a fixed date, so that the same seed gives the same output.
+platform::TimeBaseOptions MakeTimeBase(const GlobalOptions& options);
+
+}  // namespace torvell

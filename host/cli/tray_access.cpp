@@ -1,0 +1,306 @@
+#include "host/cli/tray_access.h"
+
+#include <fmt/format.h>
+
+#include "host/cli/failure.h"
+#include "host/cli/number_text.h"
+#include "platform/text.h"
+
+namespace torvell {
+
+namespace {
+
+constexpr int32_t kNullActionIndex = 0;
+constexpr int32_t kMeasureActionIndex = 1;
+constexpr int32_t kVerifyActionIndex = 2;
+constexpr char kNullActionKey[] = "Null Action";
+constexpr char kVerifyActionKey[] = "RVX Check Viscosity Action";
+
+std::shared_ptr<rvx::Action> NewAction(const FoundInstrument& found, int32_t index) {
+  return std::shared_ptr<rvx::Action>(found.instrument->CreateActionByIndex(index));
+}
+
+// The column that a problem of the instrument's is about, by the letters of its field's name.
+std::optional<TrayColumn> ColumnOf(const std::string& field) {
+  std::string letters;
+  for (const char c : field) {
+    if (c >= 'A' && c <= 'Z') letters += static_cast<char>(c - 'A' + 'a');
+    if (c >= 'a' && c <= 'z') letters += c;
+  }
+  const auto holds = [&](const char* part) { return letters.find(part) != std::string::npos; };
+  if (holds("rotor")) return TrayColumn::RotorOnTime;
+  if (holds("visc")) return TrayColumn::KnownViscosity;
+  if (holds("inject")) return TrayColumn::InjectionTime;
+  if (holds("cool")) return TrayColumn::CoolDownTime;
+  if (holds("temp")) return TrayColumn::Temperature;
+  return std::nullopt;
+}
+
+std::string FoundText(const TrayFilePosition& position, const TrayFileTest& test,
+                      TrayColumn column) {
+  const auto text = [](const auto& value) {
+    return value ? "\"" + ExactNumber(static_cast<double>(*value)) + "\""
+                 : std::string("an empty cell");
+  };
+  switch (column) {
+    case TrayColumn::Temperature:
+      return text(test.temperature);
+    case TrayColumn::RotorOnTime:
+      return text(test.rotorOnTime);
+    case TrayColumn::KnownViscosity:
+      return text(test.knownViscosity);
+    case TrayColumn::InjectionTime:
+      return text(position.injectionTime);
+    case TrayColumn::CoolDownTime:
+      return text(position.coolDownTime);
+    case TrayColumn::Position:
+    case TrayColumn::Action:
+    case TrayColumn::SampleId:
+      break;
+  }
+  return "\"" + position.sampleId + "\"";
+}
+
+// What the instrument refuses, said in terms of the file.
+FileProblem ProblemOf(const rvx::ScriptingProblem& problem, const TrayFilePosition& position) {
+  const bool ofTest = problem.test >= 0 && problem.test < static_cast<int>(position.tests.size());
+  const TrayFileTest& test = position.tests[ofTest ? static_cast<size_t>(problem.test) : 0];
+  FileProblem result;
+  result.line = test.line;
+  const std::optional<TrayColumn> column = ColumnOf(problem.field);
+  if (column) {
+    result.column = static_cast<int>(*column);
+    result.columnName = TrayColumnName(*column);
+    result.found = FoundText(position, test, *column);
+  } else {
+    result.found = fmt::format("position {}", position.position);
+  }
+  // "<what is wrong> Accepted: <what is accepted>." falls into the two halves of a file's message.
+  static constexpr std::string_view kAccepted = " Accepted: ";
+  const size_t split = problem.message.find(kAccepted);
+  if (split == std::string::npos) {
+    result.accepted = problem.message;
+    return result;
+  }
+  result.found += fmt::format(" ({})", problem.message.substr(0, split));
+  result.accepted = problem.message.substr(split + kAccepted.size());
+  if (!result.accepted.empty() && result.accepted.back() == '.') result.accepted.pop_back();
+  return result;
+}
+
+// The temperatures that Measure Viscosity may use, for messages.
+std::string CalibratedTemperatures(const FoundInstrument& found) {
+  std::string list;
+  for (const rvx::CellConstants& slot : found.scripting->GetCellConstants()) {
+    if (!slot.empty) list += (list.empty() ? "" : ", ") + ExactNumber(slot.temperature);
+  }
+  return list.empty() ? "none, since the instrument has no cell constants yet" : list;
+}
+
+class TrayBuilder {
+ public:
+  TrayBuilder(const FoundInstrument& found, std::vector<FileProblem>& problems)
+      : found_(found), problems_(problems) {}
+
+  std::shared_ptr<rvx::Action> Build(const TrayFilePosition& position) {
+    auto action = NewAction(found_, position.verify ? kVerifyActionIndex : kMeasureActionIndex);
+    action->SetSampleId(position.sampleId);
+    const std::optional<rvx::SampleTests> defaults = found_.scripting->GetSampleTests(*action);
+    rvx::SampleTests tests;
+    tests.injectionTime = position.injectionTime;
+    tests.coolDownTime = position.coolDownTime;
+    for (const TrayFileTest& given : position.tests) {
+      rvx::SampleTest test;
+      if (defaults && !defaults->tests.empty()) {
+        test.temperature = defaults->tests.front().temperature;
+      }
+      if (given.temperature) test.temperature = *given.temperature;
+      test.rotorOnTime = given.rotorOnTime;
+      test.knownViscosity = given.knownViscosity;
+      tests.tests.push_back(test);
+    }
+    if (const rvx::ScriptingResult refused = found_.scripting->SetSampleTests(*action, tests)) {
+      Refuse(*refused, position);
+    }
+    return action;
+  }
+
+ private:
+  void Refuse(const rvx::ScriptingProblem& refused, const TrayFilePosition& position) {
+    if (refused.kind == rvx::ScriptingProblem::Kind::NotAllowed) {
+      throw CommandFailure(ExitCode::NotAllowed,
+                           fmt::format("position {}: {}\nNothing of the file was taken over.",
+                                       position.position, refused.message));
+    }
+    FileProblem problem = ProblemOf(refused, position);
+    if (!position.verify && problem.column == static_cast<int>(TrayColumn::Temperature)) {
+      problem.accepted = fmt::format("{} (temperatures with cell constants: {})", problem.accepted,
+                                     CalibratedTemperatures(found_));
+    }
+    problems_.push_back(problem);
+  }
+
+  const FoundInstrument& found_;
+  std::vector<FileProblem>& problems_;
+};
+
+const char* StateText(PositionState state) {
+  switch (state) {
+    case PositionState::NotRun:
+      return "not measured";
+    case PositionState::PartlyMeasured:
+      return "measured in part";
+    case PositionState::Measured:
+      return "measured";
+  }
+  return "";
+}
+
+}  // namespace
+
+int TraySize(const FoundInstrument& found) {
+  rvx::TrayOfSampleActions& tray = *found.instrument->GetTray(0);
+  const rvx::TrayGuard guard(tray);
+  return tray.GetSize();
+}
+
+std::vector<TrayPosition> ReadTray(const FoundInstrument& found) {
+  std::vector<std::shared_ptr<rvx::Action>> actions;
+  {
+    rvx::TrayOfSampleActions& tray = *found.instrument->GetTray(0);
+    const rvx::TrayGuard guard(tray);
+    for (int i = 0; i < tray.GetSize(); ++i) actions.push_back(tray.Hold(i));
+  }
+  std::vector<TrayPosition> positions;
+  for (size_t i = 0; i < actions.size(); ++i) {
+    rvx::Action& action = *actions[i];
+    if (action.GetClassName() == kNullActionKey) continue;
+    TrayPosition position;
+    position.position = static_cast<int>(i);
+    position.label = action.GetLabel();
+    position.classKey = action.GetClassName();
+    position.sampleId = action.GetSampleId();
+    position.tests = found.scripting->GetSampleTests(action);
+    position.estimatedSeconds = found.scripting->EstimateSeconds(action);
+    positions.push_back(std::move(position));
+  }
+  return positions;
+}
+
+std::vector<TrayFilePosition> TrayFileOf(const std::vector<TrayPosition>& tray) {
+  std::vector<TrayFilePosition> file;
+  for (const TrayPosition& position : tray) {
+    if (!position.tests) continue;
+    TrayFilePosition entry;
+    entry.position = position.position + 1;
+    entry.verify = position.classKey == kVerifyActionKey;
+    entry.sampleId = position.sampleId;
+    entry.injectionTime = position.tests->injectionTime;
+    entry.coolDownTime = position.tests->coolDownTime;
+    for (const rvx::SampleTest& test : position.tests->tests) {
+      TrayFileTest line;
+      line.temperature = test.temperature;
+      line.rotorOnTime = test.rotorOnTime;
+      if (entry.verify) line.knownViscosity = test.knownViscosity;
+      entry.tests.push_back(line);
+    }
+    file.push_back(std::move(entry));
+  }
+  return file;
+}
+
+TrayActions BuildTray(const FoundInstrument& found, const std::string& path) {
+  TrayActions actions = EmptyTray(found);
+  std::vector<FileProblem> problems;
+  const std::vector<TrayFilePosition> positions =
+      ParseTrayFile(ReadWholeFile(path), static_cast<int>(actions.size()), problems);
+  if (problems.empty()) {
+    TrayBuilder builder(found, problems);
+    for (const TrayFilePosition& position : positions) {
+      actions[static_cast<size_t>(position.position) - 1] = builder.Build(position);
+    }
+  }
+  if (!problems.empty()) throw CommandFailure(ExitCode::BadUse, FormatProblems(path, problems));
+  return actions;
+}
+
+TrayActions EmptyTray(const FoundInstrument& found) {
+  TrayActions actions;
+  const int size = TraySize(found);
+  for (int i = 0; i < size; ++i) actions.push_back(NewAction(found, kNullActionIndex));
+  return actions;
+}
+
+void ReplaceTray(Session& session, const FoundInstrument& found, TrayActions actions) {
+  {
+    rvx::TrayOfSampleActions& tray = *found.instrument->GetTray(0);
+    {
+      const rvx::TrayGuard guard(tray);
+      actions = tray.ReplaceAll(std::move(actions));
+    }
+    for (const std::shared_ptr<rvx::Action>& old : actions) old->Stop();
+  }
+  try {
+    session.host().instrumentTexts().StoreInstrument(found.identity.archiveKey, found.instrument);
+  } catch (rvx::CViscoException* error) {
+    ThrowFromModule(error, "Storing the tray");
+  }
+  session.host().instruments().NotifyInstrumentChanged();
+}
+
+void KeepWhatIsNotMeasured(Session& session, const FoundInstrument& found,
+                           const InterruptedTray& interrupted) {
+  TrayActions actions;
+  {
+    rvx::TrayOfSampleActions& tray = *found.instrument->GetTray(0);
+    const rvx::TrayGuard guard(tray);
+    for (int i = 0; i < tray.GetSize(); ++i) actions.push_back(tray.Hold(i));
+  }
+  for (const InterruptedPosition& position : interrupted.positions) {
+    const size_t index = static_cast<size_t>(position.position);
+    // What stands there now may be something else, if the tray was changed since.
+    if (position.stored == 0 || index >= actions.size() ||
+        actions[index]->GetClassName() != position.classKey ||
+        actions[index]->GetSampleId() != position.sampleId) {
+      continue;
+    }
+    std::optional<rvx::SampleTests> tests = found.scripting->GetSampleTests(*actions[index]);
+    if (!tests || position.state == PositionState::Measured ||
+        position.stored >= static_cast<int>(tests->tests.size())) {
+      actions[index] = NewAction(found, kNullActionIndex);
+      continue;
+    }
+    tests->tests.erase(tests->tests.begin(), tests->tests.begin() + position.stored);
+    std::shared_ptr<rvx::Action> rest(found.instrument->CreateActionFromText(position.classKey));
+    rest->SetSampleId(position.sampleId);
+    if (const auto refused = found.scripting->SetSampleTests(*rest, *tests)) {
+      session.output().Notice(fmt::format("note: position {} runs as a whole once more: {}",
+                                          position.position + 1, refused->message));
+      continue;
+    }
+    actions[index] = rest;
+  }
+  session.output().Notice(DescribeInterrupted(interrupted) +
+                          "What was measured is in the archive and is not run again.");
+  ReplaceTray(session, found, std::move(actions));
+}
+
+std::string DescribeInterrupted(const InterruptedTray& interrupted) {
+  std::string text = fmt::format("the tray that was started at {} was interrupted:\n",
+                                 TimeText(interrupted.started));
+  for (const InterruptedPosition& position : interrupted.positions) {
+    text +=
+        fmt::format("  position {} ({}): {}, {} of {} tests\n", position.position + 1,
+                    position.sampleId, StateText(position.state), position.stored, position.tests);
+  }
+  return text;
+}
+
+void CloseInterrupted(Session& session, const FoundInstrument& found) {
+  TrayJournal& journal = session.host().journal();
+  if (const auto interrupted = journal.InterruptedOf(found.identity.archiveKey)) {
+    journal.Close(interrupted->run);
+  }
+}
+
+}  // namespace torvell

@@ -1,0 +1,34 @@
+// The audit trail: who changed what, and when. Rows are added and never changed or deleted.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/date.h"
+
+namespace torvell {
+
+class Database;
+
+struct AuditRow {
+  platform::Date time;  // UTC
+  std::string user;
+  int32_t level = 0;
+  std::string object;  // "instrument RVXCOM1:0 line 3 field 7", "user anna", "port COM1"
+  std::string oldValue;
+  std::string newValue;
+};
+
+// Reads the trail; rows are written with the changes themselves (audit_write.h). Any thread.
+class AuditTrail {
+ public:
+  explicit AuditTrail(Database& database) : database_(database) {}
+  // The latest n, oldest first; n <= 0: all. HostError Database.
+  std::vector<AuditRow> Last(int64_t n);
+
+ private:
+  Database& database_;
+};
+
+}  // namespace torvell

@@ -1,0 +1,67 @@
+// The instruments that the module found, and who hears of changes in them.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/core/error_store.h"
+#include "host/core/listener_list.h"
+#include "host/core/lock_ranks.h"
+#include "host/core/ports.h"
+#include "instrument/host/host.h"
+#include "instrument/host/instrument_scripting.h"
+
+namespace torvell {
+
+// An instrument as the host's programs use it. The pointers live as long as the host.
+struct InstrumentEntry {
+  rvx::ViscometerInstrument* instrument = nullptr;
+  rvx::InstrumentScripting* scripting = nullptr;  // null if the module has none
+  // As it was at discovery; without scripting only portName ("") and archiveKey ("#0") are filled.
+  rvx::InstrumentIdentity identity;
+};
+
+// The list of instruments. Any thread.
+class InstrumentList : public rvx::InstrumentManager, public LineListener {
+ public:
+  explicit InstrumentList(ErrorStore& errors);
+  ~InstrumentList() override;
+
+  std::vector<InstrumentEntry> Entries();
+
+  // Takes the instruments over: the list deletes them in DeleteAll.
+  void Adopt(const rvx::ArrayOfInstruments& instruments);
+  // Empties the list and deletes the instruments, first to last. Not on the user-interface thread:
+  // an instrument that is ending may need that one.
+  void DeleteAll();
+
+  // rvx::InstrumentManager
+  int32_t RegisterMonitor(rvx::ViscometerArrayMonitor* monitor) override;
+  rvx::ViscometerInstrument* GetInstrument(int32_t index) override;
+  void ReleaseFrame(int32_t index) override;
+  void ReportError(rvx::ActionException* error) override;
+  // Once it returns the monitor is not called any more.
+  void UnregisterMonitor(int32_t handle) override;
+  void NotifyInstrumentChanged() override;
+  int32_t SelectInstrument(int32_t index, int32_t select) override;
+  int32_t SelectedInstrument();
+
+  // LineListener: reports once, and pauses a tray that is running on this port at once. Nothing
+  // goes on by itself when the line is back.
+  void LineBroken(const std::string& port, const std::string& reason) override;
+  void LineRestored(const std::string& port) override;
+
+ private:
+  ErrorStore& errors_;
+  ListenerList<rvx::ViscometerArrayMonitor> monitors_;
+  platform::PlainLock lock_{"instrument list", kInstrumentListLockRank};
+  std::vector<InstrumentEntry> entries_ GUARDED_BY(lock_);
+  std::map<int32_t, rvx::ViscometerArrayMonitor*> handles_ GUARDED_BY(lock_);
+  int32_t nextHandle_ GUARDED_BY(lock_) = 1;
+  int32_t selected_ GUARDED_BY(lock_) = 0;
+};
+
+}  // namespace torvell

@@ -1,0 +1,209 @@
+#include "host/core/query_translator.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+
+#include "platform/text.h"
+
+namespace torvell {
+namespace {
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+// Reads the text from left to right; a failure is noted once and ends everything.
+class Parser {
+ public:
+  Parser(const std::string& text, TranslatedQuery& query) : text_(text), query_(query) {}
+
+  bool Parse() {
+    if (!Word("SELECT") || !Symbol('*') || !Word("FROM") || !Word("SAMPLES")) return false;
+    std::string condition;
+    if (PeekWord("WHERE")) {
+      Word("WHERE");
+      do {
+        if (!condition.empty()) condition += " AND ";
+        if (!Condition(condition)) return false;
+      } while (PeekWord("AND") && Word("AND"));
+    }
+    if (PeekWord("ORDER") &&
+        !(Word("ORDER") && Word("BY") && Word("SAMPLES") && Symbol('.') && Word("Timestamp")))
+      return false;
+    if (Peek() == ';') ++at_;
+    if (Peek() != '\0' || at_ < text_.size()) return Fail("the end of the query");
+    query_.condition = condition.empty() ? "1" : condition;
+    return true;
+  }
+
+  const std::string& problem() const { return problem_; }
+
+ private:
+  bool Fail(const std::string& expected) {
+    if (problem_.empty()) {
+      problem_ = fmt::format("{} is expected at character {}", expected, at_ + 1);
+    }
+    return false;
+  }
+
+  // The next character behind blanks; 0 at the end.
+  char Peek() {
+    while (at_ < text_.size() && text_[at_] == ' ') ++at_;
+    return at_ < text_.size() ? text_[at_] : '\0';
+  }
+
+  bool PeekWord(std::string_view word) {
+    Peek();
+    const std::string_view rest = std::string_view(text_).substr(at_);
+    if (rest.size() < word.size()) return false;
+    if (platform::CompareNoCase(rest.substr(0, word.size()), word) != 0) return false;
+    return rest.size() == word.size() || !IsLetter(rest[word.size()]);
+  }
+
+  bool Word(std::string_view word) {
+    if (!PeekWord(word)) return Fail(std::string(word));
+    at_ += word.size();
+    return true;
+  }
+
+  bool Symbol(char symbol) {
+    if (Peek() != symbol) return Fail(fmt::format("\"{}\"", symbol));
+    ++at_;
+    return true;
+  }
+
+  bool Condition(std::string& out) {
+    const bool parenthesis = Peek() == '(';
+    if (parenthesis) ++at_;
+    const SampleColumn* column = Column();
+    if (column == nullptr) return false;
+    const std::string op = Operator();
+    if (op.empty()) return Fail("=, <>, <, > or Like");
+    ColumnValue value;
+    if (!Value(*column, op, value)) return false;
+    query_.parameters.push_back(std::move(value));
+    out += Comparison(*column, op);
+    return !parenthesis || Symbol(')');
+  }
+
+  static std::string Comparison(const SampleColumn& column, const std::string& op) {
+    if (op == "Like") return fmt::format("archive_like(?, \"{}\")", column.name);
+    std::string comparison = fmt::format("\"{}\" {} ?", column.name, op);
+    if (column.type == ColumnType::Text) return comparison + " COLLATE NOCASE";
+    // Dates that are none sort before all others, and are not earlier than any of them.
+    if (column.type == ColumnType::Date && op == "<") {
+      return fmt::format("({} AND \"{}\" >= '0')", comparison, column.name);
+    }
+    return comparison;
+  }
+
+  const SampleColumn* Column() {
+    if (!Symbol('[')) return nullptr;
+    const size_t end = text_.find(']', at_);
+    const std::string name =
+        end == std::string::npos ? std::string() : text_.substr(at_, end - at_);
+    const auto& columns = SampleColumns();
+    auto found = std::find_if(columns.begin(), columns.end(), [&](const SampleColumn& column) {
+      return platform::CompareNoCase(column.name, name) == 0;
+    });
+    if (found == columns.end()) {
+      Fail("the name of a column");
+      return nullptr;
+    }
+    at_ = end + 1;
+    return &*found;
+  }
+
+  std::string Operator() {
+    static constexpr std::array<const char*, 4> kSymbols = {"<>", "=", "<", ">"};
+    Peek();
+    for (const char* symbol : kSymbols) {
+      if (text_.compare(at_, std::string_view(symbol).size(), symbol) == 0) {
+        at_ += std::string_view(symbol).size();
+        return symbol;
+      }
+    }
+    if (PeekWord("Like") && Word("Like")) return "Like";
+    return {};
+  }
+
+  bool Value(const SampleColumn& column, const std::string& op, ColumnValue& value) {
+    const bool isText = column.type == ColumnType::Text || column.type == ColumnType::Guid;
+    if (op == "Like" && !isText) return Fail("a column of text before Like");
+    if (isText) return Text(value);
+    if (column.type == ColumnType::Date) return DateValue(value);
+    return Number(value);
+  }
+
+  bool Text(ColumnValue& value) {
+    if (Peek() != '\'') return Fail("a text between apostrophes");
+    if (texts_++ > 0) return Fail("no second text");
+    const size_t end = text_.find('\'', at_ + 1);
+    if (end == std::string::npos) return Fail("a closing apostrophe");
+    value = text_.substr(at_ + 1, end - at_ - 1);
+    at_ = end + 1;
+    return true;
+  }
+
+  bool Number(ColumnValue& value) {
+    Peek();
+    const size_t begin = at_;
+    size_t end = at_;
+    if (end < text_.size() && (text_[end] == '-' || text_[end] == '+')) ++end;
+    while (end < text_.size() && (IsDigit(text_[end]) || text_[end] == '.')) ++end;
+    const auto number = platform::ParseDouble(std::string_view(text_).substr(begin, end - begin));
+    if (!number) return Fail("a number");
+    value = *number;
+    at_ = end;
+    return true;
+  }
+
+  // Two or four digits of the date form.
+  bool Digits(size_t at, size_t count, int& value) const {
+    value = 0;
+    for (size_t i = at; i < at + count; ++i) {
+      if (!IsDigit(text_[i])) return false;
+      value = value * 10 + (text_[i] - '0');
+    }
+    return true;
+  }
+
+  bool DateValue(ColumnValue& value) {
+    static constexpr std::string_view kForm = "#MM/DD/YYYY HH:MM:SS#";
+    const std::string expected = fmt::format("a date as {}", kForm);
+    Peek();
+    if (text_.size() - at_ < kForm.size()) return Fail(expected);
+    for (size_t i = 0; i < kForm.size(); ++i) {
+      if (!IsLetter(kForm[i]) && text_[at_ + i] != kForm[i]) return Fail(expected);
+    }
+    int month = 0, day = 0, year = 0, hour = 0, minute = 0, second = 0;
+    const bool digits = Digits(at_ + 1, 2, month) && Digits(at_ + 4, 2, day) &&
+                        Digits(at_ + 7, 4, year) && Digits(at_ + 12, 2, hour) &&
+                        Digits(at_ + 15, 2, minute) && Digits(at_ + 18, 2, second);
+    if (!digits) return Fail(expected);
+    const platform::Date date(year, month, day, hour, minute, second);
+    if (!date.IsValid()) return Fail(expected);
+    value = platform::FormatIsoDate(date);
+    at_ += kForm.size();
+    return true;
+  }
+
+  const std::string& text_;
+  TranslatedQuery& query_;
+  size_t at_ = 0;
+  int texts_ = 0;
+  std::string problem_;
+};
+
+}  // namespace
+
+bool TranslateQuery(const std::string& text, TranslatedQuery& query, std::string& problem) {
+  query = {};
+  Parser parser(text, query);
+  if (parser.Parse()) return true;
+  problem = parser.problem();
+  return false;
+}
+
+}  // namespace torvell

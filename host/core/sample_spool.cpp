@@ -1,0 +1,183 @@
+#include "host/core/sample_spool.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <bit>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "host/core/file_handle.h"
+#include "host/core/sample_columns.h"
+#include "platform/log.h"
+
+namespace torvell {
+namespace {
+
+using Json = nlohmann::json;
+
+// Room for a few hundred samples.
+constexpr off_t kReserveSize = 256 * 1024;
+
+bool IsUtf8(const std::string& text) {
+  try {
+    (void)Json(text).dump();
+    return true;
+  } catch (const Json::exception&) {
+    return false;
+  }
+}
+
+// JSON has neither numbers that are none or infinite nor bytes that are no text: those are written
+// in hexadecimal, so that a line gives back exactly what was stored.
+Json ToJson(const ColumnValue& value) {
+  if (const auto* whole = std::get_if<int64_t>(&value)) return *whole;
+  if (const auto* number = std::get_if<double>(&value)) {
+    if (std::isfinite(*number)) return *number;
+    return Json{{"bits", std::bit_cast<uint64_t>(*number)}};
+  }
+  if (const auto* text = std::get_if<std::string>(&value)) {
+    if (IsUtf8(*text)) return *text;
+    return Json{{"bytes", std::vector<uint8_t>(text->begin(), text->end())}};
+  }
+  return nullptr;
+}
+
+// Raises Json::exception for what ToJson does not write.
+ColumnValue FromJson(const Json& json) {
+  if (json.is_number_float()) return json.get<double>();
+  if (json.is_number()) return json.get<int64_t>();
+  if (json.is_string()) return json.get<std::string>();
+  if (json.is_object() && json.contains("bits")) {
+    return std::bit_cast<double>(json.at("bits").get<uint64_t>());
+  }
+  const auto bytes = json.at("bytes").get<std::vector<uint8_t>>();
+  return std::string(bytes.begin(), bytes.end());
+}
+
+std::string ToLine(const SpooledSample& spooled) {
+  Json values = Json::array();
+  for (const ColumnValue& value : StoredSampleValues(spooled.sample)) {
+    values.push_back(ToJson(value));
+  }
+  return Json{{"run", spooled.run},
+              {"position", spooled.position},
+              {"attempt", spooled.attempt},
+              {"values", values}}
+             .dump() +
+         "\n";
+}
+
+std::optional<SpooledSample> FromLine(const std::string& line) {
+  try {
+    const Json json = Json::parse(line);
+    std::vector<ColumnValue> values;
+    for (const Json& value : json.at("values")) values.push_back(FromJson(value));
+    SpooledSample spooled;
+    spooled.run = json.at("run").get<int64_t>();
+    spooled.position = json.at("position").get<int32_t>();
+    spooled.attempt = json.at("attempt").get<int32_t>();
+    if (!SampleFromStored(values, spooled.sample)) return std::nullopt;
+    return spooled;
+  } catch (const Json::exception&) {
+    return std::nullopt;
+  }
+}
+
+// The file, opened and locked against other processes. A file that another process removed while
+// this one waited for the lock does not count.
+FileHandle OpenLocked(const std::string& path, int flags) {
+  for (;;) {
+    FileHandle file(open(path.c_str(), flags | O_CLOEXEC, 0660));
+    if (!file.IsOpen()) return file;
+    if (flock(file.get(), LOCK_EX) != 0) return FileHandle();
+    struct stat opened = {};
+    struct stat present = {};
+    if (fstat(file.get(), &opened) == 0 && stat(path.c_str(), &present) == 0 &&
+        opened.st_ino == present.st_ino && opened.st_dev == present.st_dev) {
+      return file;
+    }
+  }
+}
+
+std::string SystemError() { return std::strerror(errno); }
+
+// Adds a line as a whole or not at all: empty, or the reason.
+std::string AppendLine(const std::string& path, const std::string& line) {
+  FileHandle file = OpenLocked(path, O_RDWR | O_CREAT | O_APPEND);
+  if (!file.IsOpen()) return SystemError();
+  const off_t size = lseek(file.get(), 0, SEEK_END);
+  char last = '\n';
+  if (size > 0 && pread(file.get(), &last, 1, size - 1) != 1) return SystemError();
+  // The end of a line that a crash cut off must not spoil this one.
+  const std::string bytes = last == '\n' ? line : "\n" + line;
+  if (WriteAll(file.get(), bytes) && fsync(file.get()) == 0 && SyncFolderOf(path)) return {};
+  const int reason = errno;
+  if (ftruncate(file.get(), size) != 0) {
+    platform::Log(platform::LogLevel::Error, "The spool could not be cut back: " + SystemError());
+  }
+  errno = reason;
+  return SystemError();
+}
+
+}  // namespace
+
+void SampleSpool::Prepare() {
+  const std::string path = file_ + ".reserve";
+  FileHandle reserve(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0660));
+  if (!reserve.IsOpen()) return;
+  if (posix_fallocate(reserve.get(), 0, kReserveSize) != 0) unlink(path.c_str());
+}
+
+std::string SampleSpool::Append(const SpooledSample& sample) {
+  const std::string line = ToLine(sample);
+  std::string failure = AppendLine(file_, line);
+  if (!failure.empty() && unlink((file_ + ".reserve").c_str()) == 0) {
+    failure = AppendLine(file_, line);
+  }
+  return failure;
+}
+
+bool SampleSpool::TakeIn(const std::function<void(const Intake&)>& take) {
+  if (access(file_.c_str(), F_OK) != 0) return false;
+  FileHandle file = OpenLocked(file_, O_RDWR);
+  if (!file.IsOpen()) return false;
+  std::string text;
+  if (!ReadAll(file.get(), text)) return false;
+
+  Intake intake;
+  std::string damaged;
+  size_t at = 0;
+  while (at < text.size()) {
+    const size_t end = std::min(text.find('\n', at), text.size());
+    const std::string line = text.substr(at, end - at);
+    at = end + 1;
+    if (line.empty()) continue;
+    if (auto sample = FromLine(line)) {
+      intake.samples.push_back(std::move(*sample));
+    } else {
+      ++intake.damagedLines;
+      damaged += line + "\n";
+    }
+  }
+  take(intake);
+  if (!damaged.empty()) {
+    const std::string failure = AppendLine(file_ + ".damaged", damaged);
+    // The spool stays, and what has been taken in is recognised by its id next time.
+    if (!failure.empty()) {
+      platform::Log(platform::LogLevel::Error, "Damaged lines could not be put aside: " + failure);
+      return true;
+    }
+  }
+  unlink(file_.c_str());
+  SyncFolderOf(file_);
+  return true;
+}
+
+}  // namespace torvell

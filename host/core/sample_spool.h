@@ -1,0 +1,46 @@
+// Where samples wait that the database did not take.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "instrument/host/sample.h"
+
+namespace torvell {
+
+struct SpooledSample {
+  rvx::Sample sample;
+  int64_t run = 0;  // as in SampleOrigin
+  int32_t position = -1;
+  int32_t attempt = 0;
+};
+
+// A file of lines beside the database, one sample each. Several processes may use it at once. A
+// second file of some size is kept in reserve and given up when the disk is full, so that there is
+// room for what has been measured.
+class SampleSpool {
+ public:
+  explicit SampleSpool(std::string file) : file_(std::move(file)) {}
+
+  const std::string& file() const { return file_; }
+  // Makes the reserve; no effect if there is one or no room for it.
+  void Prepare();
+  // Adds a sample, durable when it returns: empty, or the reason why it could not be done.
+  std::string Append(const SpooledSample& sample);
+
+  struct Intake {
+    std::vector<SpooledSample> samples;
+    int damagedLines = 0;  // kept aside in file() + ".damaged"
+  };
+  // Hands what the file holds to `take`, while no other process can touch it, and removes the file
+  // when `take` has returned. An exception of `take` leaves the file as it is and passes on. False
+  // if there is no file.
+  bool TakeIn(const std::function<void(const Intake&)>& take);
+
+ private:
+  std::string file_;
+};
+
+}  // namespace torvell

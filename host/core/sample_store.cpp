@@ -1,0 +1,300 @@
+#include "host/core/sample_store.h"
+
+#include <fmt/format.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+
+#include "host/core/database.h"
+#include "host/core/journal.h"
+#include "host/core/query_translator.h"
+#include "host/core/row_binding.h"
+
+namespace torvell {
+namespace {
+
+// Rows that are read with the lock held in one go.
+constexpr int kPageRows = 500;
+
+std::string InsertText() {
+  std::string text = "INSERT INTO SAMPLES VALUES (";
+  for (size_t i = 0; i < SampleColumns().size(); ++i) text += i == 0 ? "?" : ", ?";
+  return text + ")";
+}
+
+std::string ColumnList() {
+  std::string text;
+  for (const SampleColumn& column : SampleColumns()) {
+    text += fmt::format("{}\"{}\"", text.empty() ? "" : ", ", column.name);
+  }
+  return text;
+}
+
+bool IsStored(Database& database, const std::string& id) REQUIRES(database.lock()) {
+  Query query(database.Prepared("SELECT 1 FROM SAMPLES WHERE \"ID\" = ?"));
+  query->bind(1, id);
+  return query->executeStep();
+}
+
+// The sample, and that it belongs to its tray run, in the transaction of the caller.
+void Insert(Database& database, const SpooledSample& stored) REQUIRES(database.lock()) {
+  static const std::string insert = InsertText();
+  const std::vector<ColumnValue> values = StoredSampleValues(stored.sample);
+  Query query(database.Prepared(insert));
+  for (size_t i = 0; i < values.size(); ++i) BindValue(*query, static_cast<int>(i) + 1, values[i]);
+  query->exec();
+  if (stored.run == 0) return;
+  Query link(database.Prepared("INSERT INTO TRAY_RUN_SAMPLES VALUES (?, ?, ?, ?)"));
+  link->bind(1, stored.run);
+  link->bind(2, stored.position);
+  link->bind(3, stored.attempt);
+  link->bind(4, platform::FormatGuid(stored.sample.id));
+  link->exec();
+}
+
+rvx::Sample ReadSample(SQLite::Statement& statement, const std::string& file) {
+  std::vector<ColumnValue> values;
+  const int count = static_cast<int>(SampleColumns().size());
+  values.reserve(static_cast<size_t>(count));
+  for (int i = 0; i < count; ++i) values.push_back(ReadValue(statement.getColumn(i)));
+  rvx::Sample sample;
+  if (!SampleFromStored(values, sample)) {
+    throw HostError(
+        HostErrorKind::Database,
+        fmt::format("A sample in the database {} can't be read: a column holds what this "
+                    "program does not write there. Restore a copy of the file, or remove "
+                    "the row with a database tool.",
+                    file));
+  }
+  return sample;
+}
+
+// Where a page ended.
+struct PageEnd {
+  std::string timestamp;
+  int64_t row = 0;
+};
+
+// Rows in the order of the archive, `condition` first. The page begins behind `end` if there is
+// one.
+rvx::ArrayOfSamples ReadPage(Database& database, const TranslatedQuery& filter,
+                             std::unique_ptr<PageEnd>& end) {
+  const std::string sql = SamplePageText(filter, end != nullptr);
+  rvx::ArrayOfSamples page;
+  platform::PlainGuard guard(database.lock());
+  SQLite::Statement statement(database.connection(), sql);
+  int index = 0;
+  for (const ColumnValue& parameter : filter.parameters) {
+    BindValue(statement, ++index, parameter);
+  }
+  if (end) {
+    statement.bind(++index, end->timestamp);
+    statement.bind(++index, end->row);
+  }
+  statement.bind(++index, kPageRows);
+  const int timestampColumn = 2;
+  while (statement.executeStep()) {
+    page.push_back(ReadSample(statement, database.file()));
+    const int rowColumn = static_cast<int>(SampleColumns().size());
+    end = std::make_unique<PageEnd>(PageEnd{statement.getColumn(timestampColumn).getString(),
+                                            statement.getColumn(rowColumn).getInt64()});
+  }
+  return page;
+}
+
+void ForEachMatch(Database& database, const TranslatedQuery& filter,
+                  const std::function<bool(const rvx::Sample&)>& visit) {
+  std::unique_ptr<PageEnd> end;
+  for (;;) {
+    const rvx::ArrayOfSamples page = ReadPage(database, filter, end);
+    for (const rvx::Sample& sample : page) {
+      if (!visit(sample)) return;
+    }
+    if (page.size() < static_cast<size_t>(kPageRows)) return;
+  }
+}
+
+[[noreturn]] void RaiseArchiveException(const std::string& message) {
+  rvx::ActionErrorRecord record;
+  record.message = message;
+  throw new rvx::ArchiveException(record);
+}
+
+// The figures that a person would have to write down if all else fails.
+std::string DescribeSample(const rvx::Sample& sample) {
+  return fmt::format("\"{}\" (position {}, {:.2f} degrees C, speed {:.4f} rpm/1000, {:.1f} mPa*s)",
+                     sample.sampleId, sample.position, sample.averageTemperature, sample.speed,
+                     sample.viscosity);
+}
+
+rvx::ActionErrorRecord StoreFailure(const rvx::Sample& sample, const SampleOrigin& origin,
+                                    const std::string& message) {
+  rvx::ActionErrorRecord record;
+  record.source = origin.instrument;
+  record.message = message;
+  record.kind = 1;
+  record.typeName = sample.typeName;
+  record.instrumentId = sample.instrument;
+  record.tray = sample.tray;
+  record.position = sample.position;
+  record.sampleId = sample.sampleId;
+  record.operatorName = sample.operatorName;
+  record.sampleFailure = 1;
+  return record;
+}
+
+}  // namespace
+
+std::string NewestSamplesText() {
+  return fmt::format("SELECT {} FROM SAMPLES ORDER BY \"Timestamp\" DESC, rowid DESC LIMIT ?",
+                     ColumnList());
+}
+
+std::string SamplePageText(const TranslatedQuery& query, bool behind) {
+  return fmt::format(
+      "SELECT {}, rowid FROM SAMPLES WHERE {}{} ORDER BY \"Timestamp\", rowid LIMIT ?",
+      ColumnList(), query.condition, behind ? " AND (\"Timestamp\", rowid) > (?, ?)" : "");
+}
+
+SampleStore::SampleStore(Database& database, TrayJournal& journal, const std::string& spoolFile)
+    : database_(database), journal_(journal), spool_(spoolFile) {
+  spool_.Prepare();
+}
+
+std::vector<std::string> SampleStore::TakeInSpool() {
+  std::vector<std::string> texts;
+  try {
+    spool_.TakeIn([&](const SampleSpool::Intake& intake) {
+      int taken = 0;
+      platform::PlainGuard guard(database_.lock());
+      Transaction transaction(database_);
+      for (const SpooledSample& spooled : intake.samples) {
+        if (IsStored(database_, platform::FormatGuid(spooled.sample.id))) continue;
+        Insert(database_, spooled);
+        ++taken;
+      }
+      transaction.Commit();
+      if (taken > 0) {
+        texts.push_back(fmt::format(
+            "{} samples that could not be stored earlier were taken into the archive.", taken));
+      }
+      if (intake.damagedLines > 0) {
+        texts.push_back(
+            fmt::format("{} lines of the spool {} are damaged, probably by a crash while they were "
+                        "written. They are kept in {}.damaged; ask your service engineer.",
+                        intake.damagedLines, spool_.file(), spool_.file()));
+      }
+    });
+  } catch (const SQLite::Exception& error) {
+    texts = {
+        fmt::format("Samples wait in the spool {} and could not be taken into the archive: {}. "
+                    "They stay there until the next start.",
+                    spool_.file(), DescribeDatabaseError(error))};
+  }
+  return texts;
+}
+
+int64_t SampleStore::Count() {
+  try {
+    platform::PlainGuard guard(database_.lock());
+    Query query(database_.Prepared("SELECT COUNT(*) FROM SAMPLES"));
+    query->executeStep();
+    return query->getColumn(0).getInt64();
+  } catch (const SQLite::Exception& error) {
+    throw MakeDatabaseError("The samples could not be read", error);
+  }
+}
+
+rvx::ArrayOfSamples SampleStore::Last(int64_t n) {
+  rvx::ArrayOfSamples samples;
+  if (n <= 0) {
+    ForEach([&](const rvx::Sample& sample) {
+      samples.push_back(sample);
+      return true;
+    });
+    return samples;
+  }
+  try {
+    platform::PlainGuard guard(database_.lock());
+    Query query(database_.Prepared(NewestSamplesText()));
+    query->bind(1, n);
+    while (query->executeStep()) samples.push_back(ReadSample(*query, database_.file()));
+  } catch (const SQLite::Exception& error) {
+    throw MakeDatabaseError("The samples could not be read", error);
+  }
+  std::reverse(samples.begin(), samples.end());
+  return samples;
+}
+
+void SampleStore::ForEach(const std::function<bool(const rvx::Sample&)>& visit) {
+  try {
+    ForEachMatch(database_, {"1", {}}, visit);
+  } catch (const SQLite::Exception& error) {
+    throw MakeDatabaseError("The samples could not be read", error);
+  }
+}
+
+void SampleStore::QuerySamples(rvx::ArrayOfSamples& out, rvx::SampleArchiveFilter* filter) {
+  TranslatedQuery query{"1", {}};
+  std::string problem;
+  if (filter != nullptr && !TranslateQuery(filter->GetQueryText(), query, problem)) {
+    RaiseArchiveException(
+        fmt::format("The samples could not be searched: the query can't be understood, {}. An "
+                    "apostrophe in the "
+                    "instrument's name causes this; take it out of the name and try again.",
+                    problem));
+  }
+  rvx::ArrayOfSamples found;
+  try {
+    ForEachMatch(database_, query, [&](const rvx::Sample& sample) {
+      if (filter == nullptr || filter->AcceptSample(sample)) found.push_back(sample);
+      return true;
+    });
+  } catch (const SQLite::Exception& error) {
+    RaiseArchiveException(MakeDatabaseError("The samples could not be searched", error).what());
+  } catch (const HostError& error) {
+    RaiseArchiveException(error.what());
+  }
+  out = std::move(found);
+}
+
+void SampleStore::StoreSample(const rvx::Sample& sample) {
+  const SampleOrigin origin = journal_.FindOrigin(sample);
+  const SpooledSample stored{sample, origin.run, origin.position, origin.attempt};
+  std::string reason;
+  bool isDouble = false;
+  try {
+    platform::PlainGuard guard(database_.lock());
+    Transaction transaction(database_);
+    Insert(database_, stored);
+    transaction.Commit();
+  } catch (const SQLite::Exception& error) {
+    isDouble = error.getExtendedErrorCode() == SQLITE_CONSTRAINT_UNIQUE;
+    if (!isDouble) reason = DescribeDatabaseError(error);
+  }
+  if (isDouble) {
+    throw new rvx::ArchiveException(StoreFailure(
+        sample, origin,
+        fmt::format("The result of sample {} is in the archive already and was not stored again.",
+                    DescribeSample(sample))));
+  }
+  if (!reason.empty()) {
+    const std::string spoolFailure = spool_.Append(stored);
+    const std::string fate =
+        spoolFailure.empty()
+            ? fmt::format("It is kept in the spool {} and taken into the archive at the next start",
+                          spool_.file())
+            : fmt::format("It could not be kept in the spool {} either ({}): write it down",
+                          spool_.file(), spoolFailure);
+    throw new rvx::ArchiveException(StoreFailure(
+        sample, origin,
+        fmt::format("The result of sample {} could not be stored in the archive: {}. {}.",
+                    DescribeSample(sample), reason, fate)));
+  }
+  listeners_.ForEach(
+      [&](SampleStoredListener& listener) { listener.SampleStored(sample, origin); });
+}
+
+}  // namespace torvell

@@ -1,0 +1,77 @@
+// The sample archive.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host/core/listener_list.h"
+#include "host/core/sample_columns.h"
+#include "host/core/sample_spool.h"
+#include "instrument/host/host.h"
+
+namespace torvell {
+
+class Database;
+class TrayJournal;
+
+// Which run of a tray a sample came from.
+struct SampleOrigin {
+  int64_t run = 0;        // number of the run in the journal; 0: none
+  int32_t position = -1;  // from 0
+  int32_t attempt = 0;    // how often the position was started, from 1
+  rvx::ViscometerInstrument* instrument = nullptr;
+};
+
+class SampleStoredListener {
+ public:
+  virtual ~SampleStoredListener() = default;
+  // Behind the commit, on the thread that stored it, with locks of the module held: do not wait
+  // there.
+  virtual void SampleStored(const rvx::Sample& sample, const SampleOrigin& origin) = 0;
+};
+
+// Any thread. What is stored stays as it is: there is no operation that changes or deletes a
+// sample.
+class SampleStore : public rvx::SampleArchive {
+ public:
+  SampleStore(Database& database, TrayJournal& journal, const std::string& spoolFile);
+
+  // What the last start left in the spool goes into the archive. Returns texts for people, one for
+  // each thing that happened; none if there was no spool.
+  std::vector<std::string> TakeInSpool();
+
+  int64_t Count();
+  // The latest n by timestamp, oldest first; n <= 0: all.
+  rvx::ArrayOfSamples Last(int64_t n);
+  rvx::ArrayOfSamples All() { return Last(0); }
+  // Oldest first, in pages, without a lock held while `visit` runs; ends when it answers false.
+  void ForEach(const std::function<bool(const rvx::Sample&)>& visit);
+
+  void AddListener(SampleStoredListener* listener) { listeners_.Add(listener); }
+  // Once it returns the listener is not called any more.
+  void RemoveListener(SampleStoredListener* listener) { listeners_.Remove(listener); }
+
+  // rvx::SampleArchive
+  // Without a filter: all.
+  void QuerySamples(rvx::ArrayOfSamples& out, rvx::SampleArchiveFilter* filter) override;
+  // A sample that can't be stored goes to the spool; the ArchiveException says so. A sample whose
+  // id is there already raises too, and is not spooled.
+  void StoreSample(const rvx::Sample& sample) override;
+
+ private:
+  Database& database_;
+  TrayJournal& journal_;
+  SampleSpool spool_;
+  ListenerList<SampleStoredListener> listeners_;
+};
+
+// The statements that read, for whoever looks at their plans. The one gives the latest samples,
+// latest first, with the count as its parameter; the other a page of matching samples in order,
+// from the start or behind a timestamp and row number, with the query's parameters first.
+struct TranslatedQuery;
+std::string NewestSamplesText();
+std::string SamplePageText(const TranslatedQuery& query, bool behind);
+
+}  // namespace torvell

@@ -1,0 +1,154 @@
+#include "host/core/text_archives.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <system_error>
+
+#include "host/core/audit_write.h"
+#include "host/core/database.h"
+#include "host/core/users.h"
+#include "platform/log.h"
+
+namespace torvell {
+namespace {
+
+[[noreturn]] void RaiseArchiveException(const std::string& message) {
+  rvx::ActionErrorRecord record;
+  record.message = message;
+  throw new rvx::ArchiveException(record);
+}
+
+std::optional<std::string> ReadSettings(Database& database, const std::string& key)
+    REQUIRES(database.lock()) {
+  Query query(database.Prepared("SELECT \"Text\" FROM INSTRUMENTS WHERE \"Key\" = ?"));
+  query->bind(1, key);
+  if (!query->executeStep()) return std::nullopt;
+  return query->getColumn(0).getString();
+}
+
+std::string ReadAnalysis(Database& database, const std::string& name, const std::string& section)
+    REQUIRES(database.lock()) {
+  Query query(database.Prepared(
+      "SELECT \"Text\" FROM ANALYSIS_TEXTS WHERE \"Name\" = ? AND \"Section\" = ?"));
+  query->bind(1, name);
+  query->bind(2, section);
+  return query->executeStep() ? query->getColumn(0).getString() : std::string();
+}
+
+}  // namespace
+
+std::optional<std::string> InstrumentStore::Read(const std::string& key) {
+  try {
+    platform::PlainGuard guard(database_.lock());
+    return ReadSettings(database_, key);
+  } catch (const SQLite::Exception& error) {
+    throw MakeDatabaseError("The instrument's settings could not be read", error);
+  }
+}
+
+void InstrumentStore::LoadInstrument(const std::string& key, rvx::ViscometerInstrument* instrument,
+                                     int32_t flags) {
+  std::optional<std::string> text;
+  try {
+    text = Read(key);
+  } catch (const HostError& error) {
+    {
+      platform::PlainGuard guard(lock_);
+      unreadable_.insert(key);
+    }
+    RaiseArchiveException(error.what());
+  }
+  {
+    platform::PlainGuard guard(lock_);
+    unreadable_.erase(key);
+  }
+  if (!text) {
+    RaiseArchiveException(fmt::format("No settings are stored for the instrument {}.", key));
+  }
+  instrument->LoadSettingsText(*text, flags);
+}
+
+void InstrumentStore::StoreInstrument(const std::string& key,
+                                      rvx::ViscometerInstrument* instrument) {
+  // The text is taken without a lock held, so two storings may overtake each other. The one that
+  // began last has seen all that the others were called for; its text is the one that stays.
+  uint64_t ticket = 0;
+  {
+    platform::PlainGuard guard(lock_);
+    ticket = nextTicket_++;
+  }
+  const std::string text = instrument->SaveSettingsText();
+  const Actor actor = users_.ActingAs();
+  platform::PlainGuard guard(lock_);
+  if (unreadable_.count(key) != 0) {
+    RaiseArchiveException(fmt::format(
+        "The settings of the instrument {} could not be read and are not overwritten by what is in "
+        "force instead. Start the program again when the database can be read.",
+        key));
+  }
+  if (stored_[key] > ticket) return;
+  try {
+    platform::PlainGuard databaseGuard(database_.lock());
+    Transaction transaction(database_);
+    const std::optional<std::string> before = ReadSettings(database_, key);
+    stored_[key] = ticket;
+    if (before == text) return;
+    Query query(database_.Prepared("INSERT OR REPLACE INTO INSTRUMENTS VALUES (?, ?)"));
+    query->bind(1, key);
+    query->bind(2, text);
+    query->exec();
+    const std::string object = "instrument " + key;
+    WriteAudit(database_, actor,
+               before ? CompareSettingsTexts(object, *before, text)
+                      : std::vector<AuditChange>{{object, "", "stored for the first time"}});
+    transaction.Commit();
+  } catch (const SQLite::Exception& error) {
+    RaiseArchiveException(
+        MakeDatabaseError("The instrument's settings could not be stored", error).what());
+  }
+}
+
+void AnalysisStore::ReadAnalysisText(const std::string& name, const std::string& section,
+                                     std::string& text) {
+  try {
+    platform::PlainGuard guard(database_.lock());
+    text = ReadAnalysis(database_, name, section);
+  } catch (const SQLite::Exception& error) {
+    RaiseArchiveException(
+        MakeDatabaseError(fmt::format("\"{}\" could not be read", section), error).what());
+  }
+}
+
+void AnalysisStore::WriteAnalysisText(const std::string& name, const std::string& section,
+                                      const std::string& text) {
+  const Actor actor = users_.ActingAs();
+  try {
+    platform::PlainGuard guard(database_.lock());
+    Transaction transaction(database_);
+    const std::string before = ReadAnalysis(database_, name, section);
+    if (before == text) return;
+    Query query(database_.Prepared("INSERT OR REPLACE INTO ANALYSIS_TEXTS VALUES (?, ?, ?)"));
+    query->bind(1, name);
+    query->bind(2, section);
+    query->bind(3, text);
+    query->exec();
+    WriteAudit(database_, actor, CompareRowTexts(section, before, text));
+    transaction.Commit();
+  } catch (const SQLite::Exception& error) {
+    RaiseArchiveException(
+        MakeDatabaseError(fmt::format("\"{}\" could not be stored", section), error).what());
+  }
+}
+
+void FileFolder::GetDefaultName(std::string& text) {
+  std::error_code error;
+  std::filesystem::create_directories(folder_, error);
+  // Whoever writes a file there says that it could not; the name stays what it is.
+  if (error) {
+    platform::Log(platform::LogLevel::Warning, folder_ + " can't be made: " + error.message());
+  }
+  text = folder_;
+}
+
+}  // namespace torvell

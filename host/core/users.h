@@ -1,0 +1,73 @@
+// Users, their levels and passwords, and who is acting.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/core/lock_ranks.h"
+#include "instrument/host/host.h"
+#include "platform/lock.h"
+
+namespace torvell {
+
+class Database;
+struct Actor;
+
+inline constexpr int32_t kLevelNobody = 0;  // may read
+inline constexpr int32_t kLevelOperator = 10;
+inline constexpr int32_t kLevelManager = 50;
+inline constexpr int32_t kLevelService = 100;
+
+struct User {
+  std::string name;
+  int32_t level = kLevelOperator;
+};
+
+// The users of a data folder. Who acts is set once, when the host opens, and holds for the process:
+// with no user in the folder the local person acts at level 100; else the named user at the level
+// that is stored; a name that is unknown, or none, is level 0. Any thread.
+class Users : public rvx::SecurityManager {
+ public:
+  explicit Users(Database& database);
+
+  // The acting user. An empty name stands for nobody.
+  void SetActingUser(const std::string& name);
+  std::string ActingUser();
+  int32_t ActingLevel() { return GetAccessLevel(); }
+  // Both, for the audit trail.
+  Actor ActingAs();
+  // HostError NotAllowed if the acting level is below `level`; `what` completes "To <what> ...".
+  void Require(int32_t level, const std::string& what);
+
+  // No user yet: everybody counts as level 100.
+  bool IsEmpty();
+  bool Exists(const std::string& name);
+  std::vector<User> List();  // by name
+
+  // The three changes need level 100, except that SetPassword is allowed to the user itself.
+  // BadInput: an empty name, one that exists (Add) or not (the others), control characters in it, a
+  // level other than 10, 50, 100, an empty password, a first user below level 100, the last user of
+  // level 100 removed. Each leaves a row in the audit trail, never the password.
+  void Add(const std::string& name, int32_t level, const std::string& password);
+  void SetPassword(const std::string& name, const std::string& password);
+  void Remove(const std::string& name);
+
+  // True if the password is this user's. Takes as long for a name that does not exist.
+  bool Authenticate(const std::string& name, const std::string& password);
+
+  // rvx::SecurityManager
+  void GetUserName(std::string& text) override;
+  int32_t GetAccessLevel() override;
+
+ private:
+  void RefreshActingLevel();
+
+  Database& database_;
+  platform::PlainLock lock_{"users", kUsersLockRank};
+  std::string acting_ GUARDED_BY(lock_);
+  std::string shownName_ GUARDED_BY(lock_);
+  int32_t level_ GUARDED_BY(lock_) = 0;
+};
+
+}  // namespace torvell
