@@ -1,0 +1,2 @@
+// A host library that lacks all entries but one.
+extern "C" void* GetErrorArchive() { return nullptr; }
