@@ -5,12 +5,12 @@
 
 #include "host/cli/arguments.h"
 #include "host/cli/commands.h"
-#include "host/cli/csv.h"
 #include "host/cli/failure.h"
 #include "host/cli/json_records.h"
-#include "host/cli/number_text.h"
 #include "host/cli/sample_table.h"
 #include "host/cli/session.h"
+#include "host/tray/csv.h"
+#include "host/tray/number_text.h"
 
 namespace torvell {
 

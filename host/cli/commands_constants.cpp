@@ -5,10 +5,10 @@
 
 #include "host/cli/arguments.h"
 #include "host/cli/commands.h"
-#include "host/cli/number_text.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 #include "host/core/users.h"
+#include "host/tray/number_text.h"
 
 namespace torvell {
 

@@ -7,9 +7,9 @@
 #include "host/cli/arguments.h"
 #include "host/cli/commands.h"
 #include "host/cli/json_records.h"
-#include "host/cli/number_text.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
+#include "host/tray/number_text.h"
 #include "platform/interrupt.h"
 
 namespace torvell {

@@ -7,20 +7,14 @@
 
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
-#include "host/cli/number_text.h"
 #include "host/cli/run_controller.h"
-#include "host/cli/tray_access.h"
 #include "host/core/users.h"
+#include "host/tray/preparation.h"
+#include "host/tray/tray_access.h"
 
 namespace torvell {
 
 namespace {
-
-// The tray starts below 10.0 degrees C; half a degree keeps it there until it has started.
-constexpr double kPreparedTemperature = 9.5;
-constexpr double kPreparationTarget = 5.0;
-constexpr platform::Milliseconds kCoolingTimeout{3600 * 1000};
-constexpr platform::Milliseconds kReadyTimeout{60 * 1000};
 
 struct RunArguments {
   std::vector<std::string> files;  // FILE, or WHICH=FILE for each of several
@@ -67,47 +61,12 @@ std::vector<Target> FindTargets(Session& session, const RunArguments& arguments)
   return targets;
 }
 
-// Waits until `done` of the readings; false at the deadline or when somebody interrupts.
-bool WaitUntil(const FoundInstrument& found, platform::InterruptWatch& interrupts,
-               platform::Milliseconds timeout,
-               const std::function<bool(const rvx::InstrumentReadings&)>& done) {
-  const platform::Deadline deadline = platform::Deadline::After(timeout);
-  for (;;) {
-    const rvx::InstrumentReadings readings = found.scripting->GetReadings();
-    if (readings.sequence > 0 && done(readings)) return true;
-    if (interrupts.count() > 0) return false;
-    const platform::Deadline step = platform::Deadline::After(platform::Milliseconds(1000));
-    if (!found.scripting->WaitForReadings(readings.sequence,
-                                          platform::Deadline::Earliest(step, deadline)) &&
-        deadline.HasPassed()) {
-      return false;
-    }
-  }
-}
-
-// Makes a simulated instrument ready for a tray, as a person would: home, then a cold cell.
+// Makes a simulated instrument ready for a tray.
 void Prepare(Session& session, const FoundInstrument& found, platform::InterruptWatch& interrupts) {
-  ThrowIfRefused(found.scripting->SetHomeFlag());
-  const auto isCold = [](const rvx::InstrumentReadings& readings) {
-    return readings.temperature < kPreparedTemperature;
-  };
-  session.WaitForStatus(found);
-  if (!isCold(found.scripting->GetReadings())) {
-    session.output().Progress(
-        fmt::format("cooling the cell below {} degC ...", ExactNumber(kPreparedTemperature)));
-    ThrowIfRefused(found.scripting->SetTemperature(kPreparationTarget));
-    const bool cold = WaitUntil(found, interrupts, kCoolingTimeout, isCold);
-    ThrowIfRefused(found.scripting->SetTemperature(std::nullopt));
-    if (!cold && interrupts.count() == 0) {
-      throw CommandFailure(ExitCode::RunFailed,
-                           "the simulated cell did not get cold within an hour. The temperature "
-                           "control is off again, nothing was started.");
-    }
-  }
-  WaitUntil(found, interrupts, kReadyTimeout, [](const rvx::InstrumentReadings& readings) {
-    return readings.machineStatus == 0 && readings.switchByte == 0 && readings.errorCode == 0;
-  });
-  if (interrupts.count() > 0) {
+  const bool ready = PrepareSimulated(
+      found, [&interrupts] { return interrupts.count() > 0; },
+      [&session](const std::string& text) { session.output().Progress(text); });
+  if (!ready) {
     throw CommandFailure(ExitCode::Interrupted, "interrupted while preparing; nothing was started");
   }
 }
@@ -115,14 +74,18 @@ void Prepare(Session& session, const FoundInstrument& found, platform::Interrupt
 void FillTray(Session& session, const Target& target, TrayActions actions) {
   const FoundInstrument& found = *target.found;
   if (!target.file.empty()) {
-    ReplaceTray(session, found, std::move(actions));
-    CloseInterrupted(session, found);
+    ReplaceTray(session.host(), found, std::move(actions));
+    CloseInterrupted(session.host(), found);
     return;
   }
   const auto interrupted = session.host().journal().InterruptedOf(found.identity.archiveKey);
-  if (interrupted) KeepWhatIsNotMeasured(session, found, *interrupted);
+  if (interrupted) {
+    for (const std::string& notice : KeepWhatIsNotMeasured(session.host(), found, *interrupted)) {
+      session.output().Notice(notice);
+    }
+  }
   if (ReadTray(found).empty()) {
-    if (interrupted) CloseInterrupted(session, found);
+    if (interrupted) CloseInterrupted(session.host(), found);
     throw CommandFailure(
         ExitCode::BadUse,
         fmt::format("the tray of {} is empty, so nothing was started. Give a file, "

@@ -4,11 +4,11 @@
 #include <CLI/CLI.hpp>
 
 #include "host/cli/commands.h"
-#include "host/cli/csv.h"
 #include "host/cli/failure.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 #include "host/core/users.h"
+#include "host/tray/csv.h"
 
 namespace torvell {
 

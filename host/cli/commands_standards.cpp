@@ -5,7 +5,7 @@
 
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
-#include "host/cli/number_text.h"
+#include "host/tray/number_text.h"
 #include "host/cli/session.h"
 #include "host/cli/standards_file.h"
 #include "host/cli/table.h"

@@ -4,11 +4,11 @@
 #include <CLI/CLI.hpp>
 
 #include "host/cli/commands.h"
-#include "host/cli/number_text.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
-#include "host/cli/tray_access.h"
 #include "host/core/users.h"
+#include "host/tray/number_text.h"
+#include "host/tray/tray_access.h"
 
 namespace torvell {
 
@@ -97,16 +97,16 @@ int ShowTray(Session& session) {
 int LoadTray(Session& session, const std::string& path) {
   session.RequireLevel(kLevelOperator, "load a tray");
   const FoundInstrument& found = session.OneInstrument();
-  ReplaceTray(session, found, BuildTray(found, path));
-  CloseInterrupted(session, found);
+  ReplaceTray(session.host(), found, BuildTray(found, path));
+  CloseInterrupted(session.host(), found);
   return ShowTray(session);
 }
 
 int ClearTray(Session& session) {
   session.RequireLevel(kLevelOperator, "clear the tray");
   const FoundInstrument& found = session.OneInstrument();
-  ReplaceTray(session, found, EmptyTray(found));
-  CloseInterrupted(session, found);
+  ReplaceTray(session.host(), found, EmptyTray(found));
+  CloseInterrupted(session.host(), found);
   return ShowTray(session);
 }
 

@@ -1,6 +1,6 @@
 #include "host/cli/json_records.h"
 
-#include "host/cli/number_text.h"
+#include "host/tray/number_text.h"
 
 namespace torvell {
 

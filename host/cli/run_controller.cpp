@@ -60,7 +60,7 @@ ExitCode RunController::Run() {
 void RunController::Start(size_t run) {
   recorders_.push_back(std::make_unique<RunRecorder>(queue_, run));
   try {
-    runners_.push_back(session_.host().StartTray(runs_[run].found(), recorders_[run].get()));
+    runners_.push_back(session_.host().StartTray(runs_[run].entry(), recorders_[run].get()));
   } catch (const HostError& error) {
     if (error.kind() != HostErrorKind::Tray) throw;
     runners_.push_back(nullptr);
@@ -109,7 +109,7 @@ void RunController::Handle(const RunEvent& event) {
 void RunController::HandlePause(size_t run) {
   if (somebodyIsThere_) {
     view_.Message(fmt::format("{} is paused: press r to resume, a to abort",
-                              runs_[run].found().identity.portName));
+                              runs_[run].entry().identity.portName));
     return;
   }
   if (pauseAsked_) {
@@ -177,7 +177,7 @@ void RunController::ReportFailure(size_t run, const std::string& message) {
   ErrorReport report;
   report.time = platform::LocalNow();
   report.kind = 1;
-  report.source = runs_[run].found().identity.portName;
+  report.source = runs_[run].entry().identity.portName;
   report.message = message;
   event.error = report;
   queue_.Push(std::move(event));
@@ -189,7 +189,7 @@ void RunController::ErrorReported(const ErrorReport& report) {
   event.kind = RunEvent::Kind::Error;
   event.error = report;
   for (size_t run = 0; run < runs_.size(); ++run) {
-    if (report.source.find(runs_[run].found().identity.portName) != std::string::npos) {
+    if (report.source.find(runs_[run].entry().identity.portName) != std::string::npos) {
       event.run = run;
     }
   }
@@ -198,7 +198,7 @@ void RunController::ErrorReported(const ErrorReport& report) {
 
 Json RunController::EventJson(const char* name, size_t run) const {
   Json object = {{"event", name}};
-  if (runs_.size() > 1) object["instrument"] = runs_[run].found().identity.portName;
+  if (runs_.size() > 1) object["instrument"] = runs_[run].entry().identity.portName;
   return object;
 }
 
@@ -260,7 +260,7 @@ void RunController::PrintSummary() {
     for (const RunPosition& position : state.positions()) {
       for (const rvx::Sample& sample : position.samples) table.Add(sample);
     }
-    output_.Progress(fmt::format("{}: {} of {} samples, {} errors{}", state.found().Title(),
+    output_.Progress(fmt::format("{}: {} of {} samples, {} errors{}", state.entry().Title(),
                                  state.samples(), state.SamplesDue(), state.errors(),
                                  state.aborted() ? ", aborted" : ""));
   }

@@ -5,10 +5,11 @@
 #include <optional>
 #include <vector>
 
-#include "host/cli/run_events.h"
-#include "host/cli/run_state.h"
 #include "host/cli/run_view.h"
+#include "host/cli/session.h"
 #include "host/cli/terminal.h"
+#include "host/tray/run_events.h"
+#include "host/tray/run_state.h"
 #include "platform/interrupt.h"
 
 namespace torvell {

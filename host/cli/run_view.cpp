@@ -5,9 +5,9 @@
 #include <cmath>
 #include <cstdio>
 
-#include "host/cli/number_text.h"
 #include "host/cli/sample_table.h"
 #include "host/cli/terminal.h"
+#include "host/tray/number_text.h"
 
 namespace torvell {
 
@@ -82,7 +82,7 @@ std::vector<std::string> DescribeRun(const RunState& run, const rvx::InstrumentR
                                      platform::Microseconds now, const platform::Date& timeOfDay) {
   std::vector<std::string> lines;
   lines.push_back(
-      fmt::format("{}: tray of {} positions", run.found().Title(), run.positions().size()));
+      fmt::format("{}: tray of {} positions", run.entry().Title(), run.positions().size()));
   const RunPosition* current = run.Current();
   int middle = 0;
   for (size_t i = 0; i < run.positions().size(); ++i) {
@@ -145,7 +145,7 @@ void RunView::ShowLine(const RunEvent& event, const std::vector<RunState>& runs)
     case RunEvent::Kind::Error:  // said by whoever judges it
       return;
   }
-  const std::string port = runs.size() > 1 ? run.found().identity.portName + " " : "";
+  const std::string port = runs.size() > 1 ? run.entry().identity.portName + " " : "";
   output_.Progress(fmt::format("{} {}{}", TimeText(platform::LocalNow()), port, what));
 }
 
@@ -155,7 +155,7 @@ void RunView::Refresh(const std::vector<RunState>& runs) {
   std::string block;
   size_t count = 0;
   for (const RunState& run : runs) {
-    for (const std::string& line : DescribeRun(run, run.found().scripting->GetReadings(),
+    for (const std::string& line : DescribeRun(run, run.entry().scripting->GetReadings(),
                                                platform::MonotonicTime(), platform::LocalNow())) {
       block += Clipped(line, width) + "\n";
       ++count;

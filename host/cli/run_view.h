@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "host/cli/run_state.h"
+#include "host/cli/output.h"
+#include "host/tray/run_state.h"
 
 namespace torvell {
 

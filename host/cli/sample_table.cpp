@@ -1,17 +1,8 @@
 #include "host/cli/sample_table.h"
 
-#include "host/cli/number_text.h"
+#include "host/tray/number_text.h"
 
 namespace torvell {
-
-namespace {
-
-// A viscosity, speed or known viscosity of exactly 0 stands for none.
-std::string OrMissing(double value, int decimals) {
-  return value == 0.0 ? "" : FixedNumber(value, decimals);
-}
-
-}  // namespace
 
 SampleTable::SampleTable()
     : table_({{"time"},
@@ -31,7 +22,5 @@ void SampleTable::Add(const rvx::Sample& sample) {
                  FixedNumber(sample.averageTemperature, 2), OrMissing(sample.speed, 5),
                  ViscosityText(sample), OrMissing(sample.constants[4], 1), sample.operatorName});
 }
-
-std::string ViscosityText(const rvx::Sample& sample) { return OrMissing(sample.viscosity, 1); }
 
 }  // namespace torvell

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "host/cli/table.h"
+#include "host/tray/sample_text.h"
 #include "instrument/host/sample.h"
 
 namespace torvell {
@@ -17,11 +18,5 @@ class SampleTable {
  private:
   Table table_;
 };
-
-// The temperature that a sample's test was made for, degrees C.
-inline double TestTemperature(const rvx::Sample& sample) { return sample.constants[5]; }
-
-// Its viscosity with a decimal, mPa*s; empty if none could be calculated.
-std::string ViscosityText(const rvx::Sample& sample);
 
 }  // namespace torvell

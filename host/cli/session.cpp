@@ -6,14 +6,13 @@
 
 #include "host/cli/failure.h"
 #include "host/cli/terminal.h"
+#include "host/tray/preparation.h"
 #include "platform/text.h"
 
 namespace torvell {
 
 namespace {
 
-// A real instrument answers a poll every half second; twelve missed ones are no accident.
-constexpr platform::Milliseconds kFirstStatusTimeout{6000};
 
 bool IsVirtual() { return platform::CurrentTimeBase() == platform::TimeBaseKind::Virtual; }
 
@@ -158,12 +157,11 @@ std::string Session::WhyNoInstrument() {
 }
 
 void Session::WaitForStatus(const FoundInstrument& found) {
-  if (found.scripting->WaitForReadings(0, platform::Deadline::After(kFirstStatusTimeout))) return;
-  throw CommandFailure(
-      ExitCode::NoInstrument,
-      fmt::format("{} did not report its status within {} seconds. Its power or its cable may be "
-                  "off. Nothing was started. Check both and try again.",
-                  found.Title(), kFirstStatusTimeout.count() / 1000));
+  try {
+    torvell::WaitForStatus(found);
+  } catch (const HostError& error) {
+    throw CommandFailure(ExitCode::NoInstrument, error.what());
+  }
 }
 
 std::string Session::Password(const std::string& question) {

@@ -18,9 +18,6 @@ namespace torvell {
 // An instrument that was found; owned by the host.
 struct FoundInstrument : InstrumentEntry {
   int32_t index = 0;  // in the host's list
-
-  // "COM1 RVX-D TX"
-  std::string Title() const { return identity.portName + " " + identity.model; }
 };
 
 // The main thread's.

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/cli/csv.h"
+#include "host/tray/csv.h"
 
 namespace torvell {
 

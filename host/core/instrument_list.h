@@ -22,6 +22,9 @@ struct InstrumentEntry {
   rvx::InstrumentScripting* scripting = nullptr;  // null if the module has none
   // As it was at discovery; without scripting only portName ("") and archiveKey ("#0") are filled.
   rvx::InstrumentIdentity identity;
+
+  // "COM1 RVX-D TX"
+  std::string Title() const { return identity.portName + " " + identity.model; }
 };
 
 // The list of instruments. Any thread.

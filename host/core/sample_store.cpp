@@ -11,6 +11,7 @@
 #include "host/core/journal.h"
 #include "host/core/query_translator.h"
 #include "host/core/row_binding.h"
+#include "host/core/sample_rows.h"
 
 namespace torvell {
 namespace {
@@ -22,14 +23,6 @@ std::string InsertText() {
   std::string text = "INSERT INTO SAMPLES VALUES (";
   for (size_t i = 0; i < SampleColumns().size(); ++i) text += i == 0 ? "?" : ", ?";
   return text + ")";
-}
-
-std::string ColumnList() {
-  std::string text;
-  for (const SampleColumn& column : SampleColumns()) {
-    text += fmt::format("{}\"{}\"", text.empty() ? "" : ", ", column.name);
-  }
-  return text;
 }
 
 bool IsStored(Database& database, const std::string& id) REQUIRES(database.lock()) {
@@ -52,23 +45,6 @@ void Insert(Database& database, const SpooledSample& stored) REQUIRES(database.l
   link->bind(3, stored.attempt);
   link->bind(4, platform::FormatGuid(stored.sample.id));
   link->exec();
-}
-
-rvx::Sample ReadSample(SQLite::Statement& statement, const std::string& file) {
-  std::vector<ColumnValue> values;
-  const int count = static_cast<int>(SampleColumns().size());
-  values.reserve(static_cast<size_t>(count));
-  for (int i = 0; i < count; ++i) values.push_back(ReadValue(statement.getColumn(i)));
-  rvx::Sample sample;
-  if (!SampleFromStored(values, sample)) {
-    throw HostError(
-        HostErrorKind::Database,
-        fmt::format("A sample in the database {} can't be read: a column holds what this "
-                    "program does not write there. Restore a copy of the file, or remove "
-                    "the row with a database tool.",
-                    file));
-  }
-  return sample;
 }
 
 // Where a page ended.
@@ -96,7 +72,7 @@ rvx::ArrayOfSamples ReadPage(Database& database, const TranslatedQuery& filter,
   statement.bind(++index, kPageRows);
   const int timestampColumn = 2;
   while (statement.executeStep()) {
-    page.push_back(ReadSample(statement, database.file()));
+    page.push_back(ReadSampleRow(statement, database.file()));
     const int rowColumn = static_cast<int>(SampleColumns().size());
     end = std::make_unique<PageEnd>(PageEnd{statement.getColumn(timestampColumn).getString(),
                                             statement.getColumn(rowColumn).getInt64()});
@@ -147,15 +123,40 @@ rvx::ActionErrorRecord StoreFailure(const rvx::Sample& sample, const SampleOrigi
 
 }  // namespace
 
+std::string SampleColumnList() {
+  std::string text;
+  for (const SampleColumn& column : SampleColumns()) {
+    text += fmt::format("{}\"{}\"", text.empty() ? "" : ", ", column.name);
+  }
+  return text;
+}
+
+rvx::Sample ReadSampleRow(SQLite::Statement& statement, const std::string& file) {
+  std::vector<ColumnValue> values;
+  const int count = static_cast<int>(SampleColumns().size());
+  values.reserve(static_cast<size_t>(count));
+  for (int i = 0; i < count; ++i) values.push_back(ReadValue(statement.getColumn(i)));
+  rvx::Sample sample;
+  if (!SampleFromStored(values, sample)) {
+    throw HostError(
+        HostErrorKind::Database,
+        fmt::format("A sample in the database {} can't be read: a column holds what this "
+                    "program does not write there. Restore a copy of the file, or remove "
+                    "the row with a database tool.",
+                    file));
+  }
+  return sample;
+}
+
 std::string NewestSamplesText() {
   return fmt::format("SELECT {} FROM SAMPLES ORDER BY \"Timestamp\" DESC, rowid DESC LIMIT ?",
-                     ColumnList());
+                     SampleColumnList());
 }
 
 std::string SamplePageText(const TranslatedQuery& query, bool behind) {
   return fmt::format(
       "SELECT {}, rowid FROM SAMPLES WHERE {}{} ORDER BY \"Timestamp\", rowid LIMIT ?",
-      ColumnList(), query.condition, behind ? " AND (\"Timestamp\", rowid) > (?, ?)" : "");
+      SampleColumnList(), query.condition, behind ? " AND (\"Timestamp\", rowid) > (?, ?)" : "");
 }
 
 SampleStore::SampleStore(Database& database, TrayJournal& journal, const std::string& spoolFile)
@@ -220,7 +221,7 @@ rvx::ArrayOfSamples SampleStore::Last(int64_t n) {
     platform::PlainGuard guard(database_.lock());
     Query query(database_.Prepared(NewestSamplesText()));
     query->bind(1, n);
-    while (query->executeStep()) samples.push_back(ReadSample(*query, database_.file()));
+    while (query->executeStep()) samples.push_back(ReadSampleRow(*query, database_.file()));
   } catch (const SQLite::Exception& error) {
     throw MakeDatabaseError("The samples could not be read", error);
   }

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,18 @@ class SampleStoredListener {
   virtual void SampleStored(const rvx::Sample& sample, const SampleOrigin& origin) = 0;
 };
 
+// What somebody wants to see of the archive. Empty fields do not count.
+struct SampleQuery {
+  enum class Order { Time, Instrument, Position, SampleId, Temperature, Speed, Viscosity };
+  std::string instrument;        // part of the instrument's id, letter case is free
+  std::string sampleId;          // part of the sample id, letter case is free
+  std::string fromDay;           // "2026-01-31", local time, that day included
+  std::string toDay;             // likewise
+  std::optional<bool> verified;  // true: oils of known viscosity only; false: the others
+  Order order = Order::Time;
+  bool descending = true;
+};
+
 // Any thread. What is stored stays as it is: there is no operation that changes or deletes a
 // sample.
 class SampleStore : public rvx::SampleArchive {
@@ -48,6 +61,12 @@ class SampleStore : public rvx::SampleArchive {
   rvx::ArrayOfSamples All() { return Last(0); }
   // Oldest first, in pages, without a lock held while `visit` runs; ends when it answers false.
   void ForEach(const std::function<bool(const rvx::Sample&)>& visit);
+
+  // The row numbers of what matches, in the order asked for: a list of 100,000 takes less than a
+  // megabyte, so that a screen can fetch the rows that it shows.
+  std::vector<int64_t> FindRows(const SampleQuery& wanted);
+  // The samples of these rows, in their order; a row that does not exist is left out.
+  rvx::ArrayOfSamples ReadRows(const std::vector<int64_t>& rows);
 
   void AddListener(SampleStoredListener* listener) { listeners_.Add(listener); }
   // Once it returns the listener is not called any more.

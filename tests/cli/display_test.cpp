@@ -5,8 +5,8 @@
 #include <limits>
 
 #include "host/cli/json_records.h"
-#include "host/cli/number_text.h"
 #include "host/cli/table.h"
+#include "host/tray/number_text.h"
 
 namespace torvell {
 namespace {

@@ -1,5 +1,5 @@
 // How far a run is, and the block that shows it.
-#include "host/cli/run_state.h"
+#include "host/tray/run_state.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,8 +26,8 @@ class RunStateTest : public testing::Test {
  protected:
   RunStateTest() : state_(Found(), {Filled(0, "OIL-A", 2), Filled(3, "OIL-B", 1)}) {}
 
-  static FoundInstrument Found() {
-    FoundInstrument found;
+  static InstrumentEntry Found() {
+    InstrumentEntry found;
     found.identity.portName = "COM1";
     found.identity.model = "RVX-D TX";
     return found;

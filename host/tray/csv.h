@@ -44,12 +44,12 @@ std::string CsvLine(const std::vector<std::string>& cells);
 void CheckShape(std::vector<CsvRow>& rows, const std::vector<std::string>& heading,
                 std::vector<FileProblem>& problems);
 
-// The whole file; CommandFailure (bad input) with the reason if it can't be read. "-" reads
+// The whole file; HostError BadInput with the reason if it can't be read. "-" reads
 // standard input.
 std::string ReadWholeFile(const std::string& path);
 
 // Writes a file by way of a temporary one beside it, so that a full disk leaves the old one as it
-// was; CommandFailure (data failure) with the reason. "-" writes to standard output.
+// was; HostError DataFolder with the reason. "-" writes to standard output.
 void WriteWholeFile(const std::string& path, const std::string& content);
 
 }  // namespace torvell

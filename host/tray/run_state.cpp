@@ -1,4 +1,4 @@
-#include "host/cli/run_state.h"
+#include "host/tray/run_state.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,12 +14,12 @@ constexpr double kSecondsAtTheEnd = 5.0;
 
 }  // namespace
 
-RunState::RunState(FoundInstrument found, const std::vector<TrayPosition>& tray)
-    : found_(std::move(found)) {
+RunState::RunState(InstrumentEntry entry, const std::vector<TrayPosition>& tray)
+    : entry_(std::move(entry)) {
   for (const TrayPosition& position : tray) {
-    RunPosition entry;
-    entry.plan = position;
-    positions_.push_back(std::move(entry));
+    RunPosition planned;
+    planned.plan = position;
+    positions_.push_back(std::move(planned));
   }
 }
 

@@ -1,5 +1,5 @@
 // The comma-separated form, and how its problems read.
-#include "host/cli/csv.h"
+#include "host/tray/csv.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>

@@ -1,4 +1,4 @@
-#include "host/cli/run_events.h"
+#include "host/tray/run_events.h"
 
 #include <utility>
 

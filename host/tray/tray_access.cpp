@@ -1,9 +1,8 @@
-#include "host/cli/tray_access.h"
+#include "host/tray/tray_access.h"
 
 #include <fmt/format.h>
 
-#include "host/cli/failure.h"
-#include "host/cli/number_text.h"
+#include "host/tray/number_text.h"
 #include "platform/text.h"
 
 namespace torvell {
@@ -16,8 +15,8 @@ constexpr int32_t kVerifyActionIndex = 2;
 constexpr char kNullActionKey[] = "Null Action";
 constexpr char kVerifyActionKey[] = "RVX Check Viscosity Action";
 
-std::shared_ptr<rvx::Action> NewAction(const FoundInstrument& found, int32_t index) {
-  return std::shared_ptr<rvx::Action>(found.instrument->CreateActionByIndex(index));
+std::shared_ptr<rvx::Action> NewAction(const InstrumentEntry& entry, int32_t index) {
+  return std::shared_ptr<rvx::Action>(entry.instrument->CreateActionByIndex(index));
 }
 
 // The column that a problem of the instrument's is about, by the letters of its field's name.
@@ -89,9 +88,9 @@ FileProblem ProblemOf(const rvx::ScriptingProblem& problem, const TrayFilePositi
 }
 
 // The temperatures that Measure Viscosity may use, for messages.
-std::string CalibratedTemperatures(const FoundInstrument& found) {
+std::string CalibratedTemperatures(const InstrumentEntry& entry) {
   std::string list;
-  for (const rvx::CellConstants& slot : found.scripting->GetCellConstants()) {
+  for (const rvx::CellConstants& slot : entry.scripting->GetCellConstants()) {
     if (!slot.empty) list += (list.empty() ? "" : ", ") + ExactNumber(slot.temperature);
   }
   return list.empty() ? "none, since the instrument has no cell constants yet" : list;
@@ -99,13 +98,13 @@ std::string CalibratedTemperatures(const FoundInstrument& found) {
 
 class TrayBuilder {
  public:
-  TrayBuilder(const FoundInstrument& found, std::vector<FileProblem>& problems)
-      : found_(found), problems_(problems) {}
+  TrayBuilder(const InstrumentEntry& entry, std::vector<FileProblem>& problems)
+      : entry_(entry), problems_(problems) {}
 
   std::shared_ptr<rvx::Action> Build(const TrayFilePosition& position) {
-    auto action = NewAction(found_, position.verify ? kVerifyActionIndex : kMeasureActionIndex);
+    auto action = NewAction(entry_, position.verify ? kVerifyActionIndex : kMeasureActionIndex);
     action->SetSampleId(position.sampleId);
-    const std::optional<rvx::SampleTests> defaults = found_.scripting->GetSampleTests(*action);
+    const std::optional<rvx::SampleTests> defaults = entry_.scripting->GetSampleTests(*action);
     rvx::SampleTests tests;
     tests.injectionTime = position.injectionTime;
     tests.coolDownTime = position.coolDownTime;
@@ -119,7 +118,7 @@ class TrayBuilder {
       test.knownViscosity = given.knownViscosity;
       tests.tests.push_back(test);
     }
-    if (const rvx::ScriptingResult refused = found_.scripting->SetSampleTests(*action, tests)) {
+    if (const rvx::ScriptingResult refused = entry_.scripting->SetSampleTests(*action, tests)) {
       Refuse(*refused, position);
     }
     return action;
@@ -128,19 +127,19 @@ class TrayBuilder {
  private:
   void Refuse(const rvx::ScriptingProblem& refused, const TrayFilePosition& position) {
     if (refused.kind == rvx::ScriptingProblem::Kind::NotAllowed) {
-      throw CommandFailure(ExitCode::NotAllowed,
-                           fmt::format("position {}: {}\nNothing of the file was taken over.",
-                                       position.position, refused.message));
+      throw HostError(HostErrorKind::NotAllowed,
+                      fmt::format("position {}: {}\nNothing of the file was taken over.",
+                                  position.position, refused.message));
     }
     FileProblem problem = ProblemOf(refused, position);
     if (!position.verify && problem.column == static_cast<int>(TrayColumn::Temperature)) {
       problem.accepted = fmt::format("{} (temperatures with cell constants: {})", problem.accepted,
-                                     CalibratedTemperatures(found_));
+                                     CalibratedTemperatures(entry_));
     }
     problems_.push_back(problem);
   }
 
-  const FoundInstrument& found_;
+  const InstrumentEntry& entry_;
   std::vector<FileProblem>& problems_;
 };
 
@@ -158,16 +157,16 @@ const char* StateText(PositionState state) {
 
 }  // namespace
 
-int TraySize(const FoundInstrument& found) {
-  rvx::TrayOfSampleActions& tray = *found.instrument->GetTray(0);
+int TraySize(const InstrumentEntry& entry) {
+  rvx::TrayOfSampleActions& tray = *entry.instrument->GetTray(0);
   const rvx::TrayGuard guard(tray);
   return tray.GetSize();
 }
 
-std::vector<TrayPosition> ReadTray(const FoundInstrument& found) {
+std::vector<TrayPosition> ReadTray(const InstrumentEntry& entry) {
   std::vector<std::shared_ptr<rvx::Action>> actions;
   {
-    rvx::TrayOfSampleActions& tray = *found.instrument->GetTray(0);
+    rvx::TrayOfSampleActions& tray = *entry.instrument->GetTray(0);
     const rvx::TrayGuard guard(tray);
     for (int i = 0; i < tray.GetSize(); ++i) actions.push_back(tray.Hold(i));
   }
@@ -180,8 +179,8 @@ std::vector<TrayPosition> ReadTray(const FoundInstrument& found) {
     position.label = action.GetLabel();
     position.classKey = action.GetClassName();
     position.sampleId = action.GetSampleId();
-    position.tests = found.scripting->GetSampleTests(action);
-    position.estimatedSeconds = found.scripting->EstimateSeconds(action);
+    position.tests = entry.scripting->GetSampleTests(action);
+    position.estimatedSeconds = entry.scripting->EstimateSeconds(action);
     positions.push_back(std::move(position));
   }
   return positions;
@@ -209,50 +208,57 @@ std::vector<TrayFilePosition> TrayFileOf(const std::vector<TrayPosition>& tray) 
   return file;
 }
 
-TrayActions BuildTray(const FoundInstrument& found, const std::string& path) {
-  TrayActions actions = EmptyTray(found);
+TrayActions BuildTray(const InstrumentEntry& entry, const std::string& path) {
+  TrayActions actions = EmptyTray(entry);
   std::vector<FileProblem> problems;
   const std::vector<TrayFilePosition> positions =
       ParseTrayFile(ReadWholeFile(path), static_cast<int>(actions.size()), problems);
   if (problems.empty()) {
-    TrayBuilder builder(found, problems);
+    TrayBuilder builder(entry, problems);
     for (const TrayFilePosition& position : positions) {
       actions[static_cast<size_t>(position.position) - 1] = builder.Build(position);
     }
   }
-  if (!problems.empty()) throw CommandFailure(ExitCode::BadUse, FormatProblems(path, problems));
+  if (!problems.empty()) throw HostError(HostErrorKind::BadInput, FormatProblems(path, problems));
   return actions;
 }
 
-TrayActions EmptyTray(const FoundInstrument& found) {
+TrayActions EmptyTray(const InstrumentEntry& entry) {
   TrayActions actions;
-  const int size = TraySize(found);
-  for (int i = 0; i < size; ++i) actions.push_back(NewAction(found, kNullActionIndex));
+  const int size = TraySize(entry);
+  for (int i = 0; i < size; ++i) actions.push_back(NewAction(entry, kNullActionIndex));
   return actions;
 }
 
-void ReplaceTray(Session& session, const FoundInstrument& found, TrayActions actions) {
+void StoreTray(Host& host, const InstrumentEntry& entry) {
+  try {
+    host.instrumentTexts().StoreInstrument(entry.identity.archiveKey, entry.instrument);
+  } catch (rvx::CViscoException* raised) {
+    const std::unique_ptr<rvx::CViscoException> error(raised);
+    throw HostError(HostErrorKind::Database,
+                    "Storing the tray failed: " + error->GetRecord().message);
+  }
+}
+
+void ReplaceTray(Host& host, const InstrumentEntry& entry, TrayActions actions) {
   {
-    rvx::TrayOfSampleActions& tray = *found.instrument->GetTray(0);
+    rvx::TrayOfSampleActions& tray = *entry.instrument->GetTray(0);
     {
       const rvx::TrayGuard guard(tray);
       actions = tray.ReplaceAll(std::move(actions));
     }
     for (const std::shared_ptr<rvx::Action>& old : actions) old->Stop();
   }
-  try {
-    session.host().instrumentTexts().StoreInstrument(found.identity.archiveKey, found.instrument);
-  } catch (rvx::CViscoException* error) {
-    ThrowFromModule(error, "Storing the tray");
-  }
-  session.host().instruments().NotifyInstrumentChanged();
+  StoreTray(host, entry);
+  host.instruments().NotifyInstrumentChanged();
 }
 
-void KeepWhatIsNotMeasured(Session& session, const FoundInstrument& found,
-                           const InterruptedTray& interrupted) {
+std::vector<std::string> KeepWhatIsNotMeasured(Host& host, const InstrumentEntry& entry,
+                                               const InterruptedTray& interrupted) {
+  std::vector<std::string> notices;
   TrayActions actions;
   {
-    rvx::TrayOfSampleActions& tray = *found.instrument->GetTray(0);
+    rvx::TrayOfSampleActions& tray = *entry.instrument->GetTray(0);
     const rvx::TrayGuard guard(tray);
     for (int i = 0; i < tray.GetSize(); ++i) actions.push_back(tray.Hold(i));
   }
@@ -264,25 +270,26 @@ void KeepWhatIsNotMeasured(Session& session, const FoundInstrument& found,
         actions[index]->GetSampleId() != position.sampleId) {
       continue;
     }
-    std::optional<rvx::SampleTests> tests = found.scripting->GetSampleTests(*actions[index]);
+    std::optional<rvx::SampleTests> tests = entry.scripting->GetSampleTests(*actions[index]);
     if (!tests || position.state == PositionState::Measured ||
         position.stored >= static_cast<int>(tests->tests.size())) {
-      actions[index] = NewAction(found, kNullActionIndex);
+      actions[index] = NewAction(entry, kNullActionIndex);
       continue;
     }
     tests->tests.erase(tests->tests.begin(), tests->tests.begin() + position.stored);
-    std::shared_ptr<rvx::Action> rest(found.instrument->CreateActionFromText(position.classKey));
+    std::shared_ptr<rvx::Action> rest(entry.instrument->CreateActionFromText(position.classKey));
     rest->SetSampleId(position.sampleId);
-    if (const auto refused = found.scripting->SetSampleTests(*rest, *tests)) {
-      session.output().Notice(fmt::format("note: position {} runs as a whole once more: {}",
-                                          position.position + 1, refused->message));
+    if (const auto refused = entry.scripting->SetSampleTests(*rest, *tests)) {
+      notices.push_back(fmt::format("note: position {} runs as a whole once more: {}",
+                                    position.position + 1, refused->message));
       continue;
     }
     actions[index] = rest;
   }
-  session.output().Notice(DescribeInterrupted(interrupted) +
-                          "What was measured is in the archive and is not run again.");
-  ReplaceTray(session, found, std::move(actions));
+  notices.push_back(DescribeInterrupted(interrupted) +
+                    "What was measured is in the archive and is not run again.");
+  ReplaceTray(host, entry, std::move(actions));
+  return notices;
 }
 
 std::string DescribeInterrupted(const InterruptedTray& interrupted) {
@@ -296,9 +303,9 @@ std::string DescribeInterrupted(const InterruptedTray& interrupted) {
   return text;
 }
 
-void CloseInterrupted(Session& session, const FoundInstrument& found) {
-  TrayJournal& journal = session.host().journal();
-  if (const auto interrupted = journal.InterruptedOf(found.identity.archiveKey)) {
+void CloseInterrupted(Host& host, const InstrumentEntry& entry) {
+  TrayJournal& journal = host.journal();
+  if (const auto interrupted = journal.InterruptedOf(entry.identity.archiveKey)) {
     journal.Close(interrupted->run);
   }
 }

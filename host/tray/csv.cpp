@@ -1,4 +1,4 @@
-#include "host/cli/csv.h"
+#include "host/tray/csv.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 #include <cstring>
 #include <memory>
 
-#include "host/cli/failure.h"
+#include "host/core/host_error.h"
 #include "platform/text.h"
 
 namespace torvell {
@@ -197,11 +197,10 @@ std::string ReadWholeFile(const std::string& path) {
     while ((count = std::fread(buffer, 1, sizeof(buffer), file)) > 0) content.append(buffer, count);
   }
   if (file == nullptr || std::ferror(file) != 0) {
-    throw CommandFailure(
-        ExitCode::BadUse,
-        fmt::format("{} can't be read: {}. Nothing was changed. Check the name and "
-                    "the rights of the file.",
-                    path, std::strerror(errno)));
+    throw HostError(HostErrorKind::BadInput,
+                    fmt::format("{} can't be read: {}. Nothing was changed. Check the name and "
+                                "the rights of the file.",
+                                path, std::strerror(errno)));
   }
   return content;
 }
@@ -225,10 +224,10 @@ void WriteWholeFile(const std::string& path, const std::string& content) {
   if (good) return;
   const std::string reason = std::strerror(errno);
   if (!toOutput) std::remove(temporary.c_str());
-  throw CommandFailure(ExitCode::DataFailure,
-                       fmt::format("{} can't be written: {}. A file of this name that was there "
-                                   "before is unchanged. Choose another place or make room.",
-                                   toOutput ? "standard output" : path, reason));
+  throw HostError(HostErrorKind::DataFolder,
+                  fmt::format("{} can't be written: {}. A file of this name that was there "
+                              "before is unchanged. Choose another place or make room.",
+                              toOutput ? "standard output" : path, reason));
 }
 
 }  // namespace torvell

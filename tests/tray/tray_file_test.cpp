@@ -1,5 +1,5 @@
 // The tray as a file: what is read, and that everything else is refused with its place.
-#include "host/cli/tray_file.h"
+#include "host/tray/tray_file.h"
 
 #include <gtest/gtest.h>
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "host/cli/run_events.h"
-#include "host/cli/session.h"
-#include "host/cli/tray_access.h"
+#include "host/core/instrument_list.h"
+#include "host/tray/run_events.h"
+#include "host/tray/tray_access.h"
 #include "platform/time_base.h"
 
 namespace torvell {
@@ -20,9 +20,9 @@ struct RunPosition {
 
 class RunState {
  public:
-  RunState(FoundInstrument found, const std::vector<TrayPosition>& tray);
+  RunState(InstrumentEntry entry, const std::vector<TrayPosition>& tray);
 
-  const FoundInstrument& found() const { return found_; }
+  const InstrumentEntry& entry() const { return entry_; }
   const std::vector<RunPosition>& positions() const { return positions_; }
   // The filled position that runs; null between samples.
   const RunPosition* Current() const;
@@ -53,7 +53,7 @@ class RunState {
   bool TakeSampleStarted(RunPosition* position);
   bool TakeSampleFinished(RunPosition* position);
 
-  FoundInstrument found_;
+  InstrumentEntry entry_;
   std::vector<RunPosition> positions_;
   int32_t current_ = -1;
   // The next start is that of the first stage: true until it has come, and again when it was

@@ -1,11 +1,11 @@
-#include "host/cli/tray_file.h"
+#include "host/tray/tray_file.h"
 
 #include <fmt/format.h>
 
 #include <cmath>
 #include <map>
 
-#include "host/cli/number_text.h"
+#include "host/tray/number_text.h"
 #include "platform/text.h"
 
 namespace torvell {

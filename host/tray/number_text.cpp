@@ -1,4 +1,4 @@
-#include "host/cli/number_text.h"
+#include "host/tray/number_text.h"
 
 #include <fmt/format.h>
 

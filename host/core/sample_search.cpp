@@ -1,0 +1,110 @@
+// Finding samples for a screen: which rows there are, and what stands in some of them.
+#include <fmt/format.h>
+
+#include "host/core/database.h"
+#include "host/core/row_binding.h"
+#include "host/core/sample_rows.h"
+#include "host/core/sample_store.h"
+
+namespace torvell {
+namespace {
+
+const char* OrderColumn(SampleQuery::Order order) {
+  switch (order) {
+    case SampleQuery::Order::Time:
+      return "\"Timestamp\"";
+    case SampleQuery::Order::Instrument:
+      return "\"Instrument\" COLLATE NOCASE";
+    case SampleQuery::Order::Position:
+      return "\"Position\"";
+    case SampleQuery::Order::SampleId:
+      return "\"Sample ID\" COLLATE NOCASE";
+    case SampleQuery::Order::Temperature:
+      return "\"Constant 6\"";
+    case SampleQuery::Order::Speed:
+      return "\"Speed\"";
+    case SampleQuery::Order::Viscosity:
+      return "\"Viscosity\"";
+  }
+  return "\"Timestamp\"";
+}
+
+// A text to be found anywhere, taken letter by letter.
+std::string AnywherePattern(const std::string& text) {
+  std::string pattern = "%";
+  for (const char c : text) {
+    if (c == '%' || c == '_' || c == '\\') pattern += '\\';
+    pattern += c;
+  }
+  return pattern + "%";
+}
+
+struct Condition {
+  std::string text = "1";
+  std::vector<ColumnValue> parameters;
+
+  void And(const char* part, const std::string& parameter) {
+    text += fmt::format(" AND {}", part);
+    parameters.emplace_back(parameter);
+  }
+};
+
+Condition ConditionOf(const SampleQuery& wanted) {
+  Condition condition;
+  if (!wanted.instrument.empty()) {
+    condition.And("\"Instrument\" LIKE ? ESCAPE '\\'", AnywherePattern(wanted.instrument));
+  }
+  if (!wanted.sampleId.empty()) {
+    condition.And("\"Sample ID\" LIKE ? ESCAPE '\\'", AnywherePattern(wanted.sampleId));
+  }
+  if (!wanted.fromDay.empty()) condition.And("\"Timestamp\" >= ?", wanted.fromDay);
+  // Behind the day stands a "T", so "U" is behind everything of that day.
+  if (!wanted.toDay.empty()) condition.And("\"Timestamp\" < ?", wanted.toDay + "U");
+  if (wanted.verified) {
+    condition.text += *wanted.verified ? " AND \"Constant 5\" <> 0" : " AND \"Constant 5\" = 0";
+  }
+  return condition;
+}
+
+}  // namespace
+
+std::vector<int64_t> SampleStore::FindRows(const SampleQuery& wanted) {
+  const Condition condition = ConditionOf(wanted);
+  const char* direction = wanted.descending ? "DESC" : "ASC";
+  const std::string sql =
+      fmt::format("SELECT rowid FROM SAMPLES WHERE {} ORDER BY {} {}, rowid {}", condition.text,
+                  OrderColumn(wanted.order), direction, direction);
+  std::vector<int64_t> rows;
+  try {
+    platform::PlainGuard guard(database_.lock());
+    SQLite::Statement statement(database_.connection(), sql);
+    int index = 0;
+    for (const ColumnValue& parameter : condition.parameters) {
+      BindValue(statement, ++index, parameter);
+    }
+    while (statement.executeStep()) rows.push_back(statement.getColumn(0).getInt64());
+  } catch (const SQLite::Exception& error) {
+    throw MakeDatabaseError("The samples could not be searched", error);
+  }
+  return rows;
+}
+
+rvx::ArrayOfSamples SampleStore::ReadRows(const std::vector<int64_t>& rows) {
+  static const std::string sql =
+      fmt::format("SELECT {} FROM SAMPLES WHERE rowid = ?", SampleColumnList());
+  rvx::ArrayOfSamples samples;
+  try {
+    platform::PlainGuard guard(database_.lock());
+    SQLite::Statement statement(database_.connection(), sql);
+    for (const int64_t row : rows) {
+      statement.bind(1, row);
+      if (statement.executeStep()) samples.push_back(ReadSampleRow(statement, database_.file()));
+      statement.reset();
+    }
+  } catch (const SQLite::Exception& error) {
+    throw MakeDatabaseError("The samples could not be read", error);
+  }
+  return samples;
+}
+
+}  // namespace torvell

@@ -1,0 +1,77 @@
+#include "host/tray/preparation.h"
+
+#include <fmt/format.h>
+
+#include "host/core/host_error.h"
+#include "host/tray/number_text.h"
+
+namespace torvell {
+namespace {
+
+// The tray starts below 10.0 degrees C; half a degree keeps it there until it has started.
+constexpr double kPreparedTemperature = 9.5;
+constexpr double kPreparationTarget = 5.0;
+constexpr platform::Milliseconds kCoolingTimeout{3600 * 1000};
+constexpr platform::Milliseconds kReadyTimeout{60 * 1000};
+
+void RaiseIfRefused(const rvx::ScriptingResult& result) {
+  if (!result) return;
+  const bool level = result->kind == rvx::ScriptingProblem::Kind::NotAllowed;
+  throw HostError(level ? HostErrorKind::NotAllowed : HostErrorKind::Tray, result->message);
+}
+
+// Waits until `done` of the readings; false at the deadline or when somebody interrupts.
+bool WaitUntil(const InstrumentEntry& entry, const std::function<bool()>& isInterrupted,
+               platform::Milliseconds timeout,
+               const std::function<bool(const rvx::InstrumentReadings&)>& done) {
+  const platform::Deadline deadline = platform::Deadline::After(timeout);
+  for (;;) {
+    const rvx::InstrumentReadings readings = entry.scripting->GetReadings();
+    if (readings.sequence > 0 && done(readings)) return true;
+    if (isInterrupted()) return false;
+    const platform::Deadline step = platform::Deadline::After(platform::Milliseconds(1000));
+    if (!entry.scripting->WaitForReadings(readings.sequence,
+                                          platform::Deadline::Earliest(step, deadline)) &&
+        deadline.HasPassed()) {
+      return false;
+    }
+  }
+}
+
+bool IsCold(const rvx::InstrumentReadings& readings) {
+  return readings.temperature < kPreparedTemperature;
+}
+
+}  // namespace
+
+void WaitForStatus(const InstrumentEntry& entry) {
+  if (entry.scripting->WaitForReadings(0, platform::Deadline::After(kFirstStatusTimeout))) return;
+  throw HostError(
+      HostErrorKind::Tray,
+      fmt::format("{} did not report its status within {} seconds. Its power or its cable may be "
+                  "off. Nothing was started. Check both and try again.",
+                  entry.Title(), kFirstStatusTimeout.count() / 1000));
+}
+
+bool PrepareSimulated(const InstrumentEntry& entry, const std::function<bool()>& isInterrupted,
+                      const std::function<void(const std::string&)>& say) {
+  RaiseIfRefused(entry.scripting->SetHomeFlag());
+  WaitForStatus(entry);
+  if (!IsCold(entry.scripting->GetReadings())) {
+    say(fmt::format("cooling the cell below {} degC ...", ExactNumber(kPreparedTemperature)));
+    RaiseIfRefused(entry.scripting->SetTemperature(kPreparationTarget));
+    const bool cold = WaitUntil(entry, isInterrupted, kCoolingTimeout, IsCold);
+    RaiseIfRefused(entry.scripting->SetTemperature(std::nullopt));
+    if (!cold && !isInterrupted()) {
+      throw HostError(HostErrorKind::Tray,
+                      "the simulated cell did not get cold within an hour. The temperature control "
+                      "is off again, nothing was started.");
+    }
+  }
+  WaitUntil(entry, isInterrupted, kReadyTimeout, [](const rvx::InstrumentReadings& readings) {
+    return readings.machineStatus == 0 && readings.switchByte == 0 && readings.errorCode == 0;
+  });
+  return !isInterrupted();
+}
+
+}  // namespace torvell

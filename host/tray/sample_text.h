@@ -1,0 +1,24 @@
+// Results of a sample as people read them.
+#pragma once
+
+#include <string>
+
+#include "host/tray/number_text.h"
+#include "instrument/host/sample.h"
+
+namespace torvell {
+
+// degrees C at which the test was to run.
+inline double TestTemperature(const rvx::Sample& sample) { return sample.constants[5]; }
+
+// A viscosity, speed or known viscosity of exactly 0 stands for none and gives the empty text.
+inline std::string OrMissing(double value, int decimals) {
+  return value == 0.0 ? "" : FixedNumber(value, decimals);
+}
+
+// mPa*s with one decimal; empty without a result.
+inline std::string ViscosityText(const rvx::Sample& sample) {
+  return OrMissing(sample.viscosity, 1);
+}
+
+}  // namespace torvell
