@@ -15,19 +15,4 @@ constexpr uint64_t Mix64(uint64_t value) {
   return value ^ (value >> 31);
 }
 
-// Stream of numbers from a seed. Streams of neighbouring seeds are unrelated, since the seed is
-// mixed before it becomes the state.
-class SplitMix {
- public:
-  explicit constexpr SplitMix(uint64_t seed) : state_(Mix64(seed + kGoldenGamma)) {}
-  constexpr uint64_t Next() { return Mix64(state_ += kGoldenGamma); }
-  // 0 to bound - 1, bound at least 1. The bias of the multiplication is below 2^-32.
-  constexpr uint32_t Below(uint32_t bound) {
-    return static_cast<uint32_t>(((Next() >> 32) * bound) >> 32);
-  }
-
- private:
-  uint64_t state_;
-};
-
 }  // namespace platform::detail

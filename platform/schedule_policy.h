@@ -4,22 +4,30 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
+
+#include "platform/virtual_options.h"
 
 namespace platform::detail {
+
+class Task;
 
 class SchedulePolicy {
  public:
   virtual ~SchedulePolicy() = default;
-  // Whether the running task, which could go on, lets another one go first. Asked at each lock, Set
-  // and start of a thread, if somebody else is ready.
-  virtual bool LeavesEarly() = 0;
-  // Which of `count` ready tasks goes next, at least 2: 0 to count - 1. They stand in an order that
-  // the same run always repeats.
-  virtual size_t Choose(size_t count) = 0;
+  // Whether the running task, which could go on, lets one of the ready tasks go first; at least one
+  // is. Asked at each lock, Set and start of a thread.
+  virtual bool LeavesEarly(Task& running, std::span<Task* const> ready) = 0;
+  // Which of the ready tasks, at least 2, goes next: its index. They stand in an order that the
+  // same run always repeats. `previous` is the number of the task that ran before.
+  virtual size_t Choose(std::span<Task* const> ready, uint32_t previous) = 0;
+  // The task gives its turn away because it asks again and again for what is not there yet.
+  virtual void StandBack(Task& /*task*/) {}
+  // Something has begun in whose course a race is likely.
+  virtual void OpenWindow() {}
 };
 
-// Sticky random: a running task goes on unless a draw says otherwise (once in 5, 20 or 100 times,
-// by the seed), and every ready task has the same chance. All draws come from the seed.
-std::unique_ptr<SchedulePolicy> MakeStickyPolicy(uint64_t seed);
+// The policy that the options name. All its draws come from the seed's stream for schedules.
+std::unique_ptr<SchedulePolicy> MakeSchedulePolicy(const VirtualOptions& options, uint64_t seed);
 
 }  // namespace platform::detail

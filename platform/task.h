@@ -43,10 +43,15 @@ class Task final : public Thread, public ThreadRecord {
 
   size_t heapIndex = kNotInHeap;              // place among the deadlines
   Task* nextWaiting = nullptr;                // next task that waits for the same lock
-  LockState* wantedLock = nullptr;            // null unless it waits for a lock
+  LockState* wantedLock = nullptr;            // null unless it stands in the list of that lock
   std::span<EventState* const> wantedEvents;  // empty unless it waits for events
   Task* joined = nullptr;                     // null unless it waits for the end of that thread
   Deadline deadline = Deadline::Never();      // of its wait; meaningful while it waits
+  bool stalled = false;                       // held up by the scheduler; waits for nothing else
+
+  // The schedule policy's.
+  uint64_t priority = 0;
+  uint64_t priorityWindow = 0;  // for which the priority was drawn
 };
 
 }  // namespace platform::detail

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "platform/date.h"
+#include "platform/virtual_options.h"
 
 namespace platform {
 
@@ -28,11 +29,12 @@ enum class TaskSwitch {
 
 struct TimeBaseOptions {
   TimeBaseKind kind = TimeBaseKind::Real;
-  int pace = 1;                      // Paced: 1 to 1000
-  uint64_t seed = 0;                 // Virtual: decides which runnable task goes next
+  int pace = 1;       // Paced: 1 to 1000
+  uint64_t seed = 0;  // Virtual: decides which runnable task goes next
   TaskSwitch taskSwitch = TaskSwitch::Fibers;
   std::optional<Date> startOfClock;  // time of day at the start; the real one when absent
   uint32_t startTick = 0;            // TickCount() at the start in virtual time
+  VirtualOptions virtualTime;        // Virtual: how unkind it is, what it watches for
 };
 
 // Runs a program under a time base: `program` runs as the first thread ("main"), and its result is
@@ -92,10 +94,22 @@ class Deadline {
 
 // Figures of the running base, for benchmarks and reports.
 struct TimeBaseFigures {
-  uint64_t switches = 0;      // changes from one task to another (virtual), else 0
-  uint64_t steps = 0;         // scheduling points passed (virtual), else 0
-  uint64_t traceHash = 0;     // hash over (task, time) of each step (virtual), else 0
-  Microseconds elapsed{0};    // MonotonicTime()
+  uint64_t switches = 0;    // changes from one task to another (virtual), else 0
+  uint64_t steps = 0;       // choices of the next task (virtual), else 0
+  uint64_t traceHash = 0;   // hash over (task, time) of each step (virtual), else 0
+  Microseconds elapsed{0};  // MonotonicTime()
+  // Virtual time with the unkindness of VirtualOptions on, else 0.
+  uint64_t points = 0;           // scheduling points passed, at which a thread may be held up
+  uint64_t stalls = 0;           // threads held up
+  uint64_t lateWakeUps = 0;      // jumps of time that went too far
+  uint64_t spuriousWakeUps = 0;  // waits woken for nothing
+
+  // Changes of task for each second of the base's time; 0 before any has passed.
+  double SwitchesPerSecond() const {
+    return elapsed.count() > 0
+               ? 1e6 * static_cast<double>(switches) / static_cast<double>(elapsed.count())
+               : 0;
+  }
 };
 TimeBaseFigures GetTimeBaseFigures();
 

@@ -14,6 +14,9 @@ namespace {
 constexpr uint64_t kMostStepsAtOneTime = 100'000;
 constexpr uint64_t kMostPointsAtOneTime = 100'000'000;
 
+// For a question without a time-out while somebody is held up.
+constexpr Microseconds kAskingTime{1000};
+
 }  // namespace
 
 std::atomic<VirtualBase*> VirtualBase::current_{nullptr};
@@ -22,10 +25,14 @@ VirtualBase::VirtualBase(const TimeBaseOptions& options)
     : seed_(options.seed),
       taskSwitch_(options.taskSwitch),
       startTick_(options.startTick),
+      options_(options.virtualTime),
       thread_(std::this_thread::get_id()),
-      policy_(MakeStickyPolicy(options.seed)),
+      policy_(MakeSchedulePolicy(options.virtualTime, options.seed)),
       switcher_(options.taskSwitch == TaskSwitch::Fibers ? MakeFiberSwitcher()
                                                          : MakeBatonSwitcher()) {
+  if (options_.stalls || options_.lateWakeUps || options_.spuriousWakeUps) {
+    faults_.emplace(options_, seed_);
+  }
   auto main = std::make_shared<Task>(nextNumber_++, "main");
   main->context = switcher_->Main();
   main->state = TaskState::Running;
@@ -52,6 +59,21 @@ int VirtualBase::Run(const std::function<int()>& program) {
   return result;
 }
 
+TimeBaseFigures VirtualBase::figures() const {
+  TimeBaseFigures figures;
+  figures.switches = switches_;
+  figures.steps = steps_;
+  figures.traceHash = traceHash_;
+  figures.elapsed = now_;
+  if (faults_) {
+    figures.points = faults_->points();
+    figures.stalls = faults_->stalls();
+    figures.lateWakeUps = faults_->overshoots();
+    figures.spuriousWakeUps = spuriousWakeUps_;
+  }
+  return figures;
+}
+
 // Threads.
 
 std::shared_ptr<Thread> VirtualBase::Start(const std::string& name, std::function<void()> body) {
@@ -61,6 +83,7 @@ std::shared_ptr<Thread> VirtualBase::Start(const std::string& name, std::functio
   task->body = std::move(body);
   tasks_.emplace(task->number, task);
   ready_.push_back(task.get());
+  policy_->OpenWindow();
   MayLeave();
   return task;
 }
@@ -83,6 +106,7 @@ TaskContext* VirtualBase::End(Task& task) {
   self->ended.Signal([this](ThreadRecord& thread) { Wake(static_cast<Task&>(thread)); });
   // What it leaves may be the last reference to its own object.
   self.reset();
+  policy_->OpenWindow();
   running_ = nullptr;
   running_ = &ChooseNext();
   running_->state = TaskState::Running;
@@ -106,7 +130,36 @@ void VirtualBase::MayLeave() {
   if (++pointsAtThisTime_ > kMostPointsAtOneTime) {
     Abandon("livelock: " + std::to_string(kMostPointsAtOneTime) + " calls without time moving");
   }
-  if (!ready_.empty() && policy_->LeavesEarly()) Yield();
+  MayStall();
+  if (!ready_.empty() && policy_->LeavesEarly(*running_, ready_)) Yield();
+}
+
+void VirtualBase::MayStall() {
+  if (!faults_ || choosing_) return;
+  const Microseconds length = faults_->StallHere();
+  if (length.count() == 0) return;
+  const Microseconds end = now_ + length;
+  Task& self = *running_;
+  self.stalled = true;
+  ++stalledTasks_;
+  do {
+    Block(Deadline::At(end));
+  } while (now_ < end);
+  self.stalled = false;
+  --stalledTasks_;
+}
+
+void VirtualBase::StandBack() {
+  policy_->StandBack(*running_);
+  if (stalledTasks_ == 0) {
+    Yield();
+    return;
+  }
+  // What it asks for may have to come from the one that is held up, and asking takes time.
+  const Microseconds end = now_ + kAskingTime;
+  do {
+    Block(Deadline::At(end));
+  } while (now_ < end);
 }
 
 void VirtualBase::Yield() {
@@ -142,15 +195,17 @@ Task& VirtualBase::ChooseNext() {
   if (++stepsAtThisTime_ > kMostStepsAtOneTime) {
     Abandon("livelock: " + std::to_string(kMostStepsAtOneTime) + " steps without time moving");
   }
+  if (faults_ && faults_->WakesForNothing()) WakeOneForNothing();
   while (ready_.empty()) {
     if (deadlines_.empty()) Abandon("deadlock: no thread can ever run again");
     JumpTime();
     DeliverSignals();
   }
-  const size_t index = ready_.size() == 1 ? 0 : policy_->Choose(ready_.size());
+  const size_t index = ready_.size() == 1 ? 0 : policy_->Choose(ready_, chosenLast_);
   Task& next = *ready_[index];
   ready_[index] = ready_.back();
   ready_.pop_back();
+  chosenLast_ = next.number;
   const auto moment = static_cast<uint64_t>(now_.count());
   traceHash_ = Mix64(traceHash_ ^ Mix64(moment + kGoldenGamma * (next.number + 1)));
   choosing_ = false;
@@ -159,6 +214,7 @@ Task& VirtualBase::ChooseNext() {
 
 void VirtualBase::JumpTime() {
   now_ = deadlines_.earliest();
+  if (faults_) now_ += faults_->Overshoot();
   stepsAtThisTime_ = 0;
   pointsAtThisTime_ = 0;
   while (!deadlines_.empty() && deadlines_.earliest() <= now_) {
@@ -175,106 +231,16 @@ void VirtualBase::Wake(Task& task) {
   ready_.push_back(&task);
 }
 
-// Locks.
-
-void VirtualBase::Acquire(LockState& lock) {
-  if (lock.owner.load(std::memory_order_relaxed) == running_) {
-    if (!lock.recursive) FailTakenTwice(*running_, lock);
-    ++lock.depth;
-    return;
+// Every wait goes round until what it waits for has come, so this must change nothing but the
+// order.
+void VirtualBase::WakeOneForNothing() {
+  std::vector<Task*> waiting;
+  for (const auto& [number, task] : tasks_) {
+    if (task->state == TaskState::Waiting) waiting.push_back(task.get());
   }
-  CheckRank(*running_, lock);
-  MayLeave();
-  bool goesFirst = false;
-  while (lock.owner.load(std::memory_order_relaxed) != nullptr) {
-    WaitForLock(lock, goesFirst);
-    goesFirst = true;
-  }
-  lock.owner.store(running_, std::memory_order_relaxed);
-  lock.depth = 1;
-  running_->held.Push(&lock);
-}
-
-void VirtualBase::Release(LockState& lock) {
-  if (lock.owner.load(std::memory_order_relaxed) != running_) FailNotHolder(*running_, lock);
-  if (--lock.depth > 0) return;
-  lock.owner.store(nullptr, std::memory_order_relaxed);
-  running_->held.Remove(&lock);
-  // The lock is not handed over: whoever runs first may take it, as with a real one.
-  if (Task* task = lock.firstWaiting) {
-    lock.firstWaiting = task->nextWaiting;
-    if (lock.firstWaiting == nullptr) lock.lastWaiting = nullptr;
-    Wake(*task);
-  }
-}
-
-// Waits until the lock has been released once. A task that came too late for the lock after waiting
-// for it goes in front of the others.
-void VirtualBase::WaitForLock(LockState& lock, bool goesFirst) {
-  Task& self = *running_;
-  if (lock.firstWaiting == nullptr) {
-    self.nextWaiting = nullptr;
-    lock.firstWaiting = lock.lastWaiting = &self;
-  } else if (goesFirst) {
-    self.nextWaiting = lock.firstWaiting;
-    lock.firstWaiting = &self;
-  } else {
-    self.nextWaiting = nullptr;
-    lock.lastWaiting->nextWaiting = &self;
-    lock.lastWaiting = &self;
-  }
-  self.wantedLock = &lock;
-  Block(Deadline::Never());
-  self.wantedLock = nullptr;
-}
-
-// Events.
-
-void VirtualBase::Set(EventState& event) {
-  event.Signal([this](ThreadRecord& thread) { Wake(static_cast<Task&>(thread)); });
-  MayLeave();
-}
-
-int VirtualBase::WaitForAny(std::span<EventState* const> events, std::span<WaitNode> nodes,
-                            const Deadline& deadline) {
-  const int set = TakeFirst(events);
-  if (set != kTimedOut) {
-    MayLeave();
-    return set;
-  }
-  if (!deadline.IsNever() && deadline.moment() <= now_) {
-    // Somebody else has to get his turn, or a thread that asks again and again would stop all.
-    Yield();
-    return TakeFirst(events);
-  }
-  Task& self = *running_;
-  EventWait wait;
-  wait.thread = &self;
-  LinkAll(events, nodes, wait);
-  self.wantedEvents = events;
-  do {
-    Block(deadline);
-  } while (!wait.granted && (deadline.IsNever() || now_ < deadline.moment()));
-  self.wantedEvents = {};
-  return UnlinkAndTake(events, nodes,
-                       [this](ThreadRecord& thread) { Wake(static_cast<Task&>(thread)); });
-}
-
-void VirtualBase::SleepUntil(const Deadline& deadline) {
-  if (deadline.IsNever() || deadline.moment() > now_) {
-    do {
-      Block(deadline);
-    } while (deadline.IsNever() || now_ < deadline.moment());
-  } else {
-    Yield();
-  }
-}
-
-void Task::Join() {
-  if (hasEnded) return;
-  VirtualBase* base = VirtualBase::Current();
-  if (base == nullptr) Fatal("thread \"" + threadName + "\" outlived its time base");
-  base->Join(*this);
+  if (waiting.empty()) return;
+  ++spuriousWakeUps_;
+  Wake(*waiting[faults_->ChooseWaiting(waiting.size())]);
 }
 
 }  // namespace platform::detail

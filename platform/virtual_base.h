@@ -9,12 +9,14 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "platform/deadline_heap.h"
+#include "platform/schedule_faults.h"
 #include "platform/schedule_policy.h"
 #include "platform/task.h"
 #include "platform/task_switch.h"
@@ -36,7 +38,7 @@ class VirtualBase {
 
   Microseconds now() const { return now_; }
   uint32_t startTick() const { return startTick_; }
-  TimeBaseFigures figures() const { return {switches_, steps_, traceHash_, now_}; }
+  TimeBaseFigures figures() const;
   ThreadRecord& runningRecord() { return *running_; }
 
   std::shared_ptr<Thread> Start(const std::string& name, std::function<void()> body);
@@ -50,23 +52,31 @@ class VirtualBase {
                  const Deadline& deadline);
   void SleepUntil(const Deadline& deadline);
 
+  void OpenWindow() { policy_->OpenWindow(); }
+  // Reports, then ends the process.
+  [[noreturn]] void Abandon(const std::string& headline) const;
+
  private:
   static TaskContext* RunTask(void* task);
   TaskContext* End(Task& task);
 
-  // A point at which another ready task may be let first.
+  // A point at which another ready task may be let first, and the running one held up.
   void MayLeave();
+  // A point at which the running task may be held up.
+  void MayStall();
   void Yield();
+  // Lets others go first because the running task asks for what is not there yet.
+  void StandBack();
   void Block(const Deadline& deadline);
   void GiveWay();
   Task& ChooseNext();
   void JumpTime();
   void Wake(Task& task);
+  void WakeOneForNothing();
   void WaitForLock(LockState& lock, bool goesFirst);
   void CheckAllEnded() const;
 
-  // Reports, then ends the process.
-  [[noreturn]] void Abandon(const std::string& headline) const;
+  std::string DescribeRun() const;
   std::string DescribeTask(const Task& task) const;
   static std::string DescribeWait(const Task& task);
 
@@ -75,21 +85,26 @@ class VirtualBase {
   const uint64_t seed_;
   const TaskSwitch taskSwitch_;
   const uint32_t startTick_;
+  const VirtualOptions options_;
   const std::thread::id thread_;  // where fibers run
   const std::unique_ptr<SchedulePolicy> policy_;
   const std::unique_ptr<TaskSwitcher> switcher_;
+  std::optional<ScheduleFaults> faults_;  // absent if the options ask for none
 
   Microseconds now_{0};
   Task* running_ = nullptr;
+  uint32_t chosenLast_ = 0;   // its number, or that of the one before while nobody runs
   std::vector<Task*> ready_;  // in the order in which they became ready, but for gaps filled
   DeadlineHeap deadlines_;
   std::map<uint32_t, std::shared_ptr<Task>> tasks_;  // all that have not ended, by number
   uint32_t nextNumber_ = 0;
+  int stalledTasks_ = 0;
   bool choosing_ = false;  // inside ChooseNext, where nothing may give way
 
   uint64_t switches_ = 0;
   uint64_t steps_ = 0;
   uint64_t traceHash_ = 0;
+  uint64_t spuriousWakeUps_ = 0;
   uint64_t stepsAtThisTime_ = 0;   // since time last moved
   uint64_t pointsAtThisTime_ = 0;  // likewise, points at which nobody gave way counted
 };

@@ -23,13 +23,26 @@ void VirtualBase::CheckAllEnded() const {
 }
 
 void VirtualBase::Abandon(const std::string& headline) const {
-  std::string report = fmt::format(
-      "platform: {}\n  repeat with seed {} ({}); virtual time {}, {} steps, trace {:016x}\n",
-      headline, seed_, taskSwitch_ == TaskSwitch::Fibers ? "fibers" : "threads", Seconds(now_),
-      steps_, traceHash_);
+  std::string report = "platform: " + headline + "\n" + DescribeRun();
   for (const auto& [number, task] : tasks_) report += DescribeTask(*task);
-  report.pop_back();
+  if (options_.history) report += options_.history();
+  while (report.back() == '\n') report.pop_back();
   AbandonRun(report);
+}
+
+// What repeats the run, and how far it came.
+std::string VirtualBase::DescribeRun() const {
+  std::string text = fmt::format("  repeat with seed {} ({}, {}", seed_,
+                                 taskSwitch_ == TaskSwitch::Fibers ? "fibers" : "threads",
+                                 NameOf(options_.strategy));
+  if (options_.stalls) text += ", stalls";
+  if (options_.lateWakeUps) text += ", late wake-ups";
+  if (options_.spuriousWakeUps) text += ", spurious wake-ups";
+  if (startTick_ != 0) text += fmt::format(", clock from {} ms", startTick_);
+  text += ")";
+  if (!options_.repeatCommand.empty()) text += ": " + options_.repeatCommand;
+  return text + fmt::format("\n  virtual time {}, {} steps, trace {:016x}\n", Seconds(now_), steps_,
+                            traceHash_);
 }
 
 std::string VirtualBase::DescribeTask(const Task& task) const {
@@ -53,7 +66,9 @@ std::string VirtualBase::DescribeTask(const Task& task) const {
 
 std::string VirtualBase::DescribeWait(const Task& task) {
   std::string text;
-  if (task.wantedLock != nullptr) {
+  if (task.stalled) {
+    text = "held up by the scheduler";
+  } else if (task.wantedLock != nullptr) {
     const ThreadRecord* owner = task.wantedLock->owner.load(std::memory_order_relaxed);
     text = fmt::format("waits for lock \"{}\", owned by {}", task.wantedLock->name,
                        owner != nullptr ? fmt::format("\"{}\"", owner->threadName) : "nobody");

@@ -40,7 +40,7 @@ void WaitForNothing() {
 
 TEST_P(VirtualFaultDeathTest, DeadlockNamesThreadsWaitsOwnersAndSeed) {
   EXPECT_EXIT(Run(WaitForNothing), ExitedWithCode(70),
-              "deadlock: no thread.*\n.*seed 4711 .*virtual time 1\\.500000 s.*\n"
+              "deadlock: no thread.*\n.*seed 4711 .*\n.*virtual time 1\\.500000 s.*\n"
               ".*thread 0 \"main\": waits for the end of thread \"passenger\"\n"
               ".*thread 1 \"passenger\": waits for event \"the bus\" or \"the tram\"; "
               "holds \"ledger\"\n"
@@ -75,12 +75,30 @@ TEST_P(VirtualFaultDeathTest, LivelockIsFound) {
                 }
               }),
               ExitedWithCode(70),
-              "livelock: 100000 steps.*\n.*seed 4711.*\n.*\"main\": ready, ran last");
+              "livelock: 100000 steps.*\n.*seed 4711.*\n.*\n.*\"main\": ready, ran last");
+}
+
+// What a harness adds: the command that repeats the run, and what it saw of it.
+TEST_P(VirtualFaultDeathTest, AHarnessAddsItsCommandAndItsHistory) {
+  TimeBaseOptions options = DrawTimeBaseOptions(3);
+  options.taskSwitch = GetParam();
+  options.virtualTime.spuriousWakeUps = false;
+  options.virtualTime.repeatCommand = "soak --seed 3";
+  options.virtualTime.history = [] { return std::string("  the last event\n"); };
+  EXPECT_EXIT(RunUnderTimeBase(options,
+                               [] {
+                                 AbandonVirtualRun("two samples for one test");
+                                 return 0;
+                               }),
+              ExitedWithCode(70),
+              "platform: two samples for one test\n"
+              ".*seed 3 .*, stalls, late wake-ups, clock from [0-9]+ ms\\): soak --seed 3\n.*\n"
+              ".*thread 0 \"main\": running\n  the last event\n$");
 }
 
 TEST_P(VirtualFaultDeathTest, ThreadsLeftAtTheEndAreNamed) {
   EXPECT_EXIT(Run([] { StartThread("forgotten", [] { Sleep(Milliseconds(10)); }); }),
-              ExitedWithCode(70), "threads left.*\n.*\n.*\n.*thread 1 \"forgotten\": ");
+              ExitedWithCode(70), "threads left.*\n.*\n.*\n.*\n.*thread 1 \"forgotten\": ");
 }
 
 TEST_P(VirtualFaultDeathTest, AnEventMustOutliveItsWaits) {
