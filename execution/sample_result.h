@@ -3,31 +3,14 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
 #include <string>
 #include <vector>
 
-#include "instrument/host/sample.h"
+#include "instrument/host/sample_constants.h"
 #include "instrument/test_record.h"
 #include "platform/date.h"
 
 namespace rvx {
-
-// Numbers of the columns "Constant n" that a run fills, as indexes of Sample::constants.
-enum SampleConstant : size_t {
-  kConstantB0 = 0,
-  kConstantB1 = 1,
-  kConstantB2 = 2,
-  kConstantAveragingCount = 3,   // 0: the readings were too few
-  kConstantKnownViscosity = 4,   // mPa*s; 0: none
-  kConstantTestTemperature = 5,  // degrees C
-  kConstantRotorOnTime = 6,      // s
-  kConstantFirstSpeed = 20       // the averaged speeds, latest first, to "Constant 40"
-};
-inline constexpr int kStoredSpeeds = kSampleConstants - static_cast<int>(kConstantFirstSpeed);
-
-// `Known Viscosity` of every sample of this module, by which a query finds them.
-inline constexpr double kModuleMark = -2.0;
 
 struct RunAverages {
   double speed = 0.0;                          // rpm/1000

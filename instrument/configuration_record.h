@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "calibration/calibration_temperatures.h"
 #include "instrument/host/host.h"
 #include "instrument/lock_ranks.h"
 #include "instrument/test_record.h"
@@ -13,10 +14,6 @@
 
 namespace rvx {
 
-inline constexpr int kCalibrationSlots = 9;
-// The calibration temperatures in degrees C; the index is the slot of the constants and the date.
-inline constexpr std::array<double, kCalibrationSlots> kCalibrationTemperatures = {
-    -5.0, -10.0, -15.0, -18.0, -20.0, -25.0, -30.0, -35.0, -40.0};
 // For HasCellConstants: any temperature.
 inline constexpr double kAnyTemperature = 1.7976931348623157e+308;
 // A samples-since-check of this or more: no check standard was ever run.
