@@ -11,6 +11,7 @@
 #include "instrument/protocol/frames.h"
 #include "instrument/protocol/identification.h"
 #include "instrument/simulate_setting.h"
+#include "instrument/simulated_oils.h"
 #include "instrument/simulator_line.h"
 #include "instrument/tray_controller.h"
 #include "platform/prompt.h"
@@ -115,7 +116,7 @@ C_RVX::~C_RVX() {
 
 void C_RVX::StartSimulator() {
   try {
-    simulatorLine_ = std::make_unique<SimulatorLine>(*this);
+    simulatorLine_ = std::make_unique<SimulatorLine>(*this, MakeStoredRotor());
   } catch (const std::system_error&) {
     // Like an instrument that is switched off: it does not respond, and everything else works.
     ActionErrorRecord record = MakeErrorRecord();

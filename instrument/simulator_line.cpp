@@ -1,13 +1,17 @@
 #include "instrument/simulator_line.h"
 
+#include <utility>
+
 #include "simulator/simulated_instrument.h"
 
 namespace rvx {
 
 class SimulatorLine::Parts : private simulator::SimReceiver {
  public:
-  explicit Parts(PortWatcher& watcher)
-      : watcher_(watcher), stopHandle_(*this), simulator_(stopHandle_) {}
+  Parts(PortWatcher& watcher, std::unique_ptr<simulator::RotorModel> rotorModel)
+      : watcher_(watcher),
+        stopHandle_(*this),
+        simulator_(stopHandle_, true, std::move(rotorModel)) {}
   ~Parts() override { stopHandle_.RequestStop(); }
   void Feed(const std::string& frame) { simulator_.Feed(frame); }
 
@@ -19,7 +23,9 @@ class SimulatorLine::Parts : private simulator::SimReceiver {
   simulator::SimulatedInstrument simulator_;
 };
 
-SimulatorLine::SimulatorLine(PortWatcher& watcher) : parts_(std::make_unique<Parts>(watcher)) {}
+SimulatorLine::SimulatorLine(PortWatcher& watcher,
+                             std::unique_ptr<simulator::RotorModel> rotorModel)
+    : parts_(std::make_unique<Parts>(watcher, std::move(rotorModel))) {}
 SimulatorLine::~SimulatorLine() = default;
 void SimulatorLine::Feed(const std::string& frame) { parts_->Feed(frame); }
 

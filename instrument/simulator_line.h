@@ -7,13 +7,17 @@
 #include "instrument/host/host.h"
 
 namespace rvx {
+namespace simulator {
+class RotorModel;
+}
 
 // Owns the simulator. Its replies reach the watcher as a port's bytes do, on a thread of the
 // simulator's.
 class SimulatorLine {
  public:
-  // `watcher` is not owned; behind the destructor it is not called any more.
-  explicit SimulatorLine(PortWatcher& watcher);
+  // `watcher` is not owned; behind the destructor it is not called any more. A null `rotorModel`
+  // stands for the usual one.
+  SimulatorLine(PortWatcher& watcher, std::unique_ptr<simulator::RotorModel> rotorModel);
   ~SimulatorLine();
   SimulatorLine(const SimulatorLine&) = delete;
   SimulatorLine& operator=(const SimulatorLine&) = delete;

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "instrument/protocol/identification.h"
+#include "instrument/save_cell_constants.h"
 #include "platform/text.h"
 #include "scripting/problems.h"
 #include "scripting/scriptable_instrument.h"
@@ -12,9 +13,6 @@ namespace rvx {
 namespace {
 
 constexpr size_t kConfigurationLine = 2;
-
-// The date of constants that were never calibrated.
-platform::Date NeverCalibrated() { return platform::Date(1938, 1, 1); }
 
 // Constants count as a calibration screen shows them: as whole numbers.
 double AsShown(double value) {
@@ -88,26 +86,31 @@ std::vector<CellConstants> ScriptableInstrument::GetCellConstants() {
   return all;
 }
 
+ScriptingResult ScriptableInstrument::FindSlot(double temperature, int& slot) {
+  const auto inUse = kCalibrationTemperatures.begin() + configuration().GetSlotCount();
+  const auto found = std::find(kCalibrationTemperatures.begin(), inUse, temperature);
+  slot = static_cast<int>(found - kCalibrationTemperatures.begin());
+  if (found != inUse) return std::nullopt;
+  std::string accepted;
+  for (auto t = kCalibrationTemperatures.begin(); t != inUse; ++t) {
+    accepted += platform::FormatText(accepted.empty() ? "%.f" : ", %.f", *t);
+  }
+  return BadValue(platform::FormatText("%g is no calibration temperature of this instrument. "
+                                       "Accepted: %s degC. Nothing was changed.",
+                                       temperature, accepted.c_str()),
+                  "temperature");
+}
+
 ScriptingResult ScriptableInstrument::SetCellConstants(double temperature, double b0, double b1,
                                                        double b2) {
   if (ScriptingResult problem = MayConfigure(kManagerLevel)) return problem;
-  ConfigurationRecord& record = configuration();
-  const auto inUse = kCalibrationTemperatures.begin() + record.GetSlotCount();
-  const auto found = std::find(kCalibrationTemperatures.begin(), inUse, temperature);
-  if (found == inUse) {
-    std::string accepted;
-    for (auto t = kCalibrationTemperatures.begin(); t != inUse; ++t) {
-      accepted += platform::FormatText(accepted.empty() ? "%.f" : ", %.f", *t);
-    }
-    return BadValue(platform::FormatText("%g is no calibration temperature of this instrument. "
-                                         "Accepted: %s degC. Nothing was changed.",
-                                         temperature, accepted.c_str()),
-                    "temperature");
-  }
+  int found = 0;
+  if (ScriptingResult problem = FindSlot(temperature, found)) return problem;
   if (!std::isfinite(b0) || !std::isfinite(b1) || !std::isfinite(b2)) {
     return BadValue("A constant is not a finite number. Nothing was changed.", "constants");
   }
-  const size_t slot = static_cast<size_t>(found - kCalibrationTemperatures.begin());
+  ConfigurationRecord& record = configuration();
+  const auto slot = static_cast<size_t>(found);
   std::array<double, 3> values = {AsShown(b0), AsShown(b1), AsShown(b2)};
   const bool cleared = values == std::array<double, 3>{};
   platform::Date date = cleared ? NeverCalibrated() : platform::LocalNow();

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "calibration/standard_picker.h"
 #include "instrument/c_rvx.h"
 #include "instrument/host/instrument_scripting.h"
 
@@ -24,6 +26,13 @@ class ScriptableInstrument final : public C_RVX, public InstrumentScripting {
 
   std::vector<rvx::CellConstants> GetCellConstants() override;
   ScriptingResult SetCellConstants(double temperature, double b0, double b1, double b2) override;
+
+  ScriptingResult FitCalibration(const CalibrationQuestion& question,
+                                 CalibrationSummary& summary) override;
+  ScriptingResult SaveCalibration(std::optional<double> temperature, const std::string& b0Text,
+                                  const std::string& b1Text, const std::string& b2Text) override;
+  ScriptingResult GetConformity(ConformityReport& report) override;
+  ScriptingResult MakeCalibrationTray(const CalibrationTrayRequest& request) override;
 
   std::vector<InstrumentSetting> GetSettings() override;
   ScriptingResult SetSettings(
@@ -47,6 +56,13 @@ class ScriptableInstrument final : public C_RVX, public InstrumentScripting {
   // Tells the host and stores the settings; on failure `undo` puts the old values back.
   ScriptingResult Store(const std::function<void()>& undo);
   ScriptingResult CheckTests(const SampleTests& tests, bool measures);
+  // The slot of a calibration temperature in use, or the problem.
+  ScriptingResult FindSlot(double temperature, int& slot);
+  // The slot of one temperature, or nothing and the right for all of them.
+  ScriptingResult FindSlots(std::optional<double> temperature, const std::string& what,
+                            std::optional<int>& slot);
+  ScriptingResult MakePicker(std::optional<CStandardPicker>& picker,
+                             std::vector<StandardGroupRow>& groups, std::string* groupFile);
 };
 
 }  // namespace rvx

@@ -1,15 +1,21 @@
 #include "simulator/sim_board.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "simulator/cell_temperature.h"
 
 namespace rvx::simulator {
+namespace {
+
+constexpr int kHighestReading = 0xFFFF;
+
+}  // namespace
 
 SimBoard::SimBoard(platform::Event& ownStop, std::unique_ptr<RotorModel> rotorModel)
     : ownStop_(ownStop),
-      lastTick_(platform::MonotonicTime()),
-      rotorModel_(rotorModel ? std::move(rotorModel) : std::make_unique<SteadyRotor>()) {}
+      rotorModel_(rotorModel ? std::move(rotorModel) : std::make_unique<SteadyRotor>()),
+      lastTick_(platform::MonotonicTime()) {}
 
 int64_t SimBoard::AdvanceClock(bool stepwise) {
   const platform::Microseconds now = platform::MonotonicTime();
@@ -20,12 +26,19 @@ int64_t SimBoard::AdvanceClock(bool stepwise) {
   } else {
     lastTick_ += due * kTick;
   }
+  // What is injected stays in the cell until the next injection.
+  if (outputs_.injection && outputs_.sample != 0) oilInCell_ = outputs_.sample;
   platform::PlainGuard guard(temperatureLock_);
   return ticks_ += due;
 }
 
 uint16_t SimBoard::RotorSpeedCounts(uint16_t cellCounts) {
-  return rotorModel_->SpeedCounts({outputs_.rotor > 0, cellCounts});
+  int64_t tick = 0;
+  {
+    platform::PlainGuard guard(temperatureLock_);
+    tick = ticks_;
+  }
+  return rotorModel_->SpeedCounts({outputs_.rotor > 0, cellCounts, tick, oilInCell_});
 }
 
 void SimBoard::CatchUpCell() {
@@ -36,7 +49,10 @@ void SimBoard::CatchUpCell() {
 SimCell SimBoard::Cell() {
   platform::PlainGuard guard(temperatureLock_);
   CatchUpCell();
-  return cell_;
+  SimCell reading = cell_;
+  const int noisy = int{cell_.actual} + rotorModel_->TemperatureNoise(ticks_);
+  reading.actual = static_cast<uint16_t>(std::clamp(noisy, 0, kHighestReading));
+  return reading;
 }
 
 void SimBoard::SetTarget(uint16_t counts) {

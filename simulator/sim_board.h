@@ -26,6 +26,7 @@ struct SimOutputs {
       0;  // a flag of the thermoelectrics; the model follows its target anyway
   uint8_t rotor = 0;
   uint8_t cooling = 0;
+  uint8_t sample = 0;  // tray position (from 1) that stands under the tube; 0: none yet
 };
 
 // Nothing here runs by itself: the clock is brought up to the present by the simulator's main
@@ -54,7 +55,7 @@ class SimBoard {
   SimOutputs& outputs() { return outputs_; }
   uint16_t RotorSpeedCounts(uint16_t cellCounts);
 
-  // The cell at the clock's present tick; any thread.
+  // The cell at the clock's present tick, as its probe reads it; any thread.
   SimCell Cell() EXCLUDES(temperatureLock_);
   void SetTarget(uint16_t counts) EXCLUDES(temperatureLock_);
 
@@ -71,12 +72,13 @@ class SimBoard {
   void CatchUpMotion() REQUIRES(motionLock_);
   void CatchUpCell() REQUIRES(temperatureLock_);
 
-  platform::Event& ownStop_;  // constant after construction
+  platform::Event& ownStop_;                // constant after construction
+  std::unique_ptr<RotorModel> rotorModel_;  // constant after construction
 
   // Main thread of the simulator only.
   platform::Microseconds lastTick_;
-  std::unique_ptr<RotorModel> rotorModel_;
   SimOutputs outputs_;
+  uint8_t oilInCell_ = 0;  // as SimOutputs::sample
 
   platform::PlainLock temperatureLock_{"simulator temperature", platform::kLeafRank};
   SimCell cell_ GUARDED_BY(temperatureLock_);

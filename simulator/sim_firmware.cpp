@@ -89,13 +89,14 @@ SimError SimFirmware::MoveToPosition(uint8_t position) {
   return SimError::None;
 }
 
-SimError SimFirmware::StartRun(const SimRunProgram& program, uint8_t lastPosition, bool moveTube,
-                               uint8_t runBit, Step first) {
+SimError SimFirmware::StartRun(const SimRunProgram& program, uint8_t lastPosition, uint8_t sample,
+                               bool moveTube, uint8_t runBit, Step first) {
   if (switchByte_ != 0) return SimError::NotIdle;
   if (!homed_) return SimError::NotHomed;
   if (program.position > lastPosition) return SimError::BadPosition;
   program_ = program;
   LocatePosition(program.position);
+  if (sample != 0) board_.outputs().sample = sample;
   if (moveTube && !MoveTube(0)) return SimError::SteppersActive;
   autoReport_ = true;
   SetSwitch(kSwitchAutoReport, true);
@@ -105,13 +106,15 @@ SimError SimFirmware::StartRun(const SimRunProgram& program, uint8_t lastPositio
 }
 
 SimError SimFirmware::StartTest(const SimRunProgram& program) {
-  return StartRun(program, kLastTrayPosition, program.injectionTime != 0, kSwitchTest,
+  // A test counts its positions from 0.
+  const auto sample = static_cast<uint8_t>(program.position + 1);
+  return StartRun(program, kLastTrayPosition, sample, program.injectionTime != 0, kSwitchTest,
                   Step::TestStart);
 }
 
 SimError SimFirmware::StartMotorCurrent(const SimRunProgram& program) {
-  return StartRun(program, kLastMotorCurrentPosition, program.position != 0, kSwitchMotorRun,
-                  Step::CurrentStart);
+  return StartRun(program, kLastMotorCurrentPosition, program.position, program.position != 0,
+                  kSwitchMotorRun, Step::CurrentStart);
 }
 
 SimError SimFirmware::StartPrecondition(uint16_t time, uint16_t speed) {

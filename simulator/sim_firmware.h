@@ -153,8 +153,9 @@ class SimFirmware {
   bool MoveUnderTube(Axis& axis, Stepper start, uint16_t target);
   void LocatePosition(uint8_t position);
   bool SequenceRuns() const { return (switchByte_ & (kSwitchTest | kSwitchMotorRun)) != 0; }
-  SimError StartRun(const SimRunProgram& program, uint8_t lastPosition, bool moveTube,
-                    uint8_t runBit, Step first);
+  // `sample` is the tray position (from 1) whose oil would be injected; 0: none.
+  SimError StartRun(const SimRunProgram& program, uint8_t lastPosition, uint8_t sample,
+                    bool moveTube, uint8_t runBit, Step first);
 
   SimBoard& board_;
 

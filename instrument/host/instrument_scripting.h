@@ -1,7 +1,7 @@
 // What a program may do with an instrument without a screen: readings, constants, settings by key,
-// the tests of a sample action, the manual commands. An addition of this module to the host's
-// interface: the host finds it by a dynamic_cast of its ViscometerInstrument, and gets null from a
-// module that has none. Rights are checked here, where the change is made.
+// the tests of a sample action, calibrations, the manual commands. An addition of this module to
+// the host's interface: the host finds it by a dynamic_cast of its ViscometerInstrument, and gets
+// null from a module that has none. Rights are checked here, where the change is made.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "instrument/host/action.h"
+#include "instrument/host/calibration_records.h"
 #include "instrument/host/viscometer_instrument.h"
 #include "platform/date.h"
 #include "platform/event.h"
@@ -111,6 +112,22 @@ class InstrumentScripting {
   // Level 50. `temperature` must be one of them; the values are rounded to whole numbers as a
   // calibration's are. Dated now, or as never calibrated if all are 0. Stored in the archive.
   virtual ScriptingResult SetCellConstants(double temperature, double b0, double b1, double b2) = 0;
+
+  // Finds the runs and fits constants to them; changes nothing. All temperatures at once need level
+  // 100. Too little to fit is no problem: the summary has no fit then.
+  virtual ScriptingResult FitCalibration(const CalibrationQuestion& question,
+                                         CalibrationSummary& summary) = 0;
+  // Level 50, and 100 for all temperatures (nothing as the temperature). Puts constants into force,
+  // dated now, as the texts say, and stores them in the archive. Refused while a tray runs. When
+  // the archive refuses, the constants stay in force until the instrument is closed.
+  virtual ScriptingResult SaveCalibration(std::optional<double> temperature,
+                                          const std::string& b0Text, const std::string& b1Text,
+                                          const std::string& b2Text) = 0;
+  // At which temperatures the stored standards conform to ASTM D5293.
+  virtual ScriptingResult GetConformity(ConformityReport& report) = 0;
+  // Level 10. Fills the tray with the conforming standards of the temperatures and empties the rest
+  // of it; all or nothing. The host stores the instrument behind it.
+  virtual ScriptingResult MakeCalibrationTray(const CalibrationTrayRequest& request) = 0;
 
   virtual std::vector<InstrumentSetting> GetSettings() = 0;
   // Level 50 (100 for some). All or nothing; stored in the archive.

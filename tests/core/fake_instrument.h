@@ -110,6 +110,18 @@ class FakeInstrument : public rvx::ViscometerInstrument, public rvx::InstrumentS
   std::optional<rvx::SampleTests> GetSampleTests(rvx::Action& action) override;
   rvx::ScriptingResult SetSampleTests(rvx::Action&, const rvx::SampleTests&) override { return {}; }
   int32_t EstimateSeconds(rvx::Action&) override { return 0; }
+  rvx::ScriptingResult FitCalibration(const rvx::CalibrationQuestion&,
+                                      rvx::CalibrationSummary&) override {
+    return {};
+  }
+  rvx::ScriptingResult SaveCalibration(std::optional<double>, const std::string&,
+                                       const std::string&, const std::string&) override {
+    return {};
+  }
+  rvx::ScriptingResult GetConformity(rvx::ConformityReport&) override { return {}; }
+  rvx::ScriptingResult MakeCalibrationTray(const rvx::CalibrationTrayRequest&) override {
+    return {};
+  }
   rvx::ScriptingResult SetHomeFlag() override { return {}; }
   rvx::ScriptingResult SetTemperature(std::optional<double>) override { return {}; }
   rvx::ScriptingResult SetSwitch(rvx::ServiceSwitch, bool) override { return {}; }
