@@ -15,6 +15,8 @@ void AddTrayCommands(CLI::App& app, Invocation& invocation);       // tray
 void AddRunCommand(CLI::App& app, Invocation& invocation);         // run
 void AddArchiveCommands(CLI::App& app, Invocation& invocation);    // samples, messages
 void AddServiceCommands(CLI::App& app, Invocation& invocation);    // service
+void AddCalibrateCommand(CLI::App& app, Invocation& invocation);   // calibrate
+void AddSimulateCommands(CLI::App& app, Invocation& invocation);   // simulate
 void AddUserCommands(CLI::App& app, Invocation& invocation);       // users
 
 }  // namespace torvell

@@ -30,13 +30,13 @@ std::string ValueText(const ColumnValue& value) {
 
 // Visits the samples asked for, oldest first.
 void VisitSamples(Session& session, int64_t last,
-                  const std::function<bool(const rvx::Sample&)>& visit) {
+                  const std::function<bool(const StoredSample&)>& visit) {
   SampleStore& samples = session.host().samples();
   if (last == 0) {
     samples.ForEach(visit);
     return;
   }
-  for (const rvx::Sample& sample : samples.Last(last)) {
+  for (const StoredSample& sample : samples.Last(last)) {
     if (!visit(sample)) return;
   }
 }
@@ -44,11 +44,13 @@ void VisitSamples(Session& session, int64_t last,
 void WriteSamplesCsv(Session& session, const SamplesArguments& arguments) {
   std::vector<std::string> cells;
   for (const SampleColumn& column : SampleColumns()) cells.push_back(column.name);
+  cells.emplace_back("Simulated");
   std::string text = CsvLine(cells);
   int64_t count = 0;
-  VisitSamples(session, arguments.last, [&](const rvx::Sample& sample) {
+  VisitSamples(session, arguments.last, [&](const StoredSample& sample) {
     cells.clear();
     for (const ColumnValue& value : SampleValues(sample)) cells.push_back(ValueText(value));
+    cells.emplace_back(sample.simulated ? "1" : "0");
     text += CsvLine(cells);
     ++count;
     return true;
@@ -62,7 +64,7 @@ void PrintSamplesJson(Session& session, int64_t last) {
   Output& output = session.output();
   bool first = true;
   output.Text("[");
-  VisitSamples(session, last, [&](const rvx::Sample& sample) {
+  VisitSamples(session, last, [&](const StoredSample& sample) {
     output.Text(first ? "\n" : ",\n");
     first = false;
     output.Text(JsonText(SampleJson(sample)));
@@ -77,7 +79,7 @@ int Samples(Session& session, const SamplesArguments& arguments) {
     PrintSamplesJson(session, arguments.last);
   } else if (arguments.csvFile.empty()) {
     SampleTable table;
-    VisitSamples(session, arguments.last, [&](const rvx::Sample& sample) {
+    VisitSamples(session, arguments.last, [&](const StoredSample& sample) {
       table.Add(sample);
       return true;
     });

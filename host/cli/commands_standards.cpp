@@ -1,22 +1,22 @@
-// standards: the laboratory's calibration standards. Works without an instrument.
+// standards: the laboratory's calibration standards. The list works without an instrument.
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
 
+#include "host/cli/arguments.h"
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
-#include "host/tray/number_text.h"
 #include "host/cli/session.h"
-#include "host/cli/standards_file.h"
+#include "host/cli/standards_access.h"
 #include "host/cli/table.h"
 #include "host/core/users.h"
+#include "host/tray/number_text.h"
+#include "host/tray/tray_access.h"
 #include "instrument/host/host.h"
 #include "instrument/host/standards_text.h"
 #include "platform/text.h"
 
 namespace torvell {
-
-namespace {
 
 std::vector<StandardRow> ReadStandards(Session& session) {
   session.host();
@@ -29,6 +29,8 @@ std::vector<StandardRow> ReadStandards(Session& session) {
   }
   return ParseStandardsText(text);
 }
+
+namespace {
 
 int ShowStandards(Session& session, const std::vector<StandardRow>& rows) {
   Json list = Json::array();
@@ -78,6 +80,109 @@ int ImportStandards(Session& session, const std::string& path) {
   return ListStandards(session);
 }
 
+// "A: the group file names no standard; C: ..."
+std::string LacksText(const rvx::ConformityOfTemperature& entry) {
+  std::string text;
+  for (const auto& lack : entry.lacks) {
+    text += fmt::format("{}{}: {}", text.empty() ? "" : "; ", lack.group, lack.reason);
+  }
+  return text;
+}
+
+Json ConformityJson(const rvx::ConformityOfTemperature& entry) {
+  Json lacks = Json::array();
+  for (const auto& lack : entry.lacks) {
+    lacks.push_back({{"group", lack.group}, {"reason", lack.reason}});
+  }
+  return {{"temperature", entry.temperature},
+          {"conforms", entry.conforms},
+          {"standards", entry.standards},
+          {"lacks", lacks}};
+}
+
+int ShowConformity(Session& session, const std::optional<double>& temperature) {
+  rvx::ConformityReport report;
+  ThrowIfRefused(session.OneInstrument().scripting->GetConformity(report));
+  if (report.groupRows == 0) {
+    session.output().Notice(fmt::format(
+        "note: no groups were read from {}. It says which standard belongs to which group; without "
+        "it no temperature can be calibrated with a conforming set. Put the file there "
+        "(examples/StandardGroups.txt shows its form).",
+        report.groupFile));
+  }
+  Json list = Json::array();
+  Table table({{"temperature (degC)", Table::Align::Right},
+               {"conforms"},
+               {"standards"},
+               {"lacking groups"}});
+  for (const rvx::ConformityOfTemperature& entry : report.temperatures) {
+    if (temperature && *temperature != entry.temperature) continue;
+    list.push_back(ConformityJson(entry));
+    table.AddRow({ExactNumber(entry.temperature), entry.conforms ? "yes" : "no",
+                  fmt::format("{}", fmt::join(entry.standards, ", ")), LacksText(entry)});
+  }
+  if (list.empty()) {
+    throw CommandFailure(ExitCode::BadUse,
+                         fmt::format("{} is no calibration temperature of this instrument. See "
+                                     "\"torvell constants show\" for those there are.",
+                                     ExactNumber(*temperature)));
+  }
+  session.output().Result(list, table.Text());
+  return static_cast<int>(ExitCode::Good);
+}
+
+int MakeTray(Session& session, const rvx::CalibrationTrayRequest& request) {
+  session.RequireLevel(kLevelOperator, "fill a tray");
+  const FoundInstrument& found = session.OneInstrument();
+  ThrowIfRefused(found.scripting->MakeCalibrationTray(request));
+  StoreTray(session.host(), found);
+  CloseInterrupted(session.host(), found);
+  Json list = Json::array();
+  Table table({{"position", Table::Align::Right},
+               {"sample id"},
+               {"temperature (degC)", Table::Align::Right},
+               {"known viscosity (mPa*s)", Table::Align::Right}});
+  for (const TrayPosition& position : ReadTray(found)) {
+    Json tests = Json::array();
+    for (const rvx::SampleTest& test : position.tests.value_or(rvx::SampleTests()).tests) {
+      tests.push_back({{"temperature", test.temperature},
+                       {"knownViscosity", test.knownViscosity.value_or(0.0)}});
+      table.AddRow({std::to_string(position.position + 1), position.sampleId,
+                    ExactNumber(test.temperature), ExactNumber(test.knownViscosity.value_or(0.0))});
+    }
+    list.push_back(
+        {{"position", position.position + 1}, {"sampleId", position.sampleId}, {"tests", tests}});
+  }
+  session.output().Result(list, table.Text());
+  return static_cast<int>(ExitCode::Good);
+}
+
+void AddConformityCommands(CLI::App& standards, Invocation& invocation) {
+  const auto temperature = std::make_shared<std::optional<double>>();
+  CLI::App* conform = standards.add_subcommand(
+      "conform", "at which temperatures they make up a set that conforms to ASTM D5293");
+  conform->add_option("--temperature", *temperature, "this one only")
+      ->type_name("DEGC")
+      ->check(DecimalNumber());
+  conform->callback([&invocation, temperature] {
+    invocation.command = [temperature](Session& session) {
+      return ShowConformity(session, *temperature);
+    };
+  });
+
+  const auto request = std::make_shared<rvx::CalibrationTrayRequest>();
+  CLI::App* tray = standards.add_subcommand(
+      "tray", "fill the tray with the conforming standards of these temperatures (level 10)");
+  tray->add_option("--temperature", request->temperatures, "one or more of those that conform")
+      ->type_name("DEGC")
+      ->required()
+      ->check(DecimalNumber());
+  tray->add_option("--only", request->only, "use these standards alone")->type_name("NAME");
+  tray->callback([&invocation, request] {
+    invocation.command = [request](Session& session) { return MakeTray(session, *request); };
+  });
+}
+
 }  // namespace
 
 void AddStandardsCommands(CLI::App& app, Invocation& invocation) {
@@ -98,6 +203,7 @@ void AddStandardsCommands(CLI::App& app, Invocation& invocation) {
 
 CLI::App* exported = standards->add_subcommand("export", "print them as such a file");
 exported->callback([&invocation] { invocation.command = ExportStandards; });
+AddConformityCommands(*standards, invocation);
 }
 
 }  // namespace torvell

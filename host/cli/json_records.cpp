@@ -31,7 +31,7 @@ Json ReadingsJson(const rvx::InstrumentReadings& readings) {
           {"errorCode", readings.errorCode}};
 }
 
-Json SampleJson(const rvx::Sample& sample) {
+Json SampleJson(const StoredSample& sample) {
   Json object = Json::object();
   const std::vector<ColumnValue> values = SampleValues(sample);
   for (size_t i = 0; i < values.size(); ++i) {
@@ -49,6 +49,7 @@ Json SampleJson(const rvx::Sample& sample) {
         },
         values[i]);
   }
+  object["Simulated"] = sample.simulated;
   return object;
 }
 

@@ -10,8 +10,8 @@ namespace torvell {
 
 Json IdentityJson(const rvx::InstrumentIdentity& identity);
 Json ReadingsJson(const rvx::InstrumentReadings& readings);
-// Every column of the archive by its name, in the archive's order.
-Json SampleJson(const rvx::Sample& sample);
+// Every column of the archive by its name, in the archive's order, and then "Simulated".
+Json SampleJson(const StoredSample& sample);
 Json ReportJson(const ErrorReport& report);
 
 }  // namespace torvell

@@ -90,6 +90,8 @@ std::optional<int> ParseCommandLine(int argc, char** argv, Invocation& invocatio
   AddRunCommand(app, invocation);
   AddArchiveCommands(app, invocation);
   AddServiceCommands(app, invocation);
+  AddCalibrateCommand(app, invocation);
+  AddSimulateCommands(app, invocation);
   AddUserCommands(app, invocation);
   app.footer(
       "Exit codes: 0 good, 1 the run ended with errors or without a sample that was due,\n"

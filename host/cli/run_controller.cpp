@@ -258,7 +258,7 @@ void RunController::PrintSummary() {
       continue;
     }
     for (const RunPosition& position : state.positions()) {
-      for (const rvx::Sample& sample : position.samples) table.Add(sample);
+      for (const StoredSample& sample : position.samples) table.Add(sample);
     }
     output_.Progress(fmt::format("{}: {} of {} samples, {} errors{}", state.entry().Title(),
                                  state.samples(), state.SamplesDue(), state.errors(),

@@ -14,13 +14,15 @@ SampleTable::SampleTable()
               {"speed (rpm/1000)", Table::Align::Right},
               {"viscosity (mPa*s)", Table::Align::Right},
               {"known (mPa*s)", Table::Align::Right},
-              {"operator"}}) {}
+              {"operator"},
+              {"origin"}}) {}
 
-void SampleTable::Add(const rvx::Sample& sample) {
+void SampleTable::Add(const StoredSample& sample) {
   table_.AddRow({TimeText(sample.timestamp), sample.instrument, std::to_string(sample.position),
                  sample.sampleId, FixedNumber(TestTemperature(sample), 1),
                  FixedNumber(sample.averageTemperature, 2), OrMissing(sample.speed, 5),
-                 ViscosityText(sample), OrMissing(sample.constants[4], 1), sample.operatorName});
+                 ViscosityText(sample), OrMissing(sample.constants[4], 1), sample.operatorName,
+                 OriginText(sample.simulated)});
 }
 
 }  // namespace torvell

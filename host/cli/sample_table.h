@@ -4,15 +4,15 @@
 #include <string>
 
 #include "host/cli/table.h"
+#include "host/core/sample_store.h"
 #include "host/tray/sample_text.h"
-#include "instrument/host/sample.h"
 
 namespace torvell {
 
 class SampleTable {
  public:
   SampleTable();
-  void Add(const rvx::Sample& sample);
+  void Add(const StoredSample& sample);
   std::string Text() const { return table_.Text(); }
 
  private:

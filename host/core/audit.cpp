@@ -2,9 +2,24 @@
 
 #include <algorithm>
 
+#include "host/core/audit_write.h"
 #include "host/core/database.h"
+#include "host/core/users.h"
 
 namespace torvell {
+
+void AuditTrail::Add(const std::string& object, const std::string& oldValue,
+                     const std::string& newValue) {
+  const Actor actor = users_.ActingAs();
+  try {
+    platform::PlainGuard guard(database_.lock());
+    Transaction transaction(database_);
+    WriteAudit(database_, actor, {{object, oldValue, newValue}});
+    transaction.Commit();
+  } catch (const SQLite::Exception& error) {
+    throw MakeDatabaseError("The change was made and could not be noted in the audit trail", error);
+  }
+}
 
 std::vector<AuditRow> AuditTrail::Last(int64_t n) {
   std::vector<AuditRow> rows;

@@ -10,6 +10,7 @@
 namespace torvell {
 
 class Database;
+class Users;
 
 struct AuditRow {
   platform::Date time;  // UTC
@@ -23,12 +24,16 @@ struct AuditRow {
 // Reads the trail; rows are written with the changes themselves (audit_write.h). Any thread.
 class AuditTrail {
  public:
-  explicit AuditTrail(Database& database) : database_(database) {}
+  AuditTrail(Database& database, Users& users) : database_(database), users_(users) {}
+  // Adds a row by which a person finds a change whose single fields have their rows already.
+  // HostError Database.
+  void Add(const std::string& object, const std::string& oldValue, const std::string& newValue);
   // The latest n, oldest first; n <= 0: all. HostError Database.
   std::vector<AuditRow> Last(int64_t n);
 
  private:
   Database& database_;
+  Users& users_;
 };
 
 }  // namespace torvell

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
@@ -73,8 +74,8 @@ void Host::OpenFolder(const HostOptions& options) {
 
   database_ = std::make_unique<Database>(databaseFile_);
   SeedIdentifiers(options);
-  audit_ = std::make_unique<AuditTrail>(*database_);
   users_ = std::make_unique<Users>(*database_);
+  audit_ = std::make_unique<AuditTrail>(*database_, *users_);
   users_->SetActingUser(options.userName);
   errors_ = std::make_unique<ErrorStore>(*database_);
   journal_ = std::make_unique<TrayJournal>(*database_, folder_ + "/trays.lock");
@@ -149,6 +150,11 @@ int Host::DiscoverInstruments() {
   rvx::ArrayOfInstruments found;
   const std::string failure = FindInstruments(moduleName_, found);
   instruments_->Adopt(found);
+  // A sample that is wrongly marked harms less than one that is wrongly not.
+  const std::vector<InstrumentEntry> entries = instruments_->Entries();
+  samples_->SetSimulated(
+      std::any_of(entries.begin(), entries.end(),
+                  [](const InstrumentEntry& entry) { return entry.identity.simulated; }));
   if (!failure.empty()) throw HostError(HostErrorKind::ModuleMissing, failure);
   return static_cast<int>(instruments_->Entries().size());
 }

@@ -141,6 +141,7 @@ int64_t TrayJournal::Begin(const TrayPlan& plan) {
     live.instrument = plan.instrument;
     live.instrumentId = plan.instrumentId;
     live.serialNumber = plan.serialNumber;
+    live.simulated = plan.simulated;
     for (const TrayPlan::Position& position : plan.positions) live.attempts[position.position] = 0;
     live_[run] = std::move(live);
     return run;
@@ -194,7 +195,7 @@ SampleOrigin TrayJournal::FindOrigin(const rvx::Sample& sample) {
   const platform::ThreadId self = platform::CurrentThreadId();
   platform::PlainGuard guard(lock_);
   auto describe = [](int64_t run, const LiveRun& live) {
-    return SampleOrigin{run, live.position, live.attempt, live.instrument};
+    return SampleOrigin{run, live.position, live.attempt, live.instrument, live.simulated};
   };
   // A test's last status comes from the thread that stores its result.
   for (const auto& [run, live] : live_) {

@@ -49,6 +49,7 @@ struct TrayPlan {
   std::string instrumentId;
   std::string serialNumber;
   rvx::ViscometerInstrument* instrument = nullptr;
+  bool simulated = false;
   struct Position {
     int32_t position = 0;
     std::string classKey;
@@ -91,6 +92,7 @@ class TrayJournal {
     rvx::ViscometerInstrument* instrument = nullptr;
     std::string instrumentId;
     std::string serialNumber;
+    bool simulated = false;
     int32_t position = -1;  // the one that is running
     int32_t attempt = 0;
     std::map<int32_t, int32_t> attempts;

@@ -5,15 +5,15 @@
 
 #include <string>
 
-#include "instrument/host/sample.h"
+#include "host/core/sample_store.h"
 
 namespace torvell {
 
-// The archive's columns in order, quoted, as they stand behind SELECT.
+// The archive's columns in order, quoted, as they stand behind SELECT, and then the host's own.
 std::string SampleColumnList();
 
 // The sample in the statement's present row, whose first columns are those of SampleColumnList.
 // HostError Database if a column holds what this program does not write; `file` is for the message.
-rvx::Sample ReadSampleRow(SQLite::Statement& statement, const std::string& file);
+StoredSample ReadSampleRow(SQLite::Statement& statement, const std::string& file);
 
 }  // namespace torvell

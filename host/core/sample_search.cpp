@@ -89,10 +89,10 @@ std::vector<int64_t> SampleStore::FindRows(const SampleQuery& wanted) {
   return rows;
 }
 
-rvx::ArrayOfSamples SampleStore::ReadRows(const std::vector<int64_t>& rows) {
+std::vector<StoredSample> SampleStore::ReadRows(const std::vector<int64_t>& rows) {
   static const std::string sql =
       fmt::format("SELECT {} FROM SAMPLES WHERE rowid = ?", SampleColumnList());
-  rvx::ArrayOfSamples samples;
+  std::vector<StoredSample> samples;
   try {
     platform::PlainGuard guard(database_.lock());
     SQLite::Statement statement(database_.connection(), sql);

@@ -69,6 +69,7 @@ std::string ToLine(const SpooledSample& spooled) {
   return Json{{"run", spooled.run},
               {"position", spooled.position},
               {"attempt", spooled.attempt},
+              {"simulated", spooled.simulated},
               {"values", values}}
              .dump() +
          "\n";
@@ -83,6 +84,8 @@ std::optional<SpooledSample> FromLine(const std::string& line) {
     spooled.run = json.at("run").get<int64_t>();
     spooled.position = json.at("position").get<int32_t>();
     spooled.attempt = json.at("attempt").get<int32_t>();
+    // Lines of older versions do not have it.
+    spooled.simulated = json.value("simulated", false);
     if (!SampleFromStored(values, spooled.sample)) return std::nullopt;
     return spooled;
   } catch (const Json::exception&) {

@@ -15,6 +15,7 @@ struct SpooledSample {
   int64_t run = 0;  // as in SampleOrigin
   int32_t position = -1;
   int32_t attempt = 0;
+  bool simulated = false;
 };
 
 // A file of lines beside the database, one sample each. Several processes may use it at once. A

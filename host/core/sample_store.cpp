@@ -20,8 +20,8 @@ namespace {
 constexpr int kPageRows = 500;
 
 std::string InsertText() {
-  std::string text = "INSERT INTO SAMPLES VALUES (";
-  for (size_t i = 0; i < SampleColumns().size(); ++i) text += i == 0 ? "?" : ", ?";
+  std::string text = "INSERT INTO SAMPLES (" + SampleColumnList() + ") VALUES (?";
+  for (size_t i = 0; i < SampleColumns().size(); ++i) text += ", ?";
   return text + ")";
 }
 
@@ -37,6 +37,7 @@ void Insert(Database& database, const SpooledSample& stored) REQUIRES(database.l
   const std::vector<ColumnValue> values = StoredSampleValues(stored.sample);
   Query query(database.Prepared(insert));
   for (size_t i = 0; i < values.size(); ++i) BindValue(*query, static_cast<int>(i) + 1, values[i]);
+  query->bind(static_cast<int>(values.size()) + 1, stored.simulated ? 1 : 0);
   query->exec();
   if (stored.run == 0) return;
   Query link(database.Prepared("INSERT INTO TRAY_RUN_SAMPLES VALUES (?, ?, ?, ?)"));
@@ -55,10 +56,10 @@ struct PageEnd {
 
 // Rows in the order of the archive, `condition` first. The page begins behind `end` if there is
 // one.
-rvx::ArrayOfSamples ReadPage(Database& database, const TranslatedQuery& filter,
-                             std::unique_ptr<PageEnd>& end) {
+std::vector<StoredSample> ReadPage(Database& database, const TranslatedQuery& filter,
+                                   std::unique_ptr<PageEnd>& end) {
   const std::string sql = SamplePageText(filter, end != nullptr);
-  rvx::ArrayOfSamples page;
+  std::vector<StoredSample> page;
   platform::PlainGuard guard(database.lock());
   SQLite::Statement statement(database.connection(), sql);
   int index = 0;
@@ -73,7 +74,7 @@ rvx::ArrayOfSamples ReadPage(Database& database, const TranslatedQuery& filter,
   const int timestampColumn = 2;
   while (statement.executeStep()) {
     page.push_back(ReadSampleRow(statement, database.file()));
-    const int rowColumn = static_cast<int>(SampleColumns().size());
+    const int rowColumn = static_cast<int>(SampleColumns().size()) + 1;
     end = std::make_unique<PageEnd>(PageEnd{statement.getColumn(timestampColumn).getString(),
                                             statement.getColumn(rowColumn).getInt64()});
   }
@@ -81,11 +82,11 @@ rvx::ArrayOfSamples ReadPage(Database& database, const TranslatedQuery& filter,
 }
 
 void ForEachMatch(Database& database, const TranslatedQuery& filter,
-                  const std::function<bool(const rvx::Sample&)>& visit) {
+                  const std::function<bool(const StoredSample&)>& visit) {
   std::unique_ptr<PageEnd> end;
   for (;;) {
-    const rvx::ArrayOfSamples page = ReadPage(database, filter, end);
-    for (const rvx::Sample& sample : page) {
+    const std::vector<StoredSample> page = ReadPage(database, filter, end);
+    for (const StoredSample& sample : page) {
       if (!visit(sample)) return;
     }
     if (page.size() < static_cast<size_t>(kPageRows)) return;
@@ -125,18 +126,17 @@ rvx::ActionErrorRecord StoreFailure(const rvx::Sample& sample, const SampleOrigi
 
 std::string SampleColumnList() {
   std::string text;
-  for (const SampleColumn& column : SampleColumns()) {
-    text += fmt::format("{}\"{}\"", text.empty() ? "" : ", ", column.name);
-  }
-  return text;
+  for (const SampleColumn& column : SampleColumns()) text += fmt::format("\"{}\", ", column.name);
+  return text + "\"Simulated\"";
 }
 
-rvx::Sample ReadSampleRow(SQLite::Statement& statement, const std::string& file) {
+StoredSample ReadSampleRow(SQLite::Statement& statement, const std::string& file) {
   std::vector<ColumnValue> values;
   const int count = static_cast<int>(SampleColumns().size());
   values.reserve(static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) values.push_back(ReadValue(statement.getColumn(i)));
-  rvx::Sample sample;
+  StoredSample sample;
+  sample.simulated = statement.getColumn(count).getInt() != 0;
   if (!SampleFromStored(values, sample)) {
     throw HostError(
         HostErrorKind::Database,
@@ -208,10 +208,10 @@ int64_t SampleStore::Count() {
   }
 }
 
-rvx::ArrayOfSamples SampleStore::Last(int64_t n) {
-  rvx::ArrayOfSamples samples;
+std::vector<StoredSample> SampleStore::Last(int64_t n) {
+  std::vector<StoredSample> samples;
   if (n <= 0) {
-    ForEach([&](const rvx::Sample& sample) {
+    ForEach([&](const StoredSample& sample) {
       samples.push_back(sample);
       return true;
     });
@@ -229,7 +229,18 @@ rvx::ArrayOfSamples SampleStore::Last(int64_t n) {
   return samples;
 }
 
-void SampleStore::ForEach(const std::function<bool(const rvx::Sample&)>& visit) {
+bool SampleStore::IsSimulated(const platform::Guid& id) {
+  try {
+    platform::PlainGuard guard(database_.lock());
+    Query query(database_.Prepared("SELECT \"Simulated\" FROM SAMPLES WHERE \"ID\" = ?"));
+    query->bind(1, platform::FormatGuid(id));
+    return query->executeStep() && query->getColumn(0).getInt() != 0;
+  } catch (const SQLite::Exception& error) {
+    throw MakeDatabaseError("The samples could not be read", error);
+  }
+}
+
+void SampleStore::ForEach(const std::function<bool(const StoredSample&)>& visit) {
   try {
     ForEachMatch(database_, {"1", {}}, visit);
   } catch (const SQLite::Exception& error) {
@@ -249,7 +260,7 @@ void SampleStore::QuerySamples(rvx::ArrayOfSamples& out, rvx::SampleArchiveFilte
   }
   rvx::ArrayOfSamples found;
   try {
-    ForEachMatch(database_, query, [&](const rvx::Sample& sample) {
+    ForEachMatch(database_, query, [&](const StoredSample& sample) {
       if (filter == nullptr || filter->AcceptSample(sample)) found.push_back(sample);
       return true;
     });
@@ -262,8 +273,9 @@ void SampleStore::QuerySamples(rvx::ArrayOfSamples& out, rvx::SampleArchiveFilte
 }
 
 void SampleStore::StoreSample(const rvx::Sample& sample) {
-  const SampleOrigin origin = journal_.FindOrigin(sample);
-  const SpooledSample stored{sample, origin.run, origin.position, origin.attempt};
+  SampleOrigin origin = journal_.FindOrigin(sample);
+  if (origin.run == 0) origin.simulated = simulated_;
+  const SpooledSample stored{sample, origin.run, origin.position, origin.attempt, origin.simulated};
   std::string reason;
   bool isDouble = false;
   try {

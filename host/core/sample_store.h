@@ -1,6 +1,7 @@
 // The sample archive.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -17,12 +18,18 @@ namespace torvell {
 class Database;
 class TrayJournal;
 
+// A sample with what the host knows of it beside its record.
+struct StoredSample : rvx::Sample {
+  bool simulated = false;  // measured by a simulated instrument
+};
+
 // Which run of a tray a sample came from.
 struct SampleOrigin {
   int64_t run = 0;        // number of the run in the journal; 0: none
   int32_t position = -1;  // from 0
   int32_t attempt = 0;    // how often the position was started, from 1
   rvx::ViscometerInstrument* instrument = nullptr;
+  bool simulated = false;
 };
 
 class SampleStoredListener {
@@ -57,16 +64,22 @@ class SampleStore : public rvx::SampleArchive {
 
   int64_t Count();
   // The latest n by timestamp, oldest first; n <= 0: all.
-  rvx::ArrayOfSamples Last(int64_t n);
-  rvx::ArrayOfSamples All() { return Last(0); }
+  std::vector<StoredSample> Last(int64_t n);
+  std::vector<StoredSample> All() { return Last(0); }
   // Oldest first, in pages, without a lock held while `visit` runs; ends when it answers false.
-  void ForEach(const std::function<bool(const rvx::Sample&)>& visit);
+  void ForEach(const std::function<bool(const StoredSample&)>& visit);
+  // Whether the sample of this id came from a simulated instrument; false for one that is not
+  // there.
+  bool IsSimulated(const platform::Guid& id);
+
+  // From here on samples that belong to no run of a tray count as simulated, or don't.
+  void SetSimulated(bool simulated) { simulated_ = simulated; }
 
   // The row numbers of what matches, in the order asked for: a list of 100,000 takes less than a
   // megabyte, so that a screen can fetch the rows that it shows.
   std::vector<int64_t> FindRows(const SampleQuery& wanted);
   // The samples of these rows, in their order; a row that does not exist is left out.
-  rvx::ArrayOfSamples ReadRows(const std::vector<int64_t>& rows);
+  std::vector<StoredSample> ReadRows(const std::vector<int64_t>& rows);
 
   void AddListener(SampleStoredListener* listener) { listeners_.Add(listener); }
   // Once it returns the listener is not called any more.
@@ -84,6 +97,7 @@ class SampleStore : public rvx::SampleArchive {
   TrayJournal& journal_;
   SampleSpool spool_;
   ListenerList<SampleStoredListener> listeners_;
+  std::atomic<bool> simulated_{false};
 };
 
 // The statements that read, for whoever looks at their plans. The one gives the latest samples,

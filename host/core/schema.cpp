@@ -49,9 +49,16 @@ CREATE TABLE TRAY_RUN_SAMPLES ("Run" INTEGER, "Position" INTEGER, "Attempt" INTE
   PRIMARY KEY ("Run", "Position", "Attempt", "ID")) WITHOUT ROWID;
 )sql";
 
+// Whether a sample comes from a simulated instrument is the host's to know and stands beside the
+// record. Of the samples that were stored before, the simulator's are known by its serial number.
+constexpr char kSecond[] = R"sql(
+ALTER TABLE SAMPLES ADD COLUMN "Simulated" NOT NULL DEFAULT 0;
+UPDATE SAMPLES SET "Simulated" = 1 WHERE "Serial Number" = 'Simulator';
+)sql";
+
 }  // namespace
 
-const char* const kSchemaSteps[] = {kFirst};
+const char* const kSchemaSteps[] = {kFirst, kSecond};
 const int kSchemaVersion = static_cast<int>(sizeof(kSchemaSteps) / sizeof(kSchemaSteps[0]));
 
 }  // namespace torvell

@@ -18,6 +18,7 @@ TrayPlan MakePlan(const InstrumentEntry& entry) {
   TrayPlan plan;
   plan.archiveKey = entry.identity.archiveKey;
   plan.serialNumber = entry.identity.serialNumber;
+  plan.simulated = entry.identity.simulated;
   plan.instrumentId = entry.instrument->GetInstrumentId();
   plan.instrument = entry.instrument;
   std::vector<std::shared_ptr<rvx::Action>> actions;
@@ -140,7 +141,7 @@ void TrayRunner::SampleFinished(int32_t, int32_t position) {
 
 void TrayRunner::SampleStored(const rvx::Sample& sample, const SampleOrigin& origin) {
   if (origin.run != run_ || listener_ == nullptr) return;
-  listener_->SampleStored(origin.position, sample);
+  listener_->SampleStored(origin.position, StoredSample{sample, origin.simulated});
 }
 
 void TrayRunner::ErrorReported(const ErrorReport& report) {

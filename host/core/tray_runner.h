@@ -26,7 +26,7 @@ class TrayListener {
   virtual void SampleStarted(int32_t /*position*/) {}
   virtual void SampleStatus(int32_t /*position*/, const std::string& /*text*/) {}
   // A result of this run is in the archive.
-  virtual void SampleStored(int32_t /*position*/, const rvx::Sample& /*sample*/) {}
+  virtual void SampleStored(int32_t /*position*/, const StoredSample& /*sample*/) {}
   // The position is done, with or without a failure.
   virtual void SampleFinished(int32_t /*position*/) {}
   virtual void PauseChanged(bool /*paused*/) {}

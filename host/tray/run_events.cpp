@@ -23,7 +23,7 @@ void RunRecorder::SampleStatus(int32_t position, const std::string& text) {
   queue_.Push(std::move(event));
 }
 
-void RunRecorder::SampleStored(int32_t position, const rvx::Sample& sample) {
+void RunRecorder::SampleStored(int32_t position, const StoredSample& sample) {
   RunEvent event = Make(RunEvent::Kind::Sample, position);
   event.sample = sample;
   queue_.Push(std::move(event));

@@ -27,7 +27,7 @@ struct RunEvent {
   int32_t position = -1;  // from 0
   std::string text;
   bool paused = false;
-  std::optional<rvx::Sample> sample;
+  std::optional<StoredSample> sample;
   std::optional<ErrorReport> error;
 };
 
@@ -56,7 +56,7 @@ class RunRecorder : public TrayListener {
     queue_.Push(Make(RunEvent::Kind::SampleStarted, position));
   }
   void SampleStatus(int32_t position, const std::string& text) override;
-  void SampleStored(int32_t position, const rvx::Sample& sample) override;
+  void SampleStored(int32_t position, const StoredSample& sample) override;
   void SampleFinished(int32_t position) override {
     queue_.Push(Make(RunEvent::Kind::SampleFinished, position));
   }

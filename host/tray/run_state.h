@@ -15,7 +15,7 @@ struct RunPosition {
   TrayPosition plan;
   bool started = false;
   bool finished = false;
-  std::vector<rvx::Sample> samples;
+  std::vector<StoredSample> samples;
 };
 
 class RunState {

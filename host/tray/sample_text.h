@@ -21,4 +21,7 @@ inline std::string ViscosityText(const rvx::Sample& sample) {
   return OrMissing(sample.viscosity, 1);
 }
 
+// Where a sample comes from, in a word.
+inline const char* OriginText(bool simulated) { return simulated ? "simulated" : "instrument"; }
+
 }  // namespace torvell

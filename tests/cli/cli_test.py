@@ -144,7 +144,7 @@ class Runs(Case):
         stored = self.json("samples")
         self.assertEqual([dict(sample, event="sample") for sample in stored], reported)
         for sample in stored:
-            self.assertEqual(len(sample), 61)
+            self.assertEqual(len(sample), 62)  # and whether it is simulated
             speed = sample["Speed"]
             self.assertEqual(sample["Viscosity"], 1100 / speed - 400 + 2 * speed)
         self.assertEqual([sample["Constant 5"] for sample in stored], [0, 0, 5000])
@@ -527,6 +527,94 @@ class Rights(Case):
                          text="sam secret\nnew secret\n")
         self.run_torvell("--user", "sam", "--password-fd", 0, "samples", text="new secret\n")
         self.run_torvell("users", "remove", "sam", user="sam", expect=2)
+
+
+class Calibrations(Case):
+    EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples")
+
+    def rehearse(self):
+        """The tray of standards at -20, run in oils of known truth."""
+        os.makedirs(os.path.join(self.data, "files"))
+        shutil.copy(os.path.join(self.EXAMPLES, "StandardGroups.txt"),
+                    os.path.join(self.data, "files"))
+        self.run_torvell("standards", "import", os.path.join(self.EXAMPLES, "standards.csv"))
+        tray = self.json("standards", "tray", "--temperature", -20, -25)
+        self.run_torvell("simulate", "oils", os.path.join(self.EXAMPLES, "calibration-oils.csv"))
+        self.run_torvell("run", "--prepare")
+        return tray
+
+    def test_a_cell_is_calibrated_from_the_runs_of_its_standards(self):
+        tray = self.rehearse()
+        self.assertEqual(sum(len(position["tests"]) for position in tray), 12)
+        document = self.json("calibrate", "--temperature", -20)
+        runs, fit = document["runs"], document["fit"]
+        self.assertEqual(len(runs), 6)
+        self.assertEqual(list(fit), ["B0", "B1", "B2", "R", "stdDev", "shown"])
+        shown = {key: float(text) for key, text in fit["shown"].items()}
+        for run in runs:
+            speed, known = run["Speed"], run["Constant 5"]
+            recalculated = shown["B0"] / speed + shown["B1"] + shown["B2"] * speed
+            self.assertAlmostEqual(run["recalculated"], recalculated, places=6)
+            self.assertAlmostEqual(run["percentDiff"], (recalculated - known) / known * 100)
+            self.assertLess(abs(run["percentDiff"]), 0.5)
+            self.assertTrue(run["used"] and run["Simulated"])
+        self.assertEqual(document["largestPercentDiff"],
+                         max((run["percentDiff"] for run in runs), key=abs))
+        self.assertTrue(all(slot["empty"] for slot in self.json("constants", "show")))
+        self.run_torvell("calibrate", "--temperature", -20, "--save")
+        slot = self.json("constants", "show")[4]
+        self.assertEqual([slot["b0"], slot["b1"], slot["b2"]],
+                         [shown["B0"], shown["B1"], shown["B2"]])
+        with sqlite3.connect(os.path.join(self.data, "torvell.db")) as database:
+            old, new = database.execute("SELECT Old, New FROM AUDIT WHERE Object LIKE "
+                                        "'calibration of RVXCOM1:0, -20 degC'").fetchone()
+        self.assertIn("none", old)
+        self.assertIn(f"B0 {fit['shown']['B0']}", new)
+        self.assertIn("simulated", new)
+
+    def test_runs_are_left_out_by_their_ids(self):
+        self.rehearse()
+        runs = self.json("calibrate", "--temperature", -20)["runs"]
+        document = self.json("calibrate", "--temperature", -20, "--exclude", runs[0]["ID"][:8],
+                             runs[1]["Sample ID"])
+        self.assertEqual([run["used"] for run in document["runs"]], [False, False] + [True] * 4)
+        self.assertIsNotNone(document["runs"][0]["recalculated"])
+        self.run_torvell("calibrate", "--temperature", -20, "--exclude", "nothing", expect=2)
+        output = self.run_torvell("--json", "calibrate", "--temperature", -20, "--save",
+                                  "--exclude", *(run["ID"] for run in runs[:4]), expect=1)
+        self.assertIsNone(json.loads(output)["fit"])
+        self.assertIn("nothing to fit", self.stderr)
+        self.assertTrue(self.json("constants", "show")[4]["empty"])
+
+    def test_nothing_to_fit_and_bad_use_are_said(self):
+        self.run_torvell("calibrate", "--temperature", -20, "--save", expect=1)
+        self.assertIn("nothing to fit", self.stderr)
+        for arguments in (("--temperature", -21), (), ("--temperature", -20, "--all"),
+                          ("--temperature", -20, "--hours", 367)):
+            self.run_torvell("calibrate", *arguments, expect=2)
+        self.run_torvell("standards", "tray", "--temperature", -20, expect=2)
+        self.assertIn("do not conform", self.stderr)
+        self.run_torvell("standards", "conform")
+        self.assertIn("StandardGroups.txt", self.stderr)
+
+    def test_all_temperatures_need_level_100(self):
+        for name, level, user in (("anna", 100, None), ("otto", 50, "anna")):
+            self.run_torvell("users", "add", name, level, "--password-fd", 0,
+                             text=name + " secret\n", user=user)
+        self.run_torvell("calibrate", "--all", expect=4, user="otto")
+        self.run_torvell("calibrate", "--all", expect=1, user="anna")
+        self.run_torvell("calibrate", "--temperature", -20, expect=1, user="otto")
+
+    def test_oils_are_taken_whole_or_not_at_all(self):
+        heading = "position,temperature,true viscosity\n"
+        good = self.file("oils.csv", heading + "1,-20,5000\n")
+        self.run_torvell("simulate", "oils", good, simulate=False)
+        self.run_torvell("simulate", "oils", self.file("bad.csv", heading + "1,-20,1\n2,-20,6000\n"),
+                         expect=2, simulate=False)
+        self.assertEqual(self.json("simulate", "show", simulate=False),
+                         [{"position": 1, "temperature": -20, "trueViscosity": 5000}])
+        self.run_torvell("simulate", "off", simulate=False)
+        self.assertEqual(self.json("simulate", "show", simulate=False), [])
 
 
 if __name__ == "__main__":

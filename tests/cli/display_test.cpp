@@ -40,12 +40,13 @@ TEST(NumberText, IsExactFixedOrMissing) {
 }
 
 TEST(JsonRecords, ASampleHasEveryColumnAndItsNumbersRoundTrip) {
-  rvx::Sample sample;
+  StoredSample sample;
   sample.viscosity = 0.1 + 0.2;
   sample.averageTemperature = std::numeric_limits<double>::quiet_NaN();
   sample.sampleId = "bad byte \xFF";
   const Json parsed = Json::parse(JsonText(SampleJson(sample)));
-  EXPECT_EQ(parsed.size(), SampleColumns().size());
+  EXPECT_EQ(parsed.size(), SampleColumns().size() + 1);
+  EXPECT_EQ(parsed["Simulated"], false);
   EXPECT_EQ(parsed["Viscosity"].get<double>(), 0.1 + 0.2);
   EXPECT_TRUE(parsed["Average Temperature"].is_null());
   EXPECT_EQ(parsed["Tray"], 1);

@@ -15,7 +15,7 @@ class Recorder : public TrayListener {
   void TrayStarted() override { events += "started "; }
   void SampleStarted(int32_t position) override { events += "+" + std::to_string(position) + " "; }
   void SampleStatus(int32_t, const std::string& text) override { events += text + " "; }
-  void SampleStored(int32_t position, const rvx::Sample&) override {
+  void SampleStored(int32_t position, const StoredSample&) override {
     events += "stored" + std::to_string(position) + " ";
   }
   void SampleFinished(int32_t position) override { events += "-" + std::to_string(position) + " "; }
