@@ -1,8 +1,12 @@
 # The commands that people type. Each installs what the machine lacks and builds what it needs.
-.PHONY: run test bench check tidy install-packages clean
+.PHONY: run calibration-demo test bench check tidy install-packages clean
 
 run: build/release/bin/torvell.stamp
 	@scripts/demo build/release/bin/torvell
+
+# Rehearses a whole calibration on the simulator.
+calibration-demo: build/release/bin/torvell.stamp
+	@scripts/calibration-demo build/release/bin/torvell
 
 test: install-packages
 	cmake --preset dev

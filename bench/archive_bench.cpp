@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "bench/measure.h"
+#include "calibration/calibration_query.h"
 #include "host/core/database.h"
 #include "host/core/file_handle.h"
 #include "host/core/host.h"
@@ -87,7 +88,7 @@ void Multiply(torvell::Database& database, int64_t count) {
   platform::PlainGuard guard(database.lock());
   database.connection().exec(
       "WITH RECURSIVE numbers(n) AS (VALUES (1) UNION ALL SELECT n + 1 FROM numbers WHERE n < " +
-      std::to_string(count) + ") INSERT INTO SAMPLES SELECT " + columns +
+      std::to_string(count) + ") INSERT INTO SAMPLES SELECT " + columns + ", 0" +
       " FROM numbers, (SELECT * FROM SAMPLES LIMIT 1)");
 }
 
@@ -116,6 +117,45 @@ void MeasureNewestPage(torvell::Host& host, bench::Report& report) {
   report.Add("newest_page_us", bench::Median(pages) * 1e6);
 }
 
+class QueryFilter : public rvx::SampleArchiveFilter {
+ public:
+  explicit QueryFilter(std::string text) : text_(std::move(text)) {}
+  bool AcceptSample(rvx::Sample) override { return true; }
+  std::string GetQueryText() override { return text_; }
+
+ private:
+  std::string text_;
+};
+
+// The runs of a calibration out of all samples, with the longest look back that there is.
+void MeasureCalibrationQuery(torvell::Host& host, bench::Report& report) {
+  // A sample each ten minutes, every second one of known viscosity, at four temperatures in turns.
+  {
+    platform::PlainGuard guard(host.database().lock());
+    host.database().connection().exec(
+        "UPDATE SAMPLES SET \"Timestamp\" = strftime('%Y-%m-%dT%H:%M:%S', '2020-01-01', "
+        "(rowid * 600) || ' seconds'), \"Known Viscosity\" = -2.0, \"Valid\" = 1, "
+        "\"Constant 5\" = CASE rowid % 2 WHEN 0 THEN 5000.0 ELSE 0.0 END, "
+        "\"Average Temperature\" = -15.0 - 5.0 * ((rowid / 2) % 4), \"Instrument\" = 'RVX'");
+  }
+  constexpr int kHours = 366;
+  const platform::Date end =
+      platform::Date(2020, 1, 1).PlusMilliseconds(int64_t{kManySamples} * 600000);
+  QueryFilter filter(rvx::BuildCalibrationQuery("RVX", 4, true, kHours, end));
+  std::vector<double> queries;
+  size_t found = 0;
+  for (int i = 0; i < 50; ++i) {
+    rvx::ArrayOfSamples samples;
+    const double start = bench::Now();
+    host.samples().QuerySamples(samples, &filter);
+    queries.push_back(bench::Now() - start);
+    found = samples.size();
+  }
+  // 366 hours hold 2195 samples, of which an eighth is asked for.
+  if (found < 270 || found > 280) bench::Fail("the query found other runs than there are");
+  report.Add("calibration_query_us", bench::Median(queries) * 1e6);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -129,6 +169,7 @@ int main(int argc, char** argv) {
     const std::unique_ptr<torvell::Host> host = torvell::Host::Open(options);
     MeasureStores(*host, folder.path(), stores, report);
     MeasureNewestPage(*host, report);
+    MeasureCalibrationQuery(*host, report);
     return 0;
   });
   report.Print();

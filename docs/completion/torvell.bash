@@ -3,8 +3,8 @@ _torvell() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]}
   local options="--data --simulate --clock --seed --user --password-fd --instrument --json --quiet
     --help --help-all --version"
-  local commands="discover ports status monitor constants settings standards tray run samples
-    service messages users"
+  local commands="discover ports status monitor constants settings calibrate standards tray run
+    samples service simulate messages users"
   local command="" subcommand="" word i
   for ((i = 1; i < COMP_CWORD; i++)); do
     word=${COMP_WORDS[i]}
@@ -25,7 +25,9 @@ _torvell() {
     ports) words="list set clear" ;;
     constants) words="show set" ;;
     settings) words="show set export import" ;;
-    standards) words="list import export" ;;
+    calibrate) words="--temperature --all --hours --exclude --save" ;;
+    standards) words="list import export conform tray" ;;
+    simulate) words="oils show off" ;;
     tray) words="show load clear export" ;;
     users) words="list add passwd remove" ;;
     service) words="home temperature move precondition switch selftest abort jog" ;;
@@ -35,9 +37,12 @@ _torvell() {
     monitor) words="--count" ;;
   esac
   case $command,$subcommand in
-    run,*|*,import|*,load)
+    run,*|*,import|*,load|simulate,oils)
       mapfile -t COMPREPLY < <(compgen -W "$words $options" -- "$current"; compgen -f -- "$current")
       return ;;
+    calibrate,*) ;;
+    standards,conform) words="--temperature" ;;
+    standards,tray) words="--temperature --only" ;;
     ports,set|ports,clear) words="COM1 COM2 COM3 COM4" ;;
     service,switch) words="injection motor cooling auto on off" ;;
     service,jog) words="tube table trolley" ;;
