@@ -57,7 +57,7 @@ void FillArchive(Host& host) {
       {"ID", "printf('00000000-0000-4000-8000-%012x', n)"},
       {"Sample ID", "printf('%d', n)"},
       // Some have thousandths of a second, and some stand exactly at a cut-off.
-      {"Timestamp", "strftime('%Y-%m-%dT%H:%M:%S', '2026-01-29', (n * 2) || ' seconds') || " +
+      {"Timestamp", "strftime('%Y-%m-%dT%H:%M:%S', '2026-01-29 04:29:00', (n * 2) || ' seconds') || " +
                         Choose("n / 7", {"''", "'.001'", "''"})},
       {"Instrument", Choose("n / 3", ids)},
       {"Average Temperature", Choose("n", temperatures)},
@@ -140,9 +140,9 @@ TEST(CalibrationArchive, AQueryFindsWhatALoopOver100000SamplesFinds) {
   });
   ASSERT_EQ(host->samples().Count(), kRows);
   std::vector<Question> questions;
-  for (const std::string& id : kIds) questions.push_back({id, 4, true, 1});
+  for (const std::string& id : kIds) questions.push_back({id, 4, true, 6});
   for (int slot = 0; slot < rvx::kCalibrationSlots; ++slot) {
-    questions.push_back({"RVX 1", slot, slot % 2 == 0, 3});
+    questions.push_back({"RVX 1", slot, slot % 2 == 0, 8});
   }
   for (const bool option : {false, true}) questions.push_back({"RVX [1-2]", {}, option, 2});
   questions.push_back({"RVX 1", 4, true, 24});
@@ -160,7 +160,7 @@ TEST(CalibrationArchive, AQueryFindsWhatALoopOver100000SamplesFinds) {
     EXPECT_EQ(found, expected) << filter.GetQueryText();
     findings += found.size();
   }
-  EXPECT_GT(findings, 1000u) << "the archive was made without what is looked for";
+  EXPECT_GT(findings, 500u) << "the archive was made without what is looked for";
 }
 
 TEST(CalibrationArchive, IsAskedThroughAnIndex) {
