@@ -208,7 +208,8 @@ ScriptingResult ScriptableInstrument::FitCalibration(const CalibrationQuestion& 
   summary.usedCount = static_cast<int32_t>(points.size());
   if (slot) {
     ConfigurationGuard guard(configuration());
-    summary.lastCalibration = configuration().calibrationDates[static_cast<size_t>(*slot)];
+    const platform::Date& date = configuration().calibrationDates[static_cast<size_t>(*slot)];
+    if (date.IsValid() && !(date == NeverCalibrated())) summary.lastCalibration = date;
   }
   std::optional<CellConstantValues> constants;
   if (const std::optional<CalibrationFitResult> fit = FitCalibrationConstants(points)) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "calibration/calibration_fit.h"
 #include "instrument/protocol/identification.h"
 #include "instrument/save_cell_constants.h"
 #include "platform/text.h"
@@ -13,11 +14,6 @@ namespace rvx {
 namespace {
 
 constexpr size_t kConfigurationLine = 2;
-
-// Constants count as a calibration screen shows them: as whole numbers.
-double AsShown(double value) {
-  return platform::ParseLeadingDouble(platform::FormatText("%.f", value));
-}
 
 // What of a settings text no screen could have written, in words; empty if there is nothing.
 std::string FindDamage(const ConfigurationRecord& record) {
@@ -111,7 +107,9 @@ ScriptingResult ScriptableInstrument::SetCellConstants(double temperature, doubl
   }
   ConfigurationRecord& record = configuration();
   const auto slot = static_cast<size_t>(found);
-  std::array<double, 3> values = {AsShown(b0), AsShown(b1), AsShown(b2)};
+  // As a calibration shows and stores them: whole numbers.
+  const CellConstantValues shown = ConstantsOf(FormatFit({b0, b1, b2, 0.0, 0.0}));
+  std::array<double, 3> values = {shown.b0, shown.b1, shown.b2};
   const bool cleared = values == std::array<double, 3>{};
   platform::Date date = cleared ? NeverCalibrated() : platform::LocalNow();
   const auto exchange = [&record, slot, &values, &date] {

@@ -161,6 +161,13 @@ std::string TargetText(const CalibrateArguments& arguments) {
   return arguments.all ? "all temperatures" : ExactNumber(*arguments.temperature) + " degC";
 }
 
+std::string LastCalibrationText(const CalibrateArguments& arguments,
+                                const rvx::CalibrationSummary& summary) {
+  if (arguments.all) return "";
+  return fmt::format("\nlast calibration of {}: {}\n", TargetText(arguments),
+                     summary.lastCalibration ? TimeText(*summary.lastCalibration) : "-");
+}
+
 // The constants that the calibration replaces, one text for the trail.
 std::string ConstantsText(const FoundInstrument& found, const CalibrateArguments& arguments) {
   std::string text;
@@ -209,10 +216,14 @@ int Calibrate(Session& session, const CalibrateArguments& arguments) {
     runs.push_back(RunJson(run, simulated.back()));
   }
   const bool saves = arguments.save && summary.fit;
-  session.output().Result({{"runs", runs},
-                           {"fit", FitJson(summary.fit)},
-                           {"largestPercentDiff", OptionalNumber(summary.largestPercentDiff)}},
-                          RunsTable(summary, simulated) + (summary.fit ? FitText(summary) : ""));
+  session.output().Result(
+      {{"runs", runs},
+       {"fit", FitJson(summary.fit)},
+       {"largestPercentDiff", OptionalNumber(summary.largestPercentDiff)},
+       {"lastCalibration",
+        summary.lastCalibration ? Json(TimeText(*summary.lastCalibration)) : Json(nullptr)}},
+      RunsTable(summary, simulated) + LastCalibrationText(arguments, summary) +
+          (summary.fit ? FitText(summary) : ""));
   if (anySimulated) {
     session.output().Notice("note: runs of the simulator take part in this fit");
   }

@@ -43,7 +43,7 @@ struct CalibrationSummary {
   int32_t usedCount = 0;                          // runs that took part in the fit
   std::optional<CalibrationFit> fit;              // nothing: too few runs, or all of one speed
   std::optional<double> largestPercentDiff;       // of the runs that took part, with its sign
-  std::optional<platform::Date> lastCalibration;  // of one temperature, local time
+  std::optional<platform::Date> lastCalibration;  // local time; nothing: never, or all are meant
 };
 
 // Whether the stored standards allow a calibration at a temperature, by the groups of ASTM D5293.

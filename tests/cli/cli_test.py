@@ -562,6 +562,8 @@ class Calibrations(Case):
                          max((run["percentDiff"] for run in runs), key=abs))
         self.assertTrue(all(slot["empty"] for slot in self.json("constants", "show")))
         self.run_torvell("calibrate", "--temperature", -20, "--save")
+        self.assertIsNone(document["lastCalibration"])
+        self.assertIsNotNone(self.json("calibrate", "--temperature", -20)["lastCalibration"])
         slot = self.json("constants", "show")[4]
         self.assertEqual([slot["b0"], slot["b1"], slot["b2"]],
                          [shown["B0"], shown["B1"], shown["B2"]])

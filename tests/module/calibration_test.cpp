@@ -95,6 +95,7 @@ TEST(CalibrationTest, FitsTheRunsThatTakePartAndJudgesAll) {
     EXPECT_NEAR(summary.fit->b0, 1000.0, 1e-6);
     EXPECT_EQ(summary.fit->b1Text, "-300");
     EXPECT_EQ(summary.usedCount, 3);
+    EXPECT_FALSE(summary.lastCalibration);
     EXPECT_FALSE(summary.runs[2].used);
     EXPECT_NEAR(*summary.runs[2].recalculated, 4708.0, 1e-9);
     EXPECT_NEAR(*summary.largestPercentDiff, 0.0, 1e-9);
