@@ -7,6 +7,7 @@
 
 #include "platform/event_state.h"
 #include "platform/fatal.h"
+#include "platform/lost_signal.h"
 #include "platform/real_base.h"
 #include "platform/virtual_base.h"
 
@@ -34,9 +35,10 @@ int WaitUnderBase(std::span<EventState* const> events, const Deadline& deadline)
 Event::Event(const char* name, Mode mode) : state_(std::make_unique<EventState>(name, mode)) {}
 
 Event::~Event() {
-  const bool waitedFor = detail::VirtualBase::Current() != nullptr
-                             ? state_->first != nullptr
-                             : detail::IsWaitedForReal(*state_);
+  detail::VirtualBase* base = detail::VirtualBase::Current();
+  if (base != nullptr) base->Clear(*state_);
+  const bool waitedFor =
+      base != nullptr ? state_->first != nullptr : detail::IsWaitedForReal(*state_);
   if (!waitedFor) return;
   detail::Fatal(std::string("the event \"") + state_->name + "\" ends while thread \"" +
                 state_->first->wait->thread->threadName + "\" waits for it");
@@ -51,8 +53,8 @@ void Event::Set() {
 }
 
 void Event::Reset() {
-  if (detail::VirtualBase::Current() != nullptr) {
-    state_->set = false;
+  if (detail::VirtualBase* base = detail::VirtualBase::Current()) {
+    base->Reset(*state_);
   } else {
     detail::ResetReal(*state_);
   }
@@ -64,9 +66,16 @@ bool Event::Wait(const Deadline& deadline) {
 }
 
 bool Event::TryWait() {
-  if (detail::VirtualBase::Current() != nullptr) return state_->Take();
+  if (detail::VirtualBase* base = detail::VirtualBase::Current()) return base->TryWait(*state_);
   return detail::TryWaitReal(*state_);
 }
+
+bool detail::WatchesForLostSignals() {
+  const VirtualBase* base = VirtualBase::Current();
+  return base != nullptr && base->watchesForLostSignals();
+}
+
+void detail::SuspectLostSignal(Event& event) { VirtualBase::Current()->Suspect(*event.state_); }
 
 int WaitForAny(std::span<Event* const> events, const Deadline& deadline) {
   constexpr size_t kFew = 8;

@@ -11,6 +11,11 @@
 namespace platform {
 
 class EventState;
+class Event;
+
+namespace detail {
+void SuspectLostSignal(Event& event);
+}
 
 class Event {
  public:
@@ -34,6 +39,7 @@ class Event {
 
  private:
   friend int WaitForAny(std::span<Event* const> events, const Deadline& deadline);
+  friend void detail::SuspectLostSignal(Event& event);
   std::unique_ptr<EventState> state_;
 };
 

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "platform/virtual_base.h"
+
 namespace platform::detail {
 namespace {
 
@@ -15,7 +17,12 @@ void WriteToStandardError(const std::string& text) {
 }  // namespace
 
 void Fatal(const std::string& message) {
-  WriteToStandardError("platform: " + message);
+  std::string text = "platform: " + message;
+  if (const VirtualBase* base = VirtualBase::Current()) {
+    text += "\n" + base->DescribeRun();
+    text.pop_back();
+  }
+  WriteToStandardError(text);
   std::abort();
 }
 

@@ -61,11 +61,26 @@ std::vector<FiberContext*>& IdleFibers() {
   return *idle;
 }
 
+void KeepIdle(FiberContext& fiber) {
+  const SchedulerScope scope;
+  IdleFibers().push_back(&fiber);
+}
+
+// Null if there is none.
+FiberContext* TakeIdle() {
+  const SchedulerScope scope;
+  auto& idle = IdleFibers();
+  if (idle.empty()) return nullptr;
+  FiberContext* const fiber = idle.back();
+  idle.pop_back();
+  return fiber;
+}
+
 [[noreturn]] void RunTasks(FiberContext& self) {
   AnnounceArrival(self.sanitized);
   for (;;) {
     auto* next = static_cast<FiberContext*>(self.entry(self.argument));
-    IdleFibers().push_back(&self);
+    KeepIdle(self);
     SwitchFibers(self, *next);
   }
 }
@@ -94,14 +109,8 @@ class FiberSwitcher final : public TaskSwitcher {
   TaskContext* Main() override { return &main_; }
 
   TaskContext* Create(TaskEntry entry, void* argument) override {
-    auto& idle = IdleFibers();
-    FiberContext* context = nullptr;
-    if (idle.empty()) {
-      context = MakeFiber();
-    } else {
-      context = idle.back();
-      idle.pop_back();
-    }
+    FiberContext* context = TakeIdle();
+    if (context == nullptr) context = MakeFiber();
     context->entry = entry;
     context->argument = argument;
     context->exceptions = {};

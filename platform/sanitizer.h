@@ -1,5 +1,5 @@
-// What the sanitizers have to be told when a thread of the system goes on with another stack. Empty
-// in builds without them.
+// What the sanitizers have to be told of virtual time, where one thread of the system goes on with
+// one stack after the other. Empty in builds without them.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,9 @@
 #define PLATFORM_ADDRESS_SANITIZER 1
 #endif
 #endif
-#if defined(__SANITIZE_THREAD__)
+#if defined(PLATFORM_THREAD_SANITIZER)
+// Said by the build, for a file that is itself left out of the instrumentation.
+#elif defined(__SANITIZE_THREAD__)
 #define PLATFORM_THREAD_SANITIZER 1
 #elif defined(__has_feature)
 #if __has_feature(thread_sanitizer)
@@ -25,6 +27,9 @@
 #endif
 #if defined(PLATFORM_THREAD_SANITIZER)
 #include <sanitizer/tsan_interface.h>
+// In the sanitizer's library, but not in its header.
+extern "C" void __tsan_ignore_thread_begin();
+extern "C" void __tsan_ignore_thread_end();
 #endif
 
 namespace platform::detail {
@@ -78,18 +83,18 @@ class SanitizedStack {
 #endif
 };
 
-// To be called just before leaving `from` for `to`. Part of its caller's frame: the thread
-// sanitizer keeps a list of calls for each stack, and a call that began on the one must not end on
-// the other.
+// To be called just before leaving `from` for `to`, by code that the thread sanitizer does not see:
+// it keeps a list of calls for each stack, and a call that began on the one must not end on the
+// other.
 [[gnu::always_inline]] inline void AnnounceSwitch([[maybe_unused]] SanitizedStack& from,
                                                   [[maybe_unused]] SanitizedStack& to) {
 #if defined(PLATFORM_ADDRESS_SANITIZER)
   __sanitizer_start_switch_fiber(&from.fakeStack_, to.bottom_, to.size_);
 #endif
 #if defined(PLATFORM_THREAD_SANITIZER)
-  // With synchronisation: the thread sanitizer then sees tasks as one after the other and finds
-  // nothing between them, which is what the build of the real base is for.
-  __tsan_switch_to_fiber(to.fiber_, 0);
+  // Without synchronisation: that one task runs at a time is no order that the program may rely on.
+  // What does order its tasks is announced for each lock, event, start and join.
+  __tsan_switch_to_fiber(to.fiber_, __tsan_switch_to_fiber_no_sync);
 #endif
 }
 
@@ -97,6 +102,51 @@ class SanitizedStack {
 inline void AnnounceArrival([[maybe_unused]] SanitizedStack& self) {
 #if defined(PLATFORM_ADDRESS_SANITIZER)
   __sanitizer_finish_switch_fiber(self.fakeStack_, nullptr, nullptr);
+#endif
+}
+
+// A stretch of the scheduler's own work. Its data goes from task to task without any order that the
+// thread sanitizer knows of, so what is read and written in here is hidden from it. Each task has
+// its own count of scopes: a task may be left inside one.
+class SchedulerScope {
+ public:
+#if defined(PLATFORM_THREAD_SANITIZER)
+  SchedulerScope() { __tsan_ignore_thread_begin(); }
+  ~SchedulerScope() { __tsan_ignore_thread_end(); }
+#else
+  SchedulerScope() {}
+  ~SchedulerScope() {}
+#endif
+  SchedulerScope(const SchedulerScope&) = delete;
+  SchedulerScope& operator=(const SchedulerScope&) = delete;
+};
+
+// What one task did before AnnounceRelease, another may rely on behind AnnounceAcquire of the same
+// object: a set event, a started or ended thread.
+inline void AnnounceRelease([[maybe_unused]] const void* object) {
+#if defined(PLATFORM_THREAD_SANITIZER)
+  __tsan_release(const_cast<void*>(object));
+#endif
+}
+
+inline void AnnounceAcquire([[maybe_unused]] const void* object) {
+#if defined(PLATFORM_THREAD_SANITIZER)
+  __tsan_acquire(const_cast<void*>(object));
+#endif
+}
+
+// The running task has just taken `lock`, is about to release it.
+inline void AnnounceLocked([[maybe_unused]] void* lock) {
+#if defined(PLATFORM_THREAD_SANITIZER)
+  __tsan_mutex_pre_lock(lock, __tsan_mutex_not_static);
+  __tsan_mutex_post_lock(lock, __tsan_mutex_not_static, 0);
+#endif
+}
+
+inline void AnnounceUnlock([[maybe_unused]] void* lock) {
+#if defined(PLATFORM_THREAD_SANITIZER)
+  __tsan_mutex_pre_unlock(lock, 0);
+  __tsan_mutex_post_unlock(lock, 0);
 #endif
 }
 

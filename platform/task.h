@@ -1,6 +1,8 @@
 // A thread under virtual time.
 #pragma once
 
+#include <pthread.h>
+
 #include <cstdint>
 #include <functional>
 #include <span>
@@ -30,13 +32,15 @@ class Task final : public Thread, public ThreadRecord {
   }
 
   void Join() override;
-  bool HasEnded() const override { return hasEnded; }
+  bool HasEnded() const override;
   const std::string& name() const override { return threadName; }
 
   // 0 for main, then in the order of the starts; other than the id it is the same in each program.
   const uint32_t number;
   TaskState state = TaskState::Ready;
   TaskContext* context = nullptr;
+  const void* frame = nullptr;  // where it left; null until it has run
+  pthread_t systemThread{};     // on which it runs; meaningful once it has run
   std::function<void()> body;
   EventState ended{"end of the thread", Event::Mode::ManualReset};
   bool hasEnded = false;

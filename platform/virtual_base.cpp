@@ -3,8 +3,10 @@
 #include <utility>
 
 #include "platform/fatal.h"
+#include "platform/hang_watch.h"
 #include "platform/interrupt_flag.h"
 #include "platform/mix.h"
+#include "platform/sanitizer.h"
 #include "platform/thread_body.h"
 
 namespace platform::detail {
@@ -36,6 +38,7 @@ VirtualBase::VirtualBase(const TimeBaseOptions& options)
   auto main = std::make_shared<Task>(nextNumber_++, "main");
   main->context = switcher_->Main();
   main->state = TaskState::Running;
+  main->systemThread = pthread_self();
   running_ = main.get();
   tasks_.emplace(main->number, std::move(main));
 }
@@ -48,6 +51,10 @@ int VirtualBase::Run(const std::function<int()>& program) {
     InForce& operator=(const InForce&) = delete;
   };
   const InForce inForce(this);
+  std::optional<HangWatch> watch;
+  if (options_.hangAfter.count() > 0) {
+    watch.emplace(options_.hangAfter, steps_, [this] { ReportHang(); });
+  }
   int result = 0;
   try {
     result = program();
@@ -60,6 +67,7 @@ int VirtualBase::Run(const std::function<int()>& program) {
 }
 
 TimeBaseFigures VirtualBase::figures() const {
+  const SchedulerScope scope;
   TimeBaseFigures figures;
   figures.switches = switches_;
   figures.steps = steps_;
@@ -77,11 +85,13 @@ TimeBaseFigures VirtualBase::figures() const {
 // Threads.
 
 std::shared_ptr<Thread> VirtualBase::Start(const std::string& name, std::function<void()> body) {
+  const SchedulerScope scope;
   auto task = std::make_shared<Task>(nextNumber_, name);
   task->context = switcher_->Create(&RunTask, task.get());
   ++nextNumber_;
   task->body = std::move(body);
   tasks_.emplace(task->number, task);
+  AnnounceRelease(task.get());
   ready_.push_back(task.get());
   policy_->OpenWindow();
   MayLeave();
@@ -90,11 +100,14 @@ std::shared_ptr<Thread> VirtualBase::Start(const std::string& name, std::functio
 
 TaskContext* VirtualBase::RunTask(void* argument) {
   Task& task = *static_cast<Task*>(argument);
+  AnnounceAcquire(&task);
+  task.systemThread = pthread_self();
   RunThreadBody(task.threadName, task.body);
   return Current()->End(task);
 }
 
 TaskContext* VirtualBase::End(Task& task) {
+  const SchedulerScope scope;
   if (!task.held.empty()) {
     Fatal("thread \"" + task.threadName + "\" ends while it holds \"" + task.held.last()->name +
           "\"");
@@ -103,6 +116,7 @@ TaskContext* VirtualBase::End(Task& task) {
   std::shared_ptr<Task> self = std::move(place->second);
   tasks_.erase(place);
   self->hasEnded = true;
+  AnnounceRelease(&self->ended);
   self->ended.Signal([this](ThreadRecord& thread) { Wake(static_cast<Task&>(thread)); });
   // What it leaves may be the last reference to its own object.
   self.reset();
@@ -115,15 +129,21 @@ TaskContext* VirtualBase::End(Task& task) {
 }
 
 void VirtualBase::Join(Task& task) {
-  if (task.hasEnded) return;
+  const SchedulerScope scope;
   EventState* const ended = &task.ended;
   WaitNode node;
   running_->joined = &task;
+  CheckCircle();
   WaitForAny({&ended, 1}, {&node, 1}, Deadline::Never());
   running_->joined = nullptr;
 }
 
 // Choice of the next task.
+
+void VirtualBase::OpenWindow() {
+  const SchedulerScope scope;
+  policy_->OpenWindow();
+}
 
 void VirtualBase::MayLeave() {
   if (choosing_) return;
@@ -180,6 +200,7 @@ void VirtualBase::GiveWay() {
     Fatal("a thread that the platform did not start waits under virtual time");
   }
   Task& self = *running_;
+  self.frame = PLATFORM_THIS_FRAME;
   Task& next = ChooseNext();
   running_ = &next;
   next.state = TaskState::Running;
@@ -191,7 +212,7 @@ void VirtualBase::GiveWay() {
 Task& VirtualBase::ChooseNext() {
   choosing_ = true;
   DeliverSignals();
-  ++steps_;
+  steps_.store(steps_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
   if (++stepsAtThisTime_ > kMostStepsAtOneTime) {
     Abandon("livelock: " + std::to_string(kMostStepsAtOneTime) + " steps without time moving");
   }
@@ -215,6 +236,7 @@ Task& VirtualBase::ChooseNext() {
 void VirtualBase::JumpTime() {
   now_ = deadlines_.earliest();
   if (faults_) now_ += faults_->Overshoot();
+  CheckSuspicions();
   stepsAtThisTime_ = 0;
   pointsAtThisTime_ = 0;
   while (!deadlines_.empty() && deadlines_.earliest() <= now_) {

@@ -15,6 +15,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/call_stack.h"
 #include "platform/deadline_heap.h"
 #include "platform/schedule_faults.h"
 #include "platform/schedule_policy.h"
@@ -48,17 +49,29 @@ class VirtualBase {
   void Release(LockState& lock);
 
   void Set(EventState& event);
+  void Reset(EventState& event);
+  bool TryWait(EventState& event);
   int WaitForAny(std::span<EventState* const> events, std::span<WaitNode> nodes,
                  const Deadline& deadline);
   void SleepUntil(const Deadline& deadline);
 
-  void OpenWindow() { policy_->OpenWindow(); }
-  // Reports, then ends the process.
-  [[noreturn]] void Abandon(const std::string& headline) const;
+  void OpenWindow();
+  bool watchesForLostSignals() const { return options_.lostSignals; }
+  // The running task's wait for the event timed out although what the event announces is so.
+  void Suspect(EventState& event);
+  // The event has been set, or ends.
+  void Clear(const EventState& event);
+  // Reports, then ends the process. `where` is where the running task is if that is not here.
+  [[noreturn]] void Abandon(const std::string& headline, const CallStack* where = nullptr) const;
+  // What repeats the run, and how far it came; whole lines.
+  std::string DescribeRun() const;
 
  private:
   static TaskContext* RunTask(void* task);
   TaskContext* End(Task& task);
+
+  int Await(std::span<EventState* const> events, std::span<WaitNode> nodes,
+            const Deadline& deadline);
 
   // A point at which another ready task may be let first, and the running one held up.
   void MayLeave();
@@ -75,8 +88,10 @@ class VirtualBase {
   void WakeOneForNothing();
   void WaitForLock(LockState& lock, bool goesFirst);
   void CheckAllEnded() const;
+  void CheckCircle() const;
+  void CheckSuspicions() const;
+  void ReportHang() const;
 
-  std::string DescribeRun() const;
   std::string DescribeTask(const Task& task) const;
   static std::string DescribeWait(const Task& task);
 
@@ -99,10 +114,16 @@ class VirtualBase {
   std::map<uint32_t, std::shared_ptr<Task>> tasks_;  // all that have not ended, by number
   uint32_t nextNumber_ = 0;
   int stalledTasks_ = 0;
-  bool choosing_ = false;  // inside ChooseNext, where nothing may give way
+  struct Suspicion {
+    const EventState* event;
+    std::string thread;
+    Microseconds since;
+  };
+  std::vector<Suspicion> suspicions_;  // of lost signals, the oldest first
+  bool choosing_ = false;              // inside ChooseNext, where nothing may give way
 
   uint64_t switches_ = 0;
-  uint64_t steps_ = 0;
+  std::atomic<uint64_t> steps_{0};  // the hang watch reads it
   uint64_t traceHash_ = 0;
   uint64_t spuriousWakeUps_ = 0;
   uint64_t stepsAtThisTime_ = 0;   // since time last moved

@@ -12,9 +12,9 @@ namespace platform {
 
 // Who runs next among the threads that could.
 enum class ScheduleStrategy {
-  Sticky,    // a thread goes on unless a draw says otherwise; then all have the same chance
-  Priority,  // the highest of drawn priorities; in windows of at most 500 choices the running
-             // thread falls behind all others at a few drawn moments
+  Sticky,      // a thread goes on unless a draw says otherwise; then all have the same chance
+  Priority,    // the highest of drawn priorities; in windows of at most 500 choices the running
+               // thread falls behind all others at a few drawn moments
   StallHeavy,  // as Sticky, with many more stalls if stalls are on
   Uniform,     // all have the same chance at each point
   RoundRobin   // one after the other, at each point

@@ -4,6 +4,8 @@
 #include <algorithm>
 
 #include "platform/fatal.h"
+#include "platform/hang_watch.h"
+#include "platform/sanitizer.h"
 #include "platform/virtual_base.h"
 
 namespace platform::detail {
@@ -22,15 +24,38 @@ void VirtualBase::CheckAllEnded() const {
   }
 }
 
-void VirtualBase::Abandon(const std::string& headline) const {
+void VirtualBase::ReportHang() const {
+  const SchedulerScope scope;
+  const CallStack where =
+      running_ != nullptr ? InterruptAndWalk(running_->systemThread) : CallStack();
+  Abandon(fmt::format("hang: no step for {} s of real time",
+                      std::chrono::duration<double>(options_.hangAfter).count()),
+          &where);
+}
+
+void VirtualBase::Abandon(const std::string& headline, const CallStack* where) const {
+  const SchedulerScope scope;
+  std::vector<CallStack> stacks;
+  for (const auto& [number, task] : tasks_) {
+    if (task.get() != running_) {
+      stacks.push_back(WalkFrames(task->frame));
+    } else {
+      stacks.push_back(where != nullptr ? *where : WalkFrames(PLATFORM_THIS_FRAME));
+    }
+  }
+  const std::vector<std::vector<std::string>> calls = DescribeCalls(stacks);
   std::string report = "platform: " + headline + "\n" + DescribeRun();
-  for (const auto& [number, task] : tasks_) report += DescribeTask(*task);
+  auto itsCalls = calls.begin();
+  for (const auto& [number, task] : tasks_) {
+    report += DescribeTask(*task);
+    for (const std::string& call : *itsCalls) report += "    in " + call + "\n";
+    ++itsCalls;
+  }
   if (options_.history) report += options_.history();
   while (report.back() == '\n') report.pop_back();
   AbandonRun(report);
 }
 
-// What repeats the run, and how far it came.
 std::string VirtualBase::DescribeRun() const {
   std::string text = fmt::format("  repeat with seed {} ({}, {}", seed_,
                                  taskSwitch_ == TaskSwitch::Fibers ? "fibers" : "threads",
@@ -41,8 +66,8 @@ std::string VirtualBase::DescribeRun() const {
   if (startTick_ != 0) text += fmt::format(", clock from {} ms", startTick_);
   text += ")";
   if (!options_.repeatCommand.empty()) text += ": " + options_.repeatCommand;
-  return text + fmt::format("\n  virtual time {}, {} steps, trace {:016x}\n", Seconds(now_), steps_,
-                            traceHash_);
+  return text + fmt::format("\n  virtual time {}, {} steps, trace {:016x}\n", Seconds(now_),
+                            steps_.load(std::memory_order_relaxed), traceHash_);
 }
 
 std::string VirtualBase::DescribeTask(const Task& task) const {

@@ -1,5 +1,6 @@
 // Locks, events and sleep under virtual time.
 #include "platform/fatal.h"
+#include "platform/sanitizer.h"
 #include "platform/virtual_base.h"
 
 namespace platform::detail {
@@ -7,6 +8,7 @@ namespace platform::detail {
 // Locks.
 
 void VirtualBase::Acquire(LockState& lock) {
+  const SchedulerScope scope;
   if (lock.owner.load(std::memory_order_relaxed) == running_) {
     if (!lock.recursive) FailTakenTwice(*running_, lock);
     ++lock.depth;
@@ -22,11 +24,14 @@ void VirtualBase::Acquire(LockState& lock) {
   lock.owner.store(running_, std::memory_order_relaxed);
   lock.depth = 1;
   running_->held.Push(&lock);
+  AnnounceLocked(&lock);
 }
 
 void VirtualBase::Release(LockState& lock) {
+  const SchedulerScope scope;
   if (lock.owner.load(std::memory_order_relaxed) != running_) FailNotHolder(*running_, lock);
   if (--lock.depth > 0) return;
+  AnnounceUnlock(&lock);
   lock.owner.store(nullptr, std::memory_order_relaxed);
   running_->held.Remove(&lock);
   // The lock is not handed over: whoever runs first may take it, as with a real one.
@@ -54,20 +59,62 @@ void VirtualBase::WaitForLock(LockState& lock, bool goesFirst) {
     lock.lastWaiting = &self;
   }
   self.wantedLock = &lock;
+  CheckCircle();
   do {
     Block(Deadline::Never());
   } while (self.wantedLock != nullptr);
 }
 
+// The one task that can end the wait of another; null if there may be several.
+static const Task* WaitsOnlyFor(const Task& task) {
+  if (task.wantedLock != nullptr) {
+    return static_cast<const Task*>(task.wantedLock->owner.load(std::memory_order_relaxed));
+  }
+  return task.joined;
+}
+
+// Others may tick on while some wait for each other in a circle.
+void VirtualBase::CheckCircle() const {
+  std::string circle = "\"" + running_->threadName + "\"";
+  for (const Task* task = WaitsOnlyFor(*running_); task != nullptr; task = WaitsOnlyFor(*task)) {
+    circle += " waits for \"" + task->threadName + "\"";
+    if (task == running_) Abandon("deadlock: " + circle);
+    circle += ", which";
+  }
+}
+
 // Events.
 
 void VirtualBase::Set(EventState& event) {
+  const SchedulerScope scope;
+  AnnounceRelease(&event);
+  Clear(event);
   event.Signal([this](ThreadRecord& thread) { Wake(static_cast<Task&>(thread)); });
   MayLeave();
 }
 
+void VirtualBase::Reset(EventState& event) {
+  const SchedulerScope scope;
+  event.set = false;
+}
+
+bool VirtualBase::TryWait(EventState& event) {
+  const SchedulerScope scope;
+  if (!event.Take()) return false;
+  AnnounceAcquire(&event);
+  return true;
+}
+
 int VirtualBase::WaitForAny(std::span<EventState* const> events, std::span<WaitNode> nodes,
                             const Deadline& deadline) {
+  const SchedulerScope scope;
+  const int taken = Await(events, nodes, deadline);
+  if (taken != kTimedOut) AnnounceAcquire(events[static_cast<size_t>(taken)]);
+  return taken;
+}
+
+int VirtualBase::Await(std::span<EventState* const> events, std::span<WaitNode> nodes,
+                       const Deadline& deadline) {
   MayStall();
   const int set = TakeFirst(events);
   if (set != kTimedOut) {
@@ -94,6 +141,7 @@ int VirtualBase::WaitForAny(std::span<EventState* const> events, std::span<WaitN
 }
 
 void VirtualBase::SleepUntil(const Deadline& deadline) {
+  const SchedulerScope scope;
   MayStall();
   if (deadline.IsNever() || deadline.moment() > now_) {
     do {
@@ -104,8 +152,40 @@ void VirtualBase::SleepUntil(const Deadline& deadline) {
   }
 }
 
+// Lost signals.
+
+// Longer than whoever announces something can be held up before the announcement.
+static constexpr Microseconds kMostWithoutSignal{60'000'000};
+
+void VirtualBase::Suspect(EventState& event) {
+  const SchedulerScope scope;
+  Clear(event);
+  suspicions_.push_back({&event, running_->threadName, now_});
+}
+
+void VirtualBase::Clear(const EventState& event) {
+  if (suspicions_.empty()) return;
+  std::erase_if(suspicions_, [&](const Suspicion& one) { return one.event == &event; });
+}
+
+void VirtualBase::CheckSuspicions() const {
+  if (suspicions_.empty() || now_ - suspicions_.front().since < kMostWithoutSignal) return;
+  const Suspicion& oldest = suspicions_.front();
+  Abandon(std::string("lost signal: the wait of \"") + oldest.thread + "\" for event \"" +
+          oldest.event->name +
+          "\" timed out while its condition held, and nobody has set it since");
+}
+
+// Threads.
+
+bool Task::HasEnded() const {
+  if (!hasEnded) return false;
+  AnnounceAcquire(&ended);
+  return true;
+}
+
 void Task::Join() {
-  if (hasEnded) return;
+  if (HasEnded()) return;
   VirtualBase* base = VirtualBase::Current();
   if (base == nullptr) Fatal("thread \"" + threadName + "\" outlived its time base");
   base->Join(*this);

@@ -158,7 +158,7 @@ TEST(EventGrants, TwoSetsWakeTwoWaitersAndAResetTakesNothingBack) {
   for (uint64_t seed = 0; seed < 50; ++seed) {
     RunVirtual(seed, [] {
       Event event("event");
-      int woken = 0;
+      std::atomic<int> woken{0};
       std::vector<std::shared_ptr<Thread>> waiters;
       for (int i = 0; i < 2; ++i) {
         waiters.push_back(StartThread("waiter", [&] { woken += event.Wait(Milliseconds(9)); }));

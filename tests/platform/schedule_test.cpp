@@ -181,11 +181,15 @@ bool TimeoutMeansNothingWasDone() {
 
 // Moments 10 ms apart, taken for an order.
 bool SleepersTakeTurns() {
+  PlainLock lock("order", 10);
   std::string order;
   const auto sleep = [&](char letter, int start) {
     Sleep(Milliseconds(start));
     for (int i = 0; i < 50; ++i) {
-      order += letter;
+      {
+        const PlainGuard guard(lock);
+        order += letter;
+      }
       Sleep(Milliseconds(20));
     }
   };

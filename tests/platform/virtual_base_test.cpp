@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
 #include <fstream>
 #include <memory>
@@ -83,7 +84,7 @@ TEST(VirtualBase, TheTraceIsTheSameEverywhere) {
 
 TEST(VirtualBase, TimeStandsStillWhileSomebodyIsReady) {
   RunVirtual(3, [] {
-    bool woken = false;
+    std::atomic<bool> woken{false};
     const auto sleeper = StartThread("sleeper", [&] {
       Sleep(Milliseconds(1));
       woken = true;
@@ -101,6 +102,7 @@ TEST(VirtualBase, TimeStandsStillWhileSomebodyIsReady) {
 TEST(VirtualBase, SleepersWakeAtTheirMomentsInOrder) {
   for (uint64_t seed = 0; seed < 20; ++seed) {
     RunVirtual(seed, [] {
+      PlainLock lock("woken", 10);
       std::vector<int> woken;
       std::vector<std::shared_ptr<Thread>> threads;
       Event cancelled("cancelled", Event::Mode::ManualReset);
@@ -114,6 +116,7 @@ TEST(VirtualBase, SleepersWakeAtTheirMomentsInOrder) {
           }
           Sleep(Milliseconds(duration));
           EXPECT_EQ(Milliseconds(duration), MonotonicTime());
+          const PlainGuard guard(lock);
           woken.push_back(duration);
         }));
       }

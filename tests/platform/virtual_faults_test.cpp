@@ -1,10 +1,13 @@
 // What the virtual base finds, and what it says about it.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
+#include <optional>
 
 #include "platform/event.h"
 #include "platform/lock.h"
+#include "platform/lost_signal.h"
 #include "platform/thread.h"
 #include "tests/platform/bases.h"
 
@@ -25,6 +28,11 @@ class VirtualFaultDeathTest : public testing::TestWithParam<TaskSwitch> {
 };
 INSTANTIATE_TEST_SUITE_P(Both, VirtualFaultDeathTest,
                          testing::Values(TaskSwitch::Fibers, TaskSwitch::Threads), NameOfSwitch);
+
+[[gnu::noinline]] void WaitInVain(Event& event) {
+  event.Wait();
+  EXPECT_TRUE(event.TryWait());  // keeps the call from being the last one
+}
 
 void WaitForNothing() {
   PlainLock lock("ledger", 10);
@@ -47,6 +55,22 @@ TEST_P(VirtualFaultDeathTest, DeadlockNamesThreadsWaitsOwnersAndSeed) {
               ".*thread 2 \"clerk\": waits for lock \"ledger\", owned by \"passenger\"");
 }
 
+// A report says where each thread stands, whoever gave it up: here the one that ends, the one that
+// waits and the one that never ran.
+TEST_P(VirtualFaultDeathTest, AReportSaysWhereEachThreadStands) {
+  EXPECT_EXIT(Run([] {
+                Event never("never");
+                const auto waiter = StartThread("waiter", [&] { WaitInVain(never); });
+                Sleep(Milliseconds(1));
+                StartThread("last", [] {});
+                Sleep(Milliseconds(1));
+                waiter->Join();
+              }),
+              ExitedWithCode(70),
+              "\"main\": waits for the end.*\n.*    in .*virtual_faults_test.*"
+              "\"waiter\": waits for event \"never\"\n    in .*WaitInVain");
+}
+
 // The rank order leaves no circle of lock waits, so that a long wait for a lock is only that.
 TEST_P(VirtualFaultDeathTest, ALongWaitForALockIsNoDeadlock) {
   Run([] {
@@ -66,6 +90,43 @@ TEST_P(VirtualFaultDeathTest, ALongWaitForALockIsNoDeadlock) {
     }
     holder->Join();
   });
+}
+
+// While others tick on, so that time alone would never show it.
+TEST_P(VirtualFaultDeathTest, ACircleOfWaitsIsFoundAtOnce) {
+  EXPECT_EXIT(Run([] {
+                PlainLock lock("ledger", 10);
+                Event never("never");
+                StartThread("ticker", [&] {
+                  for (;;) never.Wait(Milliseconds(100));
+                });
+                const auto clerk = StartThread("clerk", [&] {
+                  Sleep(Milliseconds(2));
+                  const PlainGuard guard(lock);
+                });
+                const PlainGuard guard(lock);
+                clerk->Join();
+              }),
+              ExitedWithCode(70),
+              "deadlock: \"clerk\" waits for \"main\", which waits for \"clerk\"\n"
+              ".*virtual time 0\\.002000 s");
+}
+
+TEST_P(VirtualFaultDeathTest, AHangIsFoundFromOutside) {
+  TimeBaseOptions options = VirtualCase(GetParam(), 4711).options;
+  options.virtualTime.hangAfter = Milliseconds(50);
+  std::atomic<bool> forever{true};
+  EXPECT_EXIT(RunUnderTimeBase(options,
+                               [&] {
+                                 StartThread("spinner", [&] {
+                                   while (forever) {
+                                   }
+                                 })->Join();
+                                 return 0;
+                               }),
+              ExitedWithCode(70),
+              "hang: no step for 0\\.05 s of real time\n.*seed 4711.*"
+              "\"main\": waits for the end of thread \"spinner\".*\"spinner\": running");
 }
 
 TEST_P(VirtualFaultDeathTest, LivelockIsFound) {
@@ -93,8 +154,41 @@ TEST_P(VirtualFaultDeathTest, AHarnessAddsItsCommandAndItsHistory) {
               ExitedWithCode(70),
               "platform: two samples for one test\n"
               ".*seed 3 .*, stalls, late wake-ups, clock from [0-9]+ ms\\): soak --seed 3\n.*\n"
-              ".*thread 0 \"main\": running\n  the last event\n$");
+              ".*thread 0 \"main\": running\n(    in .*\n)*  the last event\n$");
 }
+
+class LostSignalDeathTest : public VirtualFaultDeathTest {
+ protected:
+  // A thread fills a box and announces it `late` after the taker's time-out, or never.
+  static void Run(std::optional<Milliseconds> late) {
+    TimeBaseOptions options = VirtualCase(GetParam(), 4711).options;
+    options.virtualTime.lostSignals = true;
+    RunUnderTimeBase(options, [&] {
+      std::atomic<bool> full{false};
+      Event filled("filled");
+      const auto filler = StartThread("filler", [&] {
+        Sleep(Milliseconds(1900));
+        full = true;
+        Sleep(Milliseconds(100) + late.value_or(Milliseconds(0)));
+        if (late) filled.Set();
+      });
+      EXPECT_FALSE(filled.Wait(Milliseconds(2000)));
+      ExpectNoLostSignal(filled, [&] { return full.load(); });
+      Sleep(Milliseconds(300'000));
+      filler->Join();
+      return 0;
+    });
+  }
+};
+INSTANTIATE_TEST_SUITE_P(Both, LostSignalDeathTest,
+                         testing::Values(TaskSwitch::Fibers, TaskSwitch::Threads), NameOfSwitch);
+
+TEST_P(LostSignalDeathTest, ASignalThatNeverComesIsReported) {
+  EXPECT_EXIT(Run(std::nullopt), ExitedWithCode(70),
+              "lost signal: the wait of \"main\" for event \"filled\" timed out");
+}
+
+TEST_P(LostSignalDeathTest, OneThatIsOnlyLateIsNot) { Run(Milliseconds(30'000)); }
 
 TEST_P(VirtualFaultDeathTest, ThreadsLeftAtTheEndAreNamed) {
   EXPECT_EXIT(Run([] { StartThread("forgotten", [] { Sleep(Milliseconds(10)); }); }),

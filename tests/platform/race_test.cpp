@@ -1,0 +1,138 @@
+// That one task runs at a time must not hide races from the thread sanitizer: tasks are ordered by
+// locks, events, starts and joins alone. The cases run in every build; only the sanitizer's judges.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "platform/event.h"
+#include "platform/lock.h"
+#include "platform/sanitizer.h"
+#include "platform/thread.h"
+#include "tests/platform/bases.h"
+
+namespace platform {
+namespace {
+
+#if defined(PLATFORM_THREAD_SANITIZER)
+constexpr bool kFindsRaces = true;
+#else
+constexpr bool kFindsRaces = false;
+#endif
+
+int shared = 0;
+
+// What a careful program does: whatever is shared goes through a lock, an event, a start or a join.
+TEST(Race, OrderedTasksAreReportedByNobody) {
+  for (uint64_t seed = 0; seed < 10; ++seed) {
+    TimeBaseOptions options = DrawTimeBaseOptions(seed);
+    options.virtualTime.expectedPoints = 200;
+    RunUnderTimeBase(options, [] {
+      RecursiveLock lock("shared", 10);
+      Event full("full"), empty("empty"), stop("stop", Event::Mode::ManualReset);
+      int counter = 0;
+      int box = 0;
+      const std::vector<int> start = {1};
+      std::vector<int> end;
+      std::vector<std::shared_ptr<Thread>> threads;
+      for (int i = 0; i < 3; ++i) {
+        threads.push_back(StartThread("counter", [&] {
+          EXPECT_EQ(1, start[0]);
+          for (int round = 0; round < 10; ++round) {
+            const RecursiveGuard guard(lock);
+            const RecursiveGuard again(lock);
+            ++counter;
+          }
+          stop.Wait();
+          EXPECT_EQ(7, end[0]);  // filled before the event
+        }));
+      }
+      threads.push_back(StartThread("taker", [&] {
+        for (int round = 0; round < 10; ++round) {
+          full.Wait(Milliseconds(100'000));
+          EXPECT_EQ(round, box);
+          empty.Set();
+        }
+      }));
+      for (int round = 0; round < 10; ++round) {
+        box = round;
+        full.Set();
+        WaitForAny({&stop, &empty}, Deadline::Never());
+      }
+      end.push_back(7);
+      stop.Set();
+      for (const auto& thread : threads) thread->Join();
+      EXPECT_EQ(30, counter);
+      shared = 0;  // behind the joins
+
+      const auto last = StartThread("last", [] { ++shared; });
+      while (!last->HasEnded()) Sleep(Milliseconds(1));
+      EXPECT_EQ(1, shared);
+      return 0;
+    });
+  }
+}
+
+class RaceDeathTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!kFindsRaces) GTEST_SKIP() << "the build has no thread sanitizer";
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+  }
+  // A race, and nothing else, ends the process with the sanitizer's exit code.
+  static void ExpectOneRace(const std::function<void()>& program) {
+    constexpr int kSanitizersExitCode = 66;
+    EXPECT_EXIT(
+        {
+          RunVirtual(1, program);
+          std::exit(0);
+        },
+        testing::ExitedWithCode(kSanitizersExitCode), "data race.*shared.*reported 1 warnings");
+  }
+};
+
+[[gnu::noinline]] void TouchShared() { ++shared; }
+
+TEST_F(RaceDeathTest, TwoTasksWithoutALock) {
+  ExpectOneRace([] {
+    const auto other = StartThread("other", [] { TouchShared(); });
+    TouchShared();
+    other->Join();
+  });
+}
+
+// A time-out orders nothing, although the one that set the variable has long gone to sleep.
+TEST_F(RaceDeathTest, ATimeOutIsNoOrder) {
+  ExpectOneRace([] {
+    const auto other = StartThread("other", [] {
+      TouchShared();
+      Sleep(Milliseconds(100));
+    });
+    Sleep(Milliseconds(50));
+    TouchShared();
+    other->Join();
+  });
+}
+
+// Two locks are not one.
+TEST_F(RaceDeathTest, AnotherLockIsNoOrder) {
+  ExpectOneRace([] {
+    PlainLock first("first", 10);
+    PlainLock second("second", 20);
+    const auto other = StartThread("other", [&] {
+      const PlainGuard guard(first);
+      TouchShared();
+    });
+    Sleep(Milliseconds(1));
+    {
+      const PlainGuard guard(second);
+      TouchShared();
+    }
+    other->Join();
+  });
+}
+
+}  // namespace
+}  // namespace platform
