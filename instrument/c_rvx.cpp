@@ -53,12 +53,19 @@ class ResourceLoader : public UserInterfaceClient {
 
 C_RVX::C_RVX(const std::string& portName, uint8_t address, const std::string& identification,
              const ActionTable& actions)
+    : C_RVX(actions, OpenedLater()) {
+  Open(portName, address, identification);
+}
+
+C_RVX::C_RVX(const ActionTable& actions, OpenedLater)
     : actions_(actions),
       simulated_(IsSimulated() != 0),
       trayController_(std::make_unique<TrayController>(*this)),
-      conversation_(std::make_unique<Conversation>(*this, address)),
       ownClient_(std::make_unique<OwnClient>(*this)),
-      hiddenWindow_(std::make_unique<HiddenWindow>()) {
+      hiddenWindow_(std::make_unique<HiddenWindow>()) {}
+
+void C_RVX::Open(const std::string& portName, uint8_t address, const std::string& identification) {
+  conversation_ = std::make_unique<Conversation>(*this, address);
   LoadTexts();
   {
     ConfigurationGuard guard(configuration_);
@@ -90,9 +97,14 @@ C_RVX::C_RVX(const std::string& portName, uint8_t address, const std::string& id
   // The simulator stands before the thread that feeds it.
   if (simulated_) StartSimulator();
   conversation_->Start();
+  open_ = true;
 }
 
-C_RVX::~C_RVX() {
+C_RVX::~C_RVX() { Close(); }
+
+void C_RVX::Close() {
+  if (!open_) return;
+  open_ = false;
   try {
     GetInstrumentArchive()->StoreInstrument(GetArchiveKey(), this);
   } catch (ArchiveException* failure) {

@@ -196,6 +196,17 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   // drop them with no lock held.
   [[nodiscard]] std::vector<std::shared_ptr<Action>> EmptyTray();
 
+ protected:
+  // For a class on top of this one. An object must not be called by its threads while it still
+  // becomes, or no longer is, what it is: such a class calls Open at the end of its constructor and
+  // Close in its destructor.
+  struct OpenedLater {};
+  C_RVX(const ActionTable& actions, OpenedLater);
+  // Opens the port, loads settings and standards, starts the threads.
+  void Open(const std::string& portName, uint8_t address, const std::string& identification);
+  // What the destructor does; without effect if Open has not succeeded, or the second time.
+  void Close();
+
  private:
   class OwnClient;
 
@@ -247,6 +258,7 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   std::map<int, std::string> texts_;  // constant after construction
   StatusTexts statusTexts_;           // constant after construction
   bool simulated_ = false;            // constant after construction
+  bool open_ = false;                 // constructor and destructor alone
 
   ConfigurationRecord configuration_;
 

@@ -8,6 +8,7 @@
 #include "instrument/protocol/frames.h"
 #include "instrument/protocol/identification.h"
 #include "platform/log.h"
+#include "platform/lost_signal.h"
 
 namespace rvx {
 namespace {
@@ -105,9 +106,16 @@ void Conversation::RunThread() {
       }
       Exchange(StatusQuery(address_));
     } else {
-      platform::WaitForAny({&stop_, &work_}, poll);
+      const int woken = platform::WaitForAny({&stop_, &work_}, poll);
+      if (woken == platform::kTimedOut)
+        platform::ExpectNoLostSignal(work_, [this] { return HasQueued(); });
     }
   }
+}
+
+bool Conversation::HasQueued() {
+  QueueGuard guard(queue_);
+  return !queue_.IsEmpty();
 }
 
 std::optional<std::string> Conversation::TakeCommand() {
@@ -146,6 +154,9 @@ void Conversation::Exchange(const std::string& text) {
     lastReply_ = platform::MonotonicTime();
     notified_ = false;
   } else {
+    if (ended == platform::kTimedOut) {
+      platform::ExpectNoLostSignal(reply_, [this] { return LastFrame() > lastSend_; });
+    }
     DropPending();
   }
   {

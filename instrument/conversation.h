@@ -72,6 +72,7 @@ class Conversation : private FrameHandler {
   void FrameReceived(std::span<const uint8_t> frame) override;
 
   void RunThread();
+  bool HasQueued();
   // Makes the first queued command pending: its text, or nothing if the queue is empty.
   std::optional<std::string> TakeCommand();
   // When the next poll is due; only behind a long silence while Auto Report is on or asked for.

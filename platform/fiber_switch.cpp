@@ -104,7 +104,10 @@ FiberContext* MakeFiber() {
 
 class FiberSwitcher final : public TaskSwitcher {
  public:
-  FiberSwitcher() { main_.sanitized.DescribeThisThread(); }
+  FiberSwitcher() {
+    HaveHadTwoThreads();
+    main_.sanitized.DescribeThisThread();
+  }
 
   TaskContext* Main() override { return &main_; }
 

@@ -164,6 +164,7 @@ void VirtualBase::Suspect(EventState& event) {
 }
 
 void VirtualBase::Clear(const EventState& event) {
+  const SchedulerScope scope;
   if (suspicions_.empty()) return;
   std::erase_if(suspicions_, [&](const Suspicion& one) { return one.event == &event; });
 }

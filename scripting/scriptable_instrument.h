@@ -17,7 +17,13 @@ namespace rvx {
 // screen uses; the instrument itself knows nothing of them.
 class ScriptableInstrument final : public C_RVX, public InstrumentScripting {
  public:
-  using C_RVX::C_RVX;
+  // As C_RVX's.
+  ScriptableInstrument(const std::string& portName, uint8_t address,
+                       const std::string& identification, const ActionTable& actions)
+      : C_RVX(actions, OpenedLater()) {
+    Open(portName, address, identification);
+  }
+  ~ScriptableInstrument() override { Close(); }
 
   InstrumentIdentity GetIdentity() override;
   InstrumentReadings GetReadings() override;
