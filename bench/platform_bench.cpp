@@ -26,8 +26,8 @@ void EachBase(benchmark::internal::Benchmark* bench) {
 }
 
 // Two threads hand an event to and fro: two waits, each with a deadline, two changes of thread.
-void BM_EventRoundTrip(benchmark::State& state) {
-  RunUnderTimeBase(OptionsOf(state.range(0)), [&] {
+void MeasureRoundTrips(benchmark::State& state, const TimeBaseOptions& options) {
+  RunUnderTimeBase(options, [&] {
     Event ask("ask"), answer("answer"), stop("stop");
     const auto other = StartThread("other", [&] {
       while (WaitForAny({&ask, &stop}, Deadline::After(Milliseconds(2000))) != 1) answer.Set();
@@ -46,7 +46,23 @@ void BM_EventRoundTrip(benchmark::State& state) {
     return 0;
   });
 }
+
+void BM_EventRoundTrip(benchmark::State& state) {
+  MeasureRoundTrips(state, OptionsOf(state.range(0)));
+}
 BENCHMARK(BM_EventRoundTrip)->Apply(EachBase);
+
+// Likewise as a test harness runs it: everything unkind, everything watched, fibers.
+void BM_UnkindRoundTrip(benchmark::State& state) {
+  TimeBaseOptions options = DrawTimeBaseOptions(1);
+  options.virtualTime.strategy = static_cast<ScheduleStrategy>(state.range(0));
+  MeasureRoundTrips(state, options);
+}
+BENCHMARK(BM_UnkindRoundTrip)
+    ->ArgName("strategy")
+    ->Arg(static_cast<int64_t>(ScheduleStrategy::Sticky))
+    ->Arg(static_cast<int64_t>(ScheduleStrategy::Priority))
+    ->UseRealTime();
 
 // Under virtual time: a wait that ends by its deadline, with as many others waiting behind it.
 void BM_DeadlineWait(benchmark::State& state) {
