@@ -21,3 +21,23 @@ function(floor_test name)
   target_link_libraries(${name} PRIVATE ${TEST_LINKS} GTest::gmock_main)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300)
 endfunction()
+
+# floor_gui_test(NAME SOURCES ... LINKS ...): the same for a program whose tests open windows, drawn
+# into memory. Not under the thread sanitizer, which knows nothing of the toolkit's own locking.
+function(floor_gui_test name)
+  if(RVX_SANITIZE MATCHES "thread")
+    return()
+  endif()
+  cmake_parse_arguments(TEST "" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(${name} ${TEST_SOURCES})
+  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE ${TEST_LINKS} rvx_gui_test_main)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300 ENVIRONMENT
+    "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/gui_leaks.txt")
+endfunction()
+
+# Lets a floor include <ui_NAME.h> for the forms of resources/forms.
+function(floor_forms name)
+  set_target_properties(${name} PROPERTIES
+    AUTOUIC ON AUTOUIC_SEARCH_PATHS ${CMAKE_SOURCE_DIR}/resources/forms)
+endfunction()

@@ -1,5 +1,6 @@
 #include "execution/view_action.h"
 
+#include <memory>
 #include <utility>
 
 #include "instrument/c_rvx.h"
@@ -28,11 +29,20 @@ class ScreenCreator final : public UserInterfaceClient {
   LaunchRecord& record_;
 };
 
-bool WaitForStop(LaunchRecord& record, FrameWindow* frame) {
-  while (frame != nullptr && frame->Exists()) {
-    if (record.stopEvent.Wait(kLookInterval)) return true;
+enum class ScreenEnd { Closed, Stopped, InstrumentCloses };
+
+ScreenEnd WaitForEnd(LaunchRecord& record, FrameWindow* frame) {
+  const auto wait = [&record](platform::Milliseconds time) {
+    return platform::WaitForAny({&record.stopEvent, &record.instrument.closingEvent()},
+                                platform::Deadline::After(time));
+  };
+  int ended = platform::kTimedOut;
+  while (ended == platform::kTimedOut && frame != nullptr && frame->Exists()) {
+    ended = wait(kLookInterval);
   }
-  return record.stopEvent.Wait(kLastWait);
+  if (ended == platform::kTimedOut) ended = wait(kLastWait);
+  if (ended == 0) return ScreenEnd::Stopped;
+  return ended == 1 ? ScreenEnd::InstrumentCloses : ScreenEnd::Closed;
 }
 
 }  // namespace
@@ -40,12 +50,12 @@ bool WaitForStop(LaunchRecord& record, FrameWindow* frame) {
 void ViewThread(LaunchRecord& record) {
   record.ReportStarted();
   ScreenCreator creator(record);
-  FrameWindow* frame = ExecutePerformCreation(&creator);
-  if (WaitForStop(record, frame)) {
-    if (frame != nullptr) frame->Destroy();
-    return;
-  }
-  CBaseAction::FinishRun(record);
+  const std::unique_ptr<FrameWindow> frame(ExecutePerformCreation(&creator));
+  const ScreenEnd end = WaitForEnd(record, frame.get());
+  // The window uses the instrument, which this thread keeps alive: it goes first.
+  if (end != ScreenEnd::Closed && frame != nullptr) frame->Destroy();
+  // Whoever stopped the action has told its watcher.
+  if (end != ScreenEnd::Stopped) CBaseAction::FinishRun(record);
 }
 
 CScreenAction::CScreenAction(C_RVX& instrument, int labelId, std::string classKey)

@@ -111,6 +111,7 @@ void C_RVX::Close() {
     delete failure;  // the host has told its user; nothing can be done about it here
   }
   EndRunForDestruction();
+  closing_.Set();
   WaitForUsers();
   conversation_->WaitUntilIdle(platform::Deadline::After(kLastCommands));
   conversation_->Stop();
@@ -268,10 +269,6 @@ Action* C_RVX::CreateServiceAction(int32_t index) {
   }
   return CreateActionByIndex(action);
 }
-
-// The embedded status panel belongs to the window; without one there is nothing to show.
-WindowHandle* C_RVX::ShowStatusWindow(WindowHandle* /*parent*/) { return nullptr; }
-void C_RVX::CloseStatusWindow() {}
 
 TrayOfSampleActions* C_RVX::GetTray(int32_t index) {
   if (index != 0) throw new InvalidException;

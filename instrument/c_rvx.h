@@ -19,6 +19,7 @@
 #include "instrument/monitor_readings.h"
 #include "instrument/operation_timer.h"
 #include "instrument/protocol/conversions.h"
+#include "instrument/status_window.h"
 #include "platform/event.h"
 #include "platform/lock.h"
 #include "platform/thread.h"
@@ -187,6 +188,9 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   void BeginUse();
   void EndUse();
 
+  // Set for good when the destruction begins: screens that wait for it close.
+  platform::Event& closingEvent() { return closing_; }
+
   // A text of the instrument's text table, loaded once by the constructor.
   const std::string& Text(int stringId) const;
   // "A check standard is due ..." with the number of samples.
@@ -231,6 +235,9 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   void WaitForUsers();
 
   void CheckMachineStatus(uint8_t machineStatus);
+  // Hands the present readings to the status window, if there is one. Any thread, with no lock held.
+  void RefreshStatusWindow();
+  StatusReadings ReadForStatusWindow();
   void ReportInstrumentError(uint8_t code);
   bool LoadStandards();
   void ReplaceTray(const std::vector<std::string>& lines);
@@ -286,6 +293,11 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   platform::PlainLock usersLock_{"instrument users", platform::kLeafRank};
   int32_t users_ GUARDED_BY(usersLock_) = 0;
   platform::Event unused_{"instrument: no user left"};
+  platform::Event closing_{"instrument closes", platform::Event::Mode::ManualReset};
+
+  platform::RecursiveLock statusWindowLock_{"status window", kStatusWindowLockRank};
+  std::unique_ptr<StatusWindow> statusWindow_ GUARDED_BY(statusWindowLock_);
+  std::atomic<bool> hasStatusWindow_{false};  // so that frames without a window take no lock
 
   TrayOfSampleActions tray_;
   std::unique_ptr<TrayController> trayController_;

@@ -85,6 +85,7 @@ void C_RVX::FollowStatus(const StatusRecord& record) {
     // Enable byte off, but with a target: the instrument then holds the cell where it is harmless.
     SetTemperatureControl(false, kFirstTarget, nullptr);
   }
+  RefreshStatusWindow();
 }
 
 void C_RVX::KeepIdentity(std::span<const uint8_t> frame) {

@@ -34,6 +34,8 @@ Prompter& GetPrompter() {
   return prompter != nullptr ? *prompter : *silent;
 }
 
+bool HasPrompter() { return prompterInForce.load() != nullptr; }
+
 void SetPrompter(Prompter* prompter) { prompterInForce.store(prompter); }
 
 }  // namespace platform

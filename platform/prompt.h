@@ -28,6 +28,9 @@ class Prompter {
 // No, a choice is cancelled.
 Prompter& GetPrompter();
 
+// Whether one is set.
+bool HasPrompter();
+
 // Sets it; null takes it away again. The caller keeps it alive while it is set.
 void SetPrompter(Prompter* prompter);
 

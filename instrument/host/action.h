@@ -45,10 +45,15 @@ class Action {
   virtual ~Action() = default;
 };
 
-// A window of a screen, as far as the host and an action's thread need it.
+// A window of a screen, as far as the host and an action's thread need it: not the window itself,
+// which the user may close and so delete at any moment, but a handle that stays good. Whoever gets
+// it from PerformCreation owns it and deletes it, on any thread; that leaves the window as it is.
 class FrameWindow {
  public:
+  // Whether the window is still there. Any thread, at once.
   virtual bool Exists() = 0;
+  // Destroys the window, if it is still there. Returns when it is gone, so that what it uses may go
+  // next. Any thread; the user-interface thread must run.
   virtual void Destroy() = 0;
   virtual ~FrameWindow() = default;
 };
@@ -57,6 +62,8 @@ class FrameWindow {
 // ExecutePerformCreation and ExecuteLoadResources do.
 class UserInterfaceClient {
  public:
+  // The frame of the screen it has opened, which is the caller's; null if it opened none, also
+  // where it raised one that was open.
   virtual FrameWindow* PerformCreation() = 0;
   virtual int32_t LoadResources() = 0;
   virtual ~UserInterfaceClient() = default;

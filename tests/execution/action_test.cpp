@@ -83,15 +83,22 @@ TEST(NullActionTest, ReportsAtOnce) {
 
 // --- Actions with a screen ----------------------------------------------------------------------
 
-class TestFrame : public FrameWindow {
- public:
-  bool Exists() override { return open; }
-  void Destroy() override {
-    open = false;
-    ++destroyed;
-  }
+struct TestFrame {
   std::atomic<bool> open{true};
   std::atomic<int> destroyed{0};
+};
+
+class TestHandle final : public FrameWindow {
+ public:
+  explicit TestHandle(TestFrame& frame) : frame_(frame) {}
+  bool Exists() override { return frame_.open; }
+  void Destroy() override {
+    frame_.open = false;
+    ++frame_.destroyed;
+  }
+
+ private:
+  TestFrame& frame_;
 };
 
 class FramedAction final : public CBaseAction {
@@ -100,7 +107,7 @@ class FramedAction final : public CBaseAction {
   ~FramedAction() override { StopRun(); }
   FrameWindow* PerformCreation() override {
     created.Set();
-    return frame_;
+    return new TestHandle(*frame_);
   }
   platform::Event created{"test screen created"};
 
@@ -142,6 +149,21 @@ TEST(ScreenTest, AStopDestroysIt) {
     EXPECT_EQ(watcher.calls().size(), 2u);
     bench.instrument.reset();  // waits for the screen's thread
     EXPECT_EQ(frame.destroyed, 1);
+  });
+}
+
+TEST(ScreenTest, ADyingInstrumentClosesIt) {
+  InVirtualTime([] {
+    TestFrame frame;  // outlives the screen's thread, for which the instrument waits
+    Bench bench;
+    RecordingWatcher watcher;
+    auto action = std::make_unique<FramedAction>(*bench.instrument, &frame);
+    action->Start(&watcher, "0,0");
+    EXPECT_TRUE(action->created.Wait(1s));
+    bench.instrument.reset();
+    EXPECT_EQ(frame.destroyed, 1);
+    EXPECT_EQ(watcher.calls(), (std::vector<std::string>{"started 0,0", "finished 0,0"}));
+    EXPECT_EQ(action->IsRunning(), 0);
   });
 }
 

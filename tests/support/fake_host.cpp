@@ -54,7 +54,15 @@ ViscometerInstrument* FakeInstrumentManager::GetInstrument(int32_t index) {
   return instruments_[static_cast<size_t>(index)];
 }
 
-void FakeInstrumentManager::ReleaseFrame(int32_t /*index*/) {}
+void FakeInstrumentManager::ReleaseFrame(int32_t index) {
+  platform::PlainGuard guard(lock_);
+  releasedFrames_.push_back(index);
+}
+
+std::vector<int32_t> FakeInstrumentManager::releasedFrames() {
+  platform::PlainGuard guard(lock_);
+  return releasedFrames_;
+}
 
 void FakeInstrumentManager::ReportError(ActionException* error) {
   {
@@ -237,12 +245,14 @@ extern "C" {
 
 // There is no user-interface thread: the caller's thread does its work.
 rvx::FrameWindow* ExecutePerformCreation(rvx::UserInterfaceClient* client) {
-  rvx::Host();
-  return client->PerformCreation();
+  rvx::FrameWindow* frame = nullptr;
+  rvx::Host().RunOnUserInterface([&] { frame = client->PerformCreation(); });
+  return frame;
 }
 int32_t ExecuteLoadResources(rvx::UserInterfaceClient* client) {
-  rvx::Host();
-  return client->LoadResources();
+  int32_t result = 0;
+  rvx::Host().RunOnUserInterface([&] { result = client->LoadResources(); });
+  return result;
 }
 rvx::AnalysisArchive* GetAnalysisArchive() { return &rvx::Host().analysis; }
 rvx::ArchiveManager* GetArchiveManager() { return &rvx::Host().archiveManager; }

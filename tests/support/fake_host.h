@@ -55,6 +55,7 @@ class FakeInstrumentManager : public InstrumentManager {
   void SetInstruments(std::vector<ViscometerInstrument*> instruments);
   std::vector<ActionErrorRecord> errors();
   int notifications();
+  std::vector<int32_t> releasedFrames();
   // Until at least `count` errors have been reported: false at the deadline.
   bool WaitForErrors(size_t count, platform::Milliseconds timeout);
 
@@ -64,6 +65,7 @@ class FakeInstrumentManager : public InstrumentManager {
   std::vector<ViscometerInstrument*> instruments_ GUARDED_BY(lock_);
   std::vector<ActionErrorRecord> errors_ GUARDED_BY(lock_);
   std::map<int32_t, ViscometerArrayMonitor*> monitors_ GUARDED_BY(lock_);
+  std::vector<int32_t> releasedFrames_ GUARDED_BY(lock_);
   int32_t nextHandle_ GUARDED_BY(lock_) = 1;
   int notifications_ GUARDED_BY(lock_) = 0;
 };
@@ -152,6 +154,13 @@ class FakeHost {
   ~FakeHost();
   FakeHost(const FakeHost&) = delete;
   FakeHost& operator=(const FakeHost&) = delete;
+
+  // What ExecutePerformCreation and ExecuteLoadResources do: the job on the caller's thread, or
+  // where `userInterface` takes it. Set that before there are threads.
+  void RunOnUserInterface(const std::function<void()>& job) {
+    userInterface ? userInterface(job) : job();
+  }
+  std::function<void(const std::function<void()>&)> userInterface;
 
   FakePortManager ports;
   FakeInstrumentManager instruments;

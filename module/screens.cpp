@@ -1,0 +1,23 @@
+#include "module/screens.h"
+
+#include <QApplication>
+
+#include "instrument/views/custom_status_wnd.h"
+#include "platform/prompt.h"
+#include "toolkit/qt_prompter.h"
+
+namespace rvx {
+
+void InstallScreens() {
+  if (dynamic_cast<QApplication*>(QCoreApplication::instance()) == nullptr) return;
+  // What is set here is never destroyed, because threads may use it while the process ends.
+  if (!platform::HasPrompter()) {
+    auto* prompter = new QtPrompter;
+    platform::SetPrompter(prompter);
+    // Behind the event loop's end a thread that asks would wait for ever.
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, [prompter] { prompter->Close(); });
+  }
+  SetStatusWindowMaker(MakeStatusWindow);
+}
+
+}  // namespace rvx

@@ -1,0 +1,22 @@
+// Dialogs that ask for a folder or a file.
+#pragma once
+
+#include <optional>
+#include <string>
+
+class QWidget;
+
+namespace rvx {
+
+// A folder that exists, with its trailing separator; nothing if the user cancelled. `initial` is
+// where the dialog starts; empty or missing: the working directory. GUI thread.
+std::optional<std::string> ChooseFolder(QWidget* parent, const std::string& title,
+                                        const std::string& initial);
+
+// A file for reading or, where `mayBeNew`, also one to be made. `filter` as "Text files (*.txt)".
+// GUI thread.
+std::optional<std::string> ChooseFile(QWidget* parent, const std::string& title,
+                                      const std::string& initial, const std::string& filter,
+                                      bool mayBeNew);
+
+}  // namespace rvx

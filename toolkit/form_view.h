@@ -1,0 +1,25 @@
+// The base of the module's screens: a form that stands in a frame, or in a window of the host.
+#pragma once
+
+#include <QWidget>
+#include <cstdint>
+#include <string>
+
+namespace rvx {
+
+// GUI thread. A derived class sets up its form in the constructor.
+class CFormView : public QWidget {
+ public:
+  explicit CFormView(QWidget* parent = nullptr);
+
+  // Asked when the frame is to close: 0 lets it close, anything else keeps it open. A view that
+  // refuses tells its user why.
+  virtual int32_t QueryClose() { return 0; }
+  // The help topic that the help key opens, "RVX.chm::/RVX/....htm"; empty for none.
+  virtual std::string GetHelpTopic() const { return std::string(); }
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+};
+
+}  // namespace rvx

@@ -1,0 +1,33 @@
+// The base of the module's modal dialogs.
+#pragma once
+
+#include <QDialog>
+#include <string>
+
+namespace rvx {
+
+// GUI thread. A derived class sets up its form, whose buttons OK and Cancel have the ids 1 and 2,
+// and calls BindButtons. Show it with Run.
+class CModalDialog : public QDialog {
+ public:
+  // Without a parent it belongs to the active window.
+  explicit CModalDialog(QWidget* parent = nullptr);
+
+  // Shows it and waits until it has ended: true for OK. The dialog may be destroyed meanwhile
+  // together with its parent, so it stands on the heap or in a scope that outlives this call.
+  bool Run() { return exec() == QDialog::Accepted; }
+
+ protected:
+  // OK was pressed: true to end the dialog. A refusal beeps and says or shows what is missing.
+  virtual bool OnOk() { return true; }
+  // The help topic, empty for none.
+  virtual std::string GetHelpTopic() const { return std::string(); }
+  // Connects the buttons with the ids 1 and 2.
+  void BindButtons();
+  // Beeps and gives the control the focus: what a dialog does when an entry is missing there.
+  static void RefuseAt(QWidget& control);
+
+  void keyPressEvent(QKeyEvent* event) override;
+};
+
+}  // namespace rvx

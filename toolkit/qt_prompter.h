@@ -1,0 +1,53 @@
+// Message boxes and questions in windows.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/event.h"
+#include "platform/lock.h"
+#include "platform/prompt.h"
+
+class QDialog;
+
+namespace rvx {
+
+// Any thread may ask. On the GUI thread the box is modal. A thread elsewhere waits until the person
+// has answered; its box stands beside the windows, which stay usable: a run that waits for an
+// injection must not keep anybody from pausing it. The GUI thread's event loop must run.
+class QtPrompter final : public platform::Prompter {
+ public:
+  // Answers what still stands, and whatever is asked later, as if nobody sat there: OK, No,
+  // cancelled. For the end of the program, when the event loop does not run any more. GUI thread.
+  void Close();
+
+  platform::MessageAnswer ShowMessage(const std::string& text, platform::MessageButtons buttons,
+                                      platform::MessageIcon icon) override;
+  std::optional<int> Choose(const std::string& title, const std::vector<std::string>& options,
+                            int initial) override;
+  void Beep() override;
+
+ private:
+  struct Question;
+  using DialogMaker = std::function<std::unique_ptr<QDialog>()>;
+  // Reads the answer from the closed dialog, with its result code. GUI thread.
+  using AnswerReader = std::function<void(QDialog& dialog, int result)>;
+
+  // Shows the dialog and returns when `read` has been called or the question was dropped.
+  void Ask(const DialogMaker& make, const AnswerReader& read);
+  static void Show(const std::shared_ptr<Question>& question, const DialogMaker& make,
+                   const AnswerReader& read);
+
+  platform::PlainLock lock_{"questions", platform::kLeafRank};
+  std::vector<std::shared_ptr<Question>> standing_ GUARDED_BY(lock_);
+  bool closed_ GUARDED_BY(lock_) = false;
+};
+
+// Beeps and shows a failure with an OK button: what a screen does when something went wrong. Any
+// thread.
+void ShowFailure(const std::string& text);
+
+}  // namespace rvx
