@@ -1,0 +1,103 @@
+#include "calibration/editlist/in_place_combo_box.h"
+
+#include <QKeyEvent>
+#include <QListWidget>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <utility>
+
+#include "platform/prompt.h"
+
+namespace rvx {
+namespace {
+
+constexpr int kCellsHigh = 11;
+
+}  // namespace
+
+CInPlaceComboBox::CInPlaceComboBox(QWidget* parent, QWidget* list, const QRect& cell,
+                                   const CellEdit& edit, EditEnd end)
+    : QFrame(parent, Qt::Popup),
+      edit_(edit),
+      list_(list),
+      end_(std::move(end)),
+      choices_(new QListWidget(this)) {
+  setFrameStyle(QFrame::Box | QFrame::Plain);
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(choices_);
+  choices_->setFont(list->font());
+  choices_->setFrameShape(QFrame::NoFrame);
+  choices_->installEventFilter(this);
+  FillChoices();
+  connect(choices_, &QListWidget::itemClicked, this, [this] { Take(); });
+  const int rows = std::min<int>(kCellsHigh, static_cast<int>(edit.choices.size()) + 1);
+  const int rowHeight = std::max(cell.height(), choices_->sizeHintForRow(0));
+  setGeometry(QRect(parent->mapToGlobal(cell.topLeft()), QSize(cell.width(), rows * rowHeight)));
+  setFocusProxy(choices_);
+  show();
+  choices_->setFocus();
+}
+
+void CInPlaceComboBox::FillChoices() {
+  for (const std::string& choice : edit_.choices) {
+    auto* item = new QListWidgetItem(QString::fromStdString(choice), choices_);
+    // A line without a text keeps its place, but is no choice.
+    if (choice.empty()) item->setFlags(Qt::NoItemFlags);
+  }
+  choices_->setCurrentRow(edit_.selected);
+}
+
+bool CInPlaceComboBox::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride) {
+    const bool pressed = event->type() == QEvent::KeyPress;
+    switch (static_cast<QKeyEvent*>(event)->key()) {
+      case Qt::Key_Escape:
+        if (pressed) End(std::nullopt);
+        break;
+      case Qt::Key_Return:
+      case Qt::Key_Enter:
+        if (pressed) Take();
+        break;
+      case Qt::Key_Tab:
+      case Qt::Key_Backtab:
+        if (pressed) platform::GetPrompter().Beep();
+        break;
+      default:
+        return QFrame::eventFilter(watched, event);
+    }
+    event->accept();
+    return true;
+  }
+  return QFrame::eventFilter(watched, event);
+}
+
+void CInPlaceComboBox::hideEvent(QHideEvent* event) {
+  QFrame::hideEvent(event);
+  // Closed from outside. What the cell holds already is no new choice.
+  const bool moved = choices_->currentRow() != edit_.selected || edit_.startText.empty();
+  if (moved) {
+    Take();
+  } else {
+    End(std::nullopt);
+  }
+}
+
+void CInPlaceComboBox::Take() {
+  const QListWidgetItem* item = choices_->currentItem();
+  if (item == nullptr || item->text().isEmpty()) {
+    End(std::nullopt);
+    return;
+  }
+  End(item->text().toStdString());
+}
+
+void CInPlaceComboBox::End(const std::optional<std::string>& text) {
+  if (std::exchange(ended_, true)) return;
+  hide();
+  deleteLater();
+  list_->setFocus();
+  end_(edit_, text);
+}
+
+}  // namespace rvx
