@@ -46,6 +46,9 @@ class CBaseAction : public Action, public UserInterfaceClient {
   int32_t GetRunResult() override { return -1; }
   void Unlock() override RELEASE(lock_) { lock_.Unlock(); }
 
+  // The instrument it belongs to. Any thread.
+  C_RVX& instrument() const { return instrument_; }
+
   FrameWindow* PerformCreation() override { return nullptr; }
   int32_t LoadResources() override;
 
@@ -70,7 +73,6 @@ class CBaseAction : public Action, public UserInterfaceClient {
   std::string GetFailureText(StartFailure failure);
   // Raises ActionException with this record and text.
   [[noreturn]] static void Raise(ActionErrorRecord record, const std::string& message);
-  C_RVX& instrument() const { return instrument_; }
 
   platform::RecursiveLock lock_{"action", kActionLockRank};
   std::string sampleId_ GUARDED_BY(lock_);

@@ -93,6 +93,8 @@ int32_t C_RVXViscAction::Edit() {
   if (refused) RaiseForSample(GetFailureText(StartFailure::NoThread));
   SampleActionEditor* editor = GetSampleActionEditor();
   if (editor == nullptr) return 0;
+  // The instrument must not go while the dialog reads it.
+  const InstrumentUse use(instrument());
   // Without the lock: the tray's thread may want it while the dialog is open.
   const bool accepted = ShowEditor(*editor, firstEdit);
   bool unwanted;

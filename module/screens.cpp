@@ -2,6 +2,8 @@
 
 #include <QApplication>
 
+#include "execution/editors/sample_editor.h"
+#include "execution/sample_action_editor.h"
 #include "instrument/views/custom_status_wnd.h"
 #include "platform/prompt.h"
 #include "toolkit/qt_prompter.h"
@@ -17,6 +19,8 @@ void InstallScreens() {
     // Behind the event loop's end a thread that asks would wait for ever.
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, [prompter] { prompter->Close(); });
   }
+  static SampleEditor* const editor = new SampleEditor;
+  SetSampleActionEditor(editor);
   SetStatusWindowMaker(MakeStatusWindow);
 }
 

@@ -28,7 +28,8 @@ class Action {
   virtual void Start(ActionWatcher* watcher, const std::string& context) = 0;
   virtual int32_t IsConfigured() = 0;
   virtual int32_t HasRun() = 0;
-  // Lets the user edit the action: nonzero when it was accepted. User-interface thread.
+  // Lets the user edit the action: nonzero when it was accepted. User-interface thread, which is in
+  // the call as long as the dialog is open: hold the action (TrayOfSampleActions::Hold) meanwhile.
   virtual int32_t Edit() = 0;
   virtual std::string GetLabel() = 0;
   virtual std::string GetClassName() = 0;
