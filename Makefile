@@ -1,5 +1,5 @@
 # The commands that people type. Each installs what the machine lacks and builds what it needs.
-.PHONY: run calibration-demo test bench check tidy install-packages clean
+.PHONY: run calibration-demo test bench screenshots check tidy install-packages clean
 
 run: build/release/bin/torvell.stamp
 	@scripts/demo build/release/bin/torvell
@@ -17,6 +17,12 @@ bench: install-packages
 	cmake --preset bench
 	cmake --build --preset bench
 	scripts/bench build/bench
+
+# Pictures of every window, to be looked at.
+screenshots: install-packages
+	cmake --preset dev
+	cmake --build --preset dev --target dialog_screenshots
+	scripts/screenshots build/dev
 
 # What CI checks beside the tests: the folder graph and clang-tidy.
 check: install-packages
