@@ -67,6 +67,8 @@ void CInPlaceStrEdit::keyPressEvent(QKeyEvent* event) {
     }
   } else {
     QLineEdit::keyPressEvent(event);
+    // What the field has no use for must not move or delete rows of the list below it.
+    if (!event->matches(QKeySequence::HelpContents)) event->accept();
   }
 }
 

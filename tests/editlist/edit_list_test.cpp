@@ -102,6 +102,16 @@ TEST_F(EditListTest, EnterKeepsAndEscapeDropsAndNeitherReachesTheDialog) {
   EXPECT_EQ(dialog.result(), 0);
 }
 
+TEST_F(EditListTest, KeysInAFieldStayThere) {
+  auto& edit = Edit(0, 1);
+  for (const Qt::Key key : {Qt::Key_Down, Qt::Key_PageDown, Qt::Key_Insert, Qt::Key_Delete}) {
+    QTest::keyClick(&edit, key);
+  }
+  EXPECT_EQ(list->editor(), &edit);
+  EXPECT_EQ(list->table().rowCount(), 3);
+  EXPECT_EQ(list->table().currentRow(), 0);
+}
+
 TEST_F(EditListTest, WhatIsPastedIsCheckedAsAWhole) {
   QApplication::clipboard()->setText(QString(10000, u'9'));
   auto& edit = Edit(0, 1);
