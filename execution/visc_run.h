@@ -35,8 +35,8 @@ class ViscRun {
   bool RunTests();
   bool RunTest(int index);
   bool StoreResult(const CTestStateMachine& sequencer, int index);
-  // Under the record's lock: the action, if it is still there, has run.
-  void MarkAsRun(bool ok);
+  // The action, if it is still there, has run.
+  void MarkAsRun(bool ok) REQUIRES(record_.lock);
   void Finish(bool ok);
 
   C_RVXViscAction* GetAction() REQUIRES(record_.lock);

@@ -22,7 +22,7 @@ std::atomic<bool> signalPending{false};
 
 namespace {
 
-constexpr std::array<int, 2> kSignals = {SIGINT, SIGTERM};
+constexpr std::array<int, 3> kSignals = {SIGINT, SIGTERM, SIGHUP};
 constexpr char kSignalByte = 's';
 constexpr char kQuitByte = 'q';
 
@@ -113,7 +113,12 @@ class InterruptWatch::State {
     action.sa_handler = HandleSignal;
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
-    for (size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &action, &before_[i]);
+    for (size_t i = 0; i < kSignals.size(); ++i) {
+      sigaction(kSignals[i], &action, &before_[i]);
+      // Started to outlive its terminal (nohup): the hang-up stays ignored.
+      const bool ignored = before_[i].sa_handler == SIG_IGN;
+      if (kSignals[i] == SIGHUP && ignored) sigaction(SIGHUP, &before_[i], nullptr);
+    }
   }
 
   std::array<struct sigaction, kSignals.size()> before_{};

@@ -1,4 +1,5 @@
-// Ctrl+C and a request to end (SIGINT, SIGTERM), as an event that a thread can wait for.
+// Ctrl+C, a request to end and a closed terminal (SIGINT, SIGTERM, SIGHUP), as an event that a thread
+// can wait for.
 #pragma once
 
 #include <memory>
@@ -11,7 +12,7 @@ namespace detail {
 void HandSignalsOn();
 }
 
-// One at a time, made and ended by the program's own threads. Catches both signals from its
+// One at a time, made and ended by the program's own threads. Catches the signals from its
 // construction to its destruction. Real and paced base: a thread of its own waits for them. Virtual
 // base: they are seen at the next scheduling point.
 class InterruptWatch {

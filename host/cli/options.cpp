@@ -102,7 +102,11 @@ std::optional<int> ParseCommandLine(int argc, char** argv, Invocation& invocatio
   } catch (const CLI::Success& success) {
     return app.exit(success);
   } catch (const CLI::ParseError& error) {
-    std::cerr << "error: " << error.what() << "\nTry: torvell --help\n";
+    const std::vector<std::string> unknown = app.remaining();
+    const bool isUnknownCommand = app.get_subcommands().empty() && !unknown.empty();
+    std::cerr << "error: "
+              << (isUnknownCommand ? "there is no command '" + unknown.front() + "'" : error.what())
+              << "\nTry: torvell --help\n";
     return static_cast<int>(ExitCode::BadUse);
   }
   return std::nullopt;
