@@ -87,6 +87,10 @@ void QtPrompter::Beep() {
 }
 
 void QtPrompter::Ask(const DialogMaker& make, const AnswerReader& read) {
+  {
+    platform::PlainGuard guard(lock_);
+    if (closed_) return;
+  }
   if (IsGuiThread()) {
     // Its parent may be destroyed while it is open, and the dialog with it.
     const QPointer<QDialog> dialog = make().release();

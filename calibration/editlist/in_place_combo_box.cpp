@@ -29,19 +29,20 @@ CInPlaceComboBox::CInPlaceComboBox(QWidget* parent, QWidget* list, const QRect& 
   choices_->setFont(list->font());
   choices_->setFrameShape(QFrame::NoFrame);
   choices_->installEventFilter(this);
-  FillChoices();
+  FillChoices(cell.height());
   connect(choices_, &QListWidget::itemClicked, this, [this] { Take(); });
   const int rows = std::min<int>(kCellsHigh, static_cast<int>(edit.choices.size()) + 1);
-  const int rowHeight = std::max(cell.height(), choices_->sizeHintForRow(0));
-  setGeometry(QRect(parent->mapToGlobal(cell.topLeft()), QSize(cell.width(), rows * rowHeight)));
+  setGeometry(
+      QRect(parent->mapToGlobal(cell.topLeft()), QSize(cell.width(), rows * cell.height())));
   setFocusProxy(choices_);
   show();
   choices_->setFocus();
 }
 
-void CInPlaceComboBox::FillChoices() {
+void CInPlaceComboBox::FillChoices(int height) {
   for (const std::string& choice : edit_.choices) {
     auto* item = new QListWidgetItem(QString::fromStdString(choice), choices_);
+    item->setSizeHint(QSize(0, height));
     // A line without a text keeps its place, but is no choice.
     if (choice.empty()) item->setFlags(Qt::NoItemFlags);
   }

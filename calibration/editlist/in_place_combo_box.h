@@ -24,7 +24,7 @@ class CInPlaceComboBox final : public QFrame {
   void hideEvent(QHideEvent* event) override;
 
  private:
-  void FillChoices();
+  void FillChoices(int height);
   void Take();
   void End(const std::optional<std::string>& text);
 

@@ -35,6 +35,8 @@ CInPlaceStrEdit::CInPlaceStrEdit(QWidget* parent, QWidget* list, const QRect& ce
   setGeometry(cell);
   setFont(list->font());
   setFrame(false);
+  // As the cell has it, so that the text does not jump when it is edited.
+  if (edit.column > 0) setAlignment(Qt::AlignRight);
   setAutoFillBackground(true);
   connect(this, &QLineEdit::textChanged, this, [this] { GrowToText(); });
   show();

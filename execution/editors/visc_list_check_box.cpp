@@ -7,6 +7,8 @@ namespace rvx {
 
 CViscListCheckBox::CViscListCheckBox(QWidget* parent) : QListWidget(parent) {
   setSelectionMode(SingleSelection);
+  constexpr int kLineSpace = 2;  // pixels
+  setSpacing(kLineSpace);
 }
 
 void CViscListCheckBox::SetLines(const QStringList& lines) {

@@ -90,6 +90,10 @@ void CCustomStatusWnd::ApplyColours() {
     heading->setForegroundRole(QPalette::ButtonText);
     heading->setMargin(3);
   }
+  constexpr int kBesideUnits = 6;  // pixels to the panel's edge
+  for (QLabel* unit : {form_->secondsUnit, form_->targetUnit, form_->currentUnit}) {
+    unit->setContentsMargins(0, 0, kBesideUnits, 0);
+  }
 }
 
 void CCustomStatusWnd::Display(const StatusReadings& readings) {

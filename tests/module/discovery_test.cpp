@@ -1,9 +1,13 @@
 // Discovery over fake ports: which are opened, who is found, how long it takes.
 #include <gtest/gtest.h>
 
+#include "execution/sample_action_editor.h"
 #include "instrument/host/instrument_scripting.h"
+#include "instrument/status_window.h"
 #include "module/discovery.h"
+#include "module/screens.h"
 #include "platform/key_store.h"
+#include "platform/prompt.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/virtual_run.h"
@@ -116,6 +120,14 @@ TEST(DiscoveryTest, InSimulationTheFirstPortThatOpensGetsTheSimulator) {
   });
   platform::OverrideKeyValue(
       "HKEY_LOCAL_MACHINE\\SOFTWARE\\HaldenInstrument\\TORVELL\\Instruments\\RVX", "Simulate", 0);
+}
+
+// Nothing that a program without a display does may make a window.
+TEST(InstallScreensTest, WithoutAnApplicationNothingIsInstalled) {
+  InstallScreens();
+  EXPECT_EQ(GetSampleActionEditor(), nullptr);
+  EXPECT_EQ(GetStatusWindowMaker(), nullptr);
+  EXPECT_FALSE(platform::HasPrompter());
 }
 
 }  // namespace
