@@ -17,6 +17,7 @@ void AddArchiveCommands(CLI::App& app, Invocation& invocation);    // samples, m
 void AddServiceCommands(CLI::App& app, Invocation& invocation);    // service
 void AddCalibrateCommand(CLI::App& app, Invocation& invocation);   // calibrate
 void AddSimulateCommands(CLI::App& app, Invocation& invocation);   // simulate
+void AddDesktopCommand(CLI::App& app, Invocation& invocation);     // desktop
 void AddUserCommands(CLI::App& app, Invocation& invocation);       // users
 
 }  // namespace torvell

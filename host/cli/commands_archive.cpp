@@ -9,8 +9,8 @@
 #include "host/cli/json_records.h"
 #include "host/cli/sample_table.h"
 #include "host/cli/session.h"
-#include "host/tray/csv.h"
 #include "host/tray/number_text.h"
+#include "host/tray/sample_csv.h"
 
 namespace torvell {
 
@@ -20,13 +20,6 @@ struct SamplesArguments {
   int64_t last = 0;  // 0: all
   std::string csvFile;
 };
-
-std::string ValueText(const ColumnValue& value) {
-  if (const auto* number = std::get_if<int64_t>(&value)) return std::to_string(*number);
-  if (const auto* number = std::get_if<double>(&value)) return ExactNumber(*number);
-  if (const auto* text = std::get_if<std::string>(&value)) return *text;
-  return "";
-}
 
 // Visits the samples asked for, oldest first.
 void VisitSamples(Session& session, int64_t last,
@@ -42,16 +35,10 @@ void VisitSamples(Session& session, int64_t last,
 }
 
 void WriteSamplesCsv(Session& session, const SamplesArguments& arguments) {
-  std::vector<std::string> cells;
-  for (const SampleColumn& column : SampleColumns()) cells.push_back(column.name);
-  cells.emplace_back("Simulated");
-  std::string text = CsvLine(cells);
+  std::string text = SampleCsvHeading();
   int64_t count = 0;
   VisitSamples(session, arguments.last, [&](const StoredSample& sample) {
-    cells.clear();
-    for (const ColumnValue& value : SampleValues(sample)) cells.push_back(ValueText(value));
-    cells.emplace_back(sample.simulated ? "1" : "0");
-    text += CsvLine(cells);
+    text += SampleCsvLine(sample);
     ++count;
     return true;
   });

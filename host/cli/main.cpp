@@ -37,6 +37,7 @@ int Report(Output& output, ExitCode code, const std::string& message) {
 // Runs the command; whatever it raises becomes a message and an exit code.
 int RunCommand(const Invocation& invocation, Output& output) {
   try {
+    if (invocation.program) return invocation.program();
     Session session(invocation.options, output);
     return invocation.command(session);
   } catch (const CommandFailure& failure) {

@@ -93,6 +93,7 @@ std::optional<int> ParseCommandLine(int argc, char** argv, Invocation& invocatio
   AddCalibrateCommand(app, invocation);
   AddSimulateCommands(app, invocation);
   AddUserCommands(app, invocation);
+  AddDesktopCommand(app, invocation);
   app.footer(
       "Exit codes: 0 good, 1 the run ended with errors or without a sample that was due,\n"
       "2 bad use or bad input, 3 no instrument, 4 not allowed, 5 archive or data failure,\n"

@@ -34,6 +34,8 @@ struct Invocation {
   // The command that was chosen; gets its session when the host is to be opened. The result is the
   // program's exit code.
   std::function<int(Session&)> command;
+  // Instead of a command: a program of its own that opens the host itself.
+  std::function<int()> program;
 };
 
 // Takes the command line apart into `invocation`. A result means that the program is to end at once

@@ -42,7 +42,11 @@ using torvell::CurrentHost;
 
 rvx::FrameWindow* ExecutePerformCreation(rvx::UserInterfaceClient* client) {
   rvx::FrameWindow* frame = nullptr;
-  CurrentHost().userInterface().Run([&] { frame = client->PerformCreation(); });
+  torvell::UserInterfaceExecutor& userInterface = CurrentHost().userInterface();
+  userInterface.Run([&] {
+    frame = client->PerformCreation();
+    if (frame != nullptr) userInterface.FrameMade();
+  });
   return frame;
 }
 

@@ -1,0 +1,38 @@
+// desktop: the window.
+#include <CLI/CLI.hpp>
+
+#include "host/cli/commands.h"
+#include "host/cli/failure.h"
+#include "host/desktop/desktop.h"
+
+namespace torvell {
+
+void AddDesktopCommand(CLI::App& app, Invocation& invocation) {
+  CLI::App* desktop = app.add_subcommand("desktop", "open the window");
+  const auto options = std::make_shared<DesktopOptions>();
+  desktop->add_flag("--demo", options->demo,
+                    "fill a fresh data folder as a demonstration; with --simulate and no --data a "
+                    "folder of its own is used for that");
+  desktop
+      ->add_option("--lock-after", options->lockMinutes,
+                   "lock after so many minutes without a key; 0: never (default: 10)")
+      ->type_name("MINUTES")
+      ->check(CLI::Range(0, 24 * 60));
+  desktop->add_option("--theme", options->theme, "light or dark; else as the desktop is")
+      ->type_name("light|dark")
+      ->check(CLI::IsMember({"light", "dark"}));
+  desktop->callback([&invocation, options] {
+    invocation.program = [&invocation, options] {
+      if (platform::CurrentTimeBase() == platform::TimeBaseKind::Virtual) {
+        throw CommandFailure(ExitCode::BadUse,
+                             "a window can't live in virtual time: nobody could follow it. Nothing "
+                             "was opened. Use --clock x20 or the like.");
+      }
+      options->dataFolder = invocation.options.dataFolder;
+      options->simulate = invocation.options.simulate;
+      return RunDesktop(*options);
+    };
+  });
+}
+
+}  // namespace torvell

@@ -1,0 +1,73 @@
+// What an instrument's state means on the screen: one word, and what may be done. No widgets.
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <optional>
+
+#include "host/desktop/theme.h"
+#include "instrument/host/instrument_scripting.h"
+#include "platform/time_base.h"
+
+namespace torvell {
+
+// A status frame comes every half second; older values are shown as old, and an instrument that has
+// been silent for the longer time counts as disconnected.
+inline constexpr platform::Milliseconds kStaleAfter{3000};
+inline constexpr platform::Milliseconds kDisconnectedAfter{6000};
+
+enum class StateWord { Disconnected, Error, NotReady, Ready, Running, Paused };
+
+// All that the word and the rules rest on.
+struct InstrumentSituation {
+  // Time since the last status frame; nothing if none has come.
+  std::optional<platform::Milliseconds> silence;
+  rvx::InstrumentReadings readings;
+  bool running = false;  // a tray runs, paused or not
+  bool paused = false;
+  bool pauseRequested = false;  // it will pause behind the present sample
+  int position = 0;             // the position that runs, from 1; 0 between positions
+  int filled = 0;               // filled positions of the tray
+  bool busy = false;            // a start or an edit is on its way to the instrument
+  bool preparing = false;       // a simulated instrument is being made ready
+  bool summaryOpen = false;     // the last run's results stand and were not acknowledged
+  bool simulated = false;
+  int32_t level = 0;  // of the acting user
+  QString userName;
+};
+
+StateWord WordOf(const InstrumentSituation& situation);
+// "Running 7/30": the running position and the tray's size.
+QString StateText(const InstrumentSituation& situation, int traySize);
+Shape StateShape(StateWord word);
+// Why the instrument is not ready, and what helps; empty if it is.
+QString NotReadyText(const InstrumentSituation& situation);
+// Values are older than kStaleAfter.
+bool IsStale(const InstrumentSituation& situation);
+
+// Whether a command is offered. A hidden one does not fit the state; one that is shown and not
+// enabled says why.
+struct Offer {
+  bool shown = false;
+  bool enabled = false;
+  QString why;
+};
+
+struct RunOffers {
+  Offer start;
+  Offer pauseAfter;
+  Offer pauseNow;
+  Offer resume;
+  Offer abort;
+  Offer edit;     // everything that changes the tray
+  Offer prepare;  // home flag and a cold cell, simulated instrument only
+  Offer newTray;  // away with the last run's results
+};
+RunOffers OffersOf(const InstrumentSituation& situation);
+
+// "Needs level 50 (manager); you act at level 10."
+QString LevelNeededText(int32_t needed, int32_t present);
+// "manager"
+QString LevelName(int32_t level);
+
+}  // namespace torvell

@@ -1,0 +1,386 @@
+#include "host/desktop/main_window.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QVBoxLayout>
+#include <cmath>
+#include <limits>
+
+#include "host/desktop/banner.h"
+#include "host/desktop/demo_folder.h"
+#include "host/desktop/instrument_panel.h"
+#include "host/desktop/instrument_session.h"
+#include "host/desktop/messages_page.h"
+#include "host/desktop/plot.h"
+#include "host/desktop/prompter.h"
+#include "host/desktop/run_progress.h"
+#include "host/desktop/samples_page.h"
+#include "host/desktop/tray_page.h"
+#include "host/desktop/tray_view.h"
+#include "host/desktop/user_dialogs.h"
+#include "host/desktop/window_start.h"
+
+namespace torvell {
+namespace {
+
+constexpr int kNoticeMilliseconds = 8000;
+constexpr int64_t kHistory = 1000;  // messages of earlier days in the list
+
+double SecondsOf(platform::Microseconds time) { return static_cast<double>(time.count()) / 1e6; }
+
+}  // namespace
+
+// What the host tells from other threads, brought to the window's.
+class MainWindow::Listeners : private ErrorListener,
+                              private SampleStoredListener,
+                              private rvx::ViscometerArrayMonitor {
+ public:
+  explicit Listeners(MainWindow& window)
+      : host_(window.host_), gui_(window.gui_), window_(&window) {
+    host_.errors().AddListener(this);
+    host_.samples().AddListener(this);
+    handle_ = host_.instruments().RegisterMonitor(this);
+  }
+  ~Listeners() override {
+    host_.instruments().UnregisterMonitor(handle_);
+    host_.samples().RemoveListener(this);
+    host_.errors().RemoveListener(this);
+  }
+
+ private:
+  template <class Call>
+  void Tell(Call call) {
+    gui_.Post([window = window_, call = std::move(call)] {
+      if (!window.isNull() && !window->closing_) call(*window);
+    });
+  }
+
+  void ErrorReported(const ErrorReport& report) override {
+    Tell([report](MainWindow& window) {
+      window.messages_.Add(report);
+      if (IsFailure(report)) {
+        Notify(QStringLiteral("TORVELL: failure"), QString::fromStdString(report.message));
+      }
+    });
+  }
+  // Of the monitor; the store has told already.
+  void ErrorReported(rvx::ActionErrorRecord) override {}
+  void SampleStored(const rvx::Sample&, const SampleOrigin&) override {
+    Tell([](MainWindow& window) { window.samples_->NoteStored(); });
+  }
+  void InstrumentsChanged(int32_t) override {
+    Tell([](MainWindow& window) {
+      for (const auto& session : window.sessions_) session->Reload();
+      window.RefreshMenus();
+    });
+  }
+
+  Host& host_;
+  GuiThread& gui_;
+  const QPointer<MainWindow> window_;
+  int32_t handle_ = 0;
+};
+
+MainWindow::MainWindow(Host& host, GuiThread& gui, WindowPrompter& prompter,
+                       const WindowOptions& options)
+    : host_(host), gui_(gui), prompter_(prompter), options_(options) {
+  setWindowTitle(QStringLiteral("TORVELL"));
+  worker_ = std::make_unique<Worker>(gui_, "window archive work");
+  screens_ = std::make_unique<Screens>(gui_, *worker_);
+  BuildLayout();
+  BuildMenus();
+  connect(&messages_, &MessageList::OpenChanged, this, &MainWindow::RefreshBanner);
+  connect(screens_.get(), &Screens::Offered, this, &MainWindow::RefreshMenus);
+  connect(screens_.get(), &Screens::Failed, this, &MainWindow::ShowFailure);
+  connect(screens_.get(), &Screens::Notice, this, &MainWindow::ShowNotice);
+  listeners_ = std::make_unique<Listeners>(*this);
+  if (options_.lockMinutes > 0) {
+    idle_ = new IdleWatch(options_.lockMinutes, this);
+    connect(idle_, &IdleWatch::Idle, this, &MainWindow::Lock);
+  }
+  platform::SetHelpViewer(this);
+  RefreshActor();
+  RefreshBanner();
+}
+
+MainWindow::~MainWindow() {
+  platform::SetHelpViewer(nullptr);
+  listeners_.reset();
+  // They use the sessions and the worker.
+  delete centralWidget();
+}
+
+void MainWindow::BuildLayout() {
+  auto* center = new QWidget(this);
+  auto* layout = new QVBoxLayout(center);
+  layout->setContentsMargins(kGap, kSmallGap, kGap, kSmallGap);
+  layout->setSpacing(kSmallGap);
+  simulation_ = new Banner(Banner::Tone::Quiet, center);
+  simulation_->SetText(ShapeIcon(Shape::Info),
+                       QStringLiteral("SIMULATION: the instrument is software. Its results are no "
+                                      "measurements."));
+  simulation_->setVisible(host_.IsSimulated());
+  layout->addWidget(simulation_);
+  message_ = new Banner(Banner::Tone::Loud, center);
+  connect(message_->AddButton(QStringLiteral("Show")), &QPushButton::clicked, this,
+          [this] { tabs_->setCurrentWidget(messagesPage_); });
+  connect(message_->AddButton(QStringLiteral("Acknowledge")), &QPushButton::clicked, this, [this] {
+    for (int row = 0; row < messages_.rowCount(); ++row) {
+      if (!messages_.at(row).acknowledged) {
+        messages_.Acknowledge(row);
+        break;
+      }
+    }
+  });
+  layout->addWidget(message_);
+
+  auto* splitter = new QSplitter(Qt::Horizontal, center);
+  splitter->setChildrenCollapsible(false);
+  panel_ = new InstrumentPanel(splitter);
+  tray_ = new TrayPage(splitter);
+  splitter->addWidget(panel_);
+  splitter->addWidget(tray_);
+  splitter->addWidget(BuildSide());
+  splitter->setStretchFactor(1, 3);
+  splitter->setStretchFactor(2, 2);
+  splitter->setSizes({208, 648, 400});
+  layout->addWidget(splitter, 1);
+  setCentralWidget(center);
+  connect(panel_, &InstrumentPanel::Chosen, this, &MainWindow::Select);
+  connect(tray_, &TrayPage::Notice, this, &MainWindow::ShowNotice);
+  connect(tray_, &TrayPage::ExportAsked, samples_, &SamplesPage::ExportAll);
+
+  actor_ = new QLabel(this);
+  actor_->setContentsMargins(kGap, 0, kGap, 0);
+  statusBar()->addPermanentWidget(actor_);
+  statusBar()->setSizeGripEnabled(false);
+  resize(1280, 800);
+}
+
+QWidget* MainWindow::BuildSide() {
+  auto* side = new QSplitter(Qt::Vertical, this);
+  side->setChildrenCollapsible(false);
+  tabs_ = new QTabWidget(side);
+  tabs_->setDocumentMode(true);
+  samples_ = new SamplesPage(host_.samples(), *worker_, tabs_);
+  messagesPage_ = new MessagesPage(messages_, tabs_);
+  tabs_->addTab(samples_, QStringLiteral("Sa&mples"));
+  tabs_->addTab(messagesPage_, QStringLiteral("M&essages"));
+  connect(samples_, &SamplesPage::Notice, this, &MainWindow::ShowNotice);
+  connect(samples_, &SamplesPage::Failed, this, &MainWindow::ShowFailure);
+  plot_ = MakePlot({QStringLiteral("Temperature"), QStringLiteral("°C"), 2, 1.0},
+                   {QStringLiteral("Speed"), QStringLiteral("rpm/1000"), 4, 0.05}, side);
+  side->addWidget(tabs_);
+  side->addWidget(plot_->widget());
+  side->setStretchFactor(0, 3);
+  side->setStretchFactor(1, 2);
+  side->setSizes({420, 260});
+  return side;
+}
+
+void MainWindow::Begin() {
+  auto history = std::make_shared<std::vector<ErrorReport>>();
+  worker_->Do(
+      this, [this, history] { *history = host_.errors().Last(kHistory); },
+      [this, history] { messages_.SetHistory(*history); });
+  for (const std::string& notice : host_.notices()) ShowNotice(QString::fromStdString(notice));
+  auto start = std::make_shared<Start>();
+  start->isDemo = options_.demo;
+  worker_->Do(
+      this,
+      [this, start] {
+        host_.DiscoverInstruments();
+        if (start->isDemo) FillDemoFolder(host_);
+        start->isDemo = start->isDemo || IsDemoFolder(host_.dataFolder());
+        start->hasUsers = !host_.users().IsEmpty();
+        start->level = host_.users().ActingLevel();
+        for (const InstrumentEntry& entry : host_.instruments().Entries()) {
+          const auto interrupted = host_.journal().InterruptedOf(entry.identity.archiveKey);
+          if (interrupted) start->interrupted.push_back(*interrupted);
+        }
+      },
+      [this, start] {
+        TakeInstruments();
+        RefreshActor();
+        Greet(*start);
+        OfferInterrupted(*start);
+        Q_EMIT Ready();
+      },
+      [this](const QString& text) {
+        TakeInstruments();
+        RefreshActor();
+        ShowFailure(text);
+        Q_EMIT Ready();
+      });
+}
+
+void MainWindow::TakeInstruments() {
+  std::vector<InstrumentSession*> list;
+  for (const InstrumentEntry& entry : host_.instruments().Entries()) {
+    if (entry.scripting == nullptr) continue;
+    auto session = std::make_unique<InstrumentSession>(host_, gui_, prompter_, entry);
+    Connect(*session);
+    list.push_back(session.get());
+    sessions_.push_back(std::move(session));
+  }
+  panel_->SetSessions(list);
+  Select(list.empty() ? nullptr : list.front());
+}
+
+void MainWindow::Connect(InstrumentSession& session) {
+  InstrumentSession* one = &session;
+  const QString name = QString::fromStdString(session.entry().Title());
+  connect(one, &InstrumentSession::Failed, this, &MainWindow::ShowFailure);
+  connect(one, &InstrumentSession::Notice, this, &MainWindow::ShowNotice);
+  connect(one, &InstrumentSession::StateChanged, this, &MainWindow::RefreshAwake);
+  connect(one, &InstrumentSession::CurveBegins, this, [this, one] {
+    if (one == selected_) BeginCurve();
+  });
+  connect(one, &InstrumentSession::ReadingsArrived, this,
+          [this, one](const std::vector<TimedReadings>& readings) {
+            if (one == selected_ && one->IsRunning()) AddToPlot(readings);
+          });
+  connect(one, &InstrumentSession::RunPaused, this,
+          [name] { Notify(name, QStringLiteral("The tray is paused.")); });
+  connect(one, &InstrumentSession::RunEnded, this, [one, name] {
+    if (one->summary()) Notify(name, DescribeSummary(*one->summary()));
+  });
+}
+
+void MainWindow::Select(InstrumentSession* session) {
+  selected_ = session;
+  panel_->Select(session);
+  tray_->SetSession(session);
+  plot_->Restart();
+  BeginCurve();
+  if (session != nullptr) {
+    screens_->Ask(session->entry());
+    const auto& all = sessions_;
+    for (size_t i = 0; i < all.size(); ++i) {
+      if (all[i].get() == session) {
+        host_.instruments().SelectInstrument(static_cast<int32_t>(i), 1);
+      }
+    }
+  }
+  tray_->view()->setFocus();
+  RefreshMenus();
+}
+
+void MainWindow::BeginCurve() {
+  curveStart_ = -1.0;
+  const RunState* run = selected_ != nullptr ? selected_->run() : nullptr;
+  const RunPosition* position = run != nullptr ? run->Current() : nullptr;
+  plot_->SetTitle(position == nullptr
+                      ? QString()
+                      : QStringLiteral("Position %1, %2, test %3 of %4")
+                            .arg(position->plan.position + 1)
+                            .arg(QString::fromStdString(position->plan.sampleId))
+                            .arg(std::min(position->samples.size() + 1,
+                                          static_cast<size_t>(position->plan.TestCount())))
+                            .arg(position->plan.TestCount()));
+}
+
+void MainWindow::AddToPlot(const std::vector<TimedReadings>& readings) {
+  for (const TimedReadings& each : readings) {
+    const double now = SecondsOf(each.time);
+    if (curveStart_ < 0.0) {
+      // The old curve stays until the new one has something to show.
+      plot_->Restart();
+      curveStart_ = now;
+    }
+    plot_->Add(now - curveStart_, each.readings.temperature, each.readings.speed);
+  }
+}
+
+void MainWindow::RefreshBanner() {
+  const MessageRow* open = messages_.NewestOpen();
+  message_->setVisible(open != nullptr);
+  const int count = messages_.OpenCount();
+  tabs_->setTabText(
+      1, count == 0 ? QStringLiteral("M&essages") : QStringLiteral("M&essages (%1)").arg(count));
+  if (open == nullptr) return;
+  const QString source = QString::fromStdString(open->report.source);
+  QString text = QStringLiteral("%1: %2").arg(source, QString::fromStdString(open->report.message));
+  if (open->count > 1) text = QStringLiteral("(%1 times) ").arg(open->count) + text;
+  message_->SetText(
+      ShapeIcon(IsFailure(open->report) ? Shape::Warning : Shape::Info, Colors().warningText),
+      text);
+}
+
+void MainWindow::ShowNotice(const QString& text) {
+  statusBar()->showMessage(QString(text).replace(QLatin1Char('\n'), QLatin1Char(' ')),
+                           kNoticeMilliseconds);
+}
+
+void MainWindow::ShowFailure(const QString& text) {
+  if (closing_) return;
+  auto* box =
+      new QMessageBox(QMessageBox::Warning, QStringLiteral("TORVELL"), text, QMessageBox::Ok, this);
+  box->setAttribute(Qt::WA_DeleteOnClose);
+  box->setTextFormat(Qt::PlainText);
+  box->open();
+}
+
+bool MainWindow::AnyRunning() const {
+  for (const auto& session : sessions_) {
+    if (session->IsRunning()) return true;
+  }
+  return false;
+}
+
+void MainWindow::RefreshAwake() { awake_.SetRunning(AnyRunning()); }
+
+bool MainWindow::AskToClose() {
+  QString losses;
+  for (const auto& session : sessions_) {
+    if (!session->IsRunning()) continue;
+    losses +=
+        QStringLiteral("%1: %2\n")
+            .arg(QString::fromStdString(session->entry().Title()), DescribeLoss(*session->run()));
+  }
+  QMessageBox box(QMessageBox::Warning, QStringLiteral("Close TORVELL"),
+                  QStringLiteral("A tray is running. Closing aborts it."), QMessageBox::NoButton,
+                  this);
+  box.setInformativeText(losses.trimmed());
+  QAbstractButton* close =
+      box.addButton(QStringLiteral("Abort and Close"), QMessageBox::DestructiveRole);
+  QPushButton* back = box.addButton(QStringLiteral("Keep Running"), QMessageBox::RejectRole);
+  box.setDefaultButton(back);
+  box.setEscapeButton(back);
+  box.exec();
+  return box.clickedButton() == close;
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  event->ignore();
+  if (closing_) return;
+  if (AnyRunning() && !AskToClose()) return;
+  closing_ = true;
+  // What is typed now would come too late.
+  centralWidget()->setEnabled(false);
+  menuBar()->setEnabled(false);
+  statusBar()->showMessage(QStringLiteral("Closing ..."));
+  Q_EMIT Closed();
+}
+
+std::function<void()> MainWindow::TakeClosingWork() {
+  panel_->CloseStatusWindow();
+  for (const auto& session : sessions_) {
+    if (session->IsRunning()) session->Abort();
+  }
+  return [this, closeScreens = screens_->CloseAll()] {
+    closeScreens();
+    for (const auto& session : sessions_) session->Finish();
+    worker_->Finish();
+  };
+}
+
+}  // namespace torvell

@@ -1,0 +1,139 @@
+// The one window of the host.
+#pragma once
+
+#include <QMainWindow>
+#include <QPointer>
+#include <memory>
+#include <vector>
+
+#include "host/core/host.h"
+#include "host/desktop/desktop_services.h"
+#include "host/desktop/gui_thread.h"
+#include "host/desktop/help_window.h"
+#include "host/desktop/message_list.h"
+#include "host/desktop/screens.h"
+#include "host/desktop/worker.h"
+#include "platform/help.h"
+
+class QLabel;
+class QTabWidget;
+
+namespace torvell {
+
+class Banner;
+
+class IdleWatch;
+class InstrumentPanel;
+class InstrumentSession;
+class MessagesPage;
+class Plot;
+class SamplesPage;
+class TrayPage;
+class WindowPrompter;
+struct TimedReadings;
+
+struct WindowOptions {
+  bool demo = false;     // the folder is a demonstration, or is to become one
+  int lockMinutes = 10;  // without a key or a mouse movement; 0: never
+};
+
+class MainWindow : public QMainWindow, private platform::HelpViewer {
+  Q_OBJECT
+
+ public:
+  MainWindow(Host& host, GuiThread& gui, WindowPrompter& prompter, const WindowOptions& options);
+  ~MainWindow() override;
+
+  // Looks for instruments, and greets the person.
+  void Begin();
+  // The work that ends what may block, for another thread than this one; the window must not be
+  // used behind it.
+  std::function<void()> TakeClosingWork();
+
+  TrayPage& trayPage() { return *tray_; }
+  SamplesPage& samplesPage() { return *samples_; }
+  MessageList& messages() { return messages_; }
+  const std::vector<std::unique_ptr<InstrumentSession>>& sessions() const { return sessions_; }
+  InstrumentSession* selected() const { return selected_; }
+  // Who acts, as the window knows it.
+  const QString& user() const { return user_; }
+  // The user has changed, or may have: asks who acts, and offers accordingly when it is known.
+  void RefreshActor();
+  void Lock();
+  void ShowHelp(const QString& topic);
+  // One line that goes by itself.
+  void ShowNotice(const QString& text);
+  void ShowFailure(const QString& text);
+
+ Q_SIGNALS:
+  // Instruments have been looked for and the demonstration is filled.
+  void Ready();
+  // The person has closed the window; nothing runs any more.
+  void Closed();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  class Listeners;
+
+  // platform::HelpViewer, for the module's screens.
+  void ShowTopic(const std::string& path) override { ShowHelp(QString::fromStdString(path)); }
+
+  void BuildLayout();
+  void BuildMenus();
+  QWidget* BuildSide();
+  void TakeInstruments();
+  void Connect(InstrumentSession& session);
+  void Select(InstrumentSession* session);
+  void RefreshBanner();
+  void RefreshMenus();
+  void RefreshAwake();
+  void AddToPlot(const std::vector<TimedReadings>& readings);
+  void BeginCurve();
+  // What has to be asked of the archive before the person is greeted.
+  struct Start;
+  void Greet(const Start& start);
+  void OfferInterrupted(const Start& start);
+  void ApplyActor(const QString& name, int32_t level, bool isUser);
+  void LogIn();
+  void LogOut();
+  void ShowAbout();
+  bool AnyRunning() const;
+  bool AskToClose();
+
+  Host& host_;
+  GuiThread& gui_;
+  WindowPrompter& prompter_;
+  const WindowOptions options_;
+  int32_t level_ = 0;
+  QString user_;
+  bool closing_ = false;
+
+  // For the archive and the users; instruments have their own.
+  std::unique_ptr<Worker> worker_;
+  std::unique_ptr<Listeners> listeners_;
+  std::vector<std::unique_ptr<InstrumentSession>> sessions_;
+  InstrumentSession* selected_ = nullptr;
+  MessageList messages_;
+  std::unique_ptr<Screens> screens_;
+  AwakeKeeper awake_;
+
+  InstrumentPanel* panel_ = nullptr;
+  TrayPage* tray_ = nullptr;
+  SamplesPage* samples_ = nullptr;
+  MessagesPage* messagesPage_ = nullptr;
+  QTabWidget* tabs_ = nullptr;
+  Plot* plot_ = nullptr;
+  double curveStart_ = -1.0;  // seconds of the base's time; below 0: with the next reading
+  Banner* simulation_ = nullptr;
+  Banner* message_ = nullptr;
+  QLabel* actor_ = nullptr;
+  QLabel* clock_ = nullptr;
+  QPointer<HelpWindow> help_;
+  IdleWatch* idle_ = nullptr;
+  QMenu *settingsMenu_ = nullptr, *serviceMenu_ = nullptr;
+  QAction *logIn_ = nullptr, *logOut_ = nullptr, *lock_ = nullptr;
+};
+
+}  // namespace torvell

@@ -1,0 +1,31 @@
+// The tab of messages: what happened, and who has taken notice.
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+class QPushButton;
+class QTableView;
+
+namespace torvell {
+
+class MessageList;
+
+class MessagesPage : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit MessagesPage(MessageList& list, QWidget* parent = nullptr);
+
+ private:
+  void Refresh();
+  void AcknowledgeSelected();
+
+  MessageList& list_;
+  QTableView* table_;
+  QLabel* whole_;
+  QLabel* count_;
+  QPushButton *one_, *all_;
+};
+
+}  // namespace torvell

@@ -1,0 +1,258 @@
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QWheelEvent>
+#include <algorithm>
+#include <cmath>
+#include <deque>
+
+#include "host/desktop/number_display.h"
+#include "host/desktop/plot.h"
+#include "host/desktop/plot_axis.h"
+#include "host/desktop/theme.h"
+#include "host/tray/number_text.h"
+
+namespace torvell {
+namespace {
+
+constexpr double kFollowedSeconds = 600.0;
+// Some hours of readings; older ones go.
+constexpr size_t kMostPoints = 40000;
+constexpr int kTicksAcross = 5;
+constexpr int kTicksUp = 5;
+
+struct Point {
+  double seconds, left, right;
+};
+
+class PlotWidget : public QWidget, public Plot {
+ public:
+  PlotWidget(const PlotCurveStyle& left, const PlotCurveStyle& right, QWidget* parent)
+      : QWidget(parent), left_(left), right_(right) {
+    setFocusPolicy(Qt::StrongFocus);
+    setMinimumSize(240, 130);
+    setAccessibleName(QStringLiteral("Plot of %1 and %2").arg(left.name, right.name));
+    setToolTip(
+        QStringLiteral("Drag or use the arrow keys to move, turn the wheel to zoom; a "
+                       "double click or Home follows the newest values again."));
+  }
+
+  QWidget* widget() override { return this; }
+
+  void SetTitle(const QString& title) override {
+    title_ = title;
+    update();
+  }
+
+  void Restart() override {
+    points_.clear();
+    window_.Follow();
+    update();
+  }
+
+  void Add(double seconds, double left, double right) override {
+    points_.push_back({seconds, left, right});
+    if (points_.size() > kMostPoints) points_.pop_front();
+    update();
+  }
+
+ protected:
+  void paintEvent(QPaintEvent*) override;
+
+  void mousePressEvent(QMouseEvent* event) override { dragged_ = event->position().x(); }
+
+  void mouseMoveEvent(QMouseEvent* event) override {
+    if (!(event->buttons() & Qt::LeftButton)) return;
+    const double moved = event->position().x() - dragged_;
+    dragged_ = event->position().x();
+    window_.Pan(-moved * window_.Shown(Newest()).span() / std::max(1.0, Frame().width()), Newest());
+    update();
+  }
+
+  void mouseDoubleClickEvent(QMouseEvent*) override { Follow(); }
+
+  void wheelEvent(QWheelEvent* event) override {
+    const PlotRange shown = window_.Shown(Newest());
+    const double share = (event->position().x() - Frame().left()) / std::max(1.0, Frame().width());
+    window_.Zoom(event->angleDelta().y() > 0 ? 0.8 : 1.25, shown.low + share * shown.span(),
+                 Newest());
+    update();
+    event->accept();
+  }
+
+  void keyPressEvent(QKeyEvent* event) override {
+    const double step = window_.Shown(Newest()).span() / 10.0;
+    switch (event->key()) {
+      case Qt::Key_Left:
+        window_.Pan(-step, Newest());
+        break;
+      case Qt::Key_Right:
+        window_.Pan(step, Newest());
+        break;
+      case Qt::Key_Home:
+      case Qt::Key_End:
+        window_.Follow();
+        break;
+      default:
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    update();
+  }
+
+ private:
+  double Newest() const { return points_.empty() ? 0.0 : points_.back().seconds; }
+
+  void Follow() {
+    window_.Follow();
+    update();
+  }
+
+  QRectF Frame() const {
+    const QFontMetricsF metrics(font());
+    const double side = metrics.horizontalAdvance(QStringLiteral("-00.00")) + 10;
+    const double top = metrics.height() * 2 + 8;
+    return QRectF(side, top, width() - 2 * side, height() - top - metrics.height() - 8);
+  }
+
+  PlotAxis AxisOf(double Point::*value, const PlotCurveStyle& style, const PlotRange& shown) const;
+  void DrawGrid(QPainter& painter, const QRectF& frame, const PlotAxis& time, const PlotAxis& left,
+                const PlotAxis& right) const;
+  void DrawHeading(QPainter& painter) const;
+  void DrawCurve(QPainter& painter, const QRectF& frame, const PlotRange& shown,
+                 const PlotAxis& axis, double Point::*value, const QPen& pen) const;
+
+  const PlotCurveStyle left_;
+  const PlotCurveStyle right_;
+  QString title_;
+  std::deque<Point> points_;
+  PlotWindow window_{kFollowedSeconds};
+  double dragged_ = 0.0;
+};
+
+QPen LeftPen() { return QPen(Colors().accent, 1.6); }
+QPen RightPen() { return QPen(Colors().secondCurve, 1.4, Qt::DashLine); }
+
+PlotAxis PlotWidget::AxisOf(double Point::*value, const PlotCurveStyle& style,
+                            const PlotRange& shown) const {
+  double low = INFINITY, high = -INFINITY;
+  for (const Point& point : points_) {
+    if (point.seconds < shown.low || point.seconds > shown.high) continue;
+    if (!std::isfinite(point.*value)) continue;
+    low = std::min(low, point.*value);
+    high = std::max(high, point.*value);
+  }
+  if (low > high) low = high = 0.0;
+  return FitAxis({low, high}, kTicksUp, style.leastSpan);
+}
+
+void PlotWidget::DrawHeading(QPainter& painter) const {
+  const QFontMetricsF metrics(font());
+  painter.setPen(Colors().text);
+  const QString title = window_.IsFollowing() ? title_ : title_ + QStringLiteral(" (held)");
+  painter.drawText(QRectF(0, 0, width(), metrics.height() + 2), Qt::AlignCenter,
+                   metrics.elidedText(title, Qt::ElideRight, width()));
+  // The legend is the heading of the axes, with a piece of the line.
+  const double y = metrics.height() + 4;
+  const auto legend = [&](const PlotCurveStyle& style, const QPen& pen, bool right) {
+    const QString text = QStringLiteral("%1 (%2)").arg(style.name, style.unit);
+    const double textWidth = metrics.horizontalAdvance(text);
+    const double x = right ? width() - textWidth - 32 : 4;
+    painter.setPen(pen);
+    painter.drawLine(QPointF(x, y + metrics.height() / 2),
+                     QPointF(x + 22, y + metrics.height() / 2));
+    painter.setPen(Colors().text);
+    painter.drawText(QPointF(x + 28, y + metrics.ascent()), text);
+  };
+  legend(left_, LeftPen(), false);
+  legend(right_, RightPen(), true);
+}
+
+void PlotWidget::DrawGrid(QPainter& painter, const QRectF& frame, const PlotAxis& time,
+                          const PlotAxis& left, const PlotAxis& right) const {
+  const QFontMetricsF metrics(font());
+  const QPen line(Colors().line, 1.0);
+  for (const double tick : time.ticks) {
+    const double x = frame.left() + (tick - time.range.low) / time.range.span() * frame.width();
+    painter.setPen(line);
+    painter.drawLine(QPointF(x, frame.top()), QPointF(x, frame.bottom()));
+    painter.setPen(Colors().quiet);
+    const QString text = QString::fromStdString(DurationText(std::lround(tick)));
+    painter.drawText(QRectF(x - 40, frame.bottom() + 3, 80, metrics.height()), Qt::AlignHCenter,
+                     text);
+  }
+  const auto scale = [&](const PlotAxis& axis, bool toRight) {
+    for (const double tick : axis.ticks) {
+      const double y =
+          frame.bottom() - (tick - axis.range.low) / axis.range.span() * frame.height();
+      if (!toRight) {
+        painter.setPen(line);
+        painter.drawLine(QPointF(frame.left(), y), QPointF(frame.right(), y));
+      }
+      painter.setPen(Colors().quiet);
+      const QRectF box(toRight ? frame.right() + 4 : 0, y - metrics.height() / 2, frame.left() - 4,
+                       metrics.height());
+      painter.drawText(box, toRight ? Qt::AlignLeft : Qt::AlignRight,
+                       DisplayNumber(tick, axis.decimals));
+    }
+  };
+  scale(left, false);
+  scale(right, true);
+  painter.setPen(QPen(Colors().line, 1.0));
+  painter.drawRect(frame);
+}
+
+void PlotWidget::DrawCurve(QPainter& painter, const QRectF& frame, const PlotRange& shown,
+                           const PlotAxis& axis, double Point::*value, const QPen& pen) const {
+  painter.setPen(pen);
+  QPolygonF run;
+  const auto flush = [&] {
+    if (run.size() > 1) painter.drawPolyline(run);
+    run.clear();
+  };
+  double lastX = -1e9;
+  for (const Point& point : points_) {
+    if (point.seconds < shown.low || point.seconds > shown.high || !std::isfinite(point.*value)) {
+      flush();
+      continue;
+    }
+    const double x = frame.left() + (point.seconds - shown.low) / shown.span() * frame.width();
+    // Points closer than half a pixel add nothing to see.
+    if (!run.isEmpty() && x - lastX < 0.5) continue;
+    lastX = x;
+    run << QPointF(
+        x, frame.bottom() - (point.*value - axis.range.low) / axis.range.span() * frame.height());
+  }
+  flush();
+}
+
+void PlotWidget::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.fillRect(rect(), Colors().base);
+  const QRectF frame = Frame();
+  if (points_.empty()) {
+    painter.setPen(Colors().quiet);
+    painter.drawText(
+        rect(), Qt::AlignCenter | Qt::TextWordWrap,
+        QStringLiteral("Temperature and rotor speed of the running test appear here."));
+    return;
+  }
+  const PlotRange shown = window_.Shown(Newest());
+  const PlotAxis time = TicksWithin(shown, kTicksAcross);
+  const PlotAxis left = AxisOf(&Point::left, left_, shown);
+  const PlotAxis right = AxisOf(&Point::right, right_, shown);
+  DrawHeading(painter);
+  DrawGrid(painter, frame, time, left, right);
+  painter.setClipRect(frame);
+  DrawCurve(painter, frame, shown, left, &Point::left, LeftPen());
+  DrawCurve(painter, frame, shown, right, &Point::right, RightPen());
+}
+
+}  // namespace
+
+Plot* MakePlot(const PlotCurveStyle& left, const PlotCurveStyle& right, QWidget* parent) {
+  return new PlotWidget(left, right, parent);
+}
+
+}  // namespace torvell

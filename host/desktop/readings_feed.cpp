@@ -1,0 +1,41 @@
+#include "host/desktop/readings_feed.h"
+
+#include <utility>
+
+namespace torvell {
+namespace {
+
+// A frame comes twice a second; the wait ends sooner than that only to look at the stop.
+constexpr platform::Milliseconds kLongestWait{300};
+// A window that does not take them for so long has lost its curve, not its state.
+constexpr size_t kMostWaiting = 4000;
+
+}  // namespace
+
+ReadingsFeed::ReadingsFeed(const InstrumentEntry& entry) : entry_(entry) {
+  thread_ = platform::StartThread("readings " + entry.identity.portName, [this] { Main(); });
+}
+
+ReadingsFeed::~ReadingsFeed() {
+  stop_.Set();
+  thread_->Join();
+}
+
+std::vector<TimedReadings> ReadingsFeed::Take() {
+  platform::PlainGuard guard(lock_);
+  return std::exchange(waiting_, {});
+}
+
+void ReadingsFeed::Main() {
+  uint64_t seen = 0;
+  while (!stop_.TryWait()) {
+    if (!entry_.scripting->WaitForReadings(seen, platform::Deadline::After(kLongestWait))) continue;
+    TimedReadings entry{platform::MonotonicTime(), entry_.scripting->GetReadings()};
+    seen = entry.readings.sequence;
+    platform::PlainGuard guard(lock_);
+    if (waiting_.size() >= kMostWaiting) waiting_.erase(waiting_.begin());
+    waiting_.push_back(std::move(entry));
+  }
+}
+
+}  // namespace torvell

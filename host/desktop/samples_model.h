@@ -1,0 +1,80 @@
+// The stored samples as a table that fetches what is looked at.
+#pragma once
+
+#include <QAbstractTableModel>
+#include <map>
+#include <set>
+#include <vector>
+
+#include "host/core/sample_store.h"
+#include "host/desktop/worker.h"
+
+namespace torvell {
+
+// The window's thread; the archive is read by a worker. Only the row numbers of all matches and
+// the pages that were looked at are in memory, so an archive of any size opens at once.
+class SamplesModel : public QAbstractTableModel {
+  Q_OBJECT
+
+ public:
+  enum Column {
+    Time,
+    Instrument,
+    Position,
+    SampleId,
+    Temperature,
+    Average,
+    Speed,
+    Viscosity,
+    Known,
+    Operator,
+    Origin,
+    ColumnCount
+  };
+
+  SamplesModel(SampleStore& store, Worker& worker, QObject* parent = nullptr);
+
+  // Looks again, with this wish. What stands on the screen stays until the answer is there.
+  void SetQuery(const SampleQuery& query);
+  const SampleQuery& query() const { return query_; }
+  // The archive has grown.
+  void Refresh();
+  bool IsSearching() const { return searching_; }
+
+  // The row numbers of the archive behind these rows of the table.
+  std::vector<int64_t> ArchiveRows(const std::vector<int>& rows) const;
+  const std::vector<int64_t>& AllArchiveRows() const { return rows_; }
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  int columnCount(const QModelIndex& parent = {}) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+  QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+  void sort(int column, Qt::SortOrder order) override;
+
+ Q_SIGNALS:
+  void Searched();
+  void Failed(const QString& text);
+
+ private:
+  void TakeRows(std::vector<int64_t> found);
+  void Fetch(int page) const;
+  void TakePage(int generation, int page, std::vector<StoredSample> samples);
+
+  SampleStore& store_;
+  Worker& worker_;
+  SampleQuery query_;
+  bool searching_ = false;
+  bool searchAgain_ = false;
+  int generation_ = 0;  // one more for each answer, so that late pages of an old one are dropped
+  std::vector<int64_t> rows_;
+  std::map<int, std::vector<StoredSample>> pages_;
+  // Fetching is no change of the table, so data() may begin it.
+  mutable std::set<int> fetching_;
+};
+
+// One cell as people read it; empty for what is missing.
+QString SampleCell(const StoredSample& sample, int column);
+// The heading of a column with its unit.
+QString SampleHeading(int column);
+
+}  // namespace torvell

@@ -1,0 +1,180 @@
+// What changes the tray: the edits themselves, and putting them into an instrument.
+#include <QDataStream>
+#include <QIODevice>
+#include <QStringList>
+#include <algorithm>
+
+#include "host/desktop/tray_rows.h"
+
+namespace torvell {
+namespace {
+
+constexpr char kEmptyPositionKey[] = "Null Action";
+// Tells our own cells from other bytes on the clipboard.
+constexpr quint32 kCellsMark = 0x54524359;
+constexpr int kMostCells = 1000;
+
+std::shared_ptr<rvx::Action> MakeAction(const InstrumentEntry& entry, const TrayCell& cell) {
+  std::shared_ptr<rvx::Action> action(
+      entry.instrument->CreateActionFromText(cell.empty() ? kEmptyPositionKey : cell.classKey));
+  if (!cell.empty()) {
+    action->SetStateText(cell.stateText);
+    action->SetSampleId(cell.sampleId);
+  }
+  return action;
+}
+
+TrayCell CellOf(rvx::Action& action) {
+  TrayCell cell;
+  cell.classKey = action.GetClassName();
+  if (cell.classKey == kEmptyPositionKey) return {};
+  cell.sampleId = action.GetSampleId();
+  cell.stateText = action.GetStateText();
+  return cell;
+}
+
+// Only what differs from the tray.
+TrayEdit Changes(const std::vector<TrayCell>& tray, const TrayEdit& wanted) {
+  TrayEdit edit;
+  for (const auto& [position, cell] : wanted) {
+    if (position < 0 || position >= static_cast<int>(tray.size())) continue;
+    if (!(tray[static_cast<size_t>(position)] == cell)) edit[position] = cell;
+  }
+  return edit;
+}
+
+}  // namespace
+
+std::vector<TrayCell> ReadCells(const InstrumentEntry& entry) {
+  std::vector<std::shared_ptr<rvx::Action>> actions;
+  {
+    rvx::TrayOfSampleActions& tray = *entry.instrument->GetTray(0);
+    const rvx::TrayGuard guard(tray);
+    for (int32_t i = 0; i < tray.GetSize(); ++i) actions.push_back(tray.Hold(i));
+  }
+  std::vector<TrayCell> cells;
+  for (const auto& action : actions) cells.push_back(CellOf(*action));
+  return cells;
+}
+
+TrayEdit ApplyEdit(Host& host, const InstrumentEntry& entry, const TrayEdit& edit) {
+  host.users().Require(kLevelOperator, "change the tray");
+  if (entry.instrument->IsTrayRunning() != 0) {
+    throw HostError(HostErrorKind::Tray,
+                    "The tray is running, so it was not changed. Wait for its end, or abort it.");
+  }
+  // All actions are made before the first is put in, so that a failure leaves the tray as it was.
+  std::map<int, std::shared_ptr<rvx::Action>> made;
+  for (const auto& [position, cell] : edit) made[position] = MakeAction(entry, cell);
+  std::map<int, std::shared_ptr<rvx::Action>> old;
+  {
+    rvx::TrayOfSampleActions& tray = *entry.instrument->GetTray(0);
+    const rvx::TrayGuard guard(tray);
+    for (auto& [position, action] : made) {
+      if (position >= tray.GetSize()) continue;
+      old[position] = tray.Replace(position, std::move(action));
+    }
+  }
+  TrayEdit before;
+  for (const auto& [position, action] : old) {
+    before[position] = CellOf(*action);
+    action->Stop();
+  }
+  StoreTray(host, entry);
+  host.instruments().NotifyInstrumentChanged();
+  return before;
+}
+
+QByteArray PackCells(const std::vector<TrayCell>& cells) {
+  QByteArray packed;
+  QDataStream stream(&packed, QIODevice::WriteOnly);
+  stream.setVersion(QDataStream::Qt_6_0);
+  stream << kCellsMark << static_cast<qint32>(cells.size());
+  for (const TrayCell& cell : cells) {
+    stream << QByteArray::fromStdString(cell.classKey) << QByteArray::fromStdString(cell.sampleId)
+           << QByteArray::fromStdString(cell.stateText);
+  }
+  return packed;
+}
+
+std::optional<std::vector<TrayCell>> UnpackCells(const QByteArray& packed) {
+  QDataStream stream(packed);
+  stream.setVersion(QDataStream::Qt_6_0);
+  quint32 mark = 0;
+  qint32 count = 0;
+  stream >> mark >> count;
+  if (stream.status() != QDataStream::Ok || mark != kCellsMark || count < 0 || count > kMostCells) {
+    return std::nullopt;
+  }
+  std::vector<TrayCell> cells;
+  for (qint32 i = 0; i < count; ++i) {
+    QByteArray classKey, sampleId, stateText;
+    stream >> classKey >> sampleId >> stateText;
+    cells.push_back({classKey.toStdString(), sampleId.toStdString(), stateText.toStdString()});
+  }
+  if (stream.status() != QDataStream::Ok) return std::nullopt;
+  return cells;
+}
+
+TrayEdit PasteEdit(const std::vector<TrayCell>& tray, int at, const std::vector<TrayCell>& cells) {
+  TrayEdit edit;
+  for (size_t i = 0; i < cells.size(); ++i) edit[at + static_cast<int>(i)] = cells[i];
+  return Changes(tray, edit);
+}
+
+TrayEdit SampleIdEdit(const std::vector<TrayCell>& tray, int at, const QStringList& sampleIds) {
+  TrayEdit edit;
+  TrayCell above;
+  for (int i = 0; i < at && i < static_cast<int>(tray.size()); ++i) {
+    if (!tray[static_cast<size_t>(i)].empty()) above = tray[static_cast<size_t>(i)];
+  }
+  for (int i = 0; i < sampleIds.size(); ++i) {
+    const int position = at + i;
+    if (position < 0 || position >= static_cast<int>(tray.size())) break;
+    TrayCell cell = tray[static_cast<size_t>(position)];
+    if (cell.empty()) cell = above;
+    if (cell.empty()) continue;
+    cell.sampleId = CleanSampleId(sampleIds[i]).toStdString();
+    above = cell;
+    edit[position] = cell;
+  }
+  return Changes(tray, edit);
+}
+
+TrayEdit ClearEdit(const std::vector<TrayCell>& tray, const std::vector<int>& positions) {
+  TrayEdit edit;
+  for (const int position : positions) edit[position] = TrayCell();
+  return Changes(tray, edit);
+}
+
+TrayEdit FillDownEdit(const std::vector<TrayCell>& tray, const std::vector<int>& positions) {
+  TrayEdit edit;
+  if (positions.empty()) return edit;
+  const int first = *std::min_element(positions.begin(), positions.end());
+  const TrayCell& source = tray.at(static_cast<size_t>(first));
+  for (const int position : positions) {
+    if (position == first) continue;
+    TrayCell cell = source;
+    const TrayCell& present = tray.at(static_cast<size_t>(position));
+    if (!cell.empty() && !present.empty()) cell.sampleId = present.sampleId;
+    edit[position] = cell;
+  }
+  return Changes(tray, edit);
+}
+
+TrayEdit MoveEdit(const std::vector<TrayCell>& tray, const std::vector<int>& positions, int by) {
+  std::vector<int> sorted = positions;
+  std::sort(sorted.begin(), sorted.end());
+  const int last = static_cast<int>(tray.size()) - 1;
+  if (sorted.empty() || sorted.front() + by < 0 || sorted.back() + by > last) return {};
+  if (by > 0) std::reverse(sorted.begin(), sorted.end());
+  std::vector<TrayCell> moved = tray;
+  for (const int position : sorted) {
+    std::swap(moved[static_cast<size_t>(position)], moved[static_cast<size_t>(position + by)]);
+  }
+  TrayEdit edit;
+  for (int i = 0; i <= last; ++i) edit[i] = moved[static_cast<size_t>(i)];
+  return Changes(tray, edit);
+}
+
+}  // namespace torvell

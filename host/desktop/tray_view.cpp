@@ -1,0 +1,264 @@
+#include "host/desktop/tray_view.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QStyledItemDelegate>
+#include <algorithm>
+#include <set>
+
+#include "host/desktop/instrument_session.h"
+#include "host/desktop/tray_model.h"
+
+namespace torvell {
+namespace {
+
+constexpr char kCellsFormat[] = "application/x-torvell-tray-positions";
+// A row is never lower than its text, and not higher than looks like a table.
+constexpr int kLowestRow = 18;
+constexpr int kHighestRow = 26;
+
+// The editor of a sample id takes no more than can be stored.
+class SampleIdDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+  QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
+                        const QModelIndex& index) const override {
+    QWidget* editor = QStyledItemDelegate::createEditor(parent, option, index);
+    if (auto* line = qobject_cast<QLineEdit*>(editor)) {
+      line->setMaxLength(kLongestSampleId);
+      line->setAccessibleName(QStringLiteral("Sample ID of position %1").arg(index.row() + 1));
+    }
+    return editor;
+  }
+};
+
+// Long texts lose their end, not the row its height.
+int TextRow(const QWidget& widget) { return widget.fontMetrics().height() + 2; }
+
+}  // namespace
+
+TrayView::TrayView(QWidget* parent) : QTableView(parent), model_(new TrayModel(this)) {
+  setModel(model_);
+  setAccessibleName(QStringLiteral("Tray"));
+  setItemDelegateForColumn(TrayModel::SampleId, new SampleIdDelegate(this));
+  setSelectionBehavior(QAbstractItemView::SelectRows);
+  setSelectionMode(QAbstractItemView::ExtendedSelection);
+  setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::AnyKeyPressed);
+  setTextElideMode(Qt::ElideRight);
+  setWordWrap(false);
+  setShowGrid(false);
+  setAlternatingRowColors(true);
+  setTabKeyNavigation(false);
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  verticalHeader()->hide();
+  verticalHeader()->setMinimumSectionSize(kLowestRow);
+  verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+  QHeaderView* header = horizontalHeader();
+  header->setHighlightSections(false);
+  header->setMinimumSectionSize(40);
+  connect(model_, &TrayModel::SampleIdTyped, this, [this](int position, const QString& text) {
+    const TrayEdit edit = SampleIdEdit(session_->cells(), position, {text});
+    if (edit.empty()) {
+      Q_EMIT Notice(QStringLiteral("Position %1 is empty and nothing above it can be copied. Add a "
+                                   "sample first.")
+                        .arg(position + 1));
+    }
+    session_->Apply(edit);
+  });
+  connect(this, &QTableView::doubleClicked, this, [this](const QModelIndex& index) {
+    if (!editable_) return;
+    if (index.column() == TrayModel::SampleId) {
+      edit(index);
+    } else {
+      EditPosition();
+    }
+  });
+}
+
+void TrayView::SetSession(InstrumentSession* session) {
+  if (session_ != nullptr) disconnect(session_, nullptr, this, nullptr);
+  session_ = session;
+  if (session_ != nullptr) {
+    connect(session_, &InstrumentSession::TrayChanged, this, &TrayView::Refresh);
+  }
+  Refresh();
+  FitRows();
+}
+
+void TrayView::SetEditable(bool editable) {
+  // What is being typed when a run begins can't be taken any more.
+  if (!editable && session_ != nullptr && session_->IsRunning() &&
+      state() == QAbstractItemView::EditingState) {
+    reset();
+  }
+  editable_ = editable;
+  model_->SetEditable(editable);
+}
+
+void TrayView::Refresh() {
+  model_->SetRows(session_ != nullptr ? session_->rows() : std::vector<TrayRow>());
+  if (!currentIndex().isValid() && model_->rowCount() > 0) {
+    setCurrentIndex(model_->index(0, TrayModel::SampleId));
+  }
+  FitRows();
+}
+
+void TrayView::FitRows() {
+  const int count = std::max(1, model_->rowCount());
+  const int lowest = std::max(kLowestRow, TextRow(*this));
+  const int height =
+      std::clamp(viewport()->height() / count, lowest, std::max(lowest, kHighestRow));
+  if (verticalHeader()->defaultSectionSize() != height) {
+    verticalHeader()->setDefaultSectionSize(height);
+  }
+  // Fixed shares of the width: what is longest gets what the others leave.
+  const QFontMetrics metrics(font());
+  const int number = metrics.horizontalAdvance(QStringLiteral("Pos.")) + 18;
+  const int state = metrics.horizontalAdvance(QStringLiteral("Running")) + 46;
+  const int rest = std::max(200, viewport()->width() - number - state);
+  setColumnWidth(TrayModel::Number, number);
+  setColumnWidth(TrayModel::State, state);
+  // The labels of the actions are known; the ids are the laboratory's.
+  const int action = std::min(
+      metrics.horizontalAdvance(QStringLiteral("Verify Known Viscosity")) + 14, rest * 30 / 100);
+  const int tests = (rest - action) * 28 / 100;
+  const int result = std::max((rest - action) * 32 / 100,
+                              metrics.horizontalAdvance(QStringLiteral("Result (mPa·s)")) + 18);
+  setColumnWidth(TrayModel::SampleId, rest - action - tests - result);
+  setColumnWidth(TrayModel::Action, action);
+  setColumnWidth(TrayModel::Tests, tests);
+  setColumnWidth(TrayModel::Result, result);
+}
+
+void TrayView::resizeEvent(QResizeEvent* event) {
+  QTableView::resizeEvent(event);
+  FitRows();
+}
+
+void TrayView::selectionChanged(const QItemSelection& now, const QItemSelection& before) {
+  QTableView::selectionChanged(now, before);
+  Q_EMIT SelectionChanged();
+}
+
+std::vector<int> TrayView::SelectedPositions() const {
+  std::set<int> positions;
+  for (const QModelIndex& index : selectionModel()->selectedRows()) positions.insert(index.row());
+  return {positions.begin(), positions.end()};
+}
+
+void TrayView::Select(const std::vector<int>& positions) {
+  QItemSelection selection;
+  for (const int position : positions) {
+    selection.select(model_->index(position, 0),
+                     model_->index(position, TrayModel::ColumnCount - 1));
+  }
+  if (positions.empty()) return;
+  setCurrentIndex(model_->index(positions.front(), TrayModel::SampleId));
+  selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+}
+
+void TrayView::Copy() {
+  if (session_ == nullptr) return;
+  std::vector<TrayCell> cells;
+  QStringList sampleIds;
+  for (const int position : SelectedPositions()) {
+    if (position >= static_cast<int>(session_->cells().size())) continue;
+    cells.push_back(session_->cells()[static_cast<size_t>(position)]);
+    sampleIds << model_->rows()[static_cast<size_t>(position)].sampleId;
+  }
+  if (cells.empty()) return;
+  auto* copied = new QMimeData();
+  copied->setData(QString::fromLatin1(kCellsFormat), PackCells(cells));
+  copied->setText(sampleIds.join(QLatin1Char('\n')));
+  QApplication::clipboard()->setMimeData(copied);
+}
+
+void TrayView::Cut() {
+  if (!editable_) return;
+  Copy();
+  Clear();
+}
+
+void TrayView::Paste() {
+  const std::vector<int> positions = SelectedPositions();
+  if (!editable_ || session_ == nullptr || positions.empty()) return;
+  const QMimeData* pasted = QApplication::clipboard()->mimeData();
+  if (pasted == nullptr) return;
+  TrayEdit edit;
+  if (const auto cells = UnpackCells(pasted->data(QString::fromLatin1(kCellsFormat)))) {
+    edit = PasteEdit(session_->cells(), positions.front(), *cells);
+  } else {
+    QStringList lines = pasted->text().split(QLatin1Char('\n'));
+    while (!lines.isEmpty() && lines.back().trimmed().isEmpty()) lines.removeLast();
+    edit = SampleIdEdit(session_->cells(), positions.front(), lines);
+    for (const QString& line : lines) {
+      if (line.size() > kLongestSampleId) {
+        Q_EMIT Notice(QStringLiteral("A sample ID was cut to %1 letters.").arg(kLongestSampleId));
+        break;
+      }
+    }
+  }
+  if (edit.empty()) {
+    Q_EMIT Notice(
+        QStringLiteral("Nothing was pasted: the clipboard holds no positions and no sample "
+                       "IDs that fit here."));
+    return;
+  }
+  session_->Apply(edit);
+}
+
+void TrayView::Clear() {
+  if (editable_ && session_ != nullptr) {
+    session_->Apply(ClearEdit(session_->cells(), SelectedPositions()));
+  }
+}
+
+void TrayView::FillDown() {
+  if (editable_ && session_ != nullptr) {
+    session_->Apply(FillDownEdit(session_->cells(), SelectedPositions()));
+  }
+}
+
+void TrayView::MoveUp() { Move(-1); }
+
+void TrayView::MoveDown() { Move(1); }
+
+void TrayView::Move(int by) {
+  if (!editable_ || session_ == nullptr) return;
+  std::vector<int> positions = SelectedPositions();
+  const int last = model_->rowCount() - 1;
+  if (positions.empty() || positions.front() + by < 0 || positions.back() + by > last) return;
+  session_->Apply(MoveEdit(session_->cells(), positions, by));
+  for (int& position : positions) position += by;
+  Select(positions);
+}
+
+void TrayView::EditPosition() {
+  if (editable_ && session_ != nullptr && currentIndex().isValid()) {
+    session_->Edit(currentIndex().row());
+  }
+}
+
+void TrayView::keyPressEvent(QKeyEvent* event) {
+  // Return opens what F2 does not: the module's dialog of the position.
+  if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) &&
+      state() != QAbstractItemView::EditingState) {
+    EditPosition();
+    return;
+  }
+  // A letter typed anywhere in the row begins its sample id.
+  const bool types = !event->text().isEmpty() && event->text().front().isPrint() &&
+                     !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
+  if (types && currentIndex().isValid() && currentIndex().column() != TrayModel::SampleId) {
+    selectionModel()->setCurrentIndex(model_->index(currentIndex().row(), TrayModel::SampleId),
+                                      QItemSelectionModel::NoUpdate);
+  }
+  QTableView::keyPressEvent(event);
+}
+
+}  // namespace torvell

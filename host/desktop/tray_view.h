@@ -1,0 +1,57 @@
+// The table of the tray: keys, clipboard, in-place editing.
+#pragma once
+
+#include <QTableView>
+#include <vector>
+
+class QMimeData;
+
+namespace torvell {
+
+class InstrumentSession;
+class TrayModel;
+
+// Shows one session's tray at a time. All rows fit its height as long as they stay readable.
+class TrayView : public QTableView {
+  Q_OBJECT
+
+ public:
+  explicit TrayView(QWidget* parent = nullptr);
+
+  void SetSession(InstrumentSession* session);
+  void SetEditable(bool editable);
+  // Positions from 0, rising.
+  std::vector<int> SelectedPositions() const;
+
+ public Q_SLOTS:
+  void Copy();
+  void Cut();
+  void Paste();
+  void Clear();
+  void FillDown();
+  void MoveUp();
+  void MoveDown();
+  void EditPosition();
+
+ Q_SIGNALS:
+  void SelectionChanged();
+  // Something could not be done; one line.
+  void Notice(const QString& text);
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void selectionChanged(const QItemSelection& now, const QItemSelection& before) override;
+
+ private:
+  void FitRows();
+  void Refresh();
+  void Move(int by);
+  void Select(const std::vector<int>& positions);
+
+  TrayModel* model_;
+  InstrumentSession* session_ = nullptr;
+  bool editable_ = false;
+};
+
+}  // namespace torvell

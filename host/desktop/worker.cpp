@@ -1,0 +1,94 @@
+#include "host/desktop/worker.h"
+
+#include <utility>
+
+#include "host/core/host_error.h"
+#include "instrument/host/exceptions.h"
+
+namespace torvell {
+
+QString DescribeRaised() {
+  try {
+    throw;
+  } catch (rvx::CViscoException* raised) {
+    const std::unique_ptr<rvx::CViscoException> error(raised);
+    const std::string& text = error->GetRecord().message;
+    if (!text.empty()) return QString::fromStdString(text);
+    return QStringLiteral(
+        "The instrument refused this and gave no reason. Nothing was changed. Try again, and look "
+        "at the messages.");
+  } catch (const std::exception& error) {
+    return QString::fromUtf8(error.what());
+  }
+}
+
+Worker::Worker(GuiThread& gui, const std::string& name) : gui_(gui) {
+  thread_ = platform::StartThread(name, [this] { Main(); });
+}
+
+Worker::~Worker() { Finish(); }
+
+void Worker::Finish() {
+  {
+    platform::PlainGuard guard(lock_);
+    ending_ = true;
+  }
+  work_.Set();
+  thread_->Join();
+}
+
+void Worker::Do(QObject* owner, std::function<void()> job, std::function<void()> done,
+                std::function<void(const QString&)> failed) {
+  auto entry = std::make_shared<Job>();
+  entry->owner = owner;
+  entry->body = std::move(job);
+  entry->done = std::move(done);
+  entry->failed = std::move(failed);
+  ++waiting_;
+  {
+    platform::PlainGuard guard(lock_);
+    jobs_.push_back(std::move(entry));
+  }
+  work_.Set();
+}
+
+void Worker::Report(std::shared_ptr<Job> job, const QString& failure) {
+  gui_.Post([this, alive = std::weak_ptr<int>(alive_), job = std::move(job), failure] {
+    if (!alive.expired()) --waiting_;
+    if (job->owner.isNull()) return;
+    if (!failure.isEmpty()) {
+      if (job->failed) job->failed(failure);
+    } else if (job->done) {
+      job->done();
+    }
+  });
+}
+
+void Worker::Main() {
+  for (;;) {
+    std::shared_ptr<Job> job;
+    bool ending = false;
+    {
+      platform::PlainGuard guard(lock_);
+      ending = ending_;
+      if (!jobs_.empty()) {
+        job = std::move(jobs_.front());
+        jobs_.pop_front();
+      }
+    }
+    if (!job) {
+      if (ending) return;
+      work_.Wait();
+      continue;
+    }
+    QString failure;
+    try {
+      job->body();
+    } catch (...) {
+      failure = DescribeRaised();
+    }
+    Report(std::move(job), failure);
+  }
+}
+
+}  // namespace torvell
