@@ -1,0 +1,122 @@
+// A real window on a simulated instrument, in a folder that is thrown away.
+#pragma once
+
+#include <QApplication>
+#include <QTest>
+#include <cstdio>
+#include <memory>
+
+#include "host/core/host.h"
+#include "host/desktop/demo_folder.h"
+#include "host/desktop/desktop.h"
+#include "host/desktop/instrument_session.h"
+#include "host/desktop/main_window.h"
+#include "host/desktop/prompter.h"
+#include "host/desktop/samples_page.h"
+#include "host/desktop/tray_page.h"
+#include "host/desktop/tray_view.h"
+#include "host/desktop/user_dialogs.h"
+#include "host/desktop/welcome_dialog.h"
+#include "tests/core/temp_folder.h"
+
+namespace torvell {
+
+// Far beyond what any state needs on a busy machine; a test that waits so long has failed.
+inline constexpr int kPatience = 120 * 1000;  // ms
+
+class DesktopBench {
+ public:
+  explicit DesktopBench(bool demo = true) : prompter_(gui_) {
+    platform::SetPrompter(&prompter_);
+    HostOptions options;
+    options.dataFolder = folder_.path() + "/data";
+    options.simulate = true;
+    options.userInterface = &gui_;
+    host_ = Host::Open(options);
+    window_ = std::make_unique<MainWindow>(*host_, gui_, prompter_, WindowOptions{demo, 0});
+  }
+  ~DesktopBench() {
+    RunAside(gui_, "closing", window_->TakeClosingWork());
+    window_.reset();
+    RunAside(gui_, "closing", [this] { host_.reset(); });
+    platform::SetPrompter(nullptr);
+  }
+
+  // Shows the window and waits until the instrument is there and its tray is read.
+  void Open() {
+    bool ready = false;
+    QObject::connect(window_.get(), &MainWindow::Ready, window_.get(), [&ready] { ready = true; });
+    window_->show();
+    window_->Begin();
+    Until([&] { return ready && !window_->sessions().empty() && session().traySize() > 0; });
+    QObject::connect(&session(), &InstrumentSession::Failed, [](const QString& text) {
+      std::fprintf(stderr, "refused: %s\n", qPrintable(text));
+    });
+    BePatient();
+  }
+
+  // Lets the window live until something is so; false if it never is.
+  static bool Until(const std::function<bool()>& isSo) { return QTest::qWaitFor(isSo, kPatience); }
+  // The first visible window of a kind, as soon as it is there.
+  template <class Window>
+  static Window* WaitForWindow() {
+    Window* found = nullptr;
+    Until([&] {
+      for (QWidget* widget : QApplication::topLevelWidgets()) {
+        auto* each = qobject_cast<Window*>(widget);
+        if (each != nullptr && each->isVisible()) found = each;
+      }
+      return found != nullptr;
+    });
+    return found;
+  }
+
+  // Acts as this user of the demonstration.
+  void ActAs(const char* name) {
+    if (auto* welcome = window_->findChild<WelcomeDialog*>()) welcome->close();
+    host_->users().SetActingUser(name);
+    window_->RefreshActor();
+    const QString shown = QString::fromLatin1(name);
+    Until([&] { return window_->user() == shown; });
+  }
+  void LoadTray(const std::string& csv) {
+    const std::string path = folder_.path() + "/tray.csv";
+    WriteWholeFile(path, csv);
+    session().LoadFile(QString::fromStdString(path));
+    Until([&] { return session().Situation().filled > 0 && !session().Situation().busy; });
+  }
+  void PrepareInstrument() {
+    Until([&] { return session().Situation().silence.has_value(); });
+    session().Prepare();
+    Until([&] {
+      const InstrumentSituation situation = session().Situation();
+      return !situation.preparing && NotReadyText(situation).isEmpty();
+    });
+  }
+
+  GuiThread& gui() { return gui_; }
+  Host& host() { return *host_; }
+  MainWindow& window() { return *window_; }
+  InstrumentSession& session() { return *window_->sessions().front(); }
+  const std::string& folder() const { return folder_.path(); }
+
+ private:
+  // The clock is fast and the machine may be busy: an answer that is late is not lost.
+  void BePatient() {
+    RunAside(gui_, "patience", [this] {
+      host_->users().SetActingUser("sara");
+      const auto refused =
+          session().entry().scripting->SetSettings({{"response-timeout", "60000"}});
+      if (refused) std::fprintf(stderr, "refused: %s\n", refused->message.c_str());
+      host_->users().SetActingUser("");
+    });
+  }
+
+  TempFolder folder_;
+  GuiThread gui_;
+  WindowPrompter prompter_;
+  std::unique_ptr<Host> host_;
+  std::unique_ptr<MainWindow> window_;
+};
+
+}  // namespace torvell

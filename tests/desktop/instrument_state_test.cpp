@@ -1,0 +1,137 @@
+// The word of state and the commands that fit it.
+#include "host/desktop/instrument_state.h"
+
+#include <gtest/gtest.h>
+
+namespace torvell {
+namespace {
+
+using platform::Milliseconds;
+
+InstrumentSituation Ready() {
+  InstrumentSituation situation;
+  situation.silence = Milliseconds(100);
+  situation.readings.sequence = 5;
+  situation.readings.temperature = 5.0;
+  situation.filled = 2;
+  situation.level = 10;
+  return situation;
+}
+
+InstrumentSituation Running() {
+  InstrumentSituation situation = Ready();
+  situation.running = true;
+  situation.position = 7;
+  return situation;
+}
+
+TEST(StateWordTest, SilenceOutranksErrorAndErrorOutranksTheRun) {
+  InstrumentSituation situation = Running();
+  EXPECT_EQ(StateText(situation, 30), "Running 7/30");
+  situation.position = 0;
+  EXPECT_EQ(StateText(situation, 30), "Running");
+  situation.paused = true;
+  EXPECT_EQ(WordOf(situation), StateWord::Paused);
+  situation.readings.errorCode = 0x23;
+  EXPECT_EQ(WordOf(situation), StateWord::Error);
+  situation.silence = kDisconnectedAfter;
+  EXPECT_EQ(WordOf(situation), StateWord::Disconnected);
+}
+
+TEST(StateWordTest, ARefusedCommandIsNoErrorOfTheInstrument) {
+  InstrumentSituation situation = Ready();
+  situation.readings.errorCode = 0x87;
+  EXPECT_EQ(WordOf(situation), StateWord::Ready);
+}
+
+TEST(StateWordTest, SwitchesAndStatusBitsKeepItFromBeingReady) {
+  InstrumentSituation situation = Ready();
+  EXPECT_EQ(WordOf(situation), StateWord::Ready);
+  situation.readings.switchByte = 0x01;
+  EXPECT_EQ(WordOf(situation), StateWord::NotReady);
+  situation = Ready();
+  situation.readings.machineStatus = 0x06;
+  EXPECT_EQ(WordOf(situation), StateWord::NotReady);
+}
+
+TEST(StateWordTest, NothingHeardYetIsDisconnectedAndStale) {
+  InstrumentSituation situation = Ready();
+  situation.silence.reset();
+  EXPECT_EQ(WordOf(situation), StateWord::Disconnected);
+  EXPECT_TRUE(IsStale(situation));
+  situation.silence = kStaleAfter - Milliseconds(1);
+  EXPECT_FALSE(IsStale(situation));
+}
+
+TEST(RunOffersTest, AReadyTrayCanOnlyBeStartedAndEdited) {
+  const RunOffers offers = OffersOf(Ready());
+  EXPECT_TRUE(offers.start.enabled);
+  EXPECT_TRUE(offers.edit.enabled);
+  for (const Offer* offer : {&offers.pauseNow, &offers.pauseAfter, &offers.resume, &offers.abort,
+                             &offers.prepare, &offers.newTray}) {
+    EXPECT_FALSE(offer->shown);
+  }
+}
+
+TEST(RunOffersTest, WhatKeepsATrayFromStartingIsSaid) {
+  InstrumentSituation situation = Ready();
+  situation.filled = 0;
+  EXPECT_TRUE(OffersOf(situation).start.why.contains("empty"));
+  situation = Ready();
+  situation.readings.temperature = 10.0;
+  EXPECT_TRUE(OffersOf(situation).start.why.contains("too warm"));
+  situation.readings.temperature = std::nan("");
+  EXPECT_FALSE(OffersOf(situation).start.enabled);
+  situation = Ready();
+  situation.level = 0;
+  EXPECT_TRUE(OffersOf(situation).start.why.contains("level 10 (operator)"));
+  EXPECT_FALSE(OffersOf(situation).edit.enabled);
+}
+
+TEST(RunOffersTest, ARunningTrayCanBePausedOrAbortedAndNotEdited) {
+  InstrumentSituation situation = Running();
+  RunOffers offers = OffersOf(situation);
+  EXPECT_TRUE(offers.pauseAfter.enabled);
+  EXPECT_TRUE(offers.pauseNow.enabled);
+  EXPECT_TRUE(offers.abort.enabled);
+  EXPECT_FALSE(offers.start.shown);
+  EXPECT_FALSE(offers.resume.shown);
+  EXPECT_FALSE(offers.edit.enabled);
+  // Once it is to pause behind the sample, it can still be paused at once.
+  situation.pauseRequested = true;
+  offers = OffersOf(situation);
+  EXPECT_FALSE(offers.pauseAfter.enabled);
+  EXPECT_TRUE(offers.pauseNow.enabled);
+}
+
+TEST(RunOffersTest, APausedTrayIsNotResumedIntoADeadLine) {
+  InstrumentSituation situation = Running();
+  situation.paused = true;
+  EXPECT_TRUE(OffersOf(situation).resume.enabled);
+  EXPECT_FALSE(OffersOf(situation).pauseNow.shown);
+  situation.silence = kDisconnectedAfter;
+  EXPECT_FALSE(OffersOf(situation).resume.enabled);
+  EXPECT_TRUE(OffersOf(situation).abort.enabled);
+}
+
+TEST(RunOffersTest, ResultsStandUntilANewTrayIsAskedFor) {
+  InstrumentSituation situation = Ready();
+  situation.summaryOpen = true;
+  const RunOffers offers = OffersOf(situation);
+  EXPECT_TRUE(offers.newTray.enabled);
+  EXPECT_FALSE(offers.start.shown);
+  EXPECT_FALSE(offers.edit.enabled);
+}
+
+TEST(RunOffersTest, OnlyASimulatedInstrumentIsPrepared) {
+  InstrumentSituation situation = Ready();
+  situation.readings.temperature = 21.0;
+  EXPECT_FALSE(OffersOf(situation).prepare.shown);
+  situation.simulated = true;
+  EXPECT_TRUE(OffersOf(situation).prepare.enabled);
+  situation.preparing = true;
+  EXPECT_FALSE(OffersOf(situation).prepare.enabled);
+}
+
+}  // namespace
+}  // namespace torvell

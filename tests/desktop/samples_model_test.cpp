@@ -1,0 +1,117 @@
+// The table of samples over an archive that is larger than what it keeps.
+#include "host/desktop/samples_model.h"
+
+#include <gtest/gtest.h>
+
+#include "host/core/database.h"
+#include "tests/desktop/desktop_bench.h"
+
+namespace torvell {
+namespace {
+
+class SamplesModelTest : public testing::Test {
+ protected:
+  SamplesModelTest() : host_(OpenHost(folder_)), worker_(gui_, "samples test") {}
+  ~SamplesModelTest() override {
+    RunAside(gui_, "closing", [this] { worker_.Finish(); });
+  }
+
+  void Store(const char* sampleId, const char* time, double viscosity, double known = 0.0) {
+    rvx::Sample sample;
+    sample.sampleId = sampleId;
+    sample.instrument = "RVX one";
+    sample.timestamp = platform::ParseDate(time);
+    sample.viscosity = viscosity;
+    sample.constants[4] = known;
+    host_->samples().StoreSample(sample);
+  }
+  // One stored sample again and again, each a second later than the one before.
+  void Multiply(int count) {
+    Store("S", "2026-01-01T08:00:00", 5000.0);
+    std::string columns;
+    for (const SampleColumn& column : SampleColumns()) {
+      if (column.name == "ID" || column.name == "Timestamp") continue;
+      columns += ", \"" + column.name + "\"";
+    }
+    ExecuteSql(host_->database(),
+               "WITH RECURSIVE N(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM N WHERE i < " +
+                   std::to_string(count - 1) + ") INSERT INTO SAMPLES (\"ID\", \"Timestamp\"" +
+                   columns +
+                   ") SELECT 'copy ' || i, strftime('%Y-%m-%dT%H:%M:%S', '2026-01-01 08:00:00', i "
+                   "|| ' seconds')" +
+                   columns + " FROM N, SAMPLES WHERE SAMPLES.rowid = 1");
+    ExecuteSql(host_->database(),
+               "UPDATE SAMPLES SET \"ID\" = \"ID Copy\" WHERE \"ID\" = 'copy 1'");
+  }
+
+  void Search(SamplesModel& model, const SampleQuery& query) {
+    model.SetQuery(query);
+    ASSERT_TRUE(DesktopBench::Until([&] { return !model.IsSearching(); }));
+  }
+  std::vector<QString> Column(SamplesModel& model, int column) {
+    std::vector<QString> texts;
+    for (int row = 0; row < model.rowCount(); ++row) {
+      const QModelIndex index = model.index(row, column);
+      model.data(index, Qt::DisplayRole);
+      DesktopBench::Until([&] { return !model.data(index, Qt::DisplayRole).toString().isEmpty(); });
+      texts.push_back(model.data(index, Qt::DisplayRole).toString());
+    }
+    return texts;
+  }
+
+  TempFolder folder_;
+  std::unique_ptr<Host> host_;
+  GuiThread gui_;
+  Worker worker_;
+};
+
+TEST_F(SamplesModelTest, FiltersAndOrdersAsAsked) {
+  Store("OIL-A", "2026-01-05T23:59:59", 5000.0);
+  Store("oil-b", "2026-01-06T00:00:00", 4000.0, 3950.0);
+  Store("100%", "2026-01-07T12:00:00", 6000.0);
+  SamplesModel model(host_->samples(), worker_);
+  using Texts = std::vector<QString>;
+
+  SampleQuery query;
+  Search(model, query);
+  EXPECT_EQ(Column(model, SamplesModel::SampleId), (Texts{"100%", "oil-b", "OIL-A"}));
+  query.sampleId = "OIL";
+  Search(model, query);
+  EXPECT_EQ(model.rowCount(), 2);
+  query.sampleId = "0%";
+  Search(model, query);
+  EXPECT_EQ(Column(model, SamplesModel::SampleId), (Texts{"100%"})) << "% is a letter here";
+  query = {};
+  query.toDay = "2026-01-05";
+  Search(model, query);
+  EXPECT_EQ(Column(model, SamplesModel::SampleId), (Texts{"OIL-A"}));
+  query = {};
+  query.fromDay = "2026-01-06";
+  query.verified = true;
+  Search(model, query);
+  EXPECT_EQ(Column(model, SamplesModel::SampleId), (Texts{"oil-b"}));
+  query = {};
+  query.order = SampleQuery::Order::Viscosity;
+  query.descending = false;
+  Search(model, query);
+  EXPECT_EQ(Column(model, SamplesModel::SampleId), (Texts{"oil-b", "OIL-A", "100%"}));
+}
+
+TEST_F(SamplesModelTest, FetchesOnlyWhatIsLookedAt) {
+  Multiply(100000);
+  SamplesModel model(host_->samples(), worker_);
+  SampleQuery query;
+  query.descending = false;
+  Search(model, query);
+  ASSERT_EQ(model.rowCount(), 100000);
+  for (const int row : {0, 50000, 99999}) {
+    const QModelIndex index = model.index(row, SamplesModel::Viscosity);
+    EXPECT_TRUE(model.data(index, Qt::DisplayRole).toString().isEmpty()) << "not fetched yet";
+    EXPECT_TRUE(DesktopBench::Until(
+        [&] { return model.data(index, Qt::DisplayRole).toString() == "5000.0"; }));
+  }
+  EXPECT_TRUE(worker_.IsIdle()) << "nothing else was fetched";
+}
+
+}  // namespace
+}  // namespace torvell
