@@ -4,7 +4,7 @@ _torvell() {
   local options="--data --simulate --clock --seed --user --password-fd --instrument --json --quiet
     --help --help-all --version"
   local commands="discover ports status monitor constants settings calibrate standards tray run
-    samples service simulate messages users"
+    samples service simulate messages users desktop"
   local command="" subcommand="" word i
   for ((i = 1; i < COMP_CWORD; i++)); do
     word=${COMP_WORDS[i]}
@@ -17,6 +17,7 @@ _torvell() {
   case $previous in
     --data) mapfile -t COMPREPLY < <(compgen -d -- "$current"); return ;;
     --clock) mapfile -t COMPREPLY < <(compgen -W "real virtual x20 x50" -- "$current"); return ;;
+    --theme) mapfile -t COMPREPLY < <(compgen -W "light dark" -- "$current"); return ;;
     --csv) mapfile -t COMPREPLY < <(compgen -f -- "$current"); return ;;
   esac
   local words=""
@@ -32,6 +33,7 @@ _torvell() {
     users) words="list add passwd remove" ;;
     service) words="home temperature move precondition switch selftest abort jog" ;;
     run) words="--prepare" ;;
+    desktop) words="--demo --lock-after --theme" ;;
     samples) words="--last --csv" ;;
     messages) words="--last" ;;
     monitor) words="--count" ;;
