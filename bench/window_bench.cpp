@@ -48,7 +48,8 @@ void FillArchive(Host& host) {
              "WITH RECURSIVE N(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM N WHERE i < " +
                  std::to_string(kRows - 1) + ") INSERT INTO SAMPLES (\"ID\", \"Timestamp\"" +
                  columns +
-                 ") SELECT 'copy ' || i, strftime('%Y-%m-%dT%H:%M:%S', '2026-01-01 08:00:00', i || "
+                 ") SELECT printf('%08x', i) || substr(\"ID\", 9), strftime('%Y-%m-%dT%H:%M:%S', "
+                 "'2026-01-01 08:00:00', i || "
                  "' seconds')" +
                  columns + " FROM N, SAMPLES WHERE SAMPLES.rowid = 1");
 }

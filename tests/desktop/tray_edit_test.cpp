@@ -109,17 +109,17 @@ TEST_F(RunRowsTest, TheRunningPositionSaysWhatItDoesUntilItHasResults) {
   EXPECT_EQ(ResultText(Row(0)), "Equilibration");
   EXPECT_EQ(Row(3).state, RowState::Waiting);
   EXPECT_EQ(Row(1).state, RowState::Empty);
-  Take(RunEvent::Kind::Sample, 0, 5400.25);
+  Take(RunEvent::Kind::Sample, 0, 5400.3);
   QLocale::setDefault(QLocale::c());
-  EXPECT_EQ(ResultText(Row(0)), "5400.2");
+  EXPECT_EQ(ResultText(Row(0)), "5400.3");
 }
 
 TEST_F(RunRowsTest, APositionWithoutAllItsResultsHasFailed) {
-  Take(RunEvent::Kind::Sample, 0, 5400.25);
+  Take(RunEvent::Kind::Sample, 0, 5400.3);
   Take(RunEvent::Kind::SampleFinished, 0);
   EXPECT_EQ(Row(0).state, RowState::Failed);
   QLocale::setDefault(QLocale::c());
-  EXPECT_EQ(ResultText(Row(0)), "5400.2, -") << "what is missing is never a number";
+  EXPECT_EQ(ResultText(Row(0)), "5400.3, -") << "what is missing is never a number";
 }
 
 TEST_F(RunRowsTest, AnAbortedRunLeavesPositionsThatNeverRan) {
@@ -129,10 +129,10 @@ TEST_F(RunRowsTest, AnAbortedRunLeavesPositionsThatNeverRan) {
 }
 
 TEST_F(RunRowsTest, ResultsInALocaleWithADecimalCommaStayApart) {
-  Take(RunEvent::Kind::Sample, 0, 5400.25);
+  Take(RunEvent::Kind::Sample, 0, 5400.3);
   Take(RunEvent::Kind::Sample, 0, 7030.5);
   QLocale::setDefault(QLocale(QLocale::German));
-  EXPECT_EQ(ResultText(Row(0)), "5400,2; 7030,5");
+  EXPECT_EQ(ResultText(Row(0)), "5400,3; 7030,5");
   QLocale::setDefault(QLocale::c());
 }
 
