@@ -65,6 +65,7 @@ std::vector<int32_t> FakeInstrumentManager::releasedFrames() {
 }
 
 void FakeInstrumentManager::ReportError(ActionException* error) {
+  if (onError) onError(error->GetRecord());
   {
     const PlainGuard guard(lock_);
     errors_.push_back(error->GetRecord());

@@ -52,6 +52,9 @@ class FakeInstrumentManager : public InstrumentManager {
   int32_t SelectInstrument(int32_t index, int32_t select) override;
 
   // --- For tests. The list is not owned.
+  // Called first in each ReportError, on its thread, without a lock. Set it before there are
+  // threads.
+  std::function<void(const ActionErrorRecord&)> onError;
   void SetInstruments(std::vector<ViscometerInstrument*> instruments);
   std::vector<ActionErrorRecord> errors();
   int notifications();

@@ -25,11 +25,18 @@ void FakePort::Write(std::span<const uint8_t> bytes) {
   std::shared_ptr<const Script> script;
   {
     const PlainGuard guard(lock_);
-    written_.emplace_back(bytes.begin(), bytes.end());
+    if (keepsWritten_) written_.emplace_back(bytes.begin(), bytes.end());
     script = script_;
   }
   wrote_.Set();
-  if (script != nullptr && *script) (*script)(*this, bytes);
+  const auto hear = [&](std::span<const uint8_t> heard) {
+    if (script != nullptr && *script) (*script)(*this, heard);
+  };
+  if (filter_ != nullptr) {
+    filter_->FromHost(bytes, hear);
+  } else {
+    hear(bytes);
+  }
 }
 
 void FakePort::Purge() {
@@ -44,6 +51,17 @@ void FakePort::SetScript(Script script) {
 }
 
 void FakePort::Reply(std::string_view bytes, platform::Milliseconds delay) {
+  if (filter_ == nullptr) {
+    Deliver(bytes, delay);
+    return;
+  }
+  filter_->FromInstrument(bytes, delay,
+                          [this](std::string_view arriving, platform::Milliseconds after) {
+                            Deliver(arriving, after);
+                          });
+}
+
+void FakePort::Deliver(std::string_view bytes, platform::Milliseconds delay) {
   {
     const PlainGuard guard(lock_);
     platform::Microseconds due = platform::MonotonicTime() + delay;

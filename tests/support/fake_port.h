@@ -18,6 +18,21 @@
 
 namespace rvx {
 
+// Stands on the line between the two ends and decides what of the bytes arrives, and when. Called
+// without a lock, on the sender's thread.
+class LineFilter {
+ public:
+  using Hear = std::function<void(std::span<const uint8_t> bytes)>;
+  using Deliver = std::function<void(std::string_view bytes, platform::Milliseconds delay)>;
+
+  virtual ~LineFilter() = default;
+  // The bytes of one Write; `hear` is the other end.
+  virtual void FromHost(std::span<const uint8_t> bytes, const Hear& hear) = 0;
+  // What the other end sends; `deliver` brings it to the watchers.
+  virtual void FromInstrument(std::string_view bytes, platform::Milliseconds delay,
+                              const Deliver& deliver) = 0;
+};
+
 // One port. While it is open a thread of its own hands what the other end sends to the watchers, as
 // a real port's does; so a port is opened only where threads can be started.
 class FakePort : public Port {
@@ -35,6 +50,10 @@ class FakePort : public Port {
 
   // --- The other end and the test. Any thread.
   void SetScript(Script script);
+  // Puts a filter on the line, or with null takes it away; not owned. Between the uses of the port.
+  void SetFilter(LineFilter* filter) { filter_ = filter; }
+  // The texts of `written` are kept unless this says otherwise; a run of days would pile them up.
+  void KeepWritten(bool keep) { keepsWritten_ = keep; }
   // Sends bytes to the watchers, `delay` after now, in the order of the calls. Dropped if the port
   // is closed by then.
   void Reply(std::string_view bytes, platform::Milliseconds delay = platform::Milliseconds(0));
@@ -52,6 +71,7 @@ class FakePort : public Port {
     platform::Microseconds due;
     std::string bytes;
   };
+  void Deliver(std::string_view bytes, platform::Milliseconds delay);
   void Attach(PortWatcher* watcher);
   // Waits until the watcher is not being called, unless the caller is the port's own thread.
   void Detach(PortWatcher* watcher);
@@ -60,6 +80,8 @@ class FakePort : public Port {
   size_t CountWritten(std::string_view part);
 
   const std::string name_;
+  LineFilter* filter_ = nullptr;
+  bool keepsWritten_ = true;
   platform::Event changed_{"fake port changed"};
   platform::Event wrote_{"fake port written"};
   platform::Event calm_{"fake port calm", platform::Event::Mode::ManualReset};

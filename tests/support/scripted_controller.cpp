@@ -43,6 +43,27 @@ int Word(const std::vector<uint8_t>& payload, size_t offset) {
   return payload.at(offset) << 8 | payload.at(offset + 1);
 }
 
+// What the bytes behind a command's tag must be, as far as it matters here; -1 for any number.
+int PayloadSize(std::string_view tag) {
+  static const std::map<std::string_view, int> kSizes = {
+      {kAbortTag, 0},          {kStartTestTag, 15},         {kPreconditionTag, 3},
+      {kMoveToPositionTag, 1}, {kTemperatureControlTag, 3}, {kUserAcknowledgeTag, 0}};
+  const auto found = kSizes.find(tag);
+  return found != kSizes.end() ? found->second : -1;
+}
+
+// Damage on the line shows as a character that is no digit or as a wrong length.
+uint8_t CheckPayload(std::string_view tag, std::string_view hex) {
+  if (hex.find_first_not_of("0123456789ABCDEF") != std::string_view::npos || hex.size() % 2 != 0) {
+    return static_cast<uint8_t>(ErrorCode::InvalidPacket);
+  }
+  const int size = PayloadSize(tag);
+  if (size >= 0 && hex.size() != 2 * static_cast<size_t>(size)) {
+    return static_cast<uint8_t>(ErrorCode::InvalidCommand);
+  }
+  return 0;
+}
+
 bool IsManualModel(char modelCode) { return modelCode == '1' || modelCode == '3'; }
 
 }  // namespace
@@ -259,6 +280,9 @@ void ScriptedController::Hear(std::span<const uint8_t> bytes) {
       delay = disturbance.delay;
     }
     if (isCommand) {
+      const std::string_view payload = std::string_view(text).substr(4);
+      if (code == 0) code = CheckPayload(tag, payload);
+      if (code == 0) code = ReasonToRefuse(tag);
       if (code == 0) Obey(tag, ParseHex(std::string_view(text).substr(4)));
       reply = MakeStatus(code, tag);
     } else if (tag == kIdentityTag) {
@@ -272,6 +296,18 @@ void ScriptedController::Hear(std::span<const uint8_t> bytes) {
   }
   changed_.Set();
   if (delay <= kReplyDelay) port_.Reply(reply, delay);
+}
+
+uint8_t ScriptedController::ReasonToRefuse(const std::string& tag) {
+  if (!playing_) return 0;
+  const uint8_t switches = status_[kSwitchOffset];
+  const bool starts = tag == kStartTestTag || tag == kPreconditionTag || tag == kMoveToPositionTag;
+  if (starts && switches != 0) return static_cast<uint8_t>(ErrorCode::NotIdle);
+  const bool runs = (switches & (kSwitchTestRunning | kSwitchMotorRun)) != 0;
+  if (tag == kTemperatureControlTag && runs) {
+    return static_cast<uint8_t>(ErrorCode::ManualWhileTesting);
+  }
+  return 0;
 }
 
 void ScriptedController::Obey(const std::string& tag, const std::vector<uint8_t>& payload) {

@@ -105,6 +105,8 @@ class ScriptedController {
 
   void RunThread();
   void Hear(std::span<const uint8_t> bytes);
+  // Why a sound command can't be carried out now: its error code, or 0.
+  uint8_t ReasonToRefuse(const std::string& tag) REQUIRES(lock_);
   void Obey(const std::string& tag, const std::vector<uint8_t>& payload) REQUIRES(lock_);
   void PlayTest(const std::vector<uint8_t>& payload) REQUIRES(lock_);
   void Play(uint8_t switchByte, std::vector<PlayStep> steps) REQUIRES(lock_);
