@@ -13,14 +13,16 @@ namespace rvx::soak {
 
 class Draws {
  public:
-  Draws(uint64_t seed, std::string_view purpose) : stream_(Combine(seed, purpose)) {}
+  Draws(uint64_t seed, std::string_view purpose) : state_(Combine(seed, purpose)) {}
 
-  uint64_t Next() { return stream_.Next(); }
+  uint64_t Next() { return platform::detail::Mix64(state_ += platform::detail::kGoldenGamma); }
   // 0 to bound - 1.
-  int Below(int bound) { return static_cast<int>(stream_.Below(static_cast<uint32_t>(bound))); }
+  int Below(int bound) {
+    return static_cast<int>((Next() >> 32) * static_cast<uint64_t>(bound) >> 32);
+  }
   // Both ends included.
   int Between(int low, int high) { return low + Below(high - low + 1); }
-  double Unit() { return static_cast<double>(stream_.Next() >> 11) * 0x1p-53; }
+  double Unit() { return static_cast<double>(Next() >> 11) * 0x1p-53; }
   bool Chance(double probability) { return Unit() < probability; }
   double LogUniform(double low, double high) { return low * std::pow(high / low, Unit()); }
   platform::Milliseconds LogUniform(platform::Milliseconds low, platform::Milliseconds high) {
@@ -36,7 +38,7 @@ class Draws {
     }
     return mixed;
   }
-  platform::detail::SplitMix stream_;
+  uint64_t state_;
 };
 
 }  // namespace rvx::soak

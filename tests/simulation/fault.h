@@ -15,13 +15,13 @@ enum class Fault : size_t {
   DoubledByte,
   InsertedByte,
   // The line, for each frame.
-  Gap,           // a pause inside a reply
-  LateReply,     // around the 2 s that a reply may take
+  Gap,        // a pause inside a reply
+  LateReply,  // around the 2 s that a reply may take
   LostReply,
   DoubledReply,
-  OldReply,      // an earlier reply once more
-  Babble,        // bytes that nobody asked for
-  ShortWrite,    // the end of a request is missing
+  OldReply,    // an earlier reply once more
+  Babble,      // bytes that nobody asked for
+  ShortWrite,  // the end of a request is missing
   // The line and the instrument, some times in a run.
   CutLine,
   OpenFails,

@@ -39,7 +39,8 @@ PlannedSample DrawSample(Draws& draws, int position, Profile profile) {
   for (int i = 0; i < tests; ++i) {
     PlannedTest test;
     test.temperature = kTemperatures[draws.Below(static_cast<int>(std::size(kTemperatures)))];
-    test.rotorTime = isShort ? draws.Between(6, 10) : draws.Between(30, 60);
+    // No two tests of a sample are alike, so that a record tells which it is of.
+    test.rotorTime = isShort ? draws.Between(6, 8) + 4 * i : draws.Between(30, 39) + 10 * i;
     sample.tests.push_back(test);
   }
   return sample;
@@ -66,8 +67,8 @@ void DrawTray(Scenario& scenario) {
   // Counters wrap: near their end they do it in the middle of a run.
   if (draws.Chance(0.25)) scenario.startCount = static_cast<uint16_t>(65536 - draws.Between(1, 99));
   if (draws.Chance(0.25)) {
-    scenario.startTick = (draws.Chance(0.5) ? 0x80000000U : 0U) - 1000U *
-                         static_cast<uint32_t>(draws.Between(1, 60));
+    scenario.startTick = (draws.Chance(0.5) ? 0x80000000U : 0U) -
+                         1000U * static_cast<uint32_t>(draws.Between(1, 60));
   }
 }
 
@@ -78,8 +79,8 @@ Milliseconds EstimateOf(const Scenario& scenario) {
   for (const PlannedSample& sample : scenario.samples) {
     seconds += 3;
     for (const PlannedTest& test : sample.tests) {
-      seconds += (plays ? 8 : 150) + 2 + scenario.injectionTime + scenario.coolDownTime +
-                 test.rotorTime;
+      seconds +=
+          (plays ? 8 : 150) + 2 + scenario.injectionTime + scenario.coolDownTime + test.rotorTime;
     }
   }
   return std::chrono::seconds(seconds);
@@ -101,8 +102,8 @@ std::vector<OperatorStep> DrawSteps(const Scenario& scenario, Fault fault) {
   Draws draws(scenario.seed, KindOf(fault).name);
   std::vector<OperatorStep> steps(static_cast<size_t>(scenario.rates[fault]));
   for (OperatorStep& step : steps) {
-    step.at = Milliseconds(static_cast<int64_t>(
-        draws.Unit() * static_cast<double>(scenario.estimate.count())));
+    step.at = Milliseconds(
+        static_cast<int64_t>(draws.Unit() * static_cast<double>(scenario.estimate.count())));
     step.deed = DrawDeed(draws);
     step.position = draws.Below(4);
     step.lasts = draws.LogUniform(1ms, 20000ms);
@@ -128,18 +129,17 @@ Milliseconds DrawDuration(Draws& draws, Fault fault) {
 }
 
 void DrawMishaps(Scenario& scenario) {
-  for (const Fault fault :
-       {Fault::CutLine, Fault::Silent, Fault::Refuses, Fault::NotReady, Fault::SteppersLost,
-        Fault::GoesIdle, Fault::PowerCycle, Fault::NeverSettles, Fault::CountJumps,
-        Fault::CountRepeats}) {
+  for (const Fault fault : {Fault::CutLine, Fault::Silent, Fault::Refuses, Fault::NotReady,
+                            Fault::SteppersLost, Fault::GoesIdle, Fault::PowerCycle,
+                            Fault::NeverSettles, Fault::CountJumps, Fault::CountRepeats}) {
     if (!scenario.rates.Has(fault)) continue;
     Draws draws(scenario.seed, KindOf(fault).name);
     const int count = static_cast<int>(scenario.rates[fault]);
     for (int i = 0; i < count; ++i) {
       Mishap mishap;
       mishap.fault = fault;
-      mishap.at = Milliseconds(static_cast<int64_t>(
-          draws.Unit() * static_cast<double>(scenario.estimate.count())));
+      mishap.at = Milliseconds(
+          static_cast<int64_t>(draws.Unit() * static_cast<double>(scenario.estimate.count())));
       mishap.lasts = DrawDuration(draws, fault);
       mishap.value = draws.Between(1, 65535);
       scenario.mishaps.push_back(mishap);

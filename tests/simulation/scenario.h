@@ -19,7 +19,8 @@ enum class Profile {
 enum class ControllerKind {
   Scripted,         // plays tests on a port, with the real byte order
   SimulatedOnPort,  // the built-in simulator behind a port, its bytes put into the real order
-  SimulatedInside   // the built-in simulator as a simulating module uses it: no line, no faults there
+  SimulatedInside   // the built-in simulator as a simulating module uses it: no line, no faults
+                    // there
 };
 
 struct PlannedTest {
@@ -73,8 +74,8 @@ struct Scenario {
   uint16_t startCount = 1;  // int count
   uint32_t startTick = 0;   // of the millisecond clock
 
-  int injectionTime = 0;    // s
-  int coolDownTime = 2;     // s
+  int injectionTime = 0;     // s
+  int coolDownTime = 2;      // s
   int preconditionTime = 0;  // min
   std::vector<PlannedSample> samples;
   platform::Milliseconds estimate{0};  // of the tray without trouble

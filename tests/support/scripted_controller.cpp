@@ -130,6 +130,12 @@ void ScriptedController::SetIntCount(uint16_t count) {
   SetWord(0, count);
 }
 
+void ScriptedController::SetStartCount(uint16_t count) {
+  const PlainGuard guard(lock_);
+  countHeld_ = false;
+  SetWord(0, count);
+}
+
 void ScriptedController::Report() {
   std::string frame;
   {

@@ -50,6 +50,8 @@ class ScriptedController {
   void SetPromptFlag(uint8_t flag);
   // Holds the int count at a value; otherwise it advances twice a second.
   void SetIntCount(uint16_t count);
+  // Lets it advance from this value on.
+  void SetStartCount(uint16_t count);
   // Sends a status frame that nobody asked for.
   void Report();
   // Sends one with an error code; the frames behind it have none.

@@ -1,0 +1,6 @@
+#include "tests/simulation/mutant.h"
+
+namespace rvx::soak {
+std::span<const MutantEntry> AllMutants() { return {}; }
+void SetMutant(const std::string&) {}
+}  // namespace rvx::soak

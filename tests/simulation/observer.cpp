@@ -1,0 +1,334 @@
+#include "tests/simulation/observer.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+#include "tests/simulation/expected_result.h"
+
+namespace rvx::soak {
+
+using platform::PlainGuard;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int64_t kSecond = 1'000'000;
+constexpr size_t kKeptStarts = 4;
+constexpr int kMostSends = 102;
+constexpr int64_t kReplyTimeout = 2 * kSecond;
+// Silence that must have led to a report, with room for threads that are held up.
+constexpr int64_t kReportDue = 150 * kSecond;
+// What may stand in the queue before an abort goes out, on a line where each command times out.
+constexpr int64_t kAbortDue = 150 * kSecond;
+
+int64_t Now() { return platform::MonotonicTime().count(); }
+
+}  // namespace
+
+void Observer::Note(std::string_view text) { page_.Note(Now(), text); }
+
+void Observer::Break(std::string_view what) { page_.Break(Now(), what); }
+
+// --- The line -----------------------------------------------------------------------------------
+
+void Observer::FrameWritten(std::string_view frame) {
+  const int64_t now = Now();
+  if (frame.substr(0, 5) != "/0QST") Note(fmt::format("> {}", frame.substr(0, frame.size() - 1)));
+  const std::string fault = WhyNoRequest(frame);
+  if (!fault.empty()) Break(fmt::format("a frame that is none is sent ({}): {}", fault, frame));
+  const PlainGuard guard(lock_);
+  CheckSpacing(now);
+  CheckCabDue(now);
+  lastWrite_ = now;
+  answered_ = false;
+  const std::string_view command = frame.substr(2, 3);
+  const std::string_view payload = frame.substr(5, frame.size() - 6);
+  if (command == "CAB") {
+    ++aborts_;
+    cabDue_ = -1;
+  } else if (command == "CSN") {
+    CountOwnCommand(payload);
+  } else if (command == "CST") {
+    starts_.push_back({FromHex(payload).value_or(std::vector<uint8_t>()), {}, false});
+    if (starts_.size() > kKeptStarts) starts_.pop_front();
+  }
+}
+
+// At most one frame without its reply: the next one waits for any frame, or for the time-out.
+void Observer::CheckSpacing(int64_t now) {
+  if (lastWrite_ < 0 || answered_ || now - lastWrite_ >= kReplyTimeout) return;
+  Break(fmt::format("a frame is sent {} us behind one that is not answered", now - lastWrite_));
+}
+
+void Observer::CheckCabDue(int64_t now) {
+  if (cabDue_ >= 0 && now > cabDue_) Break("a run was ended and no CAB has gone out");
+}
+
+void Observer::BytesDelivered(std::span<const uint8_t> bytes) {
+  const PlainGuard guard(lock_);
+  for (const uint8_t c : bytes) {
+    const std::optional<SeenReply> reply = reader_.Feed(c);
+    if (!reply) continue;
+    const int64_t now = Now();
+    CheckResponding(now);
+    lastFrame_ = now;
+    outageReported_ = false;
+    answered_ = true;
+    if (!reply->IsStatus()) continue;
+    const SeenStatus status(reply->data);
+    if (!status.tag().empty() || status.error() != 0 || status.machine() != 0) {
+      Note(fmt::format("< {} op {} sw {:02X} ms {:02X} error {:02X}", status.tag(),
+                       status.operation(), status.switches(), status.machine(), status.error()));
+    }
+    std::array<uint8_t, 4> supplies{};
+    std::copy_n(status.bytes.begin() + 6, 4, supplies.begin());
+    if (supplies_ != supplies && supplies_ != std::array<uint8_t, 4>{}) suppliesSteady_ = false;
+    supplies_ = supplies;
+    if (!starts_.empty()) starts_.back().frames.push_back(status);
+  }
+}
+
+// A silence that nobody reported would leave a laboratory waiting for a dead instrument.
+void Observer::CheckResponding(int64_t now) {
+  if (lastWrite_ < 0 || outageReported_ || now - lastFrame_ < kReportDue) return;
+  Break(fmt::format("{} s of silence were not reported", (now - lastFrame_) / kSecond));
+}
+
+platform::Microseconds Observer::lastDelivered() {
+  const PlainGuard guard(lock_);
+  return platform::Microseconds(lastFrame_);
+}
+
+// --- The host -----------------------------------------------------------------------------------
+
+void Observer::SampleMade(const std::string& sampleId, const PlannedSample& plan) {
+  const PlainGuard guard(lock_);
+  samples_[sampleId] = std::make_shared<KnownSample>(KnownSample{plan});
+}
+
+void Observer::SampleRenamed(const std::string& oldId, const std::string& newId) {
+  const PlainGuard guard(lock_);
+  const auto found = samples_.find(oldId);
+  if (found != samples_.end()) samples_[newId] = found->second;
+}
+
+void Observer::TrayEdited() {
+  const PlainGuard guard(lock_);
+  ++edits_;
+}
+
+int Observer::edits() {
+  const PlainGuard guard(lock_);
+  return edits_;
+}
+
+void Observer::StoreBegun(const Sample& sample) {
+  Note(fmt::format("store {} position {} speed {} temperature {:.3f}", sample.sampleId,
+                   sample.position, sample.speed, sample.averageTemperature));
+  PlannedSample plan;
+  size_t index = 0;
+  {
+    const PlainGuard guard(lock_);
+    const auto found = samples_.find(sample.sampleId);
+    Require(found != samples_.end(), "a sample of nobody is stored: " + sample.sampleId);
+    plan = found->second->plan;
+    // Its tests are stored in their order; a position that was stopped begins with the first again.
+    size_t& stores = found->second->stores;
+    Require(stores < plan.tests.size(), "a finished sample is stored again: " + sample.sampleId);
+    const PlannedTest& next = plan.tests[stores];
+    const bool isNext = sample.constants[5] == next.temperature &&
+                        sample.constants[6] == static_cast<double>(next.rotorTime);
+    if (!isNext) stores = 0;
+    index = stores++;
+  }
+  CheckIdentity(sample, plan, plan.tests[index]);
+  CheckMeasured(sample, plan.tests[index]);
+  CheckViscosity(sample);
+}
+
+void Observer::CheckIdentity(const Sample& sample, const PlannedSample& plan,
+                             const PlannedTest& test) {
+  Require(sample.position == plan.position + 1, "a sample is stored for another position");
+  Require(sample.tray == 1 && sample.valid == 1 && sample.kind == 1, "a sample's fixed fields");
+  Require(
+      sample.operatorName == "tester" && sample.typeName == "RVX" && sample.knownViscosity == -2.0,
+      "a sample's operator, type or mark");
+  Require(sample.constants[5] == test.temperature &&
+              sample.constants[6] == static_cast<double>(test.rotorTime),
+          "a sample has the temperature or the time of another test");
+  Require(sample.constants[4] == (plan.verifies ? kKnownViscosity : 0.0),
+          "a sample has a wrong known viscosity");
+}
+
+// The latest start of the sample's position and rotor ON time that nothing was stored for.
+Observer::StartedTest* Observer::FindStart(const Sample& sample) {
+  for (auto start = starts_.rbegin(); start != starts_.rend(); ++start) {
+    if (!start->isStored && start->payload.size() == 15 &&
+        start->payload[0] == sample.position - 1 && start->payload[6] == sample.constants[6]) {
+      return &*start;
+    }
+  }
+  return nullptr;
+}
+
+// The record against the status frames that reached the module since the test was started.
+void Observer::CheckMeasured(const Sample& sample, const PlannedTest& test) {
+  // A simulating module talks to itself.
+  if (scenario_.controller == ControllerKind::SimulatedInside) return;
+  const PlainGuard guard(lock_);
+  StartedTest* start = FindStart(sample);
+  Require(start != nullptr, "a sample is stored and no test was started for it");
+  start->isStored = true;
+  const ExpectedResult expected =
+      ExpectResult(start->frames, test.rotorTime, scenario_.modelCode, suppliesSteady_);
+  Require(expected.hasRun, "a sample is stored and no readings came for it");
+  if (std::abs(sample.speed - expected.speed) > 1e-9) {
+    Break(fmt::format("stored speed {} where the frames say {}", sample.speed, expected.speed));
+  }
+  if (suppliesSteady_ && std::abs(sample.averageTemperature - expected.temperature) > 1e-6) {
+    Break(fmt::format("stored temperature {} where the frames say {}", sample.averageTemperature,
+                      expected.temperature));
+  }
+  if (scenario_.rates.TouchesLine() || !expected.isWhole) return;
+  // Nothing stood between the instrument and the record.
+  if (std::abs(sample.averageTemperature - test.temperature) > kSettled) {
+    Break(fmt::format("stored temperature {} for a test at {}", sample.averageTemperature,
+                      test.temperature));
+  }
+  const double speed = scenario_.controller == ControllerKind::Scripted
+                           ? SpeedCountsOf(sample.position - 1) * 6e-5
+                           : 4000 * 6e-5;
+  if (std::abs(sample.speed - speed) > 1e-5) {
+    Break(fmt::format("stored speed {} where the instrument turned at {}", sample.speed, speed));
+  }
+}
+
+void Observer::CheckViscosity(const Sample& sample) {
+  const size_t slot = SlotOf(sample.averageTemperature);
+  const double b0 = kB0 + static_cast<double>(slot);
+  Require(sample.constants[0] == b0 && sample.constants[1] == kB1 && sample.constants[2] == kB2,
+          "a sample has the constants of another temperature");
+  const double viscosity = sample.speed == 0.0 ? 0.0 : b0 / sample.speed + kB1 + kB2 * sample.speed;
+  Require(std::abs(sample.viscosity - viscosity) < 1e-9 * (1.0 + std::abs(viscosity)),
+          "a sample's viscosity does not follow from its record");
+}
+
+void Observer::StoreEnded(const Sample& sample, bool thrown) {
+  Note(fmt::format("{} {}", thrown ? "archive failed for" : "stored", sample.sampleId));
+  const PlainGuard guard(lock_);
+  if (thrown) {
+    ++thrown_;
+  } else {
+    ++stored_;
+  }
+}
+
+void Observer::ErrorReported(const ActionErrorRecord& error) {
+  Note(fmt::format("error: {} (kind {}, sample {})", error.message, error.kind, error.sampleId));
+  const PlainGuard guard(lock_);
+  ++errors_;
+  if (error.message.find(kArchiveFailure) != std::string::npos) ++archiveErrors_;
+  if (error.message == "Instrument not responding.") {
+    Require(!outageReported_, "an outage is reported twice");
+    outageReported_ = true;
+  }
+}
+
+int Observer::errors() {
+  const PlainGuard guard(lock_);
+  return errors_;
+}
+
+void Observer::CheckFinishedSample(const std::string& sampleId, int edits, int errors) {
+  const PlainGuard guard(lock_);
+  if (edits_ != edits || errors_ > errors) return;
+  const auto found = samples_.find(sampleId);
+  if (found == samples_.end()) return;
+  const size_t stores = found->second->stores;
+  const size_t tests = found->second->plan.tests.size();
+  if (stores == tests) return;
+  Break(fmt::format("{} is told as finished with {} of {} tests stored, and nothing reported",
+                    sampleId, stores, tests));
+}
+
+// --- The runs of a tray -------------------------------------------------------------------------
+
+TrayRecord* Observer::MakeWatcher() {
+  const PlainGuard guard(lock_);
+  records_.push_back(std::make_unique<TrayRecord>(*this, static_cast<int>(records_.size())));
+  return records_.back().get();
+}
+
+int Observer::aborts() {
+  const PlainGuard guard(lock_);
+  return aborts_;
+}
+
+void Observer::RunEnded(int aborts) {
+  const PlainGuard guard(lock_);
+  if (aborts_ == aborts && cabDue_ < 0) cabDue_ = Now() + kAbortDue;
+}
+
+// --- Commands of the operators ------------------------------------------------------------------
+
+int Observer::CommandMade(int who) {
+  const PlainGuard guard(lock_);
+  commands_.push_back({who});
+  return static_cast<int>(commands_.size()) - 1;
+}
+
+// Each is sent in the order in which its operator queued it, and again only when the instrument
+// asks for it.
+void Observer::CountOwnCommand(std::string_view payload) {
+  const auto text = FromHex(payload).value_or(std::vector<uint8_t>());
+  const int number = std::atoi(std::string(text.begin() + 1, text.end()).c_str());
+  OwnCommand& command = commands_.at(static_cast<size_t>(number));
+  if (++command.sends > kMostSends) Break("a command is sent for the 103rd time");
+  if (command.sends > 1) return;
+  int& last = lastCommand_.at(static_cast<size_t>(command.who));
+  Require(number > last, "commands overtake each other");
+  last = number;
+}
+
+void Observer::ClientCalled(int number, const std::string& tag) {
+  Note(fmt::format("command {} answered \"{}\"", number, tag));
+  const PlainGuard guard(lock_);
+  OwnCommand& command = commands_.at(static_cast<size_t>(number));
+  Require(!command.gone, "a client is called behind its end");
+  Require(++command.calls == 1, "a client is called twice");
+}
+
+void Observer::ClientGone(int number) {
+  const PlainGuard guard(lock_);
+  commands_.at(static_cast<size_t>(number)).gone = true;
+}
+
+// --- The life of an instrument ------------------------------------------------------------------
+
+void Observer::InstrumentOpened() {
+  const PlainGuard guard(lock_);
+  lastWrite_ = -1;
+  answered_ = true;
+  lastFrame_ = Now();
+  outageReported_ = false;
+  cabDue_ = -1;
+}
+
+void Observer::InstrumentClosed(bool lineWasAlive) {
+  const PlainGuard guard(lock_);
+  if (lineWasAlive) Require(cabDue_ < 0, "the instrument was closed and no CAB has gone out");
+  if (thrown_ != archiveErrors_) {
+    Break(fmt::format("{} failures of the archive, {} reported", thrown_, archiveErrors_));
+  }
+  for (const auto& record : records_) {
+    Require(!record->isOpen(), "a tray that was started has no TrayFinished");
+  }
+}
+
+void Observer::TrayReloaded() {
+  const PlainGuard guard(lock_);
+  for (const auto& [name, sample] : samples_) sample->stores = 0;
+}
+
+}  // namespace rvx::soak

@@ -1,0 +1,22 @@
+// One simulated run of a seed, in this process.
+#pragma once
+
+#include <set>
+#include <string>
+
+#include "platform/time_base.h"
+#include "tests/simulation/run_page.h"
+#include "tests/simulation/scenario.h"
+
+namespace rvx::soak {
+
+struct RunOptions {
+  Profile profile = Profile::Short;
+  std::set<Fault> without;
+  platform::TaskSwitch taskSwitch = platform::TaskSwitch::Fibers;
+};
+
+// Runs the seed and leaves what happened on the page. Does not return if an invariant breaks.
+void RunSeed(uint64_t seed, const RunOptions& options, RunPage& page);
+
+}  // namespace rvx::soak

@@ -1,0 +1,162 @@
+// Simulated runs of whole trays by the thousand, with faults. See docs/reliability.md.
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "tests/simulation/mutant.h"
+#include "tests/simulation/sweep.h"
+
+namespace rvx::soak {
+namespace {
+
+constexpr size_t kHistoryLines = 60;
+
+struct Arguments {
+  SweepOptions sweep;
+  bool oneSeed = false;
+  size_t history = kHistoryLines;
+  bool allMutants = false;
+  uint64_t budget = 2000;  // seeds for each mutant
+};
+
+void PrintFailure(uint64_t seed, const Arguments& arguments) {
+  RunOptions options = arguments.sweep.run;
+  const std::string& mutant = arguments.sweep.mutant;
+  const Failure failure = RunAlone(seed, options, mutant, arguments.history);
+  if (!failure.failed) {
+    fmt::print("seed {}: fails in the sweep and not alone\n", seed);
+    return;
+  }
+  fmt::print("\nseed {}: {}\n  repeat: {}\n{}", seed, failure.what, RepeatCommand(seed, options),
+             failure.history);
+  const std::vector<Fault> needed = FindSmallestFaults(seed, options, mutant);
+  std::string names;
+  for (const Fault fault : needed) names += fmt::format(" {}", KindOf(fault).name);
+  fmt::print("  smallest set of faults:{}\n  repeat: {}\n", needed.empty() ? " none" : names,
+             RepeatCommand(seed, options));
+}
+
+int RunOneSeed(const Arguments& arguments) {
+  const uint64_t seed = arguments.sweep.first;
+  const Failure failure =
+      RunAlone(seed, arguments.sweep.run, arguments.sweep.mutant, arguments.history);
+  if (failure.failed) {
+    PrintFailure(seed, arguments);
+    return 1;
+  }
+  fmt::print("{}seed {}: good\n", failure.history, seed);
+  return 0;
+}
+
+int RunSweep(const Arguments& arguments) {
+  const SweepResult result = Sweep(arguments.sweep);
+  for (const uint64_t seed : result.failures) PrintFailure(seed, arguments);
+  const double hours = static_cast<double>(result.sum.simulated) / 3.6e9;
+  fmt::print(
+      "{} seeds in {:.1f} s ({:.0f} a second; {:.2f} ms of CPU each), {} samples stored\n"
+      "{:.1f} hours of instrument time, {:.0f} for each CPU-minute; {:.1f} switches for each "
+      "second "
+      "of it\n{} failed\n",
+      result.seeds, result.seconds, static_cast<double>(result.seeds) / result.seconds,
+      1e3 * result.cpuSeconds / static_cast<double>(std::max<uint64_t>(result.seeds, 1)),
+      result.sum.samples, hours, hours / (result.cpuSeconds / 60.0),
+      static_cast<double>(result.sum.switches) / (hours * 3600.0), result.failures.size());
+  return result.failures.empty() ? 0 : 1;
+}
+
+int RunMutants(const Arguments& arguments) {
+  size_t missed = 0;
+  for (const MutantEntry& mutant : AllMutants()) {
+    SweepOptions sweep = arguments.sweep;
+    sweep.mutant = mutant.name;
+    sweep.first = 1;
+    sweep.last = arguments.budget;
+    sweep.chunk = 10;
+    sweep.mostFailures = 1;
+    const SweepResult result = Sweep(sweep);
+    if (result.failures.empty()) {
+      ++missed;
+      fmt::print("{:<28} NOT FOUND in {} seeds: {}\n", mutant.name, result.seeds, mutant.what);
+      continue;
+    }
+    const uint64_t seed = result.failures.front();
+    const Failure failure = RunAlone(seed, sweep.run, sweep.mutant, 0);
+    fmt::print("{:<28} {:>5} seeds  {}\n", mutant.name, seed, failure.what);
+    std::fflush(stdout);
+  }
+  fmt::print("{} planted faults, {} not found\n", AllMutants().size(), missed);
+  return missed == 0 && !AllMutants().empty() ? 0 : 1;
+}
+
+// "A..B" or one number.
+void ReadRange(const std::string& text, SweepOptions& sweep) {
+  const size_t dots = text.find("..");
+  sweep.first = std::stoull(text);
+  sweep.last = dots == std::string::npos ? sweep.first : std::stoull(text.substr(dots + 2));
+  if (sweep.last < sweep.first) throw CLI::ValidationError("--seeds", "is A..B, A not above B");
+}
+
+void AddFault(const std::string& name, SweepOptions& sweep) {
+  if (name == "all") {
+    for (size_t i = 0; i < kFaultCount; ++i) sweep.run.without.insert(static_cast<Fault>(i));
+    return;
+  }
+  const std::optional<Fault> fault = FaultByName(name);
+  if (!fault) throw CLI::ValidationError("--without", "no fault is named " + name);
+  sweep.run.without.insert(*fault);
+}
+
+int Main(int argc, char** argv) {
+  Arguments arguments;
+  SweepOptions& sweep = arguments.sweep;
+  CLI::App app("Simulated runs of whole trays, with faults; each is repeated by its seed.");
+  app.add_option_function<uint64_t>(
+      "--seed",
+      [&](const uint64_t& seed) {
+        sweep.first = sweep.last = seed;
+        arguments.oneSeed = true;
+      },
+      "one seed, with its history");
+  app.add_option_function<std::string>(
+      "--seeds", [&](const std::string& text) { ReadRange(text, sweep); }, "seeds A..B");
+  app.add_option_function<double>(
+      "--minutes",
+      [&](const double& minutes) {
+        sweep.minutes = minutes;
+        sweep.last = UINT64_MAX;
+      },
+      "seeds for so long");
+  app.add_option_function<std::string>(
+         "--profile",
+         [&](const std::string& name) {
+           sweep.run.profile = name == "tray" ? Profile::Tray : Profile::Short;
+         },
+         "short (1 to 3 samples) or tray (up to 30)")
+      ->check(CLI::IsMember({"short", "tray"}));
+  app.add_option_function<std::vector<std::string>>(
+         "--without",
+         [&](const std::vector<std::string>& names) {
+           for (const std::string& name : names) AddFault(name, sweep);
+         },
+         "switches a fault off; \"all\" of them")
+      ->expected(1, 100);
+  app.add_flag("--check-determinism", sweep.checkDeterminism, "runs each seed twice");
+  app.add_flag("--hashes", sweep.printHashes, "prints the hash of each seed");
+  app.add_option("--jobs", sweep.jobs, "processes at a time")->check(CLI::Range(1, 64));
+  app.add_option("--history", arguments.history, "lines of history that are printed");
+  app.add_option("--failures", sweep.mostFailures, "ends the sweep behind so many");
+  app.add_option("--mutant", sweep.mutant, "a planted fault in force");
+  app.add_flag("--mutants", arguments.allMutants, "how many seeds each planted fault takes");
+  app.add_option("--budget", arguments.budget, "seeds for each planted fault");
+  CLI11_PARSE(app, argc, argv);
+  if (arguments.allMutants) return RunMutants(arguments);
+  return arguments.oneSeed ? RunOneSeed(arguments) : RunSweep(arguments);
+}
+
+}  // namespace
+}  // namespace rvx::soak
+
+int main(int argc, char** argv) { return rvx::soak::Main(argc, argv); }

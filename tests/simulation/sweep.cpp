@@ -1,0 +1,229 @@
+#include "tests/simulation/sweep.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <deque>
+#include <stdexcept>
+
+#include "platform/time_base.h"
+#include "tests/simulation/mutant.h"
+
+namespace rvx::soak {
+namespace {
+
+// A run that takes so long has come to a halt in a way that the scheduler does not see.
+constexpr unsigned kHangSeconds = 120;
+
+// One child with its page and what it writes.
+class Child {
+ public:
+  Child() : page_(RunPage::Map()), output_(memfd_create("soak", 0)) {
+    if (page_ == nullptr || output_ < 0) throw std::runtime_error("no memory for a run");
+  }
+  ~Child() {
+    RunPage::Unmap(page_);
+    close(output_);
+  }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+
+  // Starts a process that takes the seeds in their order.
+  void Start(const SweepOptions& options, uint64_t first, uint64_t last) {
+    first_ = first;
+    last_ = last;
+    page_->Begin(first);
+    page_->Clear();
+    if (ftruncate(output_, 0) != 0) throw std::runtime_error("no memory for a run");
+    std::fflush(nullptr);
+    pid_ = fork();
+    if (pid_ < 0) throw std::runtime_error("no process for a run");
+    if (pid_ == 0) Work(options);
+  }
+
+  pid_t pid() const { return pid_; }
+  uint64_t last() const { return last_; }
+  const RunPage& page() const { return *page_; }
+  void Ended() { pid_ = 0; }
+
+  std::string Output() const {
+    std::string text(4000, '\0');
+    const ssize_t size = pread(output_, text.data(), text.size(), 0);
+    text.resize(size > 0 ? static_cast<size_t>(size) : 0);
+    return text;
+  }
+
+ private:
+  [[noreturn]] void Work(const SweepOptions& options) {
+    lseek(output_, 0, SEEK_SET);
+    dup2(output_, STDERR_FILENO);
+    SetMutant(options.mutant);
+    for (uint64_t seed = first_; seed <= last_; ++seed) {
+      alarm(kHangSeconds);
+      RunSeed(seed, options.run, *page_);
+      const uint64_t hash = page_->figures().hash;
+      if (options.checkDeterminism) {
+        RunSeed(seed, options.run, *page_);
+        if (page_->figures().hash != hash) page_->Break(0, "a second run of the seed differs");
+      }
+      if (options.printHashes) std::printf("%lu %016lx\n", seed, hash);
+      page_->Count();
+    }
+    std::fflush(stdout);
+    std::_Exit(0);
+  }
+
+  RunPage* page_;
+  int output_;
+  pid_t pid_ = 0;
+  uint64_t first_ = 0;
+  uint64_t last_ = 0;
+};
+
+double ChildrenCpuSeconds() {
+  rusage usage{};
+  getrusage(RUSAGE_CHILDREN, &usage);
+  const auto seconds = [](const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+  };
+  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+std::string ReasonOf(const Child& child, int status) {
+  if (!child.page().broken().empty()) return child.page().broken();
+  const std::string output = child.Output();
+  if (!output.empty()) return output.substr(0, output.find('\n'));
+  if (WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM) return "the run hangs";
+  if (WIFSIGNALED(status)) return fmt::format("the process ended by signal {}", WTERMSIG(status));
+  return fmt::format("the process ended with exit code {}", WEXITSTATUS(status));
+}
+
+class Sweeper {
+ public:
+  explicit Sweeper(const SweepOptions& options)
+      : options_(options),
+        children_(static_cast<size_t>(std::max(options.jobs, 1))),
+        next_(options.first) {}
+
+  SweepResult Run() {
+    const platform::Microseconds begin = platform::MonotonicTime();
+    const double cpu = ChildrenCpuSeconds();
+    if (options_.minutes) {
+      end_ = begin + platform::Microseconds(static_cast<int64_t>(*options_.minutes * 60e6));
+    }
+    for (Child& child : children_) StartNext(child);
+    while (Child* child = AwaitOne()) Ended(*child);
+    result_.seconds = static_cast<double>((platform::MonotonicTime() - begin).count()) / 1e6;
+    result_.cpuSeconds = ChildrenCpuSeconds() - cpu;
+    std::sort(result_.failures.begin(), result_.failures.end());
+    return result_;
+  }
+
+ private:
+  void StartNext(Child& child) {
+    const bool enough = result_.failures.size() >= options_.mostFailures ||
+                        (end_ && platform::MonotonicTime() > *end_);
+    if (enough || next_ > options_.last) return;
+    const uint64_t last = std::min(options_.last, next_ + options_.chunk - 1);
+    child.Start(options_, next_, last);
+    next_ = last + 1;
+  }
+
+  // The child that ended, or null if there is none left.
+  Child* AwaitOne() {
+    const bool any = std::any_of(children_.begin(), children_.end(),
+                                 [](const Child& child) { return child.pid() != 0; });
+    if (!any) return nullptr;
+    const pid_t pid = waitpid(-1, &status_, 0);
+    for (Child& child : children_) {
+      if (child.pid() == pid) return &child;
+    }
+    throw std::runtime_error("a process ended that nobody started");
+  }
+
+  void Ended(Child& child) {
+    child.Ended();
+    const RunPage& page = child.page();
+    result_.seeds += page.seeds();
+    result_.sum.switches += page.sum().switches;
+    result_.sum.steps += page.sum().steps;
+    result_.sum.simulated += page.sum().simulated;
+    result_.sum.samples += page.sum().samples;
+    if (WIFEXITED(status_) && WEXITSTATUS(status_) == 0) {
+      StartNext(child);
+      return;
+    }
+    const uint64_t failed = page.seed();
+    result_.failures.push_back(failed);
+    const bool enough = result_.failures.size() >= options_.mostFailures;
+    if (!enough && failed < child.last()) {
+      child.Start(options_, failed + 1, child.last());
+    } else {
+      StartNext(child);
+    }
+  }
+
+  const SweepOptions& options_;
+  std::deque<Child> children_;
+  uint64_t next_;
+  std::optional<platform::Microseconds> end_;
+  int status_ = 0;
+  SweepResult result_;
+};
+
+}  // namespace
+
+SweepResult Sweep(const SweepOptions& options) { return Sweeper(options).Run(); }
+
+Failure RunAlone(uint64_t seed, const RunOptions& options, const std::string& mutant,
+                 size_t historyLines) {
+  SweepOptions sweep;
+  sweep.run = options;
+  sweep.mutant = mutant;
+  Child child;
+  child.Start(sweep, seed, seed);
+  int status = 0;
+  waitpid(child.pid(), &status, 0);
+  Failure failure;
+  failure.failed = !WIFEXITED(status) || WEXITSTATUS(status) != 0;
+  if (failure.failed) failure.what = ReasonOf(child, status);
+  failure.history = child.page().History(historyLines) + child.Output();
+  return failure;
+}
+
+std::vector<Fault> FindSmallestFaults(uint64_t seed, RunOptions& options,
+                                      const std::string& mutant) {
+  std::vector<Fault> needed;
+  const FaultRates rates = DrawScenario(seed, options.profile, options.without).rates;
+  for (size_t i = 0; i < kFaultCount; ++i) {
+    const auto fault = static_cast<Fault>(i);
+    if (!rates.Has(fault)) continue;
+    RunOptions fewer = options;
+    fewer.without.insert(fault);
+    if (RunAlone(seed, fewer, mutant, 0).failed) {
+      options = fewer;
+    } else {
+      needed.push_back(fault);
+    }
+  }
+  return needed;
+}
+
+std::string RepeatCommand(uint64_t seed, const RunOptions& options) {
+  std::string command = fmt::format("soak --seed {} --profile {}", seed,
+                                    options.profile == Profile::Short ? "short" : "tray");
+  for (const Fault fault : options.without) {
+    command += fmt::format(" --without {}", KindOf(fault).name);
+  }
+  return command;
+}
+
+}  // namespace rvx::soak

@@ -1,0 +1,54 @@
+// Runs many seeds, each in a child process's hands: a run that breaks ends its process, and the
+// sweep goes on with the next seed in a new one.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/simulation/run.h"
+
+namespace rvx::soak {
+
+struct SweepOptions {
+  RunOptions run;
+  uint64_t first = 1;
+  uint64_t last = 1;
+  int jobs = 2;
+  uint64_t chunk = 50;            // seeds that one child takes
+  bool checkDeterminism = false;  // each seed twice, with equal hashes
+  bool printHashes = false;       // a line for each seed
+  std::optional<double> minutes;  // takes no new seeds behind this
+  size_t mostFailures = 5;        // ends the sweep
+  std::string mutant;             // planted fault in force
+};
+
+struct SweepResult {
+  uint64_t seeds = 0;
+  RunFigures sum;           // over all seeds; the hash says nothing
+  double seconds = 0.0;     // of real time
+  double cpuSeconds = 0.0;  // of all children
+  std::vector<uint64_t> failures;
+};
+
+SweepResult Sweep(const SweepOptions& options);
+
+// What is known of a seed that fails.
+struct Failure {
+  bool failed = false;
+  std::string what;     // the invariant, or what ended the process
+  std::string history;  // the last events, and what the process wrote
+};
+Failure RunAlone(uint64_t seed, const RunOptions& options, const std::string& mutant,
+                 size_t historyLines);
+
+// The faults of a failing seed without which it would not fail, found by switching off one after
+// the other; `options` then has the rest switched off.
+std::vector<Fault> FindSmallestFaults(uint64_t seed, RunOptions& options,
+                                      const std::string& mutant);
+
+// The command that repeats a seed.
+std::string RepeatCommand(uint64_t seed, const RunOptions& options);
+
+}  // namespace rvx::soak

@@ -1,0 +1,126 @@
+#include "tests/simulation/tray_record.h"
+
+#include <fmt/format.h>
+
+#include "tests/simulation/observer.h"
+
+namespace rvx::soak {
+
+using platform::PlainGuard;
+
+void TrayRecord::Expect(std::map<int32_t, std::string> samples, int edits) {
+  const PlainGuard guard(lock_);
+  samples_ = std::move(samples);
+  edits_ = edits;
+}
+
+void TrayRecord::Refused() {
+  const PlainGuard guard(lock_);
+  refused_ = true;
+}
+
+bool TrayRecord::isOpen() {
+  const PlainGuard guard(lock_);
+  return !refused_ && !finished_;
+}
+
+bool TrayRecord::hasFinished() {
+  const PlainGuard guard(lock_);
+  return finished_;
+}
+
+int TrayRecord::finishedSamples() {
+  const PlainGuard guard(lock_);
+  return finishedSamples_;
+}
+
+void TrayRecord::Enter(const std::string& call) {
+  observer_.Note(fmt::format("watcher {}: {}", number_, call));
+  const PlainGuard guard(lock_);
+  if (refused_) observer_.Break("a watcher of a refused start is called: " + call);
+  if (finished_) observer_.Break("a watcher is called behind TrayFinished: " + call);
+}
+
+void TrayRecord::TrayStarted(int32_t /*tray*/) {
+  Enter("tray started");
+  {
+    const PlainGuard guard(lock_);
+    if (started_) observer_.Break("TrayStarted a second time");
+    started_ = true;
+  }
+  if (inside) inside(*this);
+}
+
+void TrayRecord::TrayFinished(int32_t /*tray*/) {
+  Enter("tray finished");
+  {
+    const PlainGuard guard(lock_);
+    finished_ = true;
+  }
+  if (inside) inside(*this);
+  finishedEvent_.Set();
+}
+
+void TrayRecord::TrayPauseChanged(int32_t /*tray*/, int32_t paused) {
+  Enter(paused != 0 ? "paused" : "resumed");
+  if (inside) inside(*this);
+  if (paused != 0) pausedEvent_.Set();
+}
+
+void TrayRecord::SampleStarted(int32_t /*tray*/, int32_t position) {
+  Enter(fmt::format("sample started {}", position));
+  {
+    const PlainGuard guard(lock_);
+    if (!started_) observer_.Break("SampleStarted before TrayStarted");
+    // The tray's own first and last stage report as position 0.
+    const bool ownStage = position == 0;
+    if (ownStage && lastStarted_ > 0) movesBack_ = true;
+    if (movesBack_ && !ownStage) observer_.Break("a sample is started behind the move back");
+    if (!ownStage && position != lastStarted_ && position != lastStarted_ + 1) {
+      observer_.Break(fmt::format("position {} is started behind {}", position, lastStarted_));
+    }
+    lastStarted_ = position;
+  }
+  const int errors = observer_.errors();
+  {
+    const PlainGuard guard(lock_);
+    errorsAtStart_ = errors;
+  }
+  if (inside) inside(*this);
+}
+
+void TrayRecord::SampleStatus(int32_t /*tray*/, int32_t position, std::string text) {
+  Enter(fmt::format("sample status {} {}", position, text));
+  if (inside) inside(*this);
+}
+
+void TrayRecord::SampleFinished(int32_t /*tray*/, int32_t position) {
+  Enter(fmt::format("sample finished {}", position));
+  {
+    const PlainGuard guard(lock_);
+    if (position <= lastFinished_) observer_.Break("SampleFinished out of the tray's order");
+    lastFinished_ = position;
+    ++finishedSamples_;
+  }
+  CheckSamplesOf(position);
+  if (inside) inside(*this);
+}
+
+// A position that was told as finished has a stored or refused sample for each of its tests, or its
+// failure was reported.
+void TrayRecord::CheckSamplesOf(int32_t position) {
+  std::string sampleId;
+  int edits = 0;
+  int errors = 0;
+  {
+    const PlainGuard guard(lock_);
+    const auto found = samples_.find(position);
+    if (found == samples_.end()) return;
+    sampleId = found->second;
+    edits = edits_;
+    errors = errorsAtStart_;
+  }
+  observer_.CheckFinishedSample(sampleId, edits, errors);
+}
+
+}  // namespace rvx::soak

@@ -1,0 +1,215 @@
+#include "tests/simulation/world.h"
+
+#include <fmt/format.h>
+
+#include "execution/action_classes.h"
+#include "platform/key_store.h"
+#include "tests/simulation/expected_result.h"
+
+namespace rvx::soak {
+
+using platform::Deadline;
+using platform::Microseconds;
+using platform::Milliseconds;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr char kPort[] = "COM1";
+constexpr char kDeadPort[] = "COM4";
+constexpr char kSimulateKey[] =
+    "HKEY_LOCAL_MACHINE\\SOFTWARE\\HaldenInstrument\\TORVELL\\Instruments\\RVX";
+// Destruction: the last commands, what a run may be waiting for, and threads that are held up.
+constexpr Milliseconds kClosing{180'000};
+// From the end of the faults to an instrument that is ready.
+constexpr Milliseconds kGettingReady{900'000};
+constexpr Milliseconds kLook{5000};
+
+}  // namespace
+
+World::World(const Scenario& scenario, RunPage& page)
+    : scenario_(scenario),
+      observer_(page, scenario),
+      hostFaults_(host_, scenario, observer_),
+      port_(host_.ports.Add(kPort)),
+      line_(port_, scenario, observer_),
+      controller_(MakeController(scenario, port_)),
+      tap_(observer_),
+      desk_(scenario, observer_, hostFaults_, line_) {
+  platform::OverrideKeyValue(kSimulateKey, "Simulate",
+                             scenario.controller == ControllerKind::SimulatedInside ? 1 : 0);
+  line_.onStart = [this](const std::vector<uint8_t>& payload) {
+    controller_->BeforeStart(payload);
+  };
+  host_.ports.OpenPort(kPort, &tap_);
+}
+
+World::~World() { host_.ports.ClosePort(kPort, &tap_); }
+
+void World::Run() {
+  if (scenario_.rates.Has(Fault::OpenFails)) RunOnDeadPort();
+  OpenInstrument();
+  RunThroughFaults();
+  if (scenario_.rates.Has(Fault::DestroyedEarly)) {
+    CloseInstrument();
+    Calm();
+    OpenInstrument();
+  } else {
+    Calm();
+    AwaitEndOfTray();
+  }
+  RunFreshTray();
+  CloseInstrument();
+}
+
+// An instrument whose port can't be opened stays without a line; nothing of it may hang or break.
+void World::RunOnDeadPort() {
+  observer_.Note("a port that can't be opened");
+  observer_.InstrumentOpened();
+  instrument_ =
+      std::make_unique<C_RVX>(kDeadPort, 0, "0QMTRVX 4 02.17NOBODY    ", GetActionTable());
+  desk_.Put(instrument_.get());
+  desk_.Fill(scenario_.samples);
+  desk_.Start();
+  platform::Sleep(60s);
+  CloseInstrument();
+}
+
+void World::OpenInstrument() {
+  observer_.Note("the instrument is opened");
+  observer_.InstrumentOpened();
+  instrument_ = std::make_unique<C_RVX>(kPort, 0, controller_->identification(), GetActionTable());
+  desk_.Put(instrument_.get());
+  Configure();
+  AwaitReady();
+}
+
+void World::Configure() {
+  ConfigurationRecord& record = instrument_->configuration();
+  const ConfigurationGuard guard(record);
+  for (size_t slot = 0; slot < record.b0.size(); ++slot) {
+    record.b0.at(slot) = kB0 + static_cast<double>(slot);
+    record.b1.at(slot) = kB1;
+    record.b2.at(slot) = kB2;
+  }
+  record.testRecord.injectionTime = scenario_.injectionTime;
+  record.testRecord.coolDownTime = scenario_.coolDownTime;
+  record.testRecord.preconditionTime = scenario_.preconditionTime;
+}
+
+void World::AwaitStatus() {
+  platform::Event event("soak: status");
+  instrument_->AddStatusEvent(&event);
+  event.Wait(kLook);
+  instrument_->RemoveStatusEvent(&event);
+}
+
+// Until a tray can be started: homed, cold, idle. On a bad line everything may need another try.
+void World::AwaitReady() {
+  const Deadline deadline = Deadline::After(kGettingReady);
+  const bool plays = scenario_.controller == ControllerKind::Scripted;
+  Deadline retry = Deadline::Now();
+  for (;;) {
+    const bool homed = instrument_->GetMachineStatus() == 0;
+    const bool cold = instrument_->GetTemperature() < 5.0;
+    if (instrument_->GetStatusSequence() > 1 && homed && cold &&
+        instrument_->GetSwitchByte() == 0) {
+      return;
+    }
+    if (deadline.HasPassed()) {
+      if (scenario_.rates.TouchesLine()) return;
+      observer_.Break("the instrument does not get ready");
+    }
+    if ((!homed || !cold) && instrument_->GetStatusSequence() > 1 && retry.HasPassed()) {
+      retry = Deadline::After(60s);
+      if (!homed) instrument_->SetHomeFlag(nullptr);
+      // The simulator cools with its control off too, and stays idle then.
+      instrument_->SetTemperatureControl(plays, -20.0, nullptr);
+    }
+    AwaitStatus();
+  }
+}
+
+void World::RunThroughFaults() {
+  desk_.Fill(scenario_.samples);
+  TrayRecord* record = desk_.Start();
+  desk_.Come();
+  const auto mishaps = platform::StartThread("mishaps", [this] { DriveMishaps(); });
+  const bool dies = scenario_.rates.Has(Fault::DestroyedEarly);
+  const Deadline end = Deadline::After(dies ? scenario_.destroyAt : scenario_.horizon);
+  // An untroubled tray ends by itself, and nobody has to wait for the rest.
+  const bool goesOn = !scenario_.steps[0].empty() || !scenario_.steps[1].empty();
+  if (record != nullptr && !goesOn) {
+    record->finished().Wait(end);
+  } else {
+    over_.Wait(end);
+  }
+  over_.Set();
+  mishaps->Join();
+  desk_.Leave();
+}
+
+void World::DriveMishaps() {
+  const Microseconds begin = platform::MonotonicTime();
+  for (const Mishap& mishap : scenario_.mishaps) {
+    if (over_.Wait(Deadline::At(begin + mishap.at))) return;
+    line_.Begin(mishap);
+  }
+}
+
+void World::Calm() {
+  line_.EndFaults();
+  hostFaults_.EndFaults();
+}
+
+// With the faults switched off the tray ends by itself. What they have left behind may keep it from
+// that (an instrument that went idle by itself is waited for without a limit): then it is aborted.
+void World::AwaitEndOfTray() {
+  const Deadline deadline = Deadline::After(scenario_.estimate * 2 + kGettingReady);
+  while (instrument_->IsTrayRunning() != 0 && !deadline.HasPassed()) {
+    desk_.Resume();
+    AwaitStatus();
+  }
+  if (instrument_->IsTrayRunning() == 0) return;
+  const bool disturbed = scenario_.rates.TouchesLine() || scenario_.rates.Has(Fault::Operator) ||
+                         scenario_.rates.Has(Fault::SecondOperator) ||
+                         scenario_.rates.Has(Fault::CallingWatcher);
+  if (!disturbed) observer_.Break("the tray does not end");
+  observer_.Note("the tray is aborted");
+  desk_.Abort();
+  if (instrument_->IsTrayRunning() != 0) observer_.Break("an aborted tray still runs");
+}
+
+void World::RunFreshTray() {
+  observer_.Note("a fresh tray");
+  // What an operator's own action or a lost CAB has left going.
+  if (line_.IsBusy()) instrument_->SendAbort(nullptr);
+  AwaitReady();
+  const uint64_t before = observer_.stored();
+  desk_.Clear();
+  desk_.Fill({{0, false, {{-20.0, 6}}}, {1, true, {{-25.0, 7}}}, {3, false, {{-15.0, 8}}}});
+  TrayRecord* record = desk_.Start();
+  if (record == nullptr) observer_.Break("a fresh tray is refused");
+  const Deadline deadline = Deadline::After(7200s);
+  while (!record->finished().Wait(kLook)) {
+    desk_.Resume();
+    if (deadline.HasPassed()) observer_.Break("a fresh tray does not end");
+  }
+  const uint64_t samples = observer_.stored() - before;
+  if (samples != 3) observer_.Break(fmt::format("a fresh tray stored {} samples of 3", samples));
+}
+
+void World::CloseInstrument() {
+  observer_.Note("the instrument is closed");
+  const bool wasAlive = line_.IsAlive() && !scenario_.rates.TouchesLine();
+  const bool wasBusy =
+      instrument_->IsTrayRunning() != 0 && line_.IsBusy() && instrument_->GetSwitchByte() != 0;
+  if (wasBusy) observer_.RunEnded(observer_.aborts());
+  const Microseconds begin = platform::MonotonicTime();
+  instrument_.reset();
+  desk_.Put(nullptr);
+  if (platform::MonotonicTime() - begin > kClosing) observer_.Break("the end takes too long");
+  observer_.InstrumentClosed(wasAlive);
+}
+
+}  // namespace rvx::soak

@@ -1,0 +1,61 @@
+// One simulated run: a host, a line, an instrument, people, and what befalls them.
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "instrument/c_rvx.h"
+#include "tests/simulation/controllers.h"
+#include "tests/simulation/faulty_line.h"
+#include "tests/simulation/host_faults.h"
+#include "tests/simulation/observer.h"
+#include "tests/simulation/operators.h"
+#include "tests/simulation/scenario.h"
+#include "tests/support/fake_host.h"
+
+namespace rvx::soak {
+
+// Make it and call Run inside a program under virtual time.
+class World {
+ public:
+  World(const Scenario& scenario, RunPage& page);
+  ~World();
+  World(const World&) = delete;
+  World& operator=(const World&) = delete;
+
+  // The whole run: the drawn tray with its faults, then, with the faults switched off, the end of
+  // that tray and a fresh one of three samples, which must succeed.
+  void Run();
+  uint64_t stored() const { return observer_.stored(); }
+
+ private:
+  void RunOnDeadPort();
+  void OpenInstrument();
+  void Configure();
+  void AwaitReady();
+  void StartDrawnTray();
+  void RunThroughFaults();
+  void DriveMishaps();
+  void Calm();
+  void AwaitEndOfTray();
+  void RunFreshTray();
+  void CloseInstrument();
+  void AwaitStatus();
+
+  const Scenario& scenario_;
+  Observer observer_;
+  FakeHost host_;
+  HostFaults hostFaults_;
+  FakePort& port_;
+  FaultyLine line_;
+  std::unique_ptr<Controller> controller_;
+  PortTap tap_;
+  std::unique_ptr<C_RVX> instrument_;
+  Desk desk_;
+  platform::Event over_{"soak: the faults are over", platform::Event::Mode::ManualReset};
+};
+
+}  // namespace rvx::soak
