@@ -128,6 +128,7 @@ std::optional<std::string> Conversation::TakeCommand() {
   // ends as by a time-out.
   if (pending_) retryCount_ = 0;
   pending_ = std::move(command);
+  pendingExchange_ = exchanges_ + 1;
   idle_ = false;
   return text;
 }
@@ -145,7 +146,7 @@ platform::Deadline Conversation::NextPoll() const {
 }
 
 void Conversation::Exchange(const std::string& text) {
-  reply_.Reset();
+  BeginExchange();
   peer_.SendFrame(MakeFrame(text));
   lastSend_ = platform::MonotonicTime();
   const int ended =
@@ -170,6 +171,23 @@ void Conversation::Exchange(const std::string& text) {
   }
 }
 
+void Conversation::BeginExchange() {
+  platform::PlainGuard guard(pendingLock_);
+  ++exchanges_;
+  reply_.Reset();
+}
+
+void Conversation::EndExchange() {
+  {
+    platform::PlainGuard guard(pendingLock_);
+    if (frameExchange_ != exchanges_) return;
+  }
+  // First: behind the event the next frame may go out, and its answer must not be purged.
+  peer_.PurgePort();
+  platform::PlainGuard guard(pendingLock_);
+  if (frameExchange_ == exchanges_) reply_.Set();
+}
+
 void Conversation::DropPending() {
   std::unique_ptr<Command> dropped = TakePending();
   if (!dropped) return;
@@ -182,6 +200,10 @@ void Conversation::DropPending() {
 // --- Replies, on the thread that hands over received bytes ---
 
 void Conversation::FrameReceived(std::span<const uint8_t> frame) {
+  {
+    platform::PlainGuard guard(pendingLock_);
+    frameExchange_ = exchanges_;
+  }
   const std::span<const uint8_t> data = ReplyData(frame);
   switch (ClassifyReply(frame)) {
     case ReplyKind::Status: {
@@ -206,9 +228,7 @@ void Conversation::FrameReceived(std::span<const uint8_t> frame) {
   }
   lastFrame_ = platform::MonotonicTime().count();
   peer_.FrameProcessed();
-  // First: behind the event the next frame may go out, and its answer must not be purged.
-  peer_.PurgePort();
-  reply_.Set();
+  EndExchange();
 }
 
 void Conversation::StatusReceived(std::span<const uint8_t> data) {
@@ -239,15 +259,21 @@ std::unique_ptr<Command> Conversation::TakePending() {
   return std::move(pending_);
 }
 
+std::unique_ptr<Command> Conversation::TakeAnswered() {
+  platform::PlainGuard guard(pendingLock_);
+  if (pendingExchange_ > frameExchange_) return nullptr;
+  return std::move(pending_);
+}
+
 void Conversation::Answer(const std::string& tag) {
   platform::RecursiveGuard delivery(deliveryLock_);
-  const std::unique_ptr<Command> command = TakePending();
+  const std::unique_ptr<Command> command = TakeAnswered();
   if (command && command->client != nullptr) command->client->CommandReply(tag);
 }
 
 void Conversation::AnswerByStatus(const StatusRecord& record) {
   platform::RecursiveGuard delivery(deliveryLock_);
-  std::unique_ptr<Command> command = TakePending();
+  std::unique_ptr<Command> command = TakeAnswered();
   if (!command) return;
   bool resend = false;
   bool refused = false;

@@ -78,10 +78,17 @@ class Conversation : private FrameHandler {
   // When the next poll is due; only behind a long silence while Auto Report is on or asked for.
   platform::Deadline NextPoll() const;
   void Exchange(const std::string& text);
+  // Counts an exchange, just before its frame goes out.
+  void BeginExchange();
+  // The frame under way ends the exchange that it belongs to.
+  void EndExchange();
   void DropPending();
 
   void StatusReceived(std::span<const uint8_t> data);
   void FollowAutoReport(uint8_t switchByte);
+  // The pending command, if the frame under way can be its answer. On the thread that hands over
+  // received bytes.
+  std::unique_ptr<Command> TakeAnswered();
   // Completes the pending command, if any, with a tag.
   void Answer(const std::string& tag);
   // Completes it by a status frame: refused commands go back into the queue.
@@ -100,6 +107,10 @@ class Conversation : private FrameHandler {
   std::unique_ptr<Command> pending_ GUARDED_BY(pendingLock_);  // sent and not yet answered
   int32_t retryCount_ GUARDED_BY(pendingLock_) = 0;  // resends of the pending command so far
   bool idle_ GUARDED_BY(pendingLock_) = true;        // no exchange is going on
+  // A frame answers what was sent before it came, so each frame is told by the number of exchanges
+  // at its arrival: the last one may still be in the works when the next frame goes out.
+  uint64_t exchanges_ GUARDED_BY(pendingLock_) = 0;        // begun so far
+  uint64_t pendingExchange_ GUARDED_BY(pendingLock_) = 0;  // the one that sends pending_
 
   mutable platform::PlainLock autoReportLock_{"auto report", kAutoReportLockRank};
   bool autoReportAsked_ GUARDED_BY(autoReportLock_) = false;  // until the switch byte confirms it
@@ -115,6 +126,7 @@ class Conversation : private FrameHandler {
 
   // Only the thread that hands over received bytes.
   ReplyReader reader_;
+  uint64_t frameExchange_ = 0;  // exchanges begun when the frame under way arrived
 
   platform::Event work_{"conversation: work"};    // queued, or polling goes on
   platform::Event reply_{"conversation: reply"};  // a frame has been processed

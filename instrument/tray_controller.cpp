@@ -30,7 +30,7 @@ int32_t TrayController::Start(TrayWatcher* watcher) {
   if (!(instrument_.GetTemperature() < kWarmestStart)) {
     Raise(record, instrument_.Text(kTextCellTooWarm), 0);
   }
-  auto run = std::make_shared<TrayRun>();
+  auto run = std::make_shared<TrayRun>(runsLock_);
   {
     platform::RecursiveGuard guard(run->lock);
     run->watcher = watcher;

@@ -38,6 +38,7 @@ class TrayController {
 
   C_RVX& instrument_;
 
+  platform::RecursiveLock runsLock_{"TrayRun", kTrayRunRecordLockRank};  // TrayRun::lock
   platform::PlainLock runLock_{"tray-run pointer", kTrayRunPointerLockRank};
   std::shared_ptr<TrayRun> run_ GUARDED_BY(runLock_);
 };

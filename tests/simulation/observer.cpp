@@ -77,10 +77,12 @@ void Observer::BytesDelivered(std::span<const uint8_t> bytes) {
     answered_ = true;
     if (!reply->IsStatus()) continue;
     const SeenStatus status(reply->data);
-    if (!status.tag().empty() || status.error() != 0 || status.machine() != 0) {
-      Note(fmt::format("< {} op {} sw {:02X} ms {:02X} error {:02X}", status.tag(),
-                       status.operation(), status.switches(), status.machine(), status.error()));
-    }
+    // Not the counts, which change with every frame.
+    const std::string line = fmt::format("< {} op {} sw {:02X} ms {:02X} error {:02X}", status.tag(),
+                                         status.operation(), status.switches(), status.machine(),
+                                         status.error());
+    if (line != lastNote_) Note(line);
+    lastNote_ = line;
     std::array<uint8_t, 4> supplies{};
     std::copy_n(status.bytes.begin() + 6, 4, supplies.begin());
     if (supplies_ != supplies && supplies_ != std::array<uint8_t, 4>{}) suppliesSteady_ = false;

@@ -117,6 +117,7 @@ class Observer {
   int64_t lastFrame_ GUARDED_BY(lock_) = 0;
   int64_t cabDue_ GUARDED_BY(lock_) = -1;  // by when a CAB must have gone out
   bool outageReported_ GUARDED_BY(lock_) = false;
+  std::string lastNote_ GUARDED_BY(lock_);
   int aborts_ GUARDED_BY(lock_) = 0;
   struct OwnCommand {
     int who = 0;
