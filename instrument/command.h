@@ -34,6 +34,7 @@ class CommandClient {
 struct Command {
   std::string text;
   CommandClient* client = nullptr;  // not owned
+  int resends = 0;                  // so far, because the instrument asked for it
 };
 
 // What a command's text says after the address, as "CST"; empty for a text too short for it.

@@ -15,7 +15,7 @@ namespace {
 
 constexpr platform::Milliseconds kReplyTimeout{2000};
 constexpr platform::Milliseconds kSilence{20000};
-constexpr int32_t kMostResends = 101;
+constexpr int kMostResends = 101;
 
 constexpr std::string_view kAbort = "CAB";
 
@@ -126,7 +126,6 @@ std::optional<std::string> Conversation::TakeCommand() {
   platform::PlainGuard pendingGuard(pendingLock_);
   // A command can still be pending here only if a frame that answers nothing ended its wait: it
   // ends as by a time-out.
-  if (pending_) retryCount_ = 0;
   pending_ = std::move(command);
   pendingExchange_ = exchanges_ + 1;
   idle_ = false;
@@ -193,8 +192,6 @@ void Conversation::DropPending() {
   if (!dropped) return;
   // Whether it arrived or not: a status frame that shows Auto Report stops the polling again.
   if (dropped->text.compare(1, 3, "CAR") == 0) SetAutoReportAsked(false);
-  platform::PlainGuard guard(pendingLock_);
-  retryCount_ = 0;  // it counts the resends of one command, and that one is gone
 }
 
 // --- Replies, on the thread that hands over received bytes ---
@@ -275,31 +272,19 @@ void Conversation::AnswerByStatus(const StatusRecord& record) {
   platform::RecursiveGuard delivery(deliveryLock_);
   std::unique_ptr<Command> command = TakeAnswered();
   if (!command) return;
-  bool resend = false;
-  bool refused = false;
-  {
-    platform::PlainGuard guard(pendingLock_);
-    if (AsksForResend(record.errorCode())) {
-      resend = retryCount_ < kMostResends;
-      refused = !resend;
-    }
-    retryCount_ = resend ? retryCount_ + 1 : 0;
-  }
-  if (resend) {
+  const bool asksForResend = AsksForResend(record.errorCode());
+  if (asksForResend && command->resends < kMostResends) {
+    ++command->resends;
     // Behind whatever has been queued meanwhile; the client hears nothing.
     QueueGuard guard(queue_);
     // Behind an abort it would start what the abort was to end, with nobody there to watch it.
-    if (IsEndedByAbort(command->text) && queue_.Holds(kAbort)) {
-      platform::PlainGuard pendingGuard(pendingLock_);
-      retryCount_ = 0;
-      return;
-    }
-    queue_.Add(std::move(command));
+    if (!IsEndedByAbort(command->text) || !queue_.Holds(kAbort)) queue_.Add(std::move(command));
     return;
   }
   // The empty tag: the instrument would not take the command.
-  if (command->client != nullptr) command->client->CommandReply(refused ? "" : record.lastTag());
-  if (refused) SetAutoReportAsked(false);
+  const std::string tag = asksForResend ? std::string() : record.lastTag();
+  if (command->client != nullptr) command->client->CommandReply(tag);
+  if (asksForResend) SetAutoReportAsked(false);
 }
 
 }  // namespace rvx

@@ -105,7 +105,6 @@ class Conversation : private FrameHandler {
 
   mutable platform::PlainLock pendingLock_{"pending command", kPendingLockRank};
   std::unique_ptr<Command> pending_ GUARDED_BY(pendingLock_);  // sent and not yet answered
-  int32_t retryCount_ GUARDED_BY(pendingLock_) = 0;  // resends of the pending command so far
   bool idle_ GUARDED_BY(pendingLock_) = true;        // no exchange is going on
   // A frame answers what was sent before it came, so each frame is told by the number of exchanges
   // at its arrival: the last one may still be in the works when the next frame goes out.

@@ -40,8 +40,8 @@ FaultyLine::FaultyLine(FakePort& port, const Scenario& scenario, Observer& obser
     : port_(port),
       scenario_(scenario),
       observer_(observer),
-      frameDraws_(scenario.seed, "frames"),
-      byteDraws_(scenario.seed, "bytes") {
+      frameDraws_(scenario.seed, platform::StreamId::Line, "frames"),
+      byteDraws_(scenario.seed, platform::StreamId::Line, "bytes") {
   port_.KeepWritten(false);
   port_.SetFilter(this);
 }

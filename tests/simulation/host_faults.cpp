@@ -9,7 +9,9 @@ using platform::PlainGuard;
 using namespace std::chrono_literals;
 
 HostFaults::HostFaults(FakeHost& host, const Scenario& scenario, Observer& observer)
-    : scenario_(scenario), observer_(observer), draws_(scenario.seed, "host") {
+    : scenario_(scenario),
+      observer_(observer),
+      draws_(scenario.seed, platform::StreamId::Archive, "host") {
   host.samples.beforeStore = [this](const Sample& sample) { BeforeStore(sample); };
   host.instruments.onError = [this](const ActionErrorRecord& error) {
     observer_.ErrorReported(error);

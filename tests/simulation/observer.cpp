@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "tests/simulation/expected_result.h"
@@ -15,6 +16,7 @@ namespace {
 
 constexpr int64_t kSecond = 1'000'000;
 constexpr size_t kKeptStarts = 4;
+constexpr int kMostAnswers = 2;
 constexpr int kMostSends = 102;
 constexpr int64_t kReplyTimeout = 2 * kSecond;
 // Silence that must have led to a report, with room for threads that are held up.
@@ -41,7 +43,6 @@ void Observer::FrameWritten(std::string_view frame) {
   CheckSpacing(now);
   CheckCabDue(now);
   lastWrite_ = now;
-  answered_ = false;
   const std::string_view command = frame.substr(2, 3);
   const std::string_view payload = frame.substr(5, frame.size() - 6);
   if (command == "CAB") {
@@ -55,9 +56,11 @@ void Observer::FrameWritten(std::string_view frame) {
   }
 }
 
-// At most one frame without its reply: the next one waits for any frame, or for the time-out.
+// At most one frame without its reply: the next one waits for any frame, or for the time-out. A
+// frame may be seen here just before a write and by the module just behind it, so one is let pass.
 void Observer::CheckSpacing(int64_t now) {
-  if (lastWrite_ < 0 || answered_ || now - lastWrite_ >= kReplyTimeout) return;
+  if (lastWrite_ < 0 || now - lastWrite_ >= kReplyTimeout) return;
+  if (--answers_ >= 0) return;
   Break(fmt::format("a frame is sent {} us behind one that is not answered", now - lastWrite_));
 }
 
@@ -74,7 +77,7 @@ void Observer::BytesDelivered(std::span<const uint8_t> bytes) {
     CheckResponding(now);
     lastFrame_ = now;
     outageReported_ = false;
-    answered_ = true;
+    answers_ = std::min(answers_ + 1, kMostAnswers);
     if (!reply->IsStatus()) continue;
     const SeenStatus status(reply->data);
     // Not the counts, which change with every frame.
@@ -228,6 +231,7 @@ void Observer::StoreEnded(const Sample& sample, bool thrown) {
 
 void Observer::ErrorReported(const ActionErrorRecord& error) {
   Note(fmt::format("error: {} (kind {}, sample {})", error.message, error.kind, error.sampleId));
+  platform::OpenScheduleWindow();
   const PlainGuard guard(lock_);
   ++errors_;
   if (error.message.find(kArchiveFailure) != std::string::npos) ++archiveErrors_;
@@ -311,7 +315,7 @@ void Observer::ClientGone(int number) {
 void Observer::InstrumentOpened() {
   const PlainGuard guard(lock_);
   lastWrite_ = -1;
-  answered_ = true;
+  answers_ = 0;
   lastFrame_ = Now();
   outageReported_ = false;
   cabDue_ = -1;

@@ -111,7 +111,7 @@ class Observer {
   ReplyWatcher reader_ GUARDED_BY(lock_);
   std::deque<StartedTest> starts_ GUARDED_BY(lock_);  // the last few
   int64_t lastWrite_ GUARDED_BY(lock_) = -1;
-  bool answered_ GUARDED_BY(lock_) = true;  // a frame has come since the last write
+  int answers_ GUARDED_BY(lock_) = 0;  // frames that have come and that no later write is due to
   bool suppliesSteady_ GUARDED_BY(lock_) = true;
   std::array<uint8_t, 4> supplies_ GUARDED_BY(lock_){};
   int64_t lastFrame_ GUARDED_BY(lock_) = 0;

@@ -185,6 +185,7 @@ void Desk::Do(const OperatorStep& step, size_t who) {
                                     "resumes", "aborts",     "renames",       "replaces",
                                     "reloads", "commands",   "moves",         "measures"};
   observer_.Note(fmt::format("operator {} {}", who + 1, kNames[static_cast<size_t>(step.deed)]));
+  platform::OpenScheduleWindow();
   switch (step.deed) {
     case OperatorDeed::Start:
       Start();
@@ -259,16 +260,20 @@ void Desk::Command(size_t who, Milliseconds lives) {
 }
 
 void Desk::RunOwn(std::unique_ptr<Action> action, const OperatorStep& step) {
+  // One run at a time: the protocol does not tell whose run it is that a status shows.
+  if (instrument_->IsTrayRunning() != 0 || ownRuns_.exchange(true)) return;
   OwnWatcher watcher(observer_);
   try {
     action->Start(&watcher, fmt::format("0,{}", step.position));
   } catch (CViscoException* refused) {
     delete refused;
+    ownRuns_ = false;
     return;
   }
   platform::WaitForAny({&watcher.finished(), &leave_}, Deadline::After(step.lasts * 10));
   action->Stop();
   watcher.Close();
+  ownRuns_ = false;
 }
 
 }  // namespace rvx::soak

@@ -59,6 +59,7 @@ class Desk {
   FaultyLine& line_;
   C_RVX* instrument_ = nullptr;
   std::atomic<int> names_{0};
+  std::atomic<bool> ownRuns_{false};  // an action outside the tray
   platform::Event leave_{"soak: operators leave", platform::Event::Mode::ManualReset};
   std::vector<std::shared_ptr<platform::Thread>> people_;
 };

@@ -16,6 +16,9 @@ struct RunOptions {
   platform::TaskSwitch taskSwitch = platform::TaskSwitch::Fibers;
 };
 
+// The command that repeats a seed.
+std::string RepeatCommand(uint64_t seed, const RunOptions& options);
+
 // Runs the seed and leaves what happened on the page. Does not return if an invariant breaks.
 void RunSeed(uint64_t seed, const RunOptions& options, RunPage& page);
 

@@ -9,6 +9,7 @@ namespace rvx::soak {
 namespace {
 
 using platform::Milliseconds;
+using platform::StreamId;
 using namespace std::chrono_literals;
 
 constexpr double kNoFaults = 0.2;
@@ -17,11 +18,11 @@ constexpr double kTemperatures[] = {-10.0, -15.0, -20.0, -25.0, -30.0, -35.0};
 
 FaultRates DrawRates(uint64_t seed, const std::set<Fault>& without) {
   FaultRates rates;
-  const bool calm = Draws(seed, "calm").Chance(kNoFaults);
+  const bool calm = Draws(seed, StreamId::Scenario, "calm").Chance(kNoFaults);
   for (size_t i = 0; i < kFaultCount; ++i) {
     const auto fault = static_cast<Fault>(i);
     const FaultKind& kind = KindOf(fault);
-    Draws draws(seed, std::string("rate of ") + std::string(kind.name));
+    Draws draws(seed, StreamId::Scenario, kind.name);
     const bool happens = draws.Chance(kEachFault);
     const double rate = draws.LogUniform(kind.low, kind.high);
     if (without.contains(fault)) continue;
@@ -47,7 +48,7 @@ PlannedSample DrawSample(Draws& draws, int position, Profile profile) {
 }
 
 void DrawTray(Scenario& scenario) {
-  Draws draws(scenario.seed, "tray");
+  Draws draws(scenario.seed, StreamId::Scenario, "tray");
   const bool isShort = scenario.profile == Profile::Short;
   const int count = isShort ? draws.Between(1, 3) : draws.Between(4, 30);
   scenario.injectionTime = isShort ? draws.Between(0, 3) : 240;
@@ -66,10 +67,6 @@ void DrawTray(Scenario& scenario) {
   if (scenario.controller != ControllerKind::Scripted) scenario.modelCode = '4';
   // Counters wrap: near their end they do it in the middle of a run.
   if (draws.Chance(0.25)) scenario.startCount = static_cast<uint16_t>(65536 - draws.Between(1, 99));
-  if (draws.Chance(0.25)) {
-    scenario.startTick = (draws.Chance(0.5) ? 0x80000000U : 0U) -
-                         1000U * static_cast<uint32_t>(draws.Between(1, 60));
-  }
 }
 
 Milliseconds EstimateOf(const Scenario& scenario) {
@@ -99,7 +96,7 @@ OperatorDeed DrawDeed(Draws& draws) {
 
 std::vector<OperatorStep> DrawSteps(const Scenario& scenario, Fault fault) {
   if (!scenario.rates.Has(fault)) return {};
-  Draws draws(scenario.seed, KindOf(fault).name);
+  Draws draws(scenario.seed, StreamId::Operator, KindOf(fault).name);
   std::vector<OperatorStep> steps(static_cast<size_t>(scenario.rates[fault]));
   for (OperatorStep& step : steps) {
     step.at = Milliseconds(
@@ -133,7 +130,7 @@ void DrawMishaps(Scenario& scenario) {
                             Fault::SteppersLost, Fault::GoesIdle, Fault::PowerCycle,
                             Fault::NeverSettles, Fault::CountJumps, Fault::CountRepeats}) {
     if (!scenario.rates.Has(fault)) continue;
-    Draws draws(scenario.seed, KindOf(fault).name);
+    Draws draws(scenario.seed, StreamId::Instrument, KindOf(fault).name);
     const int count = static_cast<int>(scenario.rates[fault]);
     for (int i = 0; i < count; ++i) {
       Mishap mishap;
@@ -158,7 +155,7 @@ Scenario DrawScenario(uint64_t seed, Profile profile, const std::set<Fault>& wit
   scenario.rates = DrawRates(seed, without);
   DrawTray(scenario);
   scenario.estimate = EstimateOf(scenario);
-  Draws draws(seed, "moments");
+  Draws draws(seed, StreamId::Scenario, "moments");
   scenario.horizon = scenario.estimate + draws.LogUniform(1000ms, scenario.estimate);
   scenario.destroyAt = draws.LogUniform(10ms, scenario.estimate);
   scenario.steps[0] = DrawSteps(scenario, Fault::Operator);

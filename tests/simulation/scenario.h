@@ -72,7 +72,6 @@ struct Scenario {
   ControllerKind controller = ControllerKind::Scripted;
   char modelCode = '4';
   uint16_t startCount = 1;  // int count
-  uint32_t startTick = 0;   // of the millisecond clock
 
   int injectionTime = 0;     // s
   int coolDownTime = 2;      // s

@@ -217,13 +217,4 @@ std::vector<Fault> FindSmallestFaults(uint64_t seed, RunOptions& options,
   return needed;
 }
 
-std::string RepeatCommand(uint64_t seed, const RunOptions& options) {
-  std::string command = fmt::format("soak --seed {} --profile {}", seed,
-                                    options.profile == Profile::Short ? "short" : "tray");
-  for (const Fault fault : options.without) {
-    command += fmt::format(" --without {}", KindOf(fault).name);
-  }
-  return command;
-}
-
 }  // namespace rvx::soak

@@ -48,7 +48,4 @@ Failure RunAlone(uint64_t seed, const RunOptions& options, const std::string& mu
 std::vector<Fault> FindSmallestFaults(uint64_t seed, RunOptions& options,
                                       const std::string& mutant);
 
-// The command that repeats a seed.
-std::string RepeatCommand(uint64_t seed, const RunOptions& options);
-
 }  // namespace rvx::soak
