@@ -53,7 +53,7 @@ void CBaseAction::Start(ActionWatcher* watcher, const std::string& context) {
     }
     // A screen has time: measuring threads go first.
     failure = Launch(watcher, context, tray_, position_, "screen", platform::ThreadPriority::Lowest,
-                     ViewThread);
+                     ViewThread, RunKind::Screen);
   }
   if (failure == StartFailure::None) return;
   ActionErrorRecord record = instrument_.MakeErrorRecord();
@@ -64,9 +64,11 @@ void CBaseAction::Start(ActionWatcher* watcher, const std::string& context) {
 
 CBaseAction::StartFailure CBaseAction::Launch(ActionWatcher* watcher, const std::string& context,
                                               int tray, int position, const char* threadName,
-                                              platform::ThreadPriority priority, RunFunction run) {
+                                              platform::ThreadPriority priority, RunFunction run,
+                                              RunKind kind) {
   if (launch_ != nullptr) return StartFailure::Running;
-  auto record = std::make_shared<LaunchRecord>(instrument_, this, watcher, context, tray, position);
+  auto record = std::make_shared<LaunchRecord>(instrument_, this, watcher, context, tray, position,
+                                               kind == RunKind::DrivesInstrument);
   // Made here and not on the thread, so that the instrument can't be gone before the thread begins;
   // it goes with the thread's function.
   auto use = std::make_shared<InstrumentUse>(instrument_);
@@ -116,7 +118,9 @@ void CBaseAction::StopRun() {
     // holds.
     platform::RecursiveGuard guard(launch->lock);
     watcher = std::exchange(launch->watcher, nullptr);
-    launch->action = nullptr;
+    const bool runs = std::exchange(launch->action, nullptr) != nullptr;
+    launch->stopped = true;
+    if (runs && launch->drivesInstrument) instrument_.SendAbort(nullptr);
   }
   launch->stopEvent.Set();
   {

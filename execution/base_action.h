@@ -62,13 +62,15 @@ class CBaseAction : public Action, public UserInterfaceClient {
  protected:
   enum class StartFailure { None, Running, BadContext, NoThread };
   using RunFunction = void (*)(LaunchRecord& record);
+  // A screen does nothing with the instrument by itself.
+  enum class RunKind { DrivesInstrument, Screen };
 
   // Ends the run, if there is one, as Stop does.
   void StopRun();
   // Starts a thread that runs `run` on a new record.
   StartFailure Launch(ActionWatcher* watcher, const std::string& context, int tray, int position,
-                      const char* threadName, platform::ThreadPriority priority, RunFunction run)
-      REQUIRES(lock_);
+                      const char* threadName, platform::ThreadPriority priority, RunFunction run,
+                      RunKind kind = RunKind::DrivesInstrument) REQUIRES(lock_);
   // The text for people of a failure to start.
   std::string GetFailureText(StartFailure failure);
   // Raises ActionException with this record and text.

@@ -5,11 +5,12 @@
 namespace rvx {
 
 LaunchRecord::LaunchRecord(C_RVX& ownInstrument, CBaseAction* ownAction, ActionWatcher* ownWatcher,
-                           std::string ownContext, int ownTray, int ownPosition)
+                           std::string ownContext, int ownTray, int ownPosition, bool drives)
     : instrument(ownInstrument),
       context(std::move(ownContext)),
       tray(ownTray),
       position(ownPosition),
+      drivesInstrument(drives),
       watcher(ownWatcher),
       action(ownAction) {}
 

@@ -60,7 +60,7 @@ int32_t CMSStateMachine::Act() {
     case State::Abort:
       AbortAndRaise();
     case State::ResendAbort:
-      instrument_.SendAbort(nullptr);
+      SendAbort();
       Tick();
       SetState(State::AwaitAbort);
       return 1;
@@ -76,12 +76,13 @@ int32_t CMSStateMachine::Act() {
 }
 
 void CMSStateMachine::Start() {
+  if (!ReadPresentStatus()) return;
   if (status_.operation != 0) {
     FailInUse();
     return;
   }
   TakeResponseTimeout();
-  instrument_.MoveToPosition(launch_.position, this);
+  launch_.SendUnlessStopped([this] { instrument_.MoveToPosition(launch_.position, this); });
   BeginRetries(kMoveCommand);
   Tick();
   SetState(State::AwaitReply);

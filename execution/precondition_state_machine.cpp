@@ -90,7 +90,7 @@ int32_t CPMStateMachine::Act() {
     case State::Abort:
       AbortAndRaise();
     case State::ResendAbort:
-      instrument_.SendAbort(nullptr);
+      SendAbort();
       Tick();
       SetState(State::AwaitAbort);
       return 1;
@@ -116,13 +116,15 @@ void CPMStateMachine::Start() {
     SetState(State::End);
     return;
   }
+  if (!ReadPresentStatus()) return;
   if (status_.operation != 0) {
     FailInUse();
     return;
   }
   TakeResponseTimeout();
   if (status_.actualTemperature > kPreconditionTemperature) {
-    instrument_.SetTemperatureControl(true, kPreconditionTemperature, this);
+    launch_.SendUnlessStopped(
+        [this] { instrument_.SetTemperatureControl(true, kPreconditionTemperature, this); });
     BeginRetries(kControlOnCommand);
     SetState(State::AwaitControlOn);
   } else {
@@ -141,14 +143,15 @@ void CPMStateMachine::SeekTemperature() {
 }
 
 void CPMStateMachine::SwitchControlOff() {
-  instrument_.SetTemperatureControl(false, kTemperatureOff, this);
+  launch_.SendUnlessStopped(
+      [this] { instrument_.SetTemperatureControl(false, kTemperatureOff, this); });
   BeginRetries(kControlOffCommand);
   Tick();
   SetState(State::AwaitControlOff);
 }
 
 void CPMStateMachine::StartMotor() {
-  instrument_.PreconditionMotor(this);
+  launch_.SendUnlessStopped([this] { instrument_.PreconditionMotor(this); });
   BeginRetries(kMotorCommand);
   Tick();
   SetState(State::AwaitMotorReply);

@@ -47,8 +47,18 @@ int32_t Sequencer::Step() {
   return Act();
 }
 
+bool Sequencer::ReadPresentStatus() {
+  while (instrument_.GetNextReadings(statusSequence_, status_)) {
+  }
+  return status_.machineStatus == 0 && status_.errorCode == 0;
+}
+
+void Sequencer::SendAbort() {
+  launch_.SendUnlessStopped([this] { instrument_.SendAbort(nullptr); });
+}
+
 void Sequencer::AbortRun() {
-  instrument_.SendAbort(nullptr);
+  SendAbort();
   EnterStart();
   ReportOperation();
 }
@@ -118,7 +128,7 @@ void Sequencer::Fail(const std::string& message) {
 }
 
 void Sequencer::AbortAndRaise() {
-  instrument_.SendAbort(nullptr);
+  SendAbort();
   ActionErrorRecord record = instrument_.MakeErrorRecord();
   record.message = abortMessage_;
   record.kind = 0;

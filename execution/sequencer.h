@@ -53,6 +53,13 @@ class Sequencer : public UserInterfaceClient, public CommandClient {
   // Adds what a kind of run knows about itself to its failure.
   virtual void CompleteFailure(ActionErrorRecord& /*record*/) {}
 
+  // Goes on to the last status: a run that begins asks whether the instrument is idle now, and not
+  // what it did while the thread was held up. False if that status says that the run must fail; the
+  // next Step does it.
+  bool ReadPresentStatus();
+  // Sends CAB, unless the run was stopped: then that has been done.
+  void SendAbort();
+
   // Notes a change of state or a reading taken.
   void NoteProgress() { progressed_ = true; }
   // Takes the present moment as the one from which the state's time is measured.

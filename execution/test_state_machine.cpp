@@ -107,7 +107,7 @@ int32_t CTestStateMachine::Act() {
     case State::Abort:
       AbortAndRaise();
     case State::ResendAbort:
-      instrument_.SendAbort(nullptr);
+      SendAbort();
       Tick();
       SetState(State::AwaitAbort);
       return 1;
@@ -124,12 +124,14 @@ int32_t CTestStateMachine::Act() {
 }
 
 void CTestStateMachine::StartTest() {
+  if (!ReadPresentStatus()) return;
   if (status_.operation != 0) {
     FailInUse();
     return;
   }
   TakeResponseTimeout();
-  instrument_.StartTest(launch_.position, testIndex_, test_, this);
+  launch_.SendUnlessStopped(
+      [this] { instrument_.StartTest(launch_.position, testIndex_, test_, this); });
   BeginRetries(kStartTestCommand);
   returnState_ = State::Start;
   Tick();
@@ -201,9 +203,8 @@ void CTestStateMachine::PromptForInjection() {
   prompter.ShowMessage(promptText_, platform::MessageButtons::Ok,
                        platform::MessageIcon::Information);
   // Stopped while the question stood: the instrument must not begin an injection now.
-  if (launch_.stopEvent.TryWait()) return;
   TakeUntaggedReply();
-  instrument_.UserAcknowledge(this);
+  if (!launch_.SendUnlessStopped([this] { instrument_.UserAcknowledge(this); })) return;
   promptAnswered_ = true;
   EndRetries(kAcknowledgeCommand);
   BeginRetries(kAcknowledgeCommand);
@@ -218,7 +219,7 @@ void CTestStateMachine::Collect() {
     return;
   }
   if (readingIndex_ == speeds_.size()) {
-    instrument_.SendAbort(nullptr);
+    SendAbort();
     readingsComplete_ = true;
     Tick();
     SetState(State::AwaitIdle);

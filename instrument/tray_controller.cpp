@@ -99,12 +99,13 @@ void TrayController::Abort() {
     if (run->instrument == nullptr) return;  // it ended, or another abort came first
     watcher = std::exchange(run->watcher, nullptr);
     run->instrument = nullptr;
+    // First: a host that sees no run any more fills the tray anew.
+    removed = instrument_.EmptyTray();
     {
       ConfigurationRecord& configuration = instrument_.configuration();
       ConfigurationGuard configurationGuard(configuration);
       configuration.runFlags = 0;
     }
-    removed = instrument_.EmptyTray();
     ForgetRun(run.get());
   }
   run->abort.Set();

@@ -134,13 +134,14 @@ void TrayThread::Finish() {
   {
     platform::RecursiveGuard guard(run_->lock);
     if (run_->instrument == nullptr) return;
+    // First: a host that sees no run any more fills the tray anew.
+    removed = instrument_.EmptyTray();
     {
       ConfigurationRecord& configuration = instrument_.configuration();
       ConfigurationGuard configurationGuard(configuration);
       configuration.runFlags &= ~static_cast<uint32_t>(kTrayRunning);
     }
     controller_.ForgetRun(run_.get());
-    removed = instrument_.EmptyTray();
     watcher = std::exchange(run_->watcher, nullptr);
     run_->instrument = nullptr;
   }
