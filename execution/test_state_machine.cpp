@@ -161,6 +161,12 @@ void CTestStateMachine::AwaitReply() {
     SetState(State::AwaitRun);
     return;
   }
+  if (IsInjecting()) {
+    EndRetries(kAcknowledgeCommand);
+    Tick();
+    SetState(State::AwaitInjectionEnd);
+    return;
+  }
   const int command = returnState_ == State::Start ? kStartTestCommand : kAcknowledgeCommand;
   if (!UseRetry(command)) {
     FailNoReply();
@@ -168,6 +174,14 @@ void CTestStateMachine::AwaitReply() {
   }
   Tick();
   SetState(State::ResendAbort);
+}
+
+// The reply to the acknowledgement is lost and it was obeyed all the same. An abort would now end a
+// test that goes well, and the run would wait for its readings for ever.
+bool CTestStateMachine::IsInjecting() const {
+  constexpr auto kPrompting = static_cast<uint8_t>(Operation::LowerTube);
+  return returnState_ == State::AwaitRun && manualInjection_ && !IsPrompting() &&
+         status_.operation > kPrompting;
 }
 
 void CTestStateMachine::AwaitOperation() {

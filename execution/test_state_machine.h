@@ -57,6 +57,7 @@ class CTestStateMachine final : public Sequencer {
   void AwaitRun();
   void PromptForInjection();
   void Collect();
+  bool IsInjecting() const;
   bool IsPrompting() const { return status_.promptFlag != 0; }
 
   TestRecord& test_;

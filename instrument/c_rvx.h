@@ -38,8 +38,9 @@ class InstrErrorClient {
   virtual int32_t InstrumentError(uint8_t code) = 0;
 };
 
-// Status frames that are kept for threads that run late: half a minute of a run.
-inline constexpr size_t kStatusHistory = 64;
+// Status frames that are kept for threads that run late: two minutes of a run. A thread that is held
+// up for longer loses readings.
+inline constexpr size_t kStatusHistory = 256;
 
 class C_RVX : public ViscometerInstrument, public PortWatcher, public ConversationPeer {
  public:

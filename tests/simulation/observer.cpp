@@ -24,6 +24,17 @@ constexpr int64_t kReportDue = 150 * kSecond;
 // What may stand in the queue before an abort goes out, on a line where each command times out.
 constexpr int64_t kAbortDue = 150 * kSecond;
 
+// Which of its tests a record is of; no two are alike.
+size_t TestOf(const Sample& sample, const PlannedSample& plan) {
+  size_t index = 0;
+  while (index < plan.tests.size() &&
+         (sample.constants[5] != plan.tests[index].temperature ||
+          sample.constants[6] != static_cast<double>(plan.tests[index].rotorTime))) {
+    ++index;
+  }
+  return index;
+}
+
 int64_t Now() { return platform::MonotonicTime().count(); }
 
 }  // namespace
@@ -45,8 +56,9 @@ void Observer::FrameWritten(std::string_view frame) {
   lastWrite_ = now;
   const std::string_view command = frame.substr(2, 3);
   const std::string_view payload = frame.substr(5, frame.size() - 6);
+  if (command == "CST" || command == "CPM" || command == "CMP") runOpen_ = true;
   if (command == "CAB") {
-    ++aborts_;
+    runOpen_ = false;
     cabDue_ = -1;
   } else if (command == "CSN") {
     CountOwnCommand(payload);
@@ -137,31 +149,29 @@ void Observer::StoreBegun(const Sample& sample) {
     const PlainGuard guard(lock_);
     const auto found = samples_.find(sample.sampleId);
     Require(found != samples_.end(), "a sample of nobody is stored: " + sample.sampleId);
-    plan = found->second->plan;
+    KnownSample& known = *found->second;
+    plan = known.plan;
+    index = TestOf(sample, plan);
+    Require(index < plan.tests.size(), "a sample is stored of a test that nobody asked for");
     // Its tests are stored in their order; a position that was stopped begins with the first again.
-    size_t& stores = found->second->stores;
-    Require(stores < plan.tests.size(), "a finished sample is stored again: " + sample.sampleId);
-    const PlannedTest& next = plan.tests[stores];
-    const bool isNext = sample.constants[5] == next.temperature &&
-                        sample.constants[6] == static_cast<double>(next.rotorTime);
-    if (!isNext) stores = 0;
-    index = stores++;
+    if (!known.isUnsure) {
+      Require(known.stores < plan.tests.size(), "a finished sample is stored again");
+      Require(index == known.stores || index == 0, "tests are stored out of their order");
+    }
+    known.isUnsure = false;
+    known.stores = index + 1;
   }
-  CheckIdentity(sample, plan, plan.tests[index]);
+  CheckIdentity(sample, plan);
   CheckMeasured(sample, plan.tests[index]);
   CheckViscosity(sample);
 }
 
-void Observer::CheckIdentity(const Sample& sample, const PlannedSample& plan,
-                             const PlannedTest& test) {
+void Observer::CheckIdentity(const Sample& sample, const PlannedSample& plan) {
   Require(sample.position == plan.position + 1, "a sample is stored for another position");
   Require(sample.tray == 1 && sample.valid == 1 && sample.kind == 1, "a sample's fixed fields");
   Require(
       sample.operatorName == "tester" && sample.typeName == "RVX" && sample.knownViscosity == -2.0,
       "a sample's operator, type or mark");
-  Require(sample.constants[5] == test.temperature &&
-              sample.constants[6] == static_cast<double>(test.rotorTime),
-          "a sample has the temperature or the time of another test");
   Require(sample.constants[4] == (plan.verifies ? kKnownViscosity : 0.0),
           "a sample has a wrong known viscosity");
 }
@@ -270,14 +280,14 @@ TrayRecord* Observer::MakeWatcher() {
   return records_.back().get();
 }
 
-int Observer::aborts() {
+bool Observer::IsRunOpen() {
   const PlainGuard guard(lock_);
-  return aborts_;
+  return runOpen_;
 }
 
-void Observer::RunEnded(int aborts) {
+void Observer::RunEnded() {
   const PlainGuard guard(lock_);
-  if (aborts_ == aborts && cabDue_ < 0) cabDue_ = Now() + kAbortDue;
+  if (runOpen_ && cabDue_ < 0) cabDue_ = Now() + kAbortDue;
 }
 
 // --- Commands of the operators ------------------------------------------------------------------
@@ -320,6 +330,8 @@ void Observer::InstrumentOpened() {
   const PlainGuard guard(lock_);
   lastWrite_ = -1;
   answers_ = 0;
+  reader_ = ReplyWatcher();
+  runOpen_ = false;
   lastFrame_ = Now();
   outageReported_ = false;
   cabDue_ = -1;
@@ -338,7 +350,7 @@ void Observer::InstrumentClosed(bool lineWasAlive) {
 
 void Observer::TrayReloaded() {
   const PlainGuard guard(lock_);
-  for (const auto& [name, sample] : samples_) sample->stores = 0;
+  for (const auto& [name, sample] : samples_) sample->isUnsure = true;
 }
 
 }  // namespace rvx::soak

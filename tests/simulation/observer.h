@@ -63,10 +63,10 @@ class Observer {
   // The sample was told as finished: all its tests were given to the archive, or a failure was
   // reported since there were `errors`; not asked for a tray that was changed since `edits`.
   void CheckFinishedSample(const std::string& sampleId, int edits, int errors);
-  // CABs that have gone out.
-  int aborts();
-  // An abort has ended a run while the instrument was busy; there had been `aborts` CABs before.
-  void RunEnded(int aborts);
+  // Whether something was started at the instrument and no CAB has gone out since.
+  bool IsRunOpen();
+  // An abort has ended a run that was open: if it still is, a CAB is due.
+  void RunEnded();
 
   // --- Commands of the operators, each with a number in its text
   int CommandMade(int who);
@@ -94,13 +94,14 @@ class Observer {
   StartedTest* FindStart(const Sample& sample) REQUIRES(lock_);
   void CheckResponding(int64_t now) REQUIRES(lock_);
   void CheckCabDue(int64_t now) REQUIRES(lock_);
-  void CheckIdentity(const Sample& sample, const PlannedSample& plan, const PlannedTest& test);
+  void CheckIdentity(const Sample& sample, const PlannedSample& plan);
   void CheckMeasured(const Sample& sample, const PlannedTest& test);
   void CheckViscosity(const Sample& sample);
   // A sample that was put into the tray, whatever it is called now.
   struct KnownSample {
     PlannedSample plan;
-    size_t stores = 0;  // tests given to the archive since its run began
+    size_t stores = 0;      // tests given to the archive since its run began
+    bool isUnsure = false;  // they may be those of an action that was replaced
   };
 
   RunPage& page_;
@@ -118,7 +119,7 @@ class Observer {
   int64_t cabDue_ GUARDED_BY(lock_) = -1;  // by when a CAB must have gone out
   bool outageReported_ GUARDED_BY(lock_) = false;
   std::string lastNote_ GUARDED_BY(lock_);
-  int aborts_ GUARDED_BY(lock_) = 0;
+  bool runOpen_ GUARDED_BY(lock_) = false;
   struct OwnCommand {
     int who = 0;
     int sends = 0;

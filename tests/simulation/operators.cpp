@@ -79,7 +79,9 @@ Desk::Desk(const Scenario& scenario, Observer& observer, HostFaults& host, Fault
 
 std::string Desk::NextName(const char* kind) { return fmt::format("{} {}", kind, ++names_); }
 
-bool Desk::IsBusy() { return line_.IsBusy() && instrument_->GetSwitchByte() != 0; }
+bool Desk::IsRunOpen() {
+  return observer_.IsRunOpen() && line_.IsBusy() && instrument_->GetSwitchByte() != 0;
+}
 
 // --- The tray -----------------------------------------------------------------------------------
 
@@ -150,9 +152,14 @@ TrayRecord* Desk::Start() {
 }
 
 void Desk::Abort() {
-  const bool wasBusy = IsBusy();
-  const int cabs = observer_.aborts();
-  if (instrument_->QueryAbortTray() == 1 && wasBusy) observer_.RunEnded(cabs);
+  const bool wasOpen = IsRunOpen();
+  if (instrument_->QueryAbortTray() == 1 && wasOpen) observer_.RunEnded();
+}
+
+void Desk::Resume() {
+  if (instrument_->IsTrayPaused() == 0) return;
+  if (instrument_->GetSwitchByte() != 0) instrument_->SendAbort(nullptr);
+  instrument_->ResumeTray(0);
 }
 
 // --- The operators ------------------------------------------------------------------------------
@@ -245,11 +252,10 @@ void Desk::Replace(int position) { Fill({{position, false, {kOwnTest}}}); }
 void Desk::Reload() {
   observer_.TrayEdited();
   const bool ran = instrument_->IsTrayRunning() != 0;
-  const bool wasBusy = IsBusy();
-  const int cabs = observer_.aborts();
+  const bool wasOpen = IsRunOpen();
   instrument_->LoadSettingsText(instrument_->SaveSettingsText(), kLoadAll);
   observer_.TrayReloaded();
-  if (ran && wasBusy && instrument_->IsTrayRunning() == 0) observer_.RunEnded(cabs);
+  if (ran && wasOpen && instrument_->IsTrayRunning() == 0) observer_.RunEnded();
 }
 
 void Desk::Command(size_t who, Milliseconds lives) {

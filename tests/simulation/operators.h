@@ -33,7 +33,8 @@ class Desk {
   // Starts the tray with a watcher of its own: the watcher, or null if it was refused.
   TrayRecord* Start();
   void Abort();
-  void Resume() { instrument_->ResumeTray(0); }
+  // Ends a pause, and first what a lost CAB has left going at the instrument.
+  void Resume();
 
   // Starts the operators of the scenario; Leave ends them and waits for them.
   void Come();
@@ -50,8 +51,9 @@ class Desk {
   void RunOwn(std::unique_ptr<Action> action, const OperatorStep& step);
   std::unique_ptr<C_RVXViscAction> MakeSample(const PlannedSample& plan);
   std::string NextName(const char* kind);
-  // Whether the instrument is running something, as both it and the module see it.
-  bool IsBusy();
+  // Whether the instrument is running something that nobody has ended, as both it and the module
+  // see it.
+  bool IsRunOpen();
 
   const Scenario& scenario_;
   Observer& observer_;

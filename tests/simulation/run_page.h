@@ -47,7 +47,7 @@ class RunPage {
   std::string History(size_t lines) const;
 
  private:
-  static constexpr size_t kLines = 400;
+  static constexpr size_t kLines = 4000;
   static constexpr size_t kLineSize = 160;
   struct Line {
     int64_t time;

@@ -24,6 +24,8 @@ constexpr Milliseconds kClosing{180'000};
 // From the end of the faults to an instrument that is ready.
 constexpr Milliseconds kGettingReady{900'000};
 constexpr Milliseconds kLook{5000};
+// How long a person leaves a paused tray alone.
+constexpr Milliseconds kPatience{30'000};
 
 }  // namespace
 
@@ -110,17 +112,16 @@ void World::AwaitReady() {
   const bool plays = scenario_.controller == ControllerKind::Scripted;
   Deadline retry = Deadline::Now();
   for (;;) {
+    // First: before the first status all readings are 0.
+    const bool speaks = instrument_->GetStatusSequence() > 1;
     const bool homed = instrument_->GetMachineStatus() == 0;
     const bool cold = instrument_->GetTemperature() < 5.0;
-    if (instrument_->GetStatusSequence() > 1 && homed && cold &&
-        instrument_->GetSwitchByte() == 0) {
-      return;
-    }
+    if (speaks && homed && cold && instrument_->GetSwitchByte() == 0) return;
     if (deadline.HasPassed()) {
       if (scenario_.rates.TouchesLine()) return;
       observer_.Break("the instrument does not get ready");
     }
-    if ((!homed || !cold) && instrument_->GetStatusSequence() > 1 && retry.HasPassed()) {
+    if ((!homed || !cold) && speaks && retry.HasPassed()) {
       retry = Deadline::After(60s);
       if (!homed) instrument_->SetHomeFlag(nullptr);
       // The simulator cools with its control off too, and stays idle then.
@@ -168,7 +169,7 @@ void World::AwaitEndOfTray() {
   const Deadline deadline = Deadline::After(scenario_.estimate * 2 + kGettingReady);
   while (instrument_->IsTrayRunning() != 0 && !deadline.HasPassed()) {
     desk_.Resume();
-    platform::Sleep(kLook);
+    platform::Sleep(kPatience);
   }
   if (instrument_->IsTrayRunning() == 0) return;
   const bool disturbed = scenario_.rates.TouchesLine() || scenario_.rates.Has(Fault::Operator) ||
@@ -192,7 +193,7 @@ void World::RunFreshTray() {
   TrayRecord* record = desk_.Start();
   if (record == nullptr) observer_.Break("a fresh tray is refused");
   const Deadline deadline = Deadline::After(7200s);
-  while (!record->finished().Wait(kLook)) {
+  while (!record->finished().Wait(kPatience)) {
     desk_.Resume();
     if (deadline.HasPassed()) observer_.Break("a fresh tray does not end");
   }
@@ -205,9 +206,9 @@ void World::RunFreshTray() {
 void World::CloseInstrument() {
   observer_.Note("the instrument is closed");
   const bool wasAlive = line_.IsAlive() && !scenario_.rates.TouchesLine();
-  const bool wasBusy =
+  const bool wasOpen =
       instrument_->IsTrayRunning() != 0 && line_.IsBusy() && instrument_->GetSwitchByte() != 0;
-  if (wasBusy) observer_.RunEnded(observer_.aborts());
+  if (wasOpen) observer_.RunEnded();
   const Microseconds begin = platform::MonotonicTime();
   instrument_.reset();
   desk_.Put(nullptr);
