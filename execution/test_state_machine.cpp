@@ -148,7 +148,7 @@ void CTestStateMachine::AwaitReply() {
   // The prompt that has fallen tells as much as the tag, where another frame has taken the reply.
   const bool acknowledged =
       returnState_ == State::AwaitRun && manualInjection_ && !IsPrompting() && TakeUntaggedReply();
-  if (acknowledged || TakeReply(kUserAcknowledgeTag)) {
+  if (acknowledged || IsInjecting() || TakeReply(kUserAcknowledgeTag)) {
     EndRetries(kAcknowledgeCommand);
     Tick();
     SetState(State::AwaitInjectionEnd);
@@ -161,17 +161,12 @@ void CTestStateMachine::AwaitReply() {
     SetState(State::AwaitRun);
     return;
   }
-  if (IsInjecting()) {
-    EndRetries(kAcknowledgeCommand);
-    Tick();
-    SetState(State::AwaitInjectionEnd);
-    return;
-  }
   const int command = returnState_ == State::Start ? kStartTestCommand : kAcknowledgeCommand;
   if (!UseRetry(command)) {
     FailNoReply();
     return;
   }
+  abortedAcknowledge_ = command == kAcknowledgeCommand;
   Tick();
   SetState(State::ResendAbort);
 }
@@ -203,6 +198,11 @@ void CTestStateMachine::AwaitRun() {
     Tick();
     SetState(State::AwaitPromptAnswer);
   }
+  // The run itself has told the instrument to abort, so no readings will ever come.
+  if (abortedAcknowledge_ && status_.operation == 0) {
+    FailNoReply();
+    return;
+  }
   if (status_.operation != kRunTestOperation) return;
   lastCount_ = 0;
   readingIndex_ = 0;
@@ -220,6 +220,7 @@ void CTestStateMachine::PromptForInjection() {
   TakeUntaggedReply();
   if (!launch_.SendUnlessStopped([this] { instrument_.UserAcknowledge(this); })) return;
   promptAnswered_ = true;
+  abortedAcknowledge_ = false;
   EndRetries(kAcknowledgeCommand);
   BeginRetries(kAcknowledgeCommand);
   returnState_ = State::AwaitRun;

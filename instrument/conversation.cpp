@@ -152,7 +152,6 @@ void Conversation::Exchange(const std::string& text) {
       platform::WaitForAny({&reply_, &stop_}, platform::Deadline::At(lastSend_ + kReplyTimeout));
   if (ended == 0) {
     lastReply_ = platform::MonotonicTime();
-    notified_ = false;
   } else {
     if (ended == platform::kTimedOut) {
       platform::ExpectNoLostSignal(reply_, [this] { return LastFrame() > lastSend_; });
@@ -163,9 +162,10 @@ void Conversation::Exchange(const std::string& text) {
     platform::PlainGuard guard(pendingLock_);
     idle_ = true;
   }
-  if (ended != 1 && !notified_ &&
-      platform::MonotonicTime() - std::max(lastReply_, LastFrame()) > kSilence) {
-    notified_ = true;
+  // Frames that came by themselves end an outage as well as a reply does.
+  const platform::Microseconds heard = std::max(lastReply_, LastFrame());
+  if (ended != 1 && heard > notifiedOf_ && platform::MonotonicTime() - heard > kSilence) {
+    notifiedOf_ = heard;
     peer_.InstrumentNotResponding();
   }
 }

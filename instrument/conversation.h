@@ -121,7 +121,7 @@ class Conversation : private FrameHandler {
   // Only the communications thread.
   platform::Microseconds lastSend_{0};
   platform::Microseconds lastReply_{0};
-  bool notified_ = false;  // of the present outage
+  platform::Microseconds notifiedOf_{-1};  // when the outage began that was reported last
 
   // Only the thread that hands over received bytes.
   ReplyReader reader_;
