@@ -7,6 +7,7 @@
 #include "execution/context.h"
 #include "execution/view_action.h"
 #include "instrument/c_rvx.h"
+#include "platform/mutant.h"
 #include "resources/string_ids.h"
 #include "resources/string_table.h"
 
@@ -117,10 +118,12 @@ void CBaseAction::StopRun() {
     // it hears that once. The record's lock comes before the action's, hence the two separate
     // holds.
     platform::RecursiveGuard guard(launch->lock);
-    watcher = std::exchange(launch->watcher, nullptr);
+    watcher = launch->watcher;
+    if (!platform::IsPlanted("end-told-twice")) launch->watcher = nullptr;
     const bool runs = std::exchange(launch->action, nullptr) != nullptr;
     launch->stopped = true;
-    if (runs && launch->drivesInstrument) instrument_.SendAbort(nullptr);
+    const bool sends = !platform::IsPlanted("stop-without-cab") && !platform::IsPlanted("late-cab");
+    if (runs && launch->drivesInstrument && sends) instrument_.SendAbort(nullptr);
   }
   launch->stopEvent.Set();
   {
@@ -133,6 +136,7 @@ void CBaseAction::StopRun() {
 void CBaseAction::FinishRun(LaunchRecord& record) {
   platform::RecursiveGuard guard(record.lock);
   ActionWatcher* watcher = std::exchange(record.watcher, nullptr);
+  if (platform::IsPlanted("end-not-told")) watcher = nullptr;
   if (watcher != nullptr) watcher->ActionFinished(record.context);
   CBaseAction* action = std::exchange(record.action, nullptr);
   if (action == nullptr) return;

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/mutant.h"
 #include "resources/string_ids.h"
 #include "resources/string_table.h"
 
@@ -54,6 +55,8 @@ bool Sequencer::ReadPresentStatus() {
 }
 
 void Sequencer::SendAbort() {
+  if (platform::IsPlanted("late-cab") && launch_.stopEvent.TryWait())
+    instrument_.SendAbort(nullptr);
   launch_.SendUnlessStopped([this] { instrument_.SendAbort(nullptr); });
 }
 

@@ -8,6 +8,7 @@
 #include "execution/test_state_machine.h"
 #include "execution/visc_action.h"
 #include "instrument/c_rvx.h"
+#include "platform/mutant.h"
 
 namespace rvx {
 namespace {
@@ -95,7 +96,8 @@ bool ViscRun::StoreResult(const CTestStateMachine& sequencer, int index) {
     action = GetAction();
     if (action != nullptr) action->SampleComplete(sample, record_.instrument.configuration());
     try {
-      GetSampleArchive()->StoreSample(sample);
+      if (!platform::IsPlanted("sample-not-stored")) GetSampleArchive()->StoreSample(sample);
+      if (platform::IsPlanted("sample-stored-twice")) GetSampleArchive()->StoreSample(sample);
     } catch (ArchiveException* refused) {
       failure = refused->GetRecord();
       delete refused;
@@ -103,9 +105,10 @@ bool ViscRun::StoreResult(const CTestStateMachine& sequencer, int index) {
     }
     // Still under the record's lock: a stop that waits for it must find a run that has ended, or
     // the tray would run the sample again.
-    if (index + 1 == std::min(test_.testCount, kMaxTests)) MarkAsRun(true);
+    const bool isLast = index + 1 == std::min(test_.testCount, kMaxTests);
+    if (isLast && !platform::IsPlanted("run-marked-late")) MarkAsRun(true);
   }
-  if (failure) {
+  if (failure && !platform::IsPlanted("archive-failure-kept")) {
     ActionErrorRecord report = record_.instrument.MakeErrorRecord();
     report.message = failure->message;
     report.kind = failure->kind;
@@ -125,9 +128,9 @@ ViscRun::ActionFacts ViscRun::ReadFacts(C_RVXViscAction& action) {
 
 void ViscRun::FillIdentity(Sample& sample, const ActionFacts& facts, int index) {
   C_RVX& instrument = record_.instrument;
-  const auto test = static_cast<size_t>(index);
+  const auto test = static_cast<size_t>(platform::IsPlanted("first-test-for-all") ? 0 : index);
   sample.sampleId = facts.sampleId;
-  sample.operatorName = GetOperatorName();
+  if (!platform::IsPlanted("operator-missing")) sample.operatorName = GetOperatorName();
   sample.typeName = instrument.GetTypeName();
   sample.instrument = instrument.GetInstrumentId();
   instrument.Lock();
@@ -135,7 +138,8 @@ void ViscRun::FillIdentity(Sample& sample, const ActionFacts& facts, int index) 
   sample.serialNumber = instrument.configuration().serialNumber;
   instrument.Unlock();
   sample.tray = static_cast<uint16_t>(record_.tray + 1);
-  sample.position = static_cast<uint16_t>(record_.position + 1);
+  sample.position = static_cast<uint16_t>(record_.position +
+                                          (platform::IsPlanted("position-off-by-one") ? 0 : 1));
   sample.knownViscosity = kModuleMark;
   sample.constants.at(kConstantKnownViscosity) = knownViscosities_.at(test);
   sample.constants.at(kConstantTestTemperature) = test_.testTemperatures.at(test);

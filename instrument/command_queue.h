@@ -9,6 +9,7 @@
 #include "instrument/command.h"
 #include "instrument/lock_ranks.h"
 #include "platform/lock.h"
+#include "platform/mutant.h"
 
 namespace rvx {
 
@@ -24,6 +25,7 @@ class CAPABILITY("mutex") CCommandQueue {
   // Removes and returns the first, or null if the queue is empty.
   std::unique_ptr<Command> Take() REQUIRES(this) {
     if (commands_.empty()) return nullptr;
+    if (platform::IsPlanted("queue-reversed")) std::swap(commands_.front(), commands_.back());
     std::unique_ptr<Command> first = std::move(commands_.front());
     commands_.pop_front();
     return first;

@@ -9,6 +9,7 @@
 #include "instrument/protocol/identification.h"
 #include "platform/log.h"
 #include "platform/lost_signal.h"
+#include "platform/mutant.h"
 
 namespace rvx {
 namespace {
@@ -49,7 +50,11 @@ void Conversation::Stop() {
 
 void Conversation::Queue(const std::string& text, CommandClient* client) {
   auto command = std::make_unique<Command>(Command{text, client});
-  {
+  if (platform::IsPlanted("locks-reversed")) {
+    platform::PlainGuard pendingGuard(pendingLock_);
+    QueueGuard guard(queue_);
+    queue_.Add(std::move(command));
+  } else {
     QueueGuard guard(queue_);
     queue_.Add(std::move(command));
   }
@@ -57,6 +62,7 @@ void Conversation::Queue(const std::string& text, CommandClient* client) {
 }
 
 void Conversation::ForgetClient(CommandClient* client) {
+  if (platform::IsPlanted("dead-client-called")) return;
   platform::RecursiveGuard delivery(deliveryLock_);
   {
     QueueGuard guard(queue_);
@@ -138,6 +144,7 @@ platform::Deadline Conversation::NextPoll() const {
     if (autoReportAsked_ || autoReportSeen_) {
       // Reports come by themselves. When they stay away for long, the instrument has been switched
       // off or restarted in the middle of a run: a poll finds out, or nobody would ever.
+      if (platform::IsPlanted("silent-test-not-polled")) return platform::Deadline::Never();
       return platform::Deadline::At(std::max(lastSend_, LastFrame()) + kSilence);
     }
   }
@@ -148,6 +155,7 @@ void Conversation::Exchange(const std::string& text) {
   BeginExchange();
   peer_.SendFrame(MakeFrame(text));
   lastSend_ = platform::MonotonicTime();
+  if (platform::IsPlanted("reply-not-awaited")) reply_.Set();
   const int ended =
       platform::WaitForAny({&reply_, &stop_}, platform::Deadline::At(lastSend_ + kReplyTimeout));
   if (ended == 0) {
@@ -165,8 +173,8 @@ void Conversation::Exchange(const std::string& text) {
   // Frames that came by themselves end an outage as well as a reply does.
   const platform::Microseconds heard = std::max(lastReply_, LastFrame());
   if (ended != 1 && heard > notifiedOf_ && platform::MonotonicTime() - heard > kSilence) {
-    notifiedOf_ = heard;
-    peer_.InstrumentNotResponding();
+    if (!platform::IsPlanted("outage-reported-again")) notifiedOf_ = heard;
+    if (!platform::IsPlanted("outage-not-reported")) peer_.InstrumentNotResponding();
   }
 }
 
@@ -273,7 +281,8 @@ void Conversation::AnswerByStatus(const StatusRecord& record) {
   std::unique_ptr<Command> command = TakeAnswered();
   if (!command) return;
   const bool asksForResend = AsksForResend(record.errorCode());
-  if (asksForResend && command->resends < kMostResends) {
+  const int most = kMostResends + (platform::IsPlanted("resend-once-more") ? 1 : 0);
+  if (asksForResend && command->resends < most) {
     ++command->resends;
     // Behind whatever has been queued meanwhile; the client hears nothing.
     QueueGuard guard(queue_);
@@ -284,6 +293,9 @@ void Conversation::AnswerByStatus(const StatusRecord& record) {
   // The empty tag: the instrument would not take the command.
   const std::string tag = asksForResend ? std::string() : record.lastTag();
   if (command->client != nullptr) command->client->CommandReply(tag);
+  if (platform::IsPlanted("client-called-twice") && command->client != nullptr) {
+    command->client->CommandReply(tag);
+  }
   if (asksForResend) SetAutoReportAsked(false);
 }
 

@@ -4,6 +4,7 @@
 
 #include "instrument/c_rvx.h"
 #include "instrument/tray_thread.h"
+#include "platform/mutant.h"
 #include "platform/prompt.h"
 #include "platform/thread.h"
 #include "resources/string_ids.h"
@@ -25,7 +26,9 @@ constexpr double kWarmestStart = 10.0;
 
 int32_t TrayController::Start(TrayWatcher* watcher) {
   const ActionErrorRecord record = instrument_.MakeErrorRecord();
-  if (CurrentRun()) Raise(record, instrument_.Text(kTextTrayInUse), 0);
+  if (CurrentRun() && !platform::IsPlanted("tray-started-twice")) {
+    Raise(record, instrument_.Text(kTextTrayInUse), 0);
+  }
   // Asked this way round: a temperature that is no number is not below the limit.
   if (!(instrument_.GetTemperature() < kWarmestStart)) {
     Raise(record, instrument_.Text(kTextCellTooWarm), 0);
@@ -39,7 +42,7 @@ int32_t TrayController::Start(TrayWatcher* watcher) {
   {
     // Two starts at once may both have passed the first test.
     platform::PlainGuard guard(runLock_);
-    if (!run_) run_ = run;
+    if (!run_ || platform::IsPlanted("tray-started-twice")) run_ = run;
   }
   if (CurrentRun() != run) Raise(record, instrument_.Text(kTextTrayInUse), 0);
   {
@@ -86,7 +89,7 @@ void TrayController::Resume() {
   if (!run_) return;
   run_->pauseAfter.Reset();
   run_->pauseNow.Reset();
-  run_->resume.Set();
+  if (!platform::IsPlanted("resume-lost")) run_->resume.Set();
 }
 
 void TrayController::Abort() {
@@ -97,7 +100,8 @@ void TrayController::Abort() {
   {
     platform::RecursiveGuard guard(run->lock);
     if (run->instrument == nullptr) return;  // it ended, or another abort came first
-    watcher = std::exchange(run->watcher, nullptr);
+    watcher = run->watcher;
+    if (!platform::IsPlanted("watcher-called-after-end")) run->watcher = nullptr;
     run->instrument = nullptr;
     // First: a host that sees no run any more fills the tray anew.
     removed = instrument_.EmptyTray();

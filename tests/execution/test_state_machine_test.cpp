@@ -321,7 +321,8 @@ TEST(ManualInjectionTest, AReportInPlaceOfTheReplyCountsOnceThePromptHasFallen) 
     bench.controller.Report();
     bench.controller.SetPromptFlag(0);
     bench.controller.SetOperation(kRunTest);
-    driver.RunUntil([&] { return driver.machine.GetSpeeds() != nullptr; });
+    driver.RunUntil([&] { return bench.controller.CountCommands("AB") == 1; });
+    EXPECT_NE(driver.machine.GetSpeeds(), nullptr);
     EXPECT_EQ(bench.prompts.texts.size(), 1u);
     EXPECT_EQ(bench.Heard().substr(0, 8), "ST UA AB");
     EXPECT_EQ(bench.controller.CountCommands("AB"), 1);  // the one behind the last reading

@@ -32,7 +32,13 @@ ExpectedResult ExpectResult(const std::vector<SeenStatus>& frames, int rotorTime
   std::vector<double> speeds;
   std::vector<double> temperatures;
   uint16_t lastCount = 0;
+  bool hasBegun = false;
   for (const SeenStatus& frame : frames) {
+    // The frame that shows the beginning is not looked at again.
+    if (!hasBegun) {
+      hasBegun = frame.operation() != 0;
+      continue;
+    }
     if (!result.hasRun && frame.operation() != kRunTest) continue;
     result.hasRun = true;
     if (frame.operation() == 0 || speeds.size() == size) break;

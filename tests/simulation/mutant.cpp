@@ -1,6 +1,65 @@
 #include "tests/simulation/mutant.h"
 
+#include <algorithm>
+#include <stdexcept>
+
+#include "platform/mutant.h"
+
 namespace rvx::soak {
-std::span<const MutantEntry> AllMutants() { return {}; }
-void SetMutant(const std::string&) {}
+namespace {
+
+constexpr MutantEntry kMutants[] = {
+    {"queue-reversed", "the command queued last is sent first"},
+    {"locks-reversed", "the lock of the pending command is taken before the queue's"},
+    {"reply-not-awaited", "the next frame goes out without waiting for a reply"},
+    {"wrong-byte-order", "numbers of two bytes are sent low byte first"},
+    {"resend-once-more", "a refused command is sent once too often"},
+    {"dead-client-called", "the client of a command is called behind its end"},
+    {"client-called-twice", "a reply is delivered twice"},
+    {"wake-up-lost", "a status frame wakes nobody"},
+    {"outage-reported-again", "an instrument that is silent is reported again and again"},
+    {"outage-not-reported", "an instrument that is silent is not reported"},
+    {"silent-test-not-polled", "an instrument that falls silent in a test is not asked"},
+    {"stop-without-cab", "a stop sends no CAB"},
+    {"late-cab", "the CAB of a stop is sent by the thread of the run, however late that is"},
+    {"end-told-twice", "a stop and the end of a run both tell the watcher"},
+    {"end-not-told", "the end of a run is not told"},
+    {"watcher-called-after-end", "an abort leaves the tray's watcher in place"},
+    {"tray-started-twice", "a tray that runs is started again"},
+    {"tray-emptied-late", "a tray is emptied when the next one may have been filled"},
+    {"resume-lost", "a pause does not end"},
+    {"run-marked-late", "a sample that is stored may still be paused and run again"},
+    {"sample-stored-twice", "a sample is stored twice"},
+    {"sample-not-stored", "a sample is not stored"},
+    {"archive-failure-kept", "a failure of the archive is not reported"},
+    {"position-off-by-one", "a sample is stored under the position before"},
+    {"first-test-for-all", "all samples of a position have the data of its first test"},
+    {"operator-missing", "a sample is stored without its operator"},
+    {"last-readings-left-out", "the last second of a run does not count"},
+    {"count-never-wraps", "readings stop when the instrument's counter wraps"},
+    {"constant-left-out", "B1 does not enter the viscosity"},
+};
+
+}  // namespace
+
+std::span<const MutantEntry> AllMutants() {
+#if defined(RVX_MUTANTS)
+  return kMutants;
+#else
+  return {};
+#endif
+}
+
+void SetMutant(const std::string& name) {
+  if (name.empty()) return;
+  const auto mutants = AllMutants();
+  const auto found = std::find_if(mutants.begin(), mutants.end(),
+                                  [&](const MutantEntry& entry) { return entry.name == name; });
+  if (found == mutants.end()) throw std::invalid_argument("no planted fault is named " + name);
+#if defined(RVX_MUTANTS)
+  // The table's own text, which outlives the run.
+  platform::plantedFault = found->name;
+#endif
+}
+
 }  // namespace rvx::soak

@@ -15,6 +15,8 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr PlannedTest kOwnTest{-20.0, 6};
+// From inside a watcher's call nothing is put into the tray.
+constexpr int kNoPosition = -1;
 
 // Hears of an action that somebody started by hand.
 class OwnWatcher : public ActionWatcher {
@@ -73,6 +75,7 @@ Desk::Desk(const Scenario& scenario, Observer& observer, HostFaults& host, Fault
   host_.callBack = [this](OperatorDeed deed) {
     OperatorStep step;
     step.deed = deed;
+    step.position = kNoPosition;
     Do(step, 0);
   };
 }
@@ -188,14 +191,21 @@ void Desk::Work(size_t who) {
 }
 
 void Desk::Do(const OperatorStep& step, size_t who) {
-  constexpr const char* kNames[] = {"starts",  "pauses now", "pauses behind", "asks to pause",
-                                    "resumes", "aborts",     "renames",       "replaces",
-                                    "reloads", "commands",   "moves",         "measures"};
+  constexpr const char* kNames[] = {
+      "starts",   "pauses now", "pauses shortly", "pauses behind", "asks to pause",
+      "resumes",  "aborts",     "renames",        "replaces",      "reloads",
+      "commands", "moves",      "measures"};
   observer_.Note(fmt::format("operator {} {}", who + 1, kNames[static_cast<size_t>(step.deed)]));
   platform::OpenScheduleWindow();
   switch (step.deed) {
     case OperatorDeed::Start:
+      if (step.position != kNoPosition && instrument_->IsTrayRunning() == 0) Replace(step.position);
       Start();
+      return;
+    case OperatorDeed::PauseShortly:
+      instrument_->PauseTray(0, 1);
+      leave_.Wait(step.lasts / 10);
+      instrument_->ContinueTray();
       return;
     case OperatorDeed::PauseNow:
       instrument_->PauseTray(0, 1);

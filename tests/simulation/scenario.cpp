@@ -85,7 +85,8 @@ Milliseconds EstimateOf(const Scenario& scenario) {
 
 OperatorDeed DrawDeed(Draws& draws) {
   constexpr OperatorDeed kDeeds[] = {
-      OperatorDeed::Start,      OperatorDeed::PauseNow, OperatorDeed::PauseNow,
+      OperatorDeed::Start,      OperatorDeed::PauseNow, OperatorDeed::PauseShortly,
+      OperatorDeed::Start,      OperatorDeed::Start,    OperatorDeed::PauseShortly,
       OperatorDeed::PauseAfter, OperatorDeed::Resume,   OperatorDeed::Resume,
       OperatorDeed::Resume,     OperatorDeed::Resume,   OperatorDeed::QueryPause,
       OperatorDeed::Abort,      OperatorDeed::Rename,   OperatorDeed::Replace,

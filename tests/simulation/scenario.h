@@ -37,6 +37,7 @@ struct PlannedSample {
 enum class OperatorDeed {
   Start,
   PauseNow,
+  PauseShortly,
   PauseAfter,
   QueryPause,
   Resume,
