@@ -1,5 +1,6 @@
 # The commands that people type. Each installs what the machine lacks and builds what it needs.
-.PHONY: run desktop package calibration-demo test bench screenshots check tidy install-packages clean
+.PHONY: run desktop package calibration-demo test bench screenshots soak mutants nightly build-soak \
+        check tidy install-packages clean
 
 run: build/release/bin/torvell.stamp
 	@scripts/demo build/release/bin/torvell
@@ -31,6 +32,26 @@ screenshots: install-packages
 	cmake --preset dev
 	cmake --build --preset dev --target dialog_screenshots window_screenshots
 	scripts/screenshots build/dev
+
+# Simulated trays with faults, see docs/reliability.md. SEEDS=A..B chooses others.
+SEEDS ?= 1..20000
+soak: build-soak
+	build/soak/bin/soak --seeds $(SEEDS)
+	build/soak/bin/soak --profile tray --seeds 1..200
+
+# How many seeds each planted fault takes; fails if one is not found.
+mutants: build-soak
+	build/soak/bin/soak --mutants
+
+# For a quiet machine: hours of new seeds.
+nightly: build-soak
+	build/soak/bin/soak --minutes 240 --first $$(date +%s)
+	build/soak/bin/soak --profile tray --minutes 120 --first $$(date +%s)
+	build/soak/bin/soak --mutants
+
+build-soak: install-packages
+	@cmake --preset soak > /dev/null
+	@cmake --build --preset soak
 
 # What CI checks beside the tests: the folder graph and clang-tidy.
 check: install-packages

@@ -162,7 +162,7 @@ void Conversation::Exchange(const std::string& text) {
     lastReply_ = platform::MonotonicTime();
   } else {
     if (ended == platform::kTimedOut) {
-      platform::ExpectNoLostSignal(reply_, [this] { return LastFrame() > lastSend_; });
+      platform::ExpectNoLostSignal(reply_, [this] { return IsAnswered(); });
     }
     DropPending();
   }
@@ -178,6 +178,11 @@ void Conversation::Exchange(const std::string& text) {
   }
 }
 
+bool Conversation::IsAnswered() {
+  platform::PlainGuard guard(pendingLock_);
+  return answeredExchange_ == exchanges_;
+}
+
 void Conversation::BeginExchange() {
   platform::PlainGuard guard(pendingLock_);
   ++exchanges_;
@@ -188,6 +193,7 @@ void Conversation::EndExchange() {
   {
     platform::PlainGuard guard(pendingLock_);
     if (frameExchange_ != exchanges_) return;
+    answeredExchange_ = exchanges_;
   }
   // First: behind the event the next frame may go out, and its answer must not be purged.
   peer_.PurgePort();

@@ -80,6 +80,8 @@ class Conversation : private FrameHandler {
   void Exchange(const std::string& text);
   // Counts an exchange, just before its frame goes out.
   void BeginExchange();
+  // Whether a frame has come behind the one that was sent last.
+  bool IsAnswered();
   // The frame under way ends the exchange that it belongs to.
   void EndExchange();
   void DropPending();
@@ -105,11 +107,12 @@ class Conversation : private FrameHandler {
 
   mutable platform::PlainLock pendingLock_{"pending command", kPendingLockRank};
   std::unique_ptr<Command> pending_ GUARDED_BY(pendingLock_);  // sent and not yet answered
-  bool idle_ GUARDED_BY(pendingLock_) = true;        // no exchange is going on
+  bool idle_ GUARDED_BY(pendingLock_) = true;                  // no exchange is going on
   // A frame answers what was sent before it came, so each frame is told by the number of exchanges
   // at its arrival: the last one may still be in the works when the next frame goes out.
-  uint64_t exchanges_ GUARDED_BY(pendingLock_) = 0;        // begun so far
-  uint64_t pendingExchange_ GUARDED_BY(pendingLock_) = 0;  // the one that sends pending_
+  uint64_t exchanges_ GUARDED_BY(pendingLock_) = 0;         // begun so far
+  uint64_t answeredExchange_ GUARDED_BY(pendingLock_) = 0;  // the last one that a frame ended
+  uint64_t pendingExchange_ GUARDED_BY(pendingLock_) = 0;   // the one that sends pending_
 
   mutable platform::PlainLock autoReportLock_{"auto report", kAutoReportLockRank};
   bool autoReportAsked_ GUARDED_BY(autoReportLock_) = false;  // until the switch byte confirms it

@@ -54,6 +54,29 @@ TEST_P(StopInOperationTest, AbortsTheInstrumentAndStoresNothing) {
 INSTANTIATE_TEST_SUITE_P(Operations, StopInOperationTest,
                          testing::Values(7, 4, 5, 8, 6, 11, 12, 13));
 
+// The run's thread waits for the user; its CAB would come whenever that is, and end what has been
+// started meanwhile.
+TEST(StopTest, SendsItsCabWhileThePromptStillStandsAndNoneBehindIt) {
+  InVirtualTime([] {
+    Bench bench('1');
+    const auto action = MakeTwoTests(bench);
+    RecordingWatcher watcher;
+    platform::Event asked("test: asked");
+    platform::Event answered("test: answered");
+    bench.prompts.whileOpen = [&] {
+      asked.Set();
+      answered.Wait(1h);
+    };
+    action->Start(&watcher, "0,0");
+    ASSERT_TRUE(asked.Wait(1h));
+    action->Stop();
+    EXPECT_TRUE(bench.controller.WaitForCommands("AB", 1, 1min));
+    answered.Set();
+    platform::Sleep(1min);
+    EXPECT_EQ(bench.Heard(), "ST AB");
+  });
+}
+
 // Not started again is what matters: a stopped action has not run, so it may be.
 TEST(StopTest, AStoppedActionCanBeStartedAgain) {
   InVirtualTime([] {

@@ -305,6 +305,40 @@ TEST(ManualInjectionTest, ALostReplyToTheAnswerAbortsTheInjection) {
   });
 }
 
+// The abort that the lost reply leads to ends the test; nobody waits for its readings then.
+TEST(ManualInjectionTest, ATestThatItHasAbortedItselfFails) {
+  InVirtualTime([] {
+    Bench bench('1');
+    bench.controller.SetPlaying(false);
+    TestRecord test = ShortTest(2);
+    TestDriver driver(bench, test, 0);
+    driver.RunUntil([&] { return bench.controller.CountCommands("ST") == 1; });
+    bench.controller.SetOperation(5);
+    driver.Show();
+    bench.controller.Ignore("UA", 1);
+    bench.prompts.whileOpen = [&] { bench.controller.SetPromptFlag(0); };
+    bench.controller.SetPromptFlag(1);
+    driver.RunUntil([&] { return bench.controller.CountCommands("AB") == 1; });
+    bench.controller.SetOperation(0);
+    driver.Run();
+    ASSERT_TRUE(driver.failure);
+    EXPECT_EQ(driver.failure->message, "Sample Abort : RVX Response Timeout.");
+  });
+}
+
+TEST(ManualInjectionTest, AnInstrumentThatGoesOnHasHeardTheAnswer) {
+  InVirtualTime([] {
+    Bench bench('3');
+    bench.controller.Delay("UA", 5s, 1);
+    TestRecord test = ShortTest(2);
+    TestDriver driver(bench, test, 0);
+    driver.Run();
+    EXPECT_TRUE(driver.ended);
+    EXPECT_EQ(bench.prompts.texts.size(), 1u);
+    EXPECT_EQ(bench.Heard(), "ST UA AB");  // the one behind the last reading
+  });
+}
+
 // A report that is on its way when the answer goes out ends the wait for its reply.
 TEST(ManualInjectionTest, AReportInPlaceOfTheReplyCountsOnceThePromptHasFallen) {
   InVirtualTime([] {

@@ -63,6 +63,22 @@ TEST(ConversationTest, ReportsSilenceOnceAnOutage) {
   });
 }
 
+// Reports that come by themselves end an outage as well as a reply does.
+TEST(ConversationTest, ReportsASecondSilenceWhileReportsComeByThemselves) {
+  RunVirtual([] {
+    InstrumentBench bench;
+    ASSERT_TRUE(bench.WaitForStatus(2));
+    bench.controller.SetByte(13, kSwitchAutoReport);
+    for (size_t outage = 1; outage <= 2; ++outage) {
+      bench.controller.SendStatus();
+      platform::Sleep(1s);
+      bench.controller.SetSilent(true);
+      ASSERT_TRUE(bench.host.instruments.WaitForErrors(outage, 60s));
+      EXPECT_EQ(bench.host.instruments.errors().back().message, "Instrument not responding.");
+    }
+  });
+}
+
 TEST(ConversationTest, SendsQueuedCommandsInOrderEachBehindTheReplyToTheOneBefore) {
   RunVirtual([] {
     InstrumentBench bench;

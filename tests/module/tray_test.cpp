@@ -169,6 +169,44 @@ TEST(TrayTest, AnAbortFromInsideAWatchersCallIsAsGood) {
   }
 }
 
+TEST(TrayTest, AHostMayStartTheNextTrayFromInsideTheEndOfTheLast) {
+  RunVirtual([] {
+    TrayBench bench;
+    TrayLog next;
+    bench.Fill({0, 1});
+    C_RVX* instrument = bench.instrument.get();
+    bench.log.onLine = [&](const std::string& line) {
+      if (line == "tray started") instrument->QueryAbortTray();
+      if (line != "tray finished") return;
+      bench.Fill({2});
+      instrument->StartTray(&next);
+    };
+    bench.instrument->StartTray(&bench.log);
+    ASSERT_TRUE(next.WaitFor("tray finished"));
+    EXPECT_EQ(bench.StoredPositions(), std::vector<int>{3});
+  });
+}
+
+// The end of a run empties the tray, and must have done so when it counts as ended.
+TEST(TrayTest, ATrayThatIsFilledAsSoonAsTheLastOneHasEndedKeepsItsSamples) {
+  for (uint64_t seed = 1; seed <= 40; ++seed) {
+    RunVirtual(
+        [] {
+          TrayBench bench;
+          TrayLog next;
+          bench.Fill({0});
+          bench.instrument->StartTray(&bench.log);
+          ASSERT_TRUE(bench.log.WaitFor("finished 0"));
+          while (bench.instrument->IsTrayRunning() != 0) platform::Sleep(1ms);
+          bench.Fill({1});
+          bench.instrument->StartTray(&next);
+          ASSERT_TRUE(next.WaitFor("tray finished"));
+          EXPECT_EQ(bench.StoredPositions(), (std::vector<int>{1, 2}));
+        },
+        seed);
+  }
+}
+
 TEST(TrayTest, NoToTheQuestionChangesNothing) {
   RunVirtual([] {
     TrayBench bench;

@@ -143,6 +143,7 @@ int Main(int argc, char** argv) {
          },
          "switches a fault off; \"all\" of them")
       ->expected(1, 100);
+  app.add_option("--first", sweep.first, "the first seed of --minutes");
   app.add_flag("--check-determinism", sweep.checkDeterminism, "runs each seed twice");
   app.add_flag("--hashes", sweep.printHashes, "prints the hash of each seed");
   app.add_option("--jobs", sweep.jobs, "processes at a time")->check(CLI::Range(1, 64));
