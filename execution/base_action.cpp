@@ -122,8 +122,8 @@ void CBaseAction::StopRun() {
     if (!platform::IsPlanted("end-told-twice")) launch->watcher = nullptr;
     const bool runs = std::exchange(launch->action, nullptr) != nullptr;
     launch->stopped = true;
-    const bool sends = !platform::IsPlanted("stop-without-cab") && !platform::IsPlanted("late-cab");
-    if (runs && launch->drivesInstrument && sends) instrument_.SendAbort(nullptr);
+    const bool sends = runs && launch->drivesInstrument;
+    if (sends && !platform::IsPlanted("stop-without-cab")) instrument_.SendAbort(nullptr);
   }
   launch->stopEvent.Set();
   {

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "platform/mutant.h"
 #include "resources/string_ids.h"
 #include "resources/string_table.h"
 
@@ -55,8 +54,6 @@ bool Sequencer::ReadPresentStatus() {
 }
 
 void Sequencer::SendAbort() {
-  if (platform::IsPlanted("late-cab") && launch_.stopEvent.TryWait())
-    instrument_.SendAbort(nullptr);
   launch_.SendUnlessStopped([this] { instrument_.SendAbort(nullptr); });
 }
 

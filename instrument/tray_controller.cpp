@@ -26,9 +26,7 @@ constexpr double kWarmestStart = 10.0;
 
 int32_t TrayController::Start(TrayWatcher* watcher) {
   const ActionErrorRecord record = instrument_.MakeErrorRecord();
-  if (CurrentRun() && !platform::IsPlanted("tray-started-twice")) {
-    Raise(record, instrument_.Text(kTextTrayInUse), 0);
-  }
+  if (CurrentRun()) Raise(record, instrument_.Text(kTextTrayInUse), 0);
   // Asked this way round: a temperature that is no number is not below the limit.
   if (!(instrument_.GetTemperature() < kWarmestStart)) {
     Raise(record, instrument_.Text(kTextCellTooWarm), 0);
@@ -42,7 +40,7 @@ int32_t TrayController::Start(TrayWatcher* watcher) {
   {
     // Two starts at once may both have passed the first test.
     platform::PlainGuard guard(runLock_);
-    if (!run_ || platform::IsPlanted("tray-started-twice")) run_ = run;
+    if (!run_) run_ = run;
   }
   if (CurrentRun() != run) Raise(record, instrument_.Text(kTextTrayInUse), 0);
   {
@@ -100,8 +98,7 @@ void TrayController::Abort() {
   {
     platform::RecursiveGuard guard(run->lock);
     if (run->instrument == nullptr) return;  // it ended, or another abort came first
-    watcher = run->watcher;
-    if (!platform::IsPlanted("watcher-called-after-end")) run->watcher = nullptr;
+    watcher = std::exchange(run->watcher, nullptr);
     run->instrument = nullptr;
     // First: a host that sees no run any more fills the tray anew.
     removed = instrument_.EmptyTray();

@@ -3,7 +3,6 @@
 #include <memory>
 
 #include "instrument/c_rvx.h"
-#include "platform/mutant.h"
 #include "platform/text.h"
 #include "resources/string_ids.h"
 
@@ -143,7 +142,6 @@ void TrayThread::Finish() {
       configuration.runFlags &= ~static_cast<uint32_t>(kTrayRunning);
     }
     controller_.ForgetRun(run_.get());
-    if (platform::IsPlanted("tray-emptied-late")) removed = instrument_.EmptyTray();
     watcher = std::exchange(run_->watcher, nullptr);
     run_->instrument = nullptr;
   }

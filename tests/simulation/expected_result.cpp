@@ -26,7 +26,7 @@ double Speed(const SeenStatus& frame) { return std::round(frame.Word(10) * 6e-5 
 }  // namespace
 
 ExpectedResult ExpectResult(const std::vector<SeenStatus>& frames, int rotorTime, char modelCode,
-                            bool suppliesSteady) {
+                            bool suppliesSteady, bool firstCounts) {
   ExpectedResult result;
   const auto size = static_cast<size_t>(rotorTime) * 2;
   std::vector<double> speeds;
@@ -34,10 +34,9 @@ ExpectedResult ExpectResult(const std::vector<SeenStatus>& frames, int rotorTime
   uint16_t lastCount = 0;
   bool hasBegun = false;
   for (const SeenStatus& frame : frames) {
-    // The frame that shows the beginning is not looked at again.
     if (!hasBegun) {
       hasBegun = frame.operation() != 0;
-      continue;
+      if (!hasBegun || !firstCounts) continue;
     }
     if (!result.hasRun && frame.operation() != kRunTest) continue;
     result.hasRun = true;

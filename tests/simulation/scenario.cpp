@@ -14,19 +14,35 @@ using namespace std::chrono_literals;
 
 constexpr double kNoFaults = 0.2;
 constexpr double kEachFault = 0.3;
+// The kinds from one of these on belong together, and half of the seeds have none of them:
+// otherwise hardly a seed would have people without a bad line.
+constexpr struct {
+  Fault first;
+  const char* name;
+} kGroups[] = {{Fault::LostByte, "line"},
+               {Fault::Silent, "instrument"},
+               {Fault::ArchiveBusy, "host"},
+               {Fault::Operator, "people"},
+               {Fault::Stalls, "schedule"}};
+constexpr double kEachGroup = 0.5;
 constexpr double kTemperatures[] = {-10.0, -15.0, -20.0, -25.0, -30.0, -35.0};
 
 FaultRates DrawRates(uint64_t seed, const std::set<Fault>& without) {
   FaultRates rates;
   const bool calm = Draws(seed, StreamId::Scenario, "calm").Chance(kNoFaults);
+  bool inGroup = false;
   for (size_t i = 0; i < kFaultCount; ++i) {
     const auto fault = static_cast<Fault>(i);
     const FaultKind& kind = KindOf(fault);
+    for (const auto& group : kGroups) {
+      if (group.first != fault) continue;
+      inGroup = Draws(seed, StreamId::Scenario, group.name).Chance(kEachGroup);
+    }
     Draws draws(seed, StreamId::Scenario, kind.name);
     const bool happens = draws.Chance(kEachFault);
     const double rate = draws.LogUniform(kind.low, kind.high);
     if (without.contains(fault)) continue;
-    if (fault == Fault::Stalls || (happens && !calm)) rates.Set(fault, rate);
+    if (fault == Fault::Stalls || (happens && inGroup && !calm)) rates.Set(fault, rate);
   }
   return rates;
 }

@@ -172,10 +172,7 @@ void World::AwaitEndOfTray() {
     platform::Sleep(kPatience);
   }
   if (instrument_->IsTrayRunning() == 0) return;
-  const bool disturbed = scenario_.rates.TouchesLine() || scenario_.rates.Has(Fault::Operator) ||
-                         scenario_.rates.Has(Fault::SecondOperator) ||
-                         scenario_.rates.Has(Fault::CallingWatcher);
-  if (!disturbed) observer_.Break("the tray does not end");
+  if (!scenario_.rates.TouchesLine()) observer_.Break("the tray does not end");
   observer_.Note("the tray is aborted");
   desk_.Abort();
   if (instrument_->IsTrayRunning() != 0) observer_.Break("an aborted tray still runs");
@@ -200,7 +197,8 @@ void World::RunFreshTray() {
   // A thread that is held up for long looks like a silent instrument, and a sample may fail by it.
   if (platform::GetTimeBaseFigures().stalls != stalls) return;
   const uint64_t samples = observer_.stored() - before;
-  if (samples != 3) observer_.Break(fmt::format("a fresh tray stored {} samples of 3", samples));
+  // More, where one of before was still being stored.
+  if (samples < 3) observer_.Break(fmt::format("a fresh tray stored {} samples of 3", samples));
 }
 
 void World::CloseInstrument() {
