@@ -8,7 +8,7 @@
 namespace rvx::soak {
 namespace {
 
-constexpr MutantEntry kMutants[] = {
+[[maybe_unused]] constexpr MutantEntry kMutants[] = {
     {"queue-reversed", "the command queued last is sent first"},
     {"locks-reversed", "the lock of the pending command is taken before the queue's"},
     {"reply-not-awaited", "the next frame goes out without waiting for a reply"},

@@ -22,13 +22,19 @@ constexpr int kNoPosition = -1;
 class OwnWatcher : public ActionWatcher {
  public:
   explicit OwnWatcher(Observer& observer) : observer_(observer) {}
-  void ActionStarted(std::string /*context*/) override { Count(started_, "ActionStarted"); }
+  void ActionStarted(std::string /*context*/) override {
+    const PlainGuard guard(lock_);
+    observer_.Require(!closed_ && finished_ == 0 && ++started_ == 1, "ActionStarted out of turn");
+  }
   void ActionStatus(std::string /*context*/, std::string /*text*/) override {
     const PlainGuard guard(lock_);
     observer_.Require(!closed_, "ActionStatus behind the end of an action");
   }
   void ActionFinished(std::string /*context*/) override {
-    Count(finished_, "ActionFinished");
+    {
+      const PlainGuard guard(lock_);
+      observer_.Require(!closed_ && ++finished_ == 1, "ActionFinished out of turn");
+    }
     finishedEvent_.Set();
   }
   // Behind Stop: it has heard the end once, and no call may come any more.
@@ -40,11 +46,6 @@ class OwnWatcher : public ActionWatcher {
   platform::Event& finished() { return finishedEvent_; }
 
  private:
-  void Count(int& count, const char* call) {
-    const PlainGuard guard(lock_);
-    observer_.Require(!closed_ && finished_ == 0 && ++count == 1,
-                      std::string(call) + " too often or too late");
-  }
   Observer& observer_;
   platform::Event finishedEvent_{"soak: own action finished"};
   platform::PlainLock lock_{"soak own watcher", platform::kLeafRank};
