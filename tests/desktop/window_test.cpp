@@ -1,0 +1,168 @@
+// The window as a person uses it, by mouse and keys.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QClipboard>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStatusBar>
+
+#include "tests/desktop/desktop_bench.h"
+
+namespace torvell {
+namespace {
+
+constexpr char kHeading[] =
+    "position,action,sample id,temperature,rotor on time,known viscosity,injection time,cool-down "
+    "time\n";
+
+class WindowTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    bench_.Open();
+    bench_.ActAs("martin");
+    bench_.window().activateWindow();
+    view().setFocus();
+  }
+
+  TrayView& view() { return *bench_.window().trayPage().view(); }
+  InstrumentSession& session() { return bench_.session(); }
+  QString SampleId(int position) {
+    return QString::fromStdString(session().cells()[static_cast<size_t>(position)].sampleId);
+  }
+  bool Settled() {
+    return DesktopBench::Until([this] { return !session().Situation().busy; });
+  }
+  template <class Button>
+  Button* Find(const QString& text) {
+    for (auto* each : bench_.window().findChildren<Button*>()) {
+      if (each->text().remove(QLatin1Char('&')) == text) return each;
+    }
+    return nullptr;
+  }
+
+  DesktopBench bench_;
+};
+
+TEST_F(WindowTest, AllThirtyPositionsAreSeenAtTheUsualSize) {
+  bench_.window().resize(1280, 800);
+  QTest::qWait(50);
+  ASSERT_EQ(view().model()->rowCount(), 30);
+  const QRect last = view().visualRect(view().model()->index(29, 0));
+  EXPECT_TRUE(view().viewport()->rect().contains(last));
+}
+
+TEST_F(WindowTest, TheKeyboardFillsTheTray) {
+  bench_.LoadTray(std::string(kHeading) + "1,measure,FIRST,-20,,,,\n");
+  view().setFocus();
+  view().selectRow(1);
+  // A letter begins the sample id; the position becomes a copy of the one above.
+  QTest::keyClicks(&view(), "N");
+  auto* editor = view().findChild<QLineEdit*>();
+  ASSERT_NE(editor, nullptr);
+  EXPECT_EQ(editor->text().toStdString(), "N");
+  QTest::keyClicks(editor, "EW");
+  EXPECT_EQ(editor->text().toStdString(), "NEW");
+  QTest::keyClick(editor, Qt::Key_Return);
+  ASSERT_TRUE(DesktopBench::Until([&] { return SampleId(1) == "NEW"; }));
+
+  view().selectRow(1);
+  view().Copy();
+  view().selectRow(4);
+  view().Paste();
+  ASSERT_TRUE(DesktopBench::Until([&] { return SampleId(4) == "NEW"; }));
+  view().selectRow(0);
+  view().Clear();
+  ASSERT_TRUE(DesktopBench::Until([&] { return session().cells()[0].empty(); }));
+  ASSERT_TRUE(Settled());
+  session().Undo();
+  ASSERT_TRUE(DesktopBench::Until([&] { return SampleId(0) == "FIRST"; }));
+}
+
+TEST_F(WindowTest, PastedTextOfAnyLengthIsCutAndSaid) {
+  bench_.LoadTray(std::string(kHeading) + "1,measure,FIRST,-20,,,,\n");
+  QApplication::clipboard()->setText(QString(10000, QLatin1Char('x')) + "\nSECOND\n");
+  view().selectRow(0);
+  view().Paste();
+  ASSERT_TRUE(DesktopBench::Until([&] { return SampleId(1) == "SECOND"; }));
+  EXPECT_EQ(SampleId(0).size(), kLongestSampleId);
+  EXPECT_TRUE(bench_.window().statusBar()->currentMessage().contains("cut"));
+}
+
+TEST_F(WindowTest, AFileWithAMistakeChangesNothing) {
+  bench_.LoadTray(std::string(kHeading) + "1,measure,FIRST,-20,,,,\n");
+  const std::string path = bench_.folder() + "/bad.csv";
+  WriteWholeFile(path, std::string(kHeading) + "1,measure,NEW,-20,,,,\n2,measure,X,warm,,,,\n");
+  session().LoadFile(QString::fromStdString(path));
+  auto* box = DesktopBench::WaitForWindow<QMessageBox>();
+  ASSERT_NE(box, nullptr);
+  EXPECT_TRUE(box->text().contains("line 3"));
+  box->close();
+  ASSERT_TRUE(Settled());
+  EXPECT_EQ(SampleId(0), "FIRST");
+}
+
+TEST_F(WindowTest, WhatALevelForbidsIsGreyAndNamesTheLevel) {
+  bench_.ActAs("");
+  QAbstractButton* start = Find<QPushButton>("Start");
+  EXPECT_FALSE(start->isEnabled());
+  EXPECT_TRUE(start->toolTip().contains("level 10"));
+  view().selectRow(0);
+  view().Paste();
+  ASSERT_TRUE(Settled());
+  bench_.ActAs("olga");
+  QAction* setup = nullptr;
+  ASSERT_TRUE(DesktopBench::Until([&] {
+    setup = Find<QAction>("RVX Setup");
+    return setup != nullptr && !setup->isEnabled() && setup->toolTip().contains("100");
+  }));
+  bench_.ActAs("sara");
+  EXPECT_TRUE(DesktopBench::Until([&] {
+    setup = Find<QAction>("RVX Setup");
+    return setup != nullptr && setup->isEnabled();
+  }));
+}
+
+TEST_F(WindowTest, TheMenusHaveTheModulesScreensInItsOrder) {
+  const auto labels = [this](const QString& title) {
+    std::vector<std::string> texts;
+    for (QAction* menu : bench_.window().menuBar()->actions()) {
+      if (menu->text().remove(QLatin1Char('&')) != title) continue;
+      for (QAction* action : menu->menu()->actions()) texts.push_back(action->text().toStdString());
+    }
+    return texts;
+  };
+  ASSERT_TRUE(DesktopBench::Until([&] { return labels("Configuration").size() == 8; }));
+  EXPECT_THAT(labels("Configuration"),
+              testing::ElementsAre("Print Instrument Settings", "Instrument Settings",
+                                   "Tray (Test) Settings", "Calibration",
+                                   "RVX Calibration Standards", "RVX Choose Calibration Standards",
+                                   "Current Cell Calibration Constants", "RVX Setup"));
+  EXPECT_THAT(labels("Service"), testing::ElementsAre("RVX Monitor", "RVX Sample List Service",
+                                                      "RVX Set Motor Current Service",
+                                                      "RVX Temperature Verification Service",
+                                                      "RVX Stepper Motor Service"));
+}
+
+TEST_F(WindowTest, AWrongPasswordChangesNobody) {
+  Worker worker(bench_.gui(), "login test");
+  LoginDialog dialog(bench_.host().users(), worker, QString(), QString(), &bench_.window());
+  dialog.show();
+  dialog.nameField().setText("sara");
+  dialog.passwordField().setText("wrong");
+  QTest::keyClick(&dialog.passwordField(), Qt::Key_Return);
+  ASSERT_TRUE(DesktopBench::Until([&] { return dialog.passwordField().text().isEmpty(); }));
+  EXPECT_EQ(bench_.host().users().ActingUser(), "martin");
+  dialog.passwordField().setText("sara");
+  QTest::keyClick(&dialog.passwordField(), Qt::Key_Return);
+  ASSERT_TRUE(DesktopBench::Until([&] { return dialog.result() == QDialog::Accepted; }));
+  EXPECT_EQ(bench_.host().users().ActingUser(), "sara");
+}
+
+}  // namespace
+}  // namespace torvell
