@@ -1,6 +1,6 @@
 # The commands that people type. Each installs what the machine lacks and builds what it needs.
 .PHONY: run desktop package calibration-demo test bench screenshots soak mutants nightly build-soak \
-        check tidy install-packages clean
+        fuzz check tidy install-packages clean
 
 run: build/release/bin/torvell.stamp
 	@scripts/demo build/release/bin/torvell
@@ -43,11 +43,23 @@ soak: build-soak
 mutants: build-soak
 	build/soak/bin/soak --mutants
 
-# For a quiet machine: hours of new seeds.
+# Random input for everything that reads bytes or texts, FUZZ_SECONDS for each target.
+FUZZ_SECONDS ?= 20
+fuzz: install-packages
+	cmake --preset fuzz
+	cmake --build --preset fuzz
+	scripts/fuzz build/fuzz $(FUZZ_SECONDS)
+
+# For a quiet machine: hours of new seeds, kills and inputs.
 nightly: build-soak
 	build/soak/bin/soak --minutes 240 --first $$(date +%s)
 	build/soak/bin/soak --profile tray --minutes 120 --first $$(date +%s)
 	build/soak/bin/soak --mutants
+	cmake --preset dev
+	cmake --build --preset dev --target torvell rvx reliability_test
+	tests/reliability/kill_rounds.py build/dev/bin/torvell --rounds 2000 --seed $$(date +%s)
+	RVX_EXHAUSTIVE=1 build/dev/bin/reliability_test
+	$(MAKE) fuzz FUZZ_SECONDS=1800
 
 build-soak: install-packages
 	@cmake --preset soak > /dev/null

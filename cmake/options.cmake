@@ -5,6 +5,7 @@ option(RVX_MUTANTS "build in the planted faults that the simulation has to find"
 if(RVX_MUTANTS)
   add_compile_definitions(RVX_MUTANTS)
 endif()
+option(RVX_FUZZ "build the fuzzers, with clang" OFF)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
                     -Werror -fno-omit-frame-pointer)
@@ -22,4 +23,8 @@ endif()
 if(RVX_SANITIZE)
   add_compile_options(-fsanitize=${RVX_SANITIZE} -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${RVX_SANITIZE})
+endif()
+if(RVX_FUZZ)
+  # Every floor counts its branches, so that the fuzzers see where an input leads.
+  add_compile_options(-fsanitize=fuzzer-no-link)
 endif()

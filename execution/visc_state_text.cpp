@@ -14,10 +14,10 @@ constexpr size_t kTestRecordField = kFirstViscosity + kMaxTests;
 constexpr size_t kFields = kTestRecordField + 1;
 constexpr size_t kFewestFields = 4;
 
+// Zero bytes too: a host may keep the text as one that ends at the first.
 std::string WithoutEnds(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return c == kFieldEnd || c == '\n' || c == '\r'; },
-      ' ');
+  const auto ends = [](char c) { return c == kFieldEnd || c == '\n' || c == '\r' || c == '\0'; };
+  std::replace_if(text.begin(), text.end(), ends, ' ');
   return text;
 }
 

@@ -271,11 +271,13 @@ std::vector<std::string> KeepWhatIsNotMeasured(Host& host, const InstrumentEntry
       continue;
     }
     std::optional<rvx::SampleTests> tests = entry.scripting->GetSampleTests(*actions[index]);
-    if (!tests || position.state == PositionState::Measured ||
-        position.stored >= static_cast<int>(tests->tests.size())) {
+    if (!tests || position.state == PositionState::Measured) {
       actions[index] = NewAction(entry, kNullActionIndex);
       continue;
     }
+    // Cut down already, by an attempt that did not come as far as the start of a run: once more
+    // would take away tests that nobody has measured.
+    if (static_cast<int>(tests->tests.size()) != position.tests) continue;
     tests->tests.erase(tests->tests.begin(), tests->tests.begin() + position.stored);
     std::shared_ptr<rvx::Action> rest(entry.instrument->CreateActionFromText(position.classKey));
     rest->SetSampleId(position.sampleId);

@@ -290,6 +290,27 @@ class InTheMiddleOfARun(Case):
         self.assertEqual(sorted(names), [f"oil {position}" for position in range(1, 7)])
         self.assertIsNone(self.json("tray", "show")["interruptedSince"])
 
+    def test_a_start_that_was_refused_takes_no_test_away(self):
+        self.path = self.tray(*[f"1,measure,oil,-20,{30 + test},,60,30" for test in range(8)])
+        process, output = self.start()
+        with output:
+            self.read_until(output, "sample")
+            process.kill()
+            process.wait()
+        self.assertLess(len(self.sample_ids()), 8)
+        database = sqlite3.connect(os.path.join(self.data, "torvell.db"))
+        database.execute("CREATE TRIGGER REFUSES BEFORE INSERT ON TRAY_RUNS "
+                         "BEGIN SELECT RAISE(ABORT, 'refused'); END")
+        database.commit()
+        for _ in range(2):
+            self.run_torvell("run", "--prepare", expect=5)
+        database.execute("DROP TRIGGER REFUSES")
+        database.commit()
+        database.close()
+        self.run_torvell("run", "--prepare")
+        self.assertEqual(sorted(sample["Constant 7"] for sample in self.json("samples")),
+                         [30.0 + test for test in range(8)])
+
 
 class Terminal(Case):
     def talk(self, arguments, dialogue):
