@@ -1,7 +1,5 @@
 #include "calibration/calibration_cells.h"
 
-#include <algorithm>
-
 #include "instrument/host/sample_constants.h"
 #include "platform/text.h"
 
@@ -9,20 +7,38 @@ namespace rvx {
 namespace {
 
 constexpr size_t kReportIdLength = 21;
-constexpr int32_t kFirstPageBlock = 28;
 
-CalibrationListCells FormatCells(const Sample& sample, const CellConstantValues* constants) {
+std::string MomentText(const platform::Date& moment,
+                       const std::function<std::string(const platform::Date&)>& write) {
+  switch (moment.state()) {
+    case platform::Date::State::Null:
+      return {};
+    case platform::Date::State::Invalid:
+      break;
+    case platform::Date::State::Valid:
+      return write(moment);
+  }
+  return "Invalid DateTime";
+}
+
+CalibrationListCells FormatCells(const Sample& sample, const CellConstantValues* constants,
+                                 const MomentFormat& moment) {
   CalibrationListCells cells;
   cells.sampleId = sample.sampleId;
-  cells.variation = platform::FormatText("%.2f", SpeedVariationPercent(sample));
+  cells.time = MomentText(sample.timestamp, moment.time);
+  cells.date = MomentText(sample.timestamp, moment.date);
+  if (sample.serialNumber == kSimulatorSerialNumber) cells.origin = "simulated";
+  const double variation = SpeedVariationPercent(sample);
+  cells.variation = TextOrNan(variation, platform::FormatText("%.2f", variation));
   const double known = sample.constants[kConstantKnownViscosity];
-  cells.knownViscosity = platform::FormatText("%.f", known);
-  cells.viscosity = platform::FormatText("%.f", sample.viscosity);
+  cells.knownViscosity = TextOrNan(known, platform::FormatText("%.f", known));
+  cells.viscosity = TextOrNan(sample.viscosity, platform::FormatText("%.f", sample.viscosity));
   if (constants == nullptr) return cells;
   const double recalculated =
       RecalculateViscosity(constants->b0, constants->b1, constants->b2, sample.speed);
-  cells.recalculated = platform::FormatText("%.f", recalculated);
-  cells.percentDiff = platform::FormatText("%+.2f", PercentDiff(recalculated, known));
+  cells.recalculated = TextOrNan(recalculated, platform::FormatText("%.f", recalculated));
+  const double difference = PercentDiff(recalculated, known);
+  cells.percentDiff = TextOrNan(difference, platform::FormatText("%+.2f", difference));
   return cells;
 }
 
@@ -38,39 +54,33 @@ std::string FirstCharacters(const std::string& text, size_t count) {
 
 }  // namespace
 
-CalibrationListCells FormatListCells(const Sample& sample, const CellConstantValues* constants) {
-  CalibrationListCells cells = FormatCells(sample, constants);
-  cells.speed = platform::FormatText("%.4f", sample.speed);
-  cells.temperature = platform::FormatText("%.3f", sample.averageTemperature);
+MomentFormat IsoMomentFormat() {
+  constexpr size_t kDateLength = 10;  // then a T, then the time
+  return {[](const platform::Date& date) {
+            return platform::FormatIsoDate(date).substr(kDateLength + 1);
+          },
+          [](const platform::Date& date) {
+            return platform::FormatIsoDate(date).substr(0, kDateLength);
+          }};
+}
+
+CalibrationListCells FormatListCells(const Sample& sample, const CellConstantValues* constants,
+                                     const MomentFormat& moment) {
+  CalibrationListCells cells = FormatCells(sample, constants, moment);
+  cells.speed = TextOrNan(sample.speed, platform::FormatText("%.4f", sample.speed));
+  const double temperature = sample.averageTemperature;
+  cells.temperature = TextOrNan(temperature, platform::FormatText("%.3f", temperature));
   return cells;
 }
 
-CalibrationListCells FormatReportCells(const Sample& sample, const CellConstantValues& constants) {
-  CalibrationListCells cells = FormatCells(sample, &constants);
+CalibrationListCells FormatReportCells(const Sample& sample, const CellConstantValues& constants,
+                                       const MomentFormat& moment) {
+  CalibrationListCells cells = FormatCells(sample, &constants, moment);
   cells.sampleId = FirstCharacters(sample.sampleId, kReportIdLength);
-  cells.speed = platform::FormatText("%#.3f", sample.speed);
-  cells.temperature = platform::FormatText("%.2f", sample.averageTemperature);
+  cells.speed = TextOrNan(sample.speed, platform::FormatText("%#.3f", sample.speed));
+  const double temperature = sample.averageTemperature;
+  cells.temperature = TextOrNan(temperature, platform::FormatText("%.2f", temperature));
   return cells;
-}
-
-std::string ReportModelText(char modelCode) {
-  switch (modelCode) {
-    case '1':
-      return "RVX-A Mark 2";
-    case '2':
-      return "RVX-B Mark 2";
-    case '3':
-      return "RVX-C TX";
-    case '4':
-      return "RVX-D TX";
-    default:
-      return {};
-  }
-}
-
-int32_t ReportPageCount(int32_t rows, int32_t linesOfPage) {
-  const int32_t lines = std::max(linesOfPage, int32_t{1});
-  return std::max((rows + kFirstPageBlock + lines) / lines, int32_t{1});
 }
 
 }  // namespace rvx

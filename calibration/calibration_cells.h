@@ -1,17 +1,27 @@
-// The figures of a run as a calibration's list and its printed report show them: texts with a point
-// in every locale. Times and dates are left to whoever shows them.
+// A run as a calibration's list and its printed report show it: figures with a point in every
+// locale, its moment in the form of whoever shows it.
 #pragma once
 
-#include <cstdint>
+#include <functional>
 #include <string>
 
 #include "calibration/calibration_fit.h"
+#include "platform/date.h"
 
 namespace rvx {
+
+// How a valid moment is written: as the user's locale has it on a screen and on paper.
+struct MomentFormat {
+  std::function<std::string(const platform::Date&)> time;  // of day
+  std::function<std::string(const platform::Date&)> date;
+};
+// "16:05:06" and "2026-01-31", in every locale.
+MomentFormat IsoMomentFormat();
 
 // A row of the list.
 struct CalibrationListCells {
   std::string sampleId;
+  std::string time;            // empty for a null date, "Invalid DateTime" for an invalid one
   std::string speed;           // rpm/1000
   std::string variation;       // per cent
   std::string knownViscosity;  // mPa*s
@@ -19,18 +29,15 @@ struct CalibrationListCells {
   std::string recalculated;    // mPa*s; empty without constants
   std::string percentDiff;     // per cent, with its sign; empty without constants
   std::string temperature;     // degrees C
+  std::string date;            // as `time`
+  std::string origin;          // "simulated", or empty for a run of an instrument
 };
 // `constants` null: the two columns of the recalculation stay empty.
-CalibrationListCells FormatListCells(const Sample& sample, const CellConstantValues* constants);
+CalibrationListCells FormatListCells(const Sample& sample, const CellConstantValues* constants,
+                                     const MomentFormat& moment);
 
 // The same row in the report, which has fewer decimals and cuts the sample id to 21 characters.
-CalibrationListCells FormatReportCells(const Sample& sample, const CellConstantValues& constants);
-
-// "RVX-A Mark 2" for the model code '1'; the empty text for a code that is none.
-std::string ReportModelText(char modelCode);
-
-// Pages of a report of so many rows, `linesOfPage` (1 and more) lines to a page. The first page's
-// block takes the room of 28 rows.
-int32_t ReportPageCount(int32_t rows, int32_t linesOfPage);
+CalibrationListCells FormatReportCells(const Sample& sample, const CellConstantValues& constants,
+                                       const MomentFormat& moment);
 
 }  // namespace rvx

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "instrument/host/sample_constants.h"
 #include "platform/text.h"
@@ -40,6 +41,18 @@ CalibrationPoint PointOf(const Sample& sample) {
   return {sample.speed, sample.constants[kConstantKnownViscosity]};
 }
 
+int CountDifferentSpeeds(const std::vector<CalibrationPoint>& points) {
+  std::vector<double> speeds;
+  for (const CalibrationPoint& point : points) {
+    if (std::find(speeds.begin(), speeds.end(), point.speed) == speeds.end() &&
+        !std::isnan(point.speed)) {
+      speeds.push_back(point.speed);
+    }
+    if (speeds.size() == kFewestSpeeds) break;
+  }
+  return static_cast<int>(speeds.size());
+}
+
 // Cramer's rule over the normal equations, in this very order of operations: laboratories compare
 // constants with those of earlier calibrations to the last digit shown.
 std::optional<CalibrationFitResult> FitCalibrationConstants(
@@ -69,9 +82,15 @@ std::optional<CalibrationFitResult> FitCalibrationConstants(
 }
 
 CalibrationTexts FormatFit(const CalibrationFitResult& fit) {
-  return {platform::FormatText("%.f", fit.b0), platform::FormatText("%.f", fit.b1),
-          platform::FormatText("%.f", fit.b2), platform::FormatText("%.6f", fit.r),
-          platform::FormatText("%.2f", fit.stdDev)};
+  return {TextOrNan(fit.b0, platform::FormatText("%.f", fit.b0)),
+          TextOrNan(fit.b1, platform::FormatText("%.f", fit.b1)),
+          TextOrNan(fit.b2, platform::FormatText("%.f", fit.b2)),
+          TextOrNan(fit.r, platform::FormatText("%.6f", fit.r)),
+          TextOrNan(fit.stdDev, platform::FormatText("%.2f", fit.stdDev))};
+}
+
+std::string TextOrNan(double value, std::string text) {
+  return std::isnan(value) ? "nan" : std::move(text);
 }
 
 CellConstantValues ConstantsOf(const CalibrationTexts& texts) {

@@ -20,6 +20,12 @@ struct CalibrationPoint {
 };
 CalibrationPoint PointOf(const Sample& sample);
 
+// Constants that rest on fewer different speeds than this mean nothing: any others through the same
+// points are as good, and the fit gives them only because its arithmetic is not exact.
+inline constexpr int kFewestSpeeds = 3;
+// Counts no further than that.
+int CountDifferentSpeeds(const std::vector<CalibrationPoint>& points);
+
 struct CellConstantValues {
   double b0 = 0.0, b1 = 0.0, b2 = 0.0;
 };
@@ -31,7 +37,8 @@ struct CalibrationFitResult {
 };
 
 // The least squares fit, with the sums in the order of the points. Nothing for fewer than three
-// points or when the normal equations have a determinant of exactly 0. R is not a number when all
+// points or when the normal equations have a determinant of exactly 0, which points of too few
+// different speeds need not give: ask CountDifferentSpeeds. R is not a number when all
 // points have one viscosity * speed; points that are not finite give results that are not.
 std::optional<CalibrationFitResult> FitCalibrationConstants(
     const std::vector<CalibrationPoint>& points);
@@ -47,6 +54,10 @@ struct CalibrationTexts {
 CalibrationTexts FormatFit(const CalibrationFitResult& fit);
 // 0 for a text that is no number.
 CellConstantValues ConstantsOf(const CalibrationTexts& texts);
+
+// The text of a value, or "nan" for one that is not a number: the C library would write its sign,
+// which means nothing.
+std::string TextOrNan(double value, std::string text);
 
 // mPa*s; infinite for a speed of 0.
 double RecalculateViscosity(double b0, double b1, double b2, double speed);

@@ -8,11 +8,6 @@
 
 namespace rvx {
 
-// The hours that a person may ask for.
-inline constexpr int kFewestCalibrationHours = 1;
-inline constexpr int kMostCalibrationHours = 366;
-inline constexpr int kUsualCalibrationHours = 4;
-
 // The archive's query for the runs of known viscosity of an instrument, oldest first. The id's
 // blanks at both ends are dropped; it is matched by Like and stands unescaped in the text, so an
 // apostrophe in it makes a query that the archive refuses. `temperatureIndex` is a slot of

@@ -15,18 +15,17 @@ constexpr char kGroupA[] = "A";
 constexpr char kGroupB[] = "B";
 constexpr char kGroupC[] = "C";
 
-// The record of a standard at a temperature is usable; false for a name that is not there.
-bool IsUsable(const CStandardsMap& standards, const std::string& name,
-              const std::string& temperature) {
-  return standards.HasUsableRecord(name) && standards.FindUsableTemperature(name, temperature) >= 0;
-}
-
 bool BeginsWithNoCase(const std::string& text, const std::string& start) {
   return text.size() >= start.size() &&
          platform::CompareNoCase(std::string_view(text).substr(0, start.size()), start) == 0;
 }
 
 }  // namespace
+
+bool IsUsableAt(const CStandardsMap& standards, const std::string& name,
+                const std::string& temperature) {
+  return standards.HasUsableRecord(name) && standards.FindUsableTemperature(name, temperature) >= 0;
+}
 
 CStandardPicker::CStandardPicker(std::vector<StandardGroupRow> groups, StandardsSource standards,
                                  bool lowTemperatureOption)
@@ -41,7 +40,7 @@ bool CStandardPicker::Qualifies(const std::string& name, const std::string& temp
                                 bool onlyChecked) const {
   if (!onlyChecked) {
     const CStandardsMap* standards = source_();
-    return standards != nullptr && IsUsable(*standards, name, temperature);
+    return standards != nullptr && IsUsableAt(*standards, name, temperature);
   }
   return std::any_of(standards_.begin(), standards_.end(), [&](const Row& row) {
     return row.checked && ParseStandardRow(row.text).name == name;
@@ -73,11 +72,10 @@ bool CStandardPicker::ConformsToD5293(const std::string& temperature, bool onlyC
   return found.a && found.b && found.c;
 }
 
-std::vector<std::string> CStandardPicker::LackingGroups(const std::string& temperature,
-                                                        bool onlyChecked) const {
+std::vector<std::string> CStandardPicker::LackingGroups(const std::string& temperature) const {
   std::vector<std::string> lacking;
   if (source_() == nullptr) return lacking;
-  const Groups found = FindGroups(temperature, onlyChecked);
+  const Groups found = FindGroups(temperature, false);
   if (!found.a) lacking.emplace_back(kGroupA);
   if (!found.b) lacking.emplace_back(kGroupB);
   if (!found.c) lacking.emplace_back(kGroupC);

@@ -30,6 +30,10 @@ struct CalibrationTrayPlan {
   std::string problem;  // why no tray can be made of the choice, for people; empty: it can
 };
 
+// Whether a standard has a usable record at a temperature text; false for a name that is not there.
+bool IsUsableAt(const CStandardsMap& standards, const std::string& name,
+                const std::string& temperature);
+
 // No lock: one thread, the one on which the standards may be read.
 class CStandardPicker {
  public:
@@ -54,9 +58,9 @@ class CStandardPicker {
   // group B not being the last one of group A before it: among those with a usable record, or among
   // the checked rows of standards().
   bool ConformsToD5293(const std::string& temperature, bool onlyChecked) const;
-  // The groups that a temperature lacks for that, by their letters; empty if it conforms or there
-  // are no standards to read.
-  std::vector<std::string> LackingGroups(const std::string& temperature, bool onlyChecked) const;
+  // The groups that the standards with a usable record lack for that, by their letters; empty if
+  // the temperature conforms or there are no standards to read.
+  std::vector<std::string> LackingGroups(const std::string& temperature) const;
 
   // Check marks, by indexes of the lists above; setting one that is set already does nothing.
   // Checking a temperature brings in its standards, checked: false if they can't be read, and then

@@ -13,6 +13,7 @@
 #include "instrument/simulate_setting.h"
 #include "instrument/simulated_oils.h"
 #include "instrument/simulator_line.h"
+#include "instrument/temperature_offset.h"
 #include "instrument/tray_controller.h"
 #include "platform/prompt.h"
 #include "platform/text.h"
@@ -23,8 +24,6 @@ namespace rvx {
 namespace {
 
 constexpr int32_t kServiceLevel = 100;
-// Given to a model "3" or "4" whose stored offset is exactly 0, in degrees C.
-constexpr double kUsualOffset = 0.12;
 // A CAB that was queued at the end gets this long to go out; a dead line uses all of it.
 constexpr platform::Milliseconds kLastCommands{4000};
 
@@ -89,7 +88,7 @@ void C_RVX::Open(const std::string& portName, uint8_t address, const std::string
     if (!stored) configuration_.SetDefaults();
     if (UsesTemperatureOffset(configuration_.modelCode) &&
         configuration_.temperatureOffset == 0.0) {
-      configuration_.temperatureOffset = kUsualOffset;
+      configuration_.temperatureOffset = kUsualTemperatureOffset;
     }
   }
   // Behind the identification, which says whether the ninth temperature counts.

@@ -22,7 +22,8 @@ struct SavedConstants {
 // of kCalibrationTemperatures, or into all that the instrument offers; constants that are all
 // exactly 0 get the date of a cell that was never calibrated. Then stores the instrument and tells
 // the host. When the archive refuses, `dateIndex` gets its old date back; constants and other dates
-// stay in force until the instrument is closed, and whoever called tells the user. `dateIndex` is
+// are in force all the same, and closing the instrument stores them if the archive works by then.
+// Whoever called tells the user, and may put the constants back. `dateIndex` is
 // the temperature that a screen shows: the slot itself unless all are meant. Any thread. The rights
 // are the caller's to check. InvalidException for an index that is no slot.
 SavedConstants SaveCellConstants(C_RVX& instrument, std::optional<int> temperatureIndex,

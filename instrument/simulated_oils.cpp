@@ -9,6 +9,7 @@
 #include "instrument/host/standards_text.h"
 #include "instrument/protocol/conversions.h"
 #include "instrument/protocol/identification.h"
+#include "instrument/temperature_offset.h"
 #include "platform/mix.h"
 #include "platform/text.h"
 #include "platform/time_base.h"
@@ -17,12 +18,11 @@ namespace rvx {
 namespace {
 
 constexpr size_t kFields = 3;
-// Of an instrument that nobody has set up otherwise, in degrees C.
-constexpr double kUsualOffset = 0.12;
 
 double CelsiusOfNewInstrument(uint16_t counts) {
   static const char modelCode = ParseIdentification(kSimulatorIdentification).modelCode;
-  return CountsToTemperature(counts, ProbeConstants{}, SupplyPair{}, modelCode, kUsualOffset);
+  return CountsToTemperature(counts, ProbeConstants{}, SupplyPair{}, modelCode,
+                             kUsualTemperatureOffset);
 }
 
 // Another noise at each start, but the same one again under a virtual clock that starts at a fixed

@@ -5,6 +5,7 @@
 #include "calibration/calibration_cells.h"
 #include "calibration/calibration_fit.h"
 #include "calibration/calibration_query.h"
+#include "calibration/calibration_report.h"
 #include "calibration/standard_group_file.h"
 #include "execution/calibration_tray.h"
 #include "instrument/host/standards_text.h"
@@ -35,7 +36,7 @@ CalibrationFit MakeFit(const CalibrationFitResult& fit) {
 
 void FillRun(CalibrationRun& run, const CellConstantValues* constants) {
   run.variationPercent = SpeedVariationPercent(run.sample);
-  const CalibrationListCells cells = FormatListCells(run.sample, constants);
+  const CalibrationListCells cells = FormatListCells(run.sample, constants, IsoMomentFormat());
   run.speedText = cells.speed;
   run.variationText = cells.variation;
   run.knownText = cells.knownViscosity;
@@ -43,6 +44,8 @@ void FillRun(CalibrationRun& run, const CellConstantValues* constants) {
   run.recalculatedText = cells.recalculated;
   run.percentDiffText = cells.percentDiff;
   run.temperatureText = cells.temperature;
+  run.timeText = cells.time;
+  run.dateText = cells.date;
   if (constants == nullptr) return;
   const CalibrationPoint point = PointOf(run.sample);
   run.recalculated = RecalculateViscosity(constants->b0, constants->b1, constants->b2, point.speed);
@@ -62,11 +65,6 @@ std::vector<NamedTemperature> TemperaturesInUse(int slots) {
   return temperatures;
 }
 
-bool IsUsable(const CStandardsMap& standards, const StandardGroupRow& row) {
-  return standards.HasUsableRecord(row.name) &&
-         standards.FindUsableTemperature(row.name, row.temperature) >= 0;
-}
-
 // Why a group has no standard at a temperature.
 std::string ReasonForLack(const std::vector<StandardGroupRow>& groups,
                           const CStandardsMap& standards, const std::string& temperature,
@@ -75,7 +73,7 @@ std::string ReasonForLack(const std::vector<StandardGroupRow>& groups,
   std::string usable;
   for (const StandardGroupRow& row : groups) {
     if (row.temperature != temperature || row.group != group) continue;
-    std::string& names = IsUsable(standards, row) ? usable : missing;
+    std::string& names = IsUsableAt(standards, row.name, row.temperature) ? usable : missing;
     names += (names.empty() ? "" : ", ") + row.name;
   }
   if (!usable.empty()) return usable + ": stands for group A already";
@@ -144,7 +142,7 @@ ScriptingResult Choose(CStandardPicker& picker, const std::vector<int>& slots,
                              "is no usable one in group %s. The tray was not changed. See "
                              "\"torvell standards conform\".",
                              kCalibrationTemperatures[static_cast<size_t>(slot)],
-                             ListOf(picker.LackingGroups(kTemperatureTexts[slot], false)).c_str()),
+                             ListOf(picker.LackingGroups(kTemperatureTexts[slot])).c_str()),
         "temperature");
   }
   if (only.empty()) return std::nullopt;
@@ -205,7 +203,9 @@ ScriptingResult ScriptableInstrument::FitCalibration(const CalibrationQuestion& 
     run.sample = std::move(sample);
     summary.runs.push_back(std::move(run));
   }
+  summary.targetText = CalibrationTargetText(slot);
   summary.usedCount = static_cast<int32_t>(points.size());
+  summary.hasTooFewSpeeds = CountDifferentSpeeds(points) < kFewestSpeeds;
   if (slot) {
     ConfigurationGuard guard(configuration());
     const platform::Date& date = configuration().calibrationDates[static_cast<size_t>(*slot)];
@@ -252,12 +252,17 @@ ScriptingResult ScriptableInstrument::SaveCalibration(std::optional<double> temp
   texts.b0 = b0Text;
   texts.b1 = b1Text;
   texts.b2 = b2Text;
+  // One date can go back; for all temperatures it is that of the first.
+  const int dateSlot = slot.value_or(0);
   const SavedConstants saved =
-      SaveCellConstants(*this, slot, slot.value_or(0), texts, platform::LocalNow());
+      SaveCellConstants(*this, slot, dateSlot, texts, platform::LocalNow());
   if (saved.stored) return std::nullopt;
-  return Problem(ScriptingProblem::Kind::Archive,
-                 "Unable to store new instrument configuration. Please try again. " + saved.reason +
-                     " The new constants stay in force until the program ends.");
+  return NotStored(saved.reason +
+                   platform::FormatText(
+                       " The new constants are in force all the same, at %s degC with the old "
+                       "date, and are stored when the instrument is closed if the archive works "
+                       "by then. Look at \"torvell constants show\".",
+                       CalibrationTargetText(dateSlot).c_str()));
 }
 
 ScriptingResult ScriptableInstrument::MakePicker(std::optional<CStandardPicker>& picker,
@@ -293,11 +298,11 @@ ScriptingResult ScriptableInstrument::GetConformity(ConformityReport& report) {
     for (const StandardGroupRow& row : groups) {
       const bool isNew = std::find(entry.standards.begin(), entry.standards.end(), row.name) ==
                          entry.standards.end();
-      if (row.temperature == text && isNew && IsUsable(standards, row)) {
+      if (row.temperature == text && isNew && IsUsableAt(standards, row.name, text)) {
         entry.standards.push_back(row.name);
       }
     }
-    for (const std::string& group : picker->LackingGroups(text, false)) {
+    for (const std::string& group : picker->LackingGroups(text)) {
       entry.lacks.push_back({group, ReasonForLack(groups, standards, text, group)});
     }
     report.temperatures.push_back(std::move(entry));

@@ -63,8 +63,7 @@ ScriptingResult ScriptableInstrument::Store(const std::function<void()>& undo) {
     delete failure;
     undo();
     GetInstrumentManager()->NotifyInstrumentChanged();
-    return Problem(ScriptingProblem::Kind::Archive,
-                   "Unable to store new instrument configuration. Please try again. " + reason);
+    return NotStored(reason);
   }
 }
 
@@ -105,22 +104,19 @@ ScriptingResult ScriptableInstrument::SetCellConstants(double temperature, doubl
   if (!std::isfinite(b0) || !std::isfinite(b1) || !std::isfinite(b2)) {
     return BadValue("A constant is not a finite number. Nothing was changed.", "constants");
   }
-  ConfigurationRecord& record = configuration();
   const auto slot = static_cast<size_t>(found);
-  // As a calibration shows and stores them: whole numbers.
-  const CellConstantValues shown = ConstantsOf(FormatFit({b0, b1, b2, 0.0, 0.0}));
-  std::array<double, 3> values = {shown.b0, shown.b1, shown.b2};
-  const bool cleared = values == std::array<double, 3>{};
-  platform::Date date = cleared ? NeverCalibrated() : platform::LocalNow();
-  const auto exchange = [&record, slot, &values, &date] {
-    ConfigurationGuard guard(record);
-    std::swap(record.b0[slot], values[0]);
-    std::swap(record.b1[slot], values[1]);
-    std::swap(record.b2[slot], values[2]);
-    std::swap(record.calibrationDates[slot], date);
-  };
-  exchange();
-  return Store(exchange);
+  const CellConstants before = GetCellConstants()[slot];
+  // As a fit shows them: whole numbers.
+  const CalibrationTexts texts = FormatFit({b0, b1, b2, 0.0, 0.0});
+  const SavedConstants saved = SaveCellConstants(*this, found, found, texts, platform::LocalNow());
+  if (saved.stored) return std::nullopt;
+  // The date is back already, and so go the constants: nothing of them was asked to be kept.
+  ConfigurationRecord& record = configuration();
+  ConfigurationGuard guard(record);
+  record.b0[slot] = before.b0;
+  record.b1[slot] = before.b1;
+  record.b2[slot] = before.b2;
+  return NotStored(saved.reason);
 }
 
 std::vector<InstrumentSetting> ScriptableInstrument::GetSettings() {

@@ -19,6 +19,12 @@ inline ScriptingProblem BadValue(std::string message, std::string field, int32_t
   return Problem(ScriptingProblem::Kind::BadValue, std::move(message), std::move(field), test);
 }
 
+// `detail`: the archive's reason and what became of the change.
+inline ScriptingProblem NotStored(const std::string& detail) {
+  return Problem(ScriptingProblem::Kind::Archive,
+                 "Unable to store new instrument configuration. Please try again. " + detail);
+}
+
 // Nothing if the present user has the level.
 inline ScriptingResult CheckLevel(int32_t needed, const std::string& what) {
   const int32_t present = GetSecurityManager()->GetAccessLevel();

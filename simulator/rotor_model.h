@@ -8,7 +8,7 @@ namespace rvx::simulator {
 // What the speed may depend on.
 struct RotorConditions {
   bool on = false;          // the motor is driven
-  uint16_t cellCounts = 0;  // cell temperature, ADC counts
+  uint16_t cellCounts = 0;  // true temperature of the cell, ADC counts
   int64_t tick = 0;         // the board's clock, half seconds; never goes back
   int oil = 0;              // tray position (from 1) whose oil is in the cell; 0: none was injected
 };

@@ -32,13 +32,15 @@ int64_t SimBoard::AdvanceClock(bool stepwise) {
   return ticks_ += due;
 }
 
-uint16_t SimBoard::RotorSpeedCounts(uint16_t cellCounts) {
-  int64_t tick = 0;
+uint16_t SimBoard::RotorSpeedCounts() {
+  RotorConditions conditions{outputs_.rotor > 0, 0, 0, oilInCell_};
   {
     platform::PlainGuard guard(temperatureLock_);
-    tick = ticks_;
+    CatchUpCell();
+    conditions.cellCounts = cell_.actual;
+    conditions.tick = ticks_;
   }
-  return rotorModel_->SpeedCounts({outputs_.rotor > 0, cellCounts, tick, oilInCell_});
+  return rotorModel_->SpeedCounts(conditions);
 }
 
 void SimBoard::CatchUpCell() {

@@ -53,7 +53,8 @@ class SimBoard {
 
   // Main thread of the simulator only.
   SimOutputs& outputs() { return outputs_; }
-  uint16_t RotorSpeedCounts(uint16_t cellCounts);
+  // The oil is as cold as the cell is, whatever the noise of the probe makes of that.
+  uint16_t RotorSpeedCounts() EXCLUDES(temperatureLock_);
 
   // The cell at the clock's present tick, as its probe reads it; any thread.
   SimCell Cell() EXCLUDES(temperatureLock_);

@@ -222,7 +222,7 @@ void SimLink::StatusPass(uint16_t intCount) {
           board_.outputs().temperatureControl != 0 ? cell.target : kSimTargetOff);
   PutWord(Status::kPlusVss, kSimPlusVss);
   PutWord(Status::kMinusVss, kSimMinusVss);
-  PutWord(Status::kRotorSpeed, board_.RotorSpeedCounts(cell.actual));
+  PutWord(Status::kRotorSpeed, board_.RotorSpeedCounts());
   if (firmware_.homed()) status_[Status::kMachineStatus] = 0;
   status_[Status::kSwitchByte] = firmware_.switchByte();
   status_[Status::kOperation] = static_cast<uint8_t>(firmware_.ShownOperation());

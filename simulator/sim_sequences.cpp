@@ -290,8 +290,7 @@ void SimFirmware::RunPreconditionStep() {
     if (TicksSince(stepTime_) > preconditionTime_) EndRun();
     return;
   }
-  const uint16_t actual = board_.Cell().actual;
-  const int excess = int{board_.RotorSpeedCounts(actual)} - int{targetSpeed_};
+  const int excess = int{board_.RotorSpeedCounts()} - int{targetSpeed_};
   // Too fast: a colder cell slows the rotor down. Too slow: a warmer one.
   if (excess > kSpeedTolerance) {
     if (currentTarget_ > kSeekStep) {
@@ -306,7 +305,7 @@ void SimFirmware::RunPreconditionStep() {
   } else {
     operation_ = SimOperation::PreconditionMotor;
     Enter(Step::Precondition);
-    board_.SetTarget(actual);
+    board_.SetTarget(board_.Cell().actual);
   }
 }
 

@@ -2,6 +2,8 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <map>
 #include <set>
 
 #include "host/cli/arguments.h"
@@ -26,7 +28,7 @@ constexpr size_t kFewestIdCharacters = 4;
 struct CalibrateArguments {
   std::optional<double> temperature;
   bool all = false;
-  int32_t hours = 4;
+  int32_t hours = rvx::kUsualCalibrationHours;
   std::vector<std::string> excluded;
   bool save = false;
 };
@@ -34,37 +36,56 @@ struct CalibrateArguments {
 // Which runs are left out, by what was typed.
 class Exclusion {
  public:
-  explicit Exclusion(const std::vector<std::string>& typed) : typed_(typed) {}
+  explicit Exclusion(const std::vector<std::string>& typed) {
+    for (const std::string& text : typed) matches_[text];
+  }
 
   bool TakesPart(const rvx::Sample& sample) {
     const std::string id = platform::FormatGuid(sample.id);
     bool takesPart = true;
-    for (const std::string& text : typed_) {
+    for (auto& [text, match] : matches_) {
       const bool byId = text.size() >= kFewestIdCharacters && text.size() <= id.size() &&
                         platform::CompareNoCase(text, id.substr(0, text.size())) == 0;
-      if (!byId && text != sample.sampleId) continue;
-      matched_.insert(text);
-      takesPart = false;
+      const bool bySampleId = text == sample.sampleId;
+      if (byId) match.byId.insert(id);
+      if (bySampleId) match.bySampleId.insert(id);
+      takesPart = takesPart && !byId && !bySampleId;
     }
     return takesPart;
   }
 
-  // A name that fits nothing is a slip of the pen, and the fit would not be the one that was meant.
-  void RequireAllMatched() const {
-    for (const std::string& text : typed_) {
-      if (matched_.count(text) != 0) continue;
+  // A text that fits nothing, or more than its writer can have meant, is a slip of the pen, and the
+  // fit would not be the one that was meant.
+  void RequireClear() const {
+    for (const auto& [text, match] : matches_) {
+      if (match.byId.empty() && match.bySampleId.empty()) {
+        throw CommandFailure(
+            ExitCode::BadUse,
+            fmt::format("--exclude {}: no run that was found has this id. Accepted: a sample id, "
+                        "or the id of a run or its first {} characters or more, of the runs that "
+                        "the command lists without --exclude. Nothing was done.",
+                        text, kFewestIdCharacters));
+      }
+      const bool isBoth = !match.byId.empty() &&
+                          std::any_of(match.bySampleId.begin(), match.bySampleId.end(),
+                                      [&](const auto& id) { return match.byId.count(id) == 0; });
+      if (match.byId.size() <= 1 && !isBoth) continue;
       throw CommandFailure(
           ExitCode::BadUse,
-          fmt::format("--exclude {}: no run that was found has this id. Accepted: a sample id, or "
-                      "the id of a run or its first {} characters or more, of the runs that the "
-                      "command lists without --exclude. Nothing was done.",
-                      text, kFewestIdCharacters));
+          fmt::format("--exclude {}: {}. Nothing was done. Give more characters of the id of each "
+                      "run that is meant; --json shows them whole.",
+                      text,
+                      isBoth
+                          ? "it begins the id of one run and is the sample id of another"
+                          : fmt::format("{} runs have an id that begins so", match.byId.size())));
     }
   }
 
  private:
-  const std::vector<std::string>& typed_;
-  std::set<std::string> matched_;
+  struct Match {
+    std::set<std::string> byId, bySampleId;  // ids of runs
+  };
+  std::map<std::string, Match> matches_;  // by what was typed
 };
 
 Json OptionalNumber(const std::optional<double>& value) {
@@ -112,16 +133,10 @@ std::string RunsTable(const rvx::CalibrationSummary& summary, const std::vector<
                {"origin"}});
   for (size_t i = 0; i < summary.runs.size(); ++i) {
     const rvx::CalibrationRun& run = summary.runs[i];
-    const std::string time = TimeText(run.sample.timestamp);
-    const size_t split = time.find('T');
-    const bool whole = split != std::string::npos;
-    // A run that was made without constants has no viscosity of its own.
     table.AddRow({platform::FormatGuid(run.sample.id).substr(0, kShortId), run.sample.sampleId,
-                  whole ? time.substr(split + 1) : "", run.speedText, run.variationText,
-                  run.knownText, run.sample.viscosity == 0.0 ? "" : run.viscosityText,
-                  run.recalculatedText, run.percentDiffText, run.temperatureText,
-                  whole ? time.substr(0, split) : "", run.used ? "yes" : "no",
-                  OriginText(simulated[i])});
+                  run.timeText, run.speedText, run.variationText, run.knownText, run.viscosityText,
+                  run.recalculatedText, run.percentDiffText, run.temperatureText, run.dateText,
+                  run.used ? "yes" : "no", OriginText(simulated[i])});
   }
   return table.Text();
 }
@@ -141,6 +156,9 @@ std::string FitText(const rvx::CalibrationSummary& summary) {
   return text;
 }
 
+constexpr char kMeasureOthers[] =
+    "Nothing was changed. Measure standards of other viscosities, or exclude fewer runs.";
+
 std::string WhyNoFit(const rvx::CalibrationSummary& summary) {
   constexpr int kFewestRuns = 3;
   if (summary.usedCount < kFewestRuns) {
@@ -152,19 +170,42 @@ std::string WhyNoFit(const rvx::CalibrationSummary& summary) {
   }
   return fmt::format(
       "there is nothing to fit: the {} runs that take part do not have three different speeds, so "
-      "no constants are better than others. Nothing was changed. Measure standards of other "
-      "viscosities.",
-      summary.usedCount);
+      "no constants are better than others. {}",
+      summary.usedCount, kMeasureOthers);
 }
 
-std::string TargetText(const CalibrateArguments& arguments) {
-  return arguments.all ? "all temperatures" : ExactNumber(*arguments.temperature) + " degC";
+// What keeps the constants from being saved; nothing if they may be.
+std::optional<CommandFailure> FindObstacle(const rvx::CalibrationSummary& summary,
+                                           int simulatedCount, const FoundInstrument& found) {
+  if (summary.hasTooFewSpeeds) {
+    return CommandFailure(
+        ExitCode::RunFailed,
+        fmt::format("the constants were not saved: the {} runs that take part do not have three "
+                    "different speeds, so other constants would do as well. {}",
+                    summary.usedCount, kMeasureOthers));
+  }
+  if (simulatedCount > 0 && !found.identity.simulated) {
+    return CommandFailure(
+        ExitCode::BadUse,
+        fmt::format("the constants were not saved: {} of the runs that take part were made on the "
+                    "simulator, and {} is an instrument. Nothing was changed. Leave them out with "
+                    "--exclude.",
+                    simulatedCount, found.identity.archiveKey));
+  }
+  return std::nullopt;
+}
+
+// What the constants are for, with its unit.
+std::string TargetText(const CalibrateArguments& arguments,
+                       const rvx::CalibrationSummary& summary) {
+  return arguments.all ? summary.targetText : summary.targetText + " degC";
 }
 
 std::string LastCalibrationText(const CalibrateArguments& arguments,
                                 const rvx::CalibrationSummary& summary) {
-  if (arguments.all) return "";
-  return fmt::format("\nlast calibration of {}: {}\n", TargetText(arguments),
+  // Several dates can stand there until all are saved at once.
+  if (arguments.all && !summary.lastCalibration) return "";
+  return fmt::format("\nlast calibration of {}: {}\n", TargetText(arguments, summary),
                      summary.lastCalibration ? TimeText(*summary.lastCalibration) : "-");
 }
 
@@ -180,18 +221,45 @@ std::string ConstantsText(const FoundInstrument& found, const CalibrateArguments
   return text;
 }
 
-void Save(Session& session, const FoundInstrument& found, const CalibrateArguments& arguments,
-          const rvx::CalibrationSummary& summary, bool anySimulated) {
+// Puts the constants into force and their date into the summary, or says why not.
+rvx::ScriptingResult Save(Session& session, const FoundInstrument& found,
+                          const CalibrateArguments& arguments, rvx::CalibrationSummary& summary,
+                          bool anySimulated) {
   const std::string before = ConstantsText(found, arguments);
   const rvx::CalibrationFit& fit = *summary.fit;
-  ThrowIfRefused(
-      found.scripting->SaveCalibration(arguments.temperature, fit.b0Text, fit.b1Text, fit.b2Text));
+  if (rvx::ScriptingResult problem = found.scripting->SaveCalibration(
+          arguments.temperature, fit.b0Text, fit.b1Text, fit.b2Text)) {
+    return problem;
+  }
   session.host().audit().Add(
-      fmt::format("calibration of {}, {}", found.identity.archiveKey, TargetText(arguments)),
+      fmt::format("calibration of {}, {}", found.identity.archiveKey,
+                  TargetText(arguments, summary)),
       before,
-      fmt::format("{}; fit of {} of {}runs, R {}, Std Dev {}", ConstantsText(found, arguments),
+      fmt::format("{}; fit of {} {}runs, R {}, Std Dev {}", ConstantsText(found, arguments),
                   summary.usedCount, anySimulated ? "simulated " : "", fit.rText, fit.stdDevText));
-  session.output().Progress(fmt::format("the constants of {} are saved", TargetText(arguments)));
+  summary.lastCalibration.reset();
+  for (const rvx::CellConstants& slot : found.scripting->GetCellConstants()) {
+    if (!arguments.all && slot.temperature != *arguments.temperature) continue;
+    if (!slot.empty) summary.lastCalibration = slot.date;
+  }
+  return std::nullopt;
+}
+
+void Show(Session& session, const CalibrateArguments& arguments,
+          const rvx::CalibrationSummary& summary, const std::vector<bool>& simulated, bool saved) {
+  Json runs = Json::array();
+  for (size_t i = 0; i < summary.runs.size(); ++i) {
+    runs.push_back(RunJson(summary.runs[i], simulated[i]));
+  }
+  session.output().Result(
+      {{"runs", runs},
+       {"fit", FitJson(summary.fit)},
+       {"largestPercentDiff", OptionalNumber(summary.largestPercentDiff)},
+       {"lastCalibration",
+        summary.lastCalibration ? Json(TimeText(*summary.lastCalibration)) : Json(nullptr)},
+       {"saved", saved}},
+      RunsTable(summary, simulated) + LastCalibrationText(arguments, summary) +
+          (summary.fit ? FitText(summary) : ""));
 }
 
 int Calibrate(Session& session, const CalibrateArguments& arguments) {
@@ -205,30 +273,35 @@ int Calibrate(Session& session, const CalibrateArguments& arguments) {
   question.takesPart = [&](const rvx::Sample& sample) { return exclusion.TakesPart(sample); };
   rvx::CalibrationSummary summary;
   ThrowIfRefused(found.scripting->FitCalibration(question, summary));
-  exclusion.RequireAllMatched();
+  exclusion.RequireClear();
 
   std::vector<bool> simulated;
-  bool anySimulated = false;
-  Json runs = Json::array();
+  int simulatedCount = 0;
   for (const rvx::CalibrationRun& run : summary.runs) {
     simulated.push_back(session.host().samples().IsSimulated(run.sample.id));
-    anySimulated = anySimulated || (simulated.back() && run.used);
-    runs.push_back(RunJson(run, simulated.back()));
+    if (simulated.back() && run.used) ++simulatedCount;
   }
-  const bool saves = arguments.save && summary.fit;
-  session.output().Result(
-      {{"runs", runs},
-       {"fit", FitJson(summary.fit)},
-       {"largestPercentDiff", OptionalNumber(summary.largestPercentDiff)},
-       {"lastCalibration",
-        summary.lastCalibration ? Json(TimeText(*summary.lastCalibration)) : Json(nullptr)}},
-      RunsTable(summary, simulated) + LastCalibrationText(arguments, summary) +
-          (summary.fit ? FitText(summary) : ""));
-  if (anySimulated) {
+  const std::optional<CommandFailure> obstacle = FindObstacle(summary, simulatedCount, found);
+  const bool saves = arguments.save && summary.fit && !obstacle;
+  rvx::ScriptingResult problem;
+  if (saves) problem = Save(session, found, arguments, summary, simulatedCount > 0);
+  const bool saved = saves && !problem;
+  Show(session, arguments, summary, simulated, saved);
+  if (simulatedCount > 0) {
     session.output().Notice("note: runs of the simulator take part in this fit");
   }
   if (!summary.fit) throw CommandFailure(ExitCode::RunFailed, WhyNoFit(summary));
-  if (saves) Save(session, found, arguments, summary, anySimulated);
+  if (obstacle && arguments.save) throw *obstacle;
+  if (summary.hasTooFewSpeeds) {
+    session.output().Notice(
+        "note: the runs that take part do not have three different speeds: these constants mean "
+        "nothing and can't be saved. Measure standards of other viscosities");
+  }
+  ThrowIfRefused(problem);
+  if (saved) {
+    session.output().Progress(
+        fmt::format("the constants of {} are saved", TargetText(arguments, summary)));
+  }
   return static_cast<int>(ExitCode::Good);
 }
 
@@ -245,9 +318,13 @@ void AddCalibrateCommand(CLI::App& app, Invocation& invocation) {
   which->add_flag("--all", arguments->all,
                   "those of all temperatures, for all of them (level 100)");
   which->require_option(1);
-  calibrate->add_option("--hours", arguments->hours, "no older than this, 1 to 366; 4 by default")
+  calibrate
+      ->add_option(
+          "--hours", arguments->hours,
+          fmt::format("no older than this, {} to {}; {} by default", rvx::kFewestCalibrationHours,
+                      rvx::kMostCalibrationHours, rvx::kUsualCalibrationHours))
       ->type_name("N")
-      ->check(WholeNumber(1, 366));
+      ->check(WholeNumber(rvx::kFewestCalibrationHours, rvx::kMostCalibrationHours));
   calibrate
       ->add_option("--exclude", arguments->excluded,
                    "leave out runs: their ids, the first characters of them, or sample ids")

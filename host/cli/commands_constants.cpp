@@ -49,8 +49,15 @@ int ShowConstants(Session& session) {
 
 int SetConstants(Session& session, const ConstantsValues& values) {
   session.RequireLevel(kLevelManager, "set cell constants");
-  ThrowIfRefused(session.OneInstrument().scripting->SetCellConstants(values.temperature, values.b0,
-                                                                     values.b1, values.b2));
+  rvx::InstrumentScripting& instrument = *session.OneInstrument().scripting;
+  ThrowIfRefused(instrument.SetCellConstants(values.temperature, values.b0, values.b1, values.b2));
+  for (const rvx::CellConstants& slot : instrument.GetCellConstants()) {
+    if (slot.temperature != values.temperature) continue;
+    if (slot.b0 == values.b0 && slot.b1 == values.b1 && slot.b2 == values.b2) continue;
+    session.output().Notice(
+        fmt::format("note: the constants were rounded to whole numbers: B0 {} B1 {} B2 {}",
+                    ExactNumber(slot.b0), ExactNumber(slot.b1), ExactNumber(slot.b2)));
+  }
   return ShowConstants(session);
 }
 

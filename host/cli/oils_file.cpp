@@ -50,8 +50,9 @@ class OilsReader {
         return;
       }
     }
+    // A standard may be called "5000": what the laboratory keeps under a name counts first.
     const std::optional<double> value = platform::ParseDouble(viscosity);
-    if (!value) {
+    if (!value || IsStandard(viscosity)) {
       ReadStandard(*place, degrees, viscosity);
     } else if (!degrees) {
       Add(kTemperature, temperature, "a temperature in degC, since the viscosity is a number");
@@ -69,6 +70,11 @@ class OilsReader {
   void Add(Column column, const std::string& found, const std::string& accepted) {
     problems_.push_back({line_, column + 1, Heading()[column],
                          found.empty() ? "an empty cell" : "\"" + found + "\"", accepted});
+  }
+
+  bool IsStandard(const std::string& name) const {
+    return std::any_of(standards_.begin(), standards_.end(),
+                       [&](const StandardRow& standard) { return standard.name == name; });
   }
 
   void ReadStandard(int position, std::optional<double> degrees, const std::string& name) {

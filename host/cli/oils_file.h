@@ -20,7 +20,8 @@ struct OilRow {
 };
 
 // Reads position,temperature,true viscosity. In place of a viscosity the name of a stored standard
-// may stand: its value at that temperature counts, and with an empty temperature all its values.
+// may stand: its value at that temperature counts, and with an empty temperature all its values. A
+// text that is both a name and a number is the name.
 // When anything was added to `problems` the result must not be used.
 std::vector<OilRow> ParseOilsFile(std::string_view text, const std::vector<StandardRow>& standards,
                                   std::vector<FileProblem>& problems);

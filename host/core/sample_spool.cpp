@@ -15,6 +15,7 @@
 
 #include "host/core/file_handle.h"
 #include "host/core/sample_columns.h"
+#include "instrument/host/sample_constants.h"
 #include "platform/log.h"
 
 namespace torvell {
@@ -84,9 +85,10 @@ std::optional<SpooledSample> FromLine(const std::string& line) {
     spooled.run = json.at("run").get<int64_t>();
     spooled.position = json.at("position").get<int32_t>();
     spooled.attempt = json.at("attempt").get<int32_t>();
-    // Lines of older versions do not have it.
-    spooled.simulated = json.value("simulated", false);
     if (!SampleFromStored(values, spooled.sample)) return std::nullopt;
+    // Lines of older versions do not have it; theirs are known as the samples of an older archive.
+    spooled.simulated =
+        json.value("simulated", spooled.sample.serialNumber == rvx::kSimulatorSerialNumber);
     return spooled;
   } catch (const Json::exception&) {
     return std::nullopt;

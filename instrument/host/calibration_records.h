@@ -12,15 +12,21 @@
 
 namespace rvx {
 
+// How old a run may be, in hours, as a person may ask for it.
+inline constexpr int32_t kFewestCalibrationHours = 1;
+inline constexpr int32_t kMostCalibrationHours = 366;
+inline constexpr int32_t kUsualCalibrationHours = 4;
+
 // Which runs of known viscosity a calibration is made of.
 struct CalibrationQuestion {
   std::optional<double> temperature;  // a calibration temperature, degrees C; nothing: all of them
-  int32_t hours = 4;                  // how old a run may be, 1 to 366
+  int32_t hours = kUsualCalibrationHours;
   // Whether a run that was found takes part in the fit, asked once for each; null: all do.
   std::function<bool(const Sample&)> takesPart;
 };
 
-// One run with what the new constants make of it. The texts are those of the screen's list.
+// One run with what the new constants make of it. The texts are those of the screen's list, with
+// time and date in ISO 8601.
 struct CalibrationRun {
   Sample sample;
   bool used = false;                   // took part in the fit
@@ -28,7 +34,7 @@ struct CalibrationRun {
   std::optional<double> recalculated;  // mPa*s; nothing without a fit
   std::optional<double> percentDiff;   // of the recalculated and the known viscosity
   std::string speedText, variationText, knownText, viscosityText, recalculatedText, percentDiffText,
-      temperatureText;
+      temperatureText, timeText, dateText;
 };
 
 // As computed, and the texts in which a screen shows it. The constants of the texts are the ones
@@ -39,9 +45,14 @@ struct CalibrationFit {
 };
 
 struct CalibrationSummary {
-  std::vector<CalibrationRun> runs;               // oldest first
-  int32_t usedCount = 0;                          // runs that took part in the fit
-  std::optional<CalibrationFit> fit;              // nothing: too few runs, or all of one speed
+  std::string targetText;            // "-20" (degrees C), or "All Temperatures"
+  std::vector<CalibrationRun> runs;  // oldest first
+  int32_t usedCount = 0;             // runs that took part in the fit
+  // Nothing: fewer than three runs took part, or their equations have no solution.
+  std::optional<CalibrationFit> fit;
+  // Fewer than three different speeds took part: a fit of them is an accident of the arithmetic and
+  // not to be saved.
+  bool hasTooFewSpeeds = false;
   std::optional<double> largestPercentDiff;       // of the runs that took part, with its sign
   std::optional<platform::Date> lastCalibration;  // local time; nothing: never, or all are meant
 };

@@ -119,7 +119,8 @@ class InstrumentScripting {
                                          CalibrationSummary& summary) = 0;
   // Level 50, and 100 for all temperatures (nothing as the temperature). Puts constants into force,
   // dated now, as the texts say, and stores them in the archive. Refused while a tray runs. When
-  // the archive refuses, the constants stay in force until the instrument is closed.
+  // the archive refuses, the constants are in force all the same, with the old date (for all
+  // temperatures: of the first one), and closing the instrument stores them if it can by then.
   virtual ScriptingResult SaveCalibration(std::optional<double> temperature,
                                           const std::string& b0Text, const std::string& b1Text,
                                           const std::string& b2Text) = 0;

@@ -20,6 +20,9 @@ enum SampleConstant : size_t {
 };
 inline constexpr int kStoredSpeeds = kSampleConstants - static_cast<int>(kConstantFirstSpeed);
 
+// `Serial Number` of every sample of the simulated instrument, which says so itself.
+inline constexpr char kSimulatorSerialNumber[] = "Simulator";
+
 // `Known Viscosity` of every sample of this module, by which a query finds them.
 inline constexpr double kModuleMark = -2.0;
 

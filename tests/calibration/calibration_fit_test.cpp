@@ -101,10 +101,21 @@ TEST(CalibrationFit, NothingFromTooFewPointsOrOneSpeed) {
   EXPECT_FALSE(FitCalibrationConstants({}));
   EXPECT_FALSE(FitCalibrationConstants({{0.1, 5000.0}, {0.2, 3000.0}}));
   EXPECT_FALSE(FitCalibrationConstants({{0.25, 5000.0}, {0.25, 3000.0}, {0.25, 4000.0}}));
+  // Whether equal speeds cancel to exactly 0 is an accident of their last digits, so they are
+  // counted: who saves a fit asks for three different ones.
+  for (const double factor : {1.0, 3.0, 4.0, 5.0}) {
+    const double speed = 0.24 * factor;
+    EXPECT_EQ(CountDifferentSpeeds({{speed, 5000.0}, {speed, 3000.0}, {speed, 4000.0}}), 1);
+  }
+  EXPECT_EQ(CountDifferentSpeeds({{0.24, 1.0}, {0.48, 1.0}, {0.24, 2.0}}), 2);
+  EXPECT_EQ(CountDifferentSpeeds({{0.24, 1.0}, {0.48, 1.0}, {0.6, 1.0}, {0.1, 1.0}}), 3);
+  EXPECT_EQ(CountDifferentSpeeds({}), 0);
   // Points that are no numbers give an answer that is none, and no crash.
   const auto fit = FitCalibrationConstants({{NAN, 1.0}, {0.2, 2.0}, {0.3, 3.0}});
   ASSERT_TRUE(fit);
   EXPECT_TRUE(std::isnan(fit->b0));
+  EXPECT_EQ(FormatFit({-NAN, NAN, 1.0, -NAN, 0.0}).b0, "nan");
+  EXPECT_EQ(FormatFit({1.0, 1.0, 1.0, -NAN, -NAN}).stdDev, "nan");
 }
 
 TEST(CalibrationFit, IsRecalculatedWithWhatIsShown) {

@@ -49,7 +49,7 @@ TEST_F(Picker, OffersTemperaturesWithAStandardOfEachGroup) {
   standards.RemoveStandardRecord("S3", "-20");
   Store("S3", "-20", "0");
   EXPECT_EQ(Texts(Open(false).temperatures()), (List{"- - 5"}));
-  EXPECT_EQ(Open().LackingGroups("-20", false), (List{"C"}));
+  EXPECT_EQ(Open().LackingGroups("-20"), (List{"C"}));
   readable = false;
   EXPECT_TRUE(Open().temperatures().empty());
 }
@@ -61,7 +61,7 @@ TEST_F(Picker, OneOilDoesNotStandForTwoGroups) {
   Group("S1", "-20", "B");
   Group("S3", "-20", "C");
   EXPECT_FALSE(Open().ConformsToD5293("-20", false));
-  EXPECT_EQ(Open().LackingGroups("-20", false), (List{"B"}));
+  EXPECT_EQ(Open().LackingGroups("-20"), (List{"B"}));
   // With the row of B in front nothing is remembered yet.
   std::swap(groups[0], groups[1]);
   EXPECT_TRUE(Open().ConformsToD5293("-20", false));

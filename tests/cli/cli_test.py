@@ -582,10 +582,10 @@ class Calibrations(Case):
         self.assertEqual(document["largestPercentDiff"],
                          max((run["percentDiff"] for run in runs), key=abs))
         self.assertTrue(all(slot["empty"] for slot in self.json("constants", "show")))
-        self.run_torvell("calibrate", "--temperature", -20, "--save")
-        self.assertIsNone(document["lastCalibration"])
-        self.assertIsNotNone(self.json("calibrate", "--temperature", -20)["lastCalibration"])
+        self.assertEqual((document["lastCalibration"], document["saved"]), (None, False))
+        document = self.json("calibrate", "--temperature", -20, "--save")
         slot = self.json("constants", "show")[4]
+        self.assertEqual((document["lastCalibration"], document["saved"]), (slot["date"], True))
         self.assertEqual([slot["b0"], slot["b1"], slot["b2"]],
                          [shown["B0"], shown["B1"], shown["B2"]])
         with sqlite3.connect(os.path.join(self.data, "torvell.db")) as database:
@@ -603,10 +603,32 @@ class Calibrations(Case):
         self.assertEqual([run["used"] for run in document["runs"]], [False, False] + [True] * 4)
         self.assertIsNotNone(document["runs"][0]["recalculated"])
         self.run_torvell("calibrate", "--temperature", -20, "--exclude", "nothing", expect=2)
+        with sqlite3.connect(os.path.join(self.data, "torvell.db")) as database:
+            # Two ids that begin alike, and a sample id that is the beginning of another run's id.
+            self.assertEqual(database.execute(
+                "UPDATE SAMPLES SET ID = substr(?, 1, 8) || substr(ID, 9) WHERE ID = ?",
+                (runs[0]["ID"], runs[1]["ID"])).rowcount, 1)
+            database.execute('UPDATE SAMPLES SET "Sample ID" = substr(?, 1, 6) WHERE ID = ?',
+                             (runs[2]["ID"], runs[3]["ID"]))
+        for text, reason in ((runs[0]["ID"][:8], "2 runs have an id"),
+                             (runs[2]["ID"][:6], "sample id of another")):
+            self.run_torvell("calibrate", "--temperature", -20, "--exclude", text, expect=2)
+            self.assertIn(reason, self.stderr)
+        self.run_torvell("calibrate", "--temperature", -20, "--exclude", runs[0]["ID"])
+        runs = self.json("calibrate", "--temperature", -20)["runs"]
         output = self.run_torvell("--json", "calibrate", "--temperature", -20, "--save",
                                   "--exclude", *(run["ID"] for run in runs[:4]), expect=1)
         self.assertIsNone(json.loads(output)["fit"])
         self.assertIn("nothing to fit", self.stderr)
+        self.assertTrue(self.json("constants", "show")[4]["empty"])
+
+    def test_runs_of_one_speed_give_no_constants_that_are_kept(self):
+        # Without oils the simulated rotor has one speed.
+        self.run_torvell("run", self.tray("1,verify,A,-20,,3000,,", "2,verify,B,-20,,4000,,",
+                                          "3,verify,C,-20,,5000,,"), "--prepare")
+        output = self.run_torvell("--json", "calibrate", "--temperature", -20, "--save", expect=1)
+        self.assertFalse(json.loads(output)["saved"])
+        self.assertIn("three different speeds", self.stderr)
         self.assertTrue(self.json("constants", "show")[4]["empty"])
 
     def test_nothing_to_fit_and_bad_use_are_said(self):

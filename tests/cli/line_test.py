@@ -267,6 +267,29 @@ class Trays(Case):
         self.check_tray(second, stored[:2], ids=["oil X", "oil Y"])
 
 
+class Calibration(Case):
+    def test_runs_of_the_simulator_calibrate_no_instrument(self):
+        controller = self.controller()
+        simulated = ("--simulate", "--clock", "virtual")
+        oils = {"oil A": 3000, "oil B": 6000, "oil C": 12000}
+        files = {"oils.csv": "position,temperature,true viscosity\n", "tray.csv": HEADING}
+        for position, (name, viscosity) in enumerate(oils.items(), 1):
+            files["oils.csv"] += f"{position},-20,{viscosity}\n"
+            files["tray.csv"] += f"{position},verify,{name},-20,,{viscosity},,\n"
+        for name, text in files.items():
+            with open(os.path.join(self.folder, name), "w", encoding="utf-8") as file:
+                file.write(text)
+        self.torvell("simulate", "oils", os.path.join(self.folder, "oils.csv"))
+        self.torvell(*simulated, "run", os.path.join(self.folder, "tray.csv"), "--prepare")
+        self.connect(controller, calibrate=False)
+        output = self.torvell("--json", "calibrate", "--temperature", -20, "--save", expect=2)
+        self.assertIn("3 of the runs that take part were made on the simulator", self.stderr)
+        document = json.loads(output)
+        self.assertEqual((len(document["runs"]), document["saved"]), (3, False))
+        self.assertIsNotNone(document["fit"])
+        self.assertTrue(json.loads(self.torvell("--json", "constants", "show"))[4]["empty"])
+
+
 class BadLines(Case):
     def test_a_noisy_line(self):
         controller = self.controller(noise=20)

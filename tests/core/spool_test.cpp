@@ -116,6 +116,27 @@ TEST(Spool, ALineCutOffByACrashIsKeptAsideAndSpoilsNoOther) {
   EXPECT_EQ(ReadFile(spool.file() + ".damaged"), whole.substr(0, whole.size() - 30) + "\n");
 }
 
+TEST(Spool, LinesFromBeforeTheMarkAreJudgedByTheirSerialNumber) {
+  TempFolder folder;
+  SampleSpool spool(folder / "samples.spool");
+  for (const char* serialNumber : {"Simulator", "4711"}) {
+    rvx::Sample sample = MakeSample(serialNumber);
+    sample.serialNumber = serialNumber;
+    ASSERT_EQ(spool.Append({sample, 0, -1, 0}), "");
+  }
+  std::string lines = ReadFile(spool.file());
+  const std::string mark = "\"simulated\":false,";
+  for (size_t at = lines.find(mark); at != std::string::npos; at = lines.find(mark)) {
+    lines.erase(at, mark.size());
+  }
+  std::ofstream(spool.file(), std::ios::binary) << lines;
+  const auto host = OpenHost(folder);
+  ASSERT_EQ(host->samples().Count(), 2);
+  for (const rvx::Sample& sample : host->samples().All()) {
+    EXPECT_EQ(host->samples().IsSimulated(sample.id), sample.serialNumber == "Simulator");
+  }
+}
+
 TEST(Spool, AFailureWhileTakingInKeepsTheFile) {
   TempFolder folder;
   SampleSpool spool(folder / "samples.spool");

@@ -99,10 +99,13 @@ TEST(CalibrationTest, FitsTheRunsThatTakePartAndJudgesAll) {
     EXPECT_FALSE(summary.runs[2].used);
     EXPECT_NEAR(*summary.runs[2].recalculated, 4708.0, 1e-9);
     EXPECT_NEAR(*summary.largestPercentDiff, 0.0, 1e-9);
+    EXPECT_FALSE(summary.hasTooFewSpeeds);
+    EXPECT_EQ(summary.targetText, "-20");
     question.takesPart = [](const Sample& sample) { return sample.speed < 0.15; };
     ASSERT_FALSE(bench.instrument->FitCalibration(question, summary));
     EXPECT_FALSE(summary.fit);
     EXPECT_FALSE(summary.runs[0].recalculated);
+    EXPECT_TRUE(summary.hasTooFewSpeeds);
     question.hours = 367;
     EXPECT_EQ(bench.instrument->FitCalibration(question, summary)->field, "hours");
     question = {};
@@ -172,6 +175,28 @@ TEST(CalibrationTest, WhenTheArchiveRefusesTheOldDateComesBack) {
     EXPECT_EQ(constants[4].date, old);
     EXPECT_EQ(constants[4].b0, 2000.0) << "the constants stay in force";
     EXPECT_EQ(constants[3].date, now);
+  });
+}
+
+TEST(CalibrationTest, ARefusedSaveIsInForceAndARefusedConstantIsNot) {
+  RunVirtual([] {
+    CalibrationBench bench;
+    ScriptableInstrument& instrument = *bench.instrument;
+    ASSERT_FALSE(instrument.SetCellConstants(-20.0, 1.0, 2.0, 3.0));
+    const platform::Date date = instrument.GetCellConstants()[4].date;
+    bench.host.instrumentArchive.storeFailures.FailNext(1);
+    EXPECT_EQ(instrument.SetCellConstants(-20.0, 0.0, 0.0, 0.0)->kind, Kind::Archive);
+    EXPECT_EQ(instrument.GetCellConstants()[4].b2, 3.0);
+    EXPECT_EQ(instrument.GetCellConstants()[4].date, date);
+    bench.host.instrumentArchive.storeFailures.FailNext(1);
+    const ScriptingResult problem = instrument.SaveCalibration(-20.0, "1100", "-400", "5");
+    ASSERT_TRUE(problem);
+    EXPECT_EQ(problem->kind, Kind::Archive);
+    EXPECT_NE(problem->message.find("in force all the same, at -20 degC with the old date"),
+              std::string::npos)
+        << problem->message;
+    EXPECT_EQ(instrument.GetCellConstants()[4].b2, 5.0);
+    EXPECT_EQ(instrument.GetCellConstants()[4].date, date);
   });
 }
 

@@ -104,13 +104,28 @@ TEST(OilRotor, TheBoardKeepsTheOilThatWasInjectedLast) {
   SimBoard board(stop, std::make_unique<OilShower>());
   board.outputs().sample = 3;
   board.AdvanceClock(false);
-  EXPECT_EQ(board.RotorSpeedCounts(0), 0) << "nothing was injected";
+  EXPECT_EQ(board.RotorSpeedCounts(), 0) << "nothing was injected";
   board.outputs().injection = true;
   board.AdvanceClock(false);
   board.outputs().injection = false;
   board.outputs().sample = 5;
   board.AdvanceClock(false);
-  EXPECT_EQ(board.RotorSpeedCounts(0), 3);
+  EXPECT_EQ(board.RotorSpeedCounts(), 3);
+}
+
+TEST(OilRotor, TheOilIsAsColdAsTheCellAndNotAsItsReading) {
+  // Tells the temperature that it is given as its speed, and puts noise on the probe.
+  class NoisyProbe : public RotorModel {
+   public:
+    uint16_t SpeedCounts(const RotorConditions& conditions) override {
+      return conditions.cellCounts;
+    }
+    int TemperatureNoise(int64_t /*tick*/) const override { return 100; }
+  };
+  platform::Event stop("test: stop");
+  SimBoard board(stop, std::make_unique<NoisyProbe>());
+  EXPECT_EQ(board.RotorSpeedCounts(), SimCell().actual);
+  EXPECT_EQ(board.Cell().actual, SimCell().actual + 100);
 }
 
 }  // namespace
