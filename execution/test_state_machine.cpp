@@ -189,6 +189,8 @@ void CTestStateMachine::AwaitOperation() {
 
 void CTestStateMachine::AwaitInjectionEnd() {
   if (IsPrompting() && !IsResponseOverdue()) return;
+  // A prompt that rises again is another one: the answer belonged to a run of before.
+  if (manualInjection_ && !IsPrompting()) prompted_ = false;
   SetState(State::AwaitRun);
 }
 

@@ -290,10 +290,14 @@ void Conversation::AnswerByStatus(const StatusRecord& record) {
   const int most = kMostResends + (platform::IsPlanted("resend-once-more") ? 1 : 0);
   if (asksForResend && command->resends < most) {
     ++command->resends;
-    // Behind whatever has been queued meanwhile; the client hears nothing.
-    QueueGuard guard(queue_);
-    // Behind an abort it would start what the abort was to end, with nobody there to watch it.
-    if (!IsEndedByAbort(command->text) || !queue_.Holds(kAbort)) queue_.Add(std::move(command));
+    {
+      // Behind whatever has been queued meanwhile; the client hears nothing.
+      QueueGuard guard(queue_);
+      // Behind an abort it would start what the abort was to end, with nobody there to watch it.
+      if (!IsEndedByAbort(command->text) || !queue_.Holds(kAbort)) queue_.Add(std::move(command));
+    }
+    // The thread may be past the exchange that was refused, and asleep.
+    work_.Set();
     return;
   }
   // The empty tag: the instrument would not take the command.

@@ -160,6 +160,8 @@ static constexpr Microseconds kMostWithoutSignal{60'000'000};
 void VirtualBase::Suspect(EventState& event) {
   const SchedulerScope scope;
   Clear(event);
+  // It came between the time-out and the question.
+  if (event.set) return;
   suspicions_.push_back({&event, running_->threadName, now_});
 }
 

@@ -291,6 +291,8 @@ bool Observer::IsRunOpen() {
 }
 
 void Observer::RunEnded() {
+  // A damaged frame may have shown an instrument at rest, and then there is nothing to end.
+  if (scenario_.rates.TouchesLine()) return;
   const PlainGuard guard(lock_);
   if (runOpen_ && cabDue_ < 0) cabDue_ = Now() + kAbortDue;
 }

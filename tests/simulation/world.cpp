@@ -24,6 +24,7 @@ constexpr Milliseconds kClosing{180'000};
 // From the end of the faults to an instrument that is ready.
 constexpr Milliseconds kGettingReady{900'000};
 constexpr Milliseconds kLook{5000};
+constexpr Milliseconds kTwentyFrames{15'000};
 // How long a person leaves a paused tray alone.
 constexpr Milliseconds kPatience{30'000};
 
@@ -183,6 +184,9 @@ void World::RunFreshTray() {
   // What an operator's own action or a lost CAB has left going.
   if (line_.IsBusy()) instrument_->SendAbort(nullptr);
   AwaitReady();
+  // The supply voltages are means over twenty status frames, damaged ones among them; what is sent
+  // to the instrument rests on them.
+  platform::Sleep(kTwentyFrames);
   const uint64_t before = observer_.stored();
   const uint64_t stalls = platform::GetTimeBaseFigures().stalls;
   desk_.Clear();
