@@ -183,10 +183,10 @@ void World::RunFreshTray() {
   observer_.Note("a fresh tray");
   // What an operator's own action or a lost CAB has left going.
   if (line_.IsBusy()) instrument_->SendAbort(nullptr);
-  AwaitReady();
   // The supply voltages are means over twenty status frames, damaged ones among them; what is sent
   // to the instrument rests on them.
   platform::Sleep(kTwentyFrames);
+  AwaitReady();
   const uint64_t before = observer_.stored();
   const uint64_t stalls = platform::GetTimeBaseFigures().stalls;
   desk_.Clear();
