@@ -37,13 +37,16 @@ TEST(Race, OrderedTasksAreReportedByNobody) {
       const std::vector<int> start = {1};
       std::vector<int> end;
       std::vector<std::shared_ptr<Thread>> threads;
+      const auto count = [&] {
+        const RecursiveGuard guard(lock);
+        ++counter;
+      };
       for (int i = 0; i < 3; ++i) {
         threads.push_back(StartThread("counter", [&] {
           EXPECT_EQ(1, start[0]);
           for (int round = 0; round < 10; ++round) {
             const RecursiveGuard guard(lock);
-            const RecursiveGuard again(lock);
-            ++counter;
+            count();  // takes the lock once more
           }
           stop.Wait();
           EXPECT_EQ(7, end[0]);  // filled before the event
