@@ -68,7 +68,9 @@ class Exclusion {
       }
       const bool isBoth = !match.byId.empty() &&
                           std::any_of(match.bySampleId.begin(), match.bySampleId.end(),
-                                      [&](const auto& id) { return match.byId.count(id) == 0; });
+                                      [&byId = match.byId](const auto& id) {
+                                        return byId.count(id) == 0;
+                                      });
       if (match.byId.size() <= 1 && !isBoth) continue;
       throw CommandFailure(
           ExitCode::BadUse,
