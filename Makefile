@@ -5,7 +5,6 @@
 run: build/release/bin/torvell.stamp
 	@scripts/demo build/release/bin/torvell
 
-# Rehearses a whole calibration on the simulator.
 # The window on a demonstration: simulated instrument, made-up constants, a user of each level.
 desktop: build/release/bin/torvell.stamp
 	@build/release/bin/torvell --simulate --clock x20 desktop
@@ -14,6 +13,7 @@ desktop: build/release/bin/torvell.stamp
 package: build/release/bin/torvell.stamp
 	@cd build/release && cpack
 
+# Rehearses a whole calibration on the simulator.
 calibration-demo: build/release/bin/torvell.stamp
 	@scripts/calibration-demo build/release/bin/torvell
 
@@ -70,8 +70,9 @@ check: install-packages
 	scripts/check_floors
 
 tidy: install-packages
-	cmake --preset clang
-	scripts/tidy build/clang
+	cmake --preset asan
+	cmake --build --preset asan
+	scripts/tidy build/asan
 
 # Always asks the build tool, which knows what is out of date; the output is kept for failures only.
 build/release/bin/torvell.stamp: install-packages

@@ -66,11 +66,10 @@ class Exclusion {
                         "the command lists without --exclude. Nothing was done.",
                         text, kFewestIdCharacters));
       }
-      const bool isBoth = !match.byId.empty() &&
-                          std::any_of(match.bySampleId.begin(), match.bySampleId.end(),
-                                      [&byId = match.byId](const auto& id) {
-                                        return byId.count(id) == 0;
-                                      });
+      const bool isBoth =
+          !match.byId.empty() &&
+          std::any_of(match.bySampleId.begin(), match.bySampleId.end(),
+                      [&byId = match.byId](const auto& id) { return byId.count(id) == 0; });
       if (match.byId.size() <= 1 && !isBoth) continue;
       throw CommandFailure(
           ExitCode::BadUse,
