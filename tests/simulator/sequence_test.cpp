@@ -123,18 +123,18 @@ TEST(SimSequence, AHeldUpThreadReportsEveryTickAllTheSame) {
     TestPayload payload;
     payload.injection = 0;
     bool heldUp = false;
-    set.line.onFrame = [&heldUp](const Heard& frame) {
+    set.line.SetOnFrame([&heldUp](const Heard& frame) {
       if (heldUp || frame.operation() != kRunTest) return;
       heldUp = true;
       platform::Sleep(platform::Milliseconds(2600));  // five ticks, as in a suspended computer
-    };
+    });
     set.Ask(payload.Test());
     set.WaitMs(120000);
-    ASSERT_TRUE(heldUp);
     std::vector<int> counts;
     for (const Heard& frame : set.line.Rest()) {
       if (frame.operation() == kRunTest) counts.push_back(frame.intCount());
     }
+    ASSERT_TRUE(heldUp);
     // The readings of the whole rotor time, one for each count.
     EXPECT_EQ(counts.size(), 21u);
     for (size_t i = 1; i < counts.size(); ++i) EXPECT_EQ(counts[i], counts[i - 1] + 1);

@@ -54,15 +54,20 @@ class SimLine : public SimReceiver {
 
   void Receive(std::span<const uint8_t> frame) override {
     const Heard heard{std::string(frame.begin(), frame.end()), Now()};
+    std::function<void(const Heard&)> onFrame;
     {
       platform::PlainGuard guard(lock_);
       heard_.push_back(heard);
+      onFrame = onFrame_;
     }
     came_.Set();
     if (onFrame) onFrame(heard);
   }
-  // Called with each frame on the simulator's thread, which waits for it.
-  std::function<void(const Heard&)> onFrame;
+  // Called with each frame from now on, on the simulator's thread, which waits for it.
+  void SetOnFrame(std::function<void(const Heard&)> onFrame) {
+    platform::PlainGuard guard(lock_);
+    onFrame_ = std::move(onFrame);
+  }
 
   int64_t Now() const { return (platform::MonotonicTime() - start_) / platform::Milliseconds(1); }
 
@@ -94,6 +99,7 @@ class SimLine : public SimReceiver {
   platform::PlainLock lock_{"test line", platform::kLeafRank};
   std::vector<Heard> heard_ GUARDED_BY(lock_);
   size_t taken_ GUARDED_BY(lock_) = 0;
+  std::function<void(const Heard&)> onFrame_ GUARDED_BY(lock_);
   platform::Event came_{"test line"};
 };
 

@@ -20,15 +20,38 @@ std::span<const uint8_t> AsBytes(std::string_view text) {
 class Watcher : public PortWatcher {
  public:
   void Receive(std::span<const uint8_t> bytes) override {
-    text.append(bytes.begin(), bytes.end());
+    {
+      platform::PlainGuard guard(lock_);
+      text_.append(bytes.begin(), bytes.end());
+    }
     if (wait != Milliseconds(0)) platform::Sleep(wait);
-    moments.push_back(platform::MonotonicTime());
+    {
+      platform::PlainGuard guard(lock_);
+      moments_.push_back(platform::MonotonicTime());
+    }
     received.Set();
   }
-  std::string text;
-  std::vector<platform::Microseconds> moments;
-  Milliseconds wait{0};
+  std::string Text() {
+    platform::PlainGuard guard(lock_);
+    return text_;
+  }
+  // When each call ended.
+  std::vector<platform::Microseconds> Moments() {
+    platform::PlainGuard guard(lock_);
+    return moments_;
+  }
+  void Clear() {
+    platform::PlainGuard guard(lock_);
+    text_.clear();
+  }
+
+  Milliseconds wait{0};  // constant once the port is open
   platform::Event received{"watcher received"};
+
+ private:
+  platform::PlainLock lock_{"watcher", platform::kLeafRank};
+  std::string text_ GUARDED_BY(lock_);
+  std::vector<platform::Microseconds> moments_ GUARDED_BY(lock_);
 };
 
 TEST(FakePort, RepliesComeInOrderWhenTheyAreDue) {
@@ -41,8 +64,8 @@ TEST(FakePort, RepliesComeInOrderWhenTheyAreDue) {
     const auto start = platform::MonotonicTime();
     port.Reply("late ", Milliseconds(50));
     port.Reply("later", Milliseconds(10));
-    while (watcher.text != "late later") ASSERT_TRUE(watcher.received.Wait(Milliseconds(1000)));
-    EXPECT_GE(watcher.moments.at(0) - start, Milliseconds(50));
+    while (watcher.Text() != "late later") ASSERT_TRUE(watcher.received.Wait(Milliseconds(1000)));
+    EXPECT_GE(watcher.Moments().at(0) - start, Milliseconds(50));
     GetPortManager()->ClosePort("COM1", &watcher);
     EXPECT_FALSE(port.IsOpen());
   });
@@ -59,14 +82,14 @@ TEST(FakePort, ClosedWatcherIsNotBeingCalled) {
     GetPortManager()->OpenPort("COM1", &other);
     port.Reply("x");
     platform::Sleep(Milliseconds(100));
-    EXPECT_EQ(slow.text, "x");
-    EXPECT_TRUE(slow.moments.empty()) << "still inside";
+    EXPECT_EQ(slow.Text(), "x");
+    EXPECT_TRUE(slow.Moments().empty()) << "still inside";
     GetPortManager()->ClosePort("COM1", &slow);
-    EXPECT_EQ(slow.moments.size(), 1u) << "the close waited for the call's end";
+    EXPECT_EQ(slow.Moments().size(), 1u) << "the close waited for the call's end";
     port.Reply("y");
     ASSERT_TRUE(other.received.Wait(Milliseconds(1000)));
-    while (other.text != "xy") ASSERT_TRUE(other.received.Wait(Milliseconds(1000)));
-    EXPECT_EQ(slow.text, "x");
+    while (other.Text() != "xy") ASSERT_TRUE(other.received.Wait(Milliseconds(1000)));
+    EXPECT_EQ(slow.Text(), "x");
     GetPortManager()->ClosePort("COM1", &other);
   });
 }
@@ -79,9 +102,9 @@ TEST(FakeController, AnswersRefusesAndKeepsSilent) {
     FakeController controller(port, 11);
     GetPortManager()->OpenPort("COM1", &watcher);
     const auto ask = [&](std::string_view frame) {
-      watcher.text.clear();
+      watcher.Clear();
       port.Write(AsBytes(frame));
-      return watcher.received.Wait(Milliseconds(1000)) ? watcher.text : "";
+      return watcher.received.Wait(Milliseconds(1000)) ? watcher.Text() : "";
     };
     controller.SetWord(0, 0x1234);
     EXPECT_EQ(ask("/BQST\r"), "-BQST1234E200FFFFE0002000000000000000000000\r");
