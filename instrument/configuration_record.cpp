@@ -144,7 +144,7 @@ bool ConfigurationRecord::FromText(const std::string& text, int32_t flags) {
   const ConfigurationGuard guard(*this);
   configurationId = reader.Text();
   if ((flags & kLoadIdentity) != 0) {
-    instrumentId = platform::Trim(reader.Text());
+    instrumentId = platform::Trim(RecordWriter::WithoutReserved(reader.Text(), kReserved));
     serialNumber = reader.Text();
     trayPositions = reader.Int();
     responseTimeout = reader.Int();
@@ -185,7 +185,8 @@ std::string ConfigurationRecord::GetInstrumentId() const {
 
 void ConfigurationRecord::SetInstrumentId(const std::string& text) {
   const ConfigurationGuard guard(*this);
-  instrumentId = platform::Trim(text);
+  // What becomes a blank in the stored text becomes one here, or being stored would change the id.
+  instrumentId = platform::Trim(RecordWriter::WithoutReserved(text, kReserved));
 }
 
 std::string ConfigurationRecord::GetConfigurationId() const {

@@ -23,11 +23,15 @@ class RecordWriter {
   // A text as it stands, but for the characters of `reserved` and zero bytes: those separate fields
   // or lines of the texts that this one becomes a part of, so they are written as blanks.
   RecordWriter& Text(std::string_view value, std::string_view reserved) {
+    return Raw(WithoutReserved(value, reserved));
+  }
+  // The text that Text writes.
+  static std::string WithoutReserved(std::string_view value, std::string_view reserved) {
     std::string safe(value);
     for (char& c : safe) {
       if (c == '\0' || reserved.find(c) != std::string_view::npos) c = ' ';
     }
-    return Raw(safe);
+    return safe;
   }
   // A text that is known to hold no separator.
   RecordWriter& Raw(std::string_view value) {

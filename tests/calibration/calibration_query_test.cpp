@@ -37,6 +37,7 @@ void CheckAllTexts() {
 
 TEST(CalibrationQuery, IsTheSameTextInEveryLocale) {
   CheckAllTexts();
+  // The one thing here that only the process's own locale can show.
   const std::string before = std::setlocale(LC_ALL, nullptr);
   ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr) << "locales-all is missing";
   CheckAllTexts();
