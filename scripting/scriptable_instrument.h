@@ -51,6 +51,7 @@ class ScriptableInstrument final : public C_RVX, public InstrumentScripting {
 
   ScriptingResult SetHomeFlag() override;
   ScriptingResult SetTemperature(std::optional<double> celsius) override;
+  ScriptingResult ChillSimulatedCell(double celsius) override;
   ScriptingResult SetSwitch(ServiceSwitch which, bool on) override;
   ScriptingResult JogAxis(ServiceAxis axis, int32_t target) override;
   ScriptingResult AbortOperation() override;

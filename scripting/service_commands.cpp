@@ -95,6 +95,14 @@ ScriptingResult MayServe(ViscometerInstrument& instrument) {
                  "A tray is running. Nothing was sent. Pause the tray or wait for its end.");
 }
 
+ScriptingResult CheckCellTemperature(double celsius, const char* alternative) {
+  if (celsius >= kColdest && celsius <= kWarmest) return std::nullopt;
+  return BadValue(platform::FormatText(
+                      "%g degC is out of range. Accepted: %.f to %.f degC%s. Nothing was sent.",
+                      celsius, kColdest, kWarmest, alternative),
+                  "temperature");
+}
+
 // Only these models have steppers that a person may move.
 ScriptingResult HasStepperService(C_RVX& instrument) {
   char modelCode = 0;
@@ -168,15 +176,24 @@ ScriptingResult ScriptableInstrument::SetHomeFlag() {
 
 ScriptingResult ScriptableInstrument::SetTemperature(std::optional<double> celsius) {
   if (ScriptingResult problem = MayServe(*this)) return problem;
-  if (celsius && !(*celsius >= kColdest && *celsius <= kWarmest)) {
-    return BadValue(platform::FormatText("%g degC is out of range. Accepted: %.f to %.f degC, or "
-                                         "off. Nothing was sent.",
-                                         *celsius, kColdest, kWarmest),
-                    "temperature");
+  if (celsius) {
+    if (ScriptingResult problem = CheckCellTemperature(*celsius, ", or off")) return problem;
   }
   ReplyWaiter waiter(*this);
   SetTemperatureControl(celsius.has_value(), celsius.value_or(kTemperatureOff), &waiter);
   return waiter.Wait(kTemperatureControlTag, "temperature control");
+}
+
+ScriptingResult ScriptableInstrument::ChillSimulatedCell(double celsius) {
+  if (ScriptingResult problem = MayServe(*this)) return problem;
+  if (!IsSimulatedInstrument()) {
+    return Problem(ScriptingProblem::Kind::NotAllowed,
+                   "This instrument is real: its cell is cooled by its chiller. Nothing was sent.");
+  }
+  if (ScriptingResult problem = CheckCellTemperature(celsius, "")) return problem;
+  ReplyWaiter waiter(*this);
+  SetTemperatureControl(0, celsius, &waiter);
+  return waiter.Wait(kTemperatureControlTag, "chilling of the cell");
 }
 
 ScriptingResult ScriptableInstrument::SetSwitch(ServiceSwitch which, bool on) {

@@ -8,9 +8,9 @@
 namespace torvell {
 namespace {
 
-// The tray starts below 10.0 degrees C; half a degree keeps it there until it has started.
+// The tray starts below 10.0 degrees C; half a degree keeps a flickering reading on the safe side.
 constexpr double kPreparedTemperature = 9.5;
-constexpr double kPreparationTarget = 5.0;
+constexpr double kChillerTemperature = 5.0;
 constexpr platform::Milliseconds kCoolingTimeout{3600 * 1000};
 constexpr platform::Milliseconds kReadyTimeout{60 * 1000};
 
@@ -29,12 +29,10 @@ bool WaitUntil(const InstrumentEntry& entry, const std::function<bool()>& isInte
     const rvx::InstrumentReadings readings = entry.scripting->GetReadings();
     if (readings.sequence > 0 && done(readings)) return true;
     if (isInterrupted()) return false;
+    if (deadline.HasPassed()) return false;
     const platform::Deadline step = platform::Deadline::After(platform::Milliseconds(1000));
-    if (!entry.scripting->WaitForReadings(readings.sequence,
-                                          platform::Deadline::Earliest(step, deadline)) &&
-        deadline.HasPassed()) {
-      return false;
-    }
+    entry.scripting->WaitForReadings(readings.sequence,
+                                     platform::Deadline::Earliest(step, deadline));
   }
 }
 
@@ -57,20 +55,23 @@ bool PrepareSimulated(const InstrumentEntry& entry, const std::function<bool()>&
                       const std::function<void(const std::string&)>& say) {
   RaiseIfRefused(entry.scripting->SetHomeFlag());
   WaitForStatus(entry);
+  // Also when it is cold by chance: a cell that nobody chills gets warm before anybody can start.
+  RaiseIfRefused(entry.scripting->ChillSimulatedCell(kChillerTemperature));
   if (!IsCold(entry.scripting->GetReadings())) {
     say(fmt::format("cooling the cell below {} degC ...", ExactNumber(kPreparedTemperature)));
-    RaiseIfRefused(entry.scripting->SetTemperature(kPreparationTarget));
-    const bool cold = WaitUntil(entry, isInterrupted, kCoolingTimeout, IsCold);
-    RaiseIfRefused(entry.scripting->SetTemperature(std::nullopt));
-    if (!cold && !isInterrupted()) {
+    if (!WaitUntil(entry, isInterrupted, kCoolingTimeout, IsCold) && !isInterrupted()) {
       throw HostError(HostErrorKind::Tray,
-                      "the simulated cell did not get cold within an hour. The temperature control "
-                      "is off again, nothing was started.");
+                      "the simulated cell did not get cold within an hour. Nothing was started.");
     }
   }
-  WaitUntil(entry, isInterrupted, kReadyTimeout, [](const rvx::InstrumentReadings& readings) {
+  const auto isAtRest = [](const rvx::InstrumentReadings& readings) {
     return readings.machineStatus == 0 && readings.switchByte == 0 && readings.errorCode == 0;
-  });
+  };
+  if (!WaitUntil(entry, isInterrupted, kReadyTimeout, isAtRest) && !isInterrupted()) {
+    throw HostError(HostErrorKind::Tray,
+                    "the simulated instrument did not come to rest within a minute. Nothing was "
+                    "started. Abort its operation and try again.");
+  }
   return !isInterrupted();
 }
 

@@ -150,6 +150,10 @@ class InstrumentScripting {
   // Manual commands, level 10. The result says what the instrument answered.
   virtual ScriptingResult SetHomeFlag() = 0;
   virtual ScriptingResult SetTemperature(std::optional<double> celsius) = 0;  // nothing: off
+  // Does for a simulated cell what a chiller does for a real one: with the temperature control off,
+  // the cell goes to this temperature and stays there until a test gives it another. NotAllowed on a
+  // real instrument.
+  virtual ScriptingResult ChillSimulatedCell(double celsius) = 0;
   virtual ScriptingResult SetSwitch(ServiceSwitch which, bool on) = 0;
   virtual ScriptingResult JogAxis(ServiceAxis axis, int32_t target) = 0;
   virtual ScriptingResult AbortOperation() = 0;

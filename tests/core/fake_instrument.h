@@ -124,6 +124,7 @@ class FakeInstrument : public rvx::ViscometerInstrument, public rvx::InstrumentS
   }
   rvx::ScriptingResult SetHomeFlag() override { return {}; }
   rvx::ScriptingResult SetTemperature(std::optional<double>) override { return {}; }
+  rvx::ScriptingResult ChillSimulatedCell(double) override { return {}; }
   rvx::ScriptingResult SetSwitch(rvx::ServiceSwitch, bool) override { return {}; }
   rvx::ScriptingResult JogAxis(rvx::ServiceAxis, int32_t) override { return {}; }
   rvx::ScriptingResult AbortOperation() override { return {}; }

@@ -1,9 +1,11 @@
-// A real window on a simulated instrument, in a folder that is thrown away.
+// A real window on a simulated instrument, in a folder that is thrown away. One for each process: the
+// module hands its instruments out once, so a second window would have none.
 #pragma once
 
 #include <QApplication>
 #include <QTest>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 #include "host/core/host.h"
@@ -48,7 +50,9 @@ class DesktopBench {
     QObject::connect(window_.get(), &MainWindow::Ready, window_.get(), [&ready] { ready = true; });
     window_->show();
     window_->Begin();
-    Until([&] { return ready && !window_->sessions().empty() && session().traySize() > 0; });
+    Demand("a window with an instrument", [&] {
+      return ready && !window_->sessions().empty() && session().traySize() > 0;
+    });
     QObject::connect(&session(), &InstrumentSession::Failed, [](const QString& text) {
       std::fprintf(stderr, "refused: %s\n", qPrintable(text));
     });
@@ -57,6 +61,12 @@ class DesktopBench {
 
   // Lets the window live until something is so; false if it never is.
   static bool Until(const std::function<bool()>& isSo) { return QTest::qWaitFor(isSo, kPatience); }
+  // The same for what nothing can go on without.
+  static void Demand(const char* what, const std::function<bool()>& isSo) {
+    if (Until(isSo)) return;
+    std::fprintf(stderr, "waited in vain for %s\n", what);
+    std::exit(EXIT_FAILURE);
+  }
   // The first visible window of a kind, as soon as it is there.
   template <class Window>
   static Window* WaitForWindow() {
@@ -77,18 +87,20 @@ class DesktopBench {
     host_->users().SetActingUser(name);
     window_->RefreshActor();
     const QString shown = QString::fromLatin1(name);
-    Until([&] { return window_->user() == shown; });
+    Demand("the user", [&] { return window_->user() == shown; });
   }
   void LoadTray(const std::string& csv) {
     const std::string path = folder_.path() + "/tray.csv";
     WriteWholeFile(path, csv);
     session().LoadFile(QString::fromStdString(path));
-    Until([&] { return session().Situation().filled > 0 && !session().Situation().busy; });
+    Demand("the tray", [&] {
+      return session().Situation().filled > 0 && !session().Situation().busy;
+    });
   }
   void PrepareInstrument() {
-    Until([&] { return session().Situation().silence.has_value(); });
+    Demand("readings", [&] { return session().Situation().silence.has_value(); });
     session().Prepare();
-    Until([&] {
+    Demand("an instrument that is prepared", [&] {
       const InstrumentSituation situation = session().Situation();
       return !situation.preparing && NotReadyText(situation).isEmpty();
     });

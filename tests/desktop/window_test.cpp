@@ -11,6 +11,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QTimer>
 
 #include "tests/desktop/desktop_bench.h"
 
@@ -45,8 +46,31 @@ class WindowTest : public testing::Test {
     }
     return nullptr;
   }
+  // Clicks a button of the next message box, seen by its label.
+  void Answer(const QString& label) {
+    QTimer::singleShot(0, &bench_.window(), [this, label] {
+      auto* box = DesktopBench::WaitForWindow<QMessageBox>();
+      ASSERT_NE(box, nullptr);
+      for (QAbstractButton* button : box->buttons()) {
+        if (button->text().remove(QLatin1Char('&')) == label) {
+          ++answered_;
+          QTest::mouseClick(button, Qt::LeftButton);
+          return;
+        }
+      }
+      ADD_FAILURE() << "no button " << qPrintable(label);
+      box->close();
+    });
+  }
+  void StartRun(const char* lines) {
+    bench_.LoadTray(std::string(kHeading) + lines);
+    bench_.PrepareInstrument();
+    QTest::mouseClick(Find<QPushButton>("Start"), Qt::LeftButton);
+    ASSERT_TRUE(DesktopBench::Until([this] { return session().IsRunning(); }));
+  }
 
   DesktopBench bench_;
+  int answered_ = 0;
 };
 
 TEST_F(WindowTest, AllThirtyPositionsAreSeenAtTheUsualSize) {
@@ -105,6 +129,51 @@ TEST_F(WindowTest, AFileWithAMistakeChangesNothing) {
   box->close();
   ASSERT_TRUE(Settled());
   EXPECT_EQ(SampleId(0), "FIRST");
+}
+
+TEST_F(WindowTest, ATrayRunsFromTheButtonToItsSummary) {
+  StartRun("1,measure,OIL-A,-20,30,,20,10\n2,verify,CRM-25,-25,30,5400,20,10\n");
+  EXPECT_FALSE(Find<QPushButton>("Start")->isVisible());
+  EXPECT_FALSE(session().Situation().summaryOpen);
+  session().Start();  // a second start while one runs does nothing
+  ASSERT_TRUE(DesktopBench::Until([this] { return session().summary().has_value(); }));
+  EXPECT_EQ(session().summary()->samples, 2);
+  EXPECT_EQ(session().summary()->failedPositions, 0);
+  EXPECT_EQ(session().rows()[1].state, RowState::Done);
+  EXPECT_EQ(bench_.host().samples().Count(), 2);
+  ASSERT_TRUE(Find<QPushButton>("New Tray")->isVisible());
+  QTest::mouseClick(Find<QPushButton>("New Tray"), Qt::LeftButton);
+  ASSERT_TRUE(DesktopBench::Until([this] { return !session().rows()[0].filled(); }));
+}
+
+TEST_F(WindowTest, GoingBackFromAnAbortOrAClosingChangesNothing) {
+  StartRun("1,measure,OIL-A,-20,,,,\n1,measure,,-25,,,,\n");
+  Answer("Keep Running");
+  bench_.window().trayPage().AskAbort();
+  Answer("Keep Running");
+  bench_.window().close();
+  EXPECT_EQ(answered_, 2);
+  EXPECT_TRUE(session().IsRunning());
+  EXPECT_TRUE(bench_.window().isVisible());
+  EXPECT_TRUE(bench_.window().centralWidget()->isEnabled());
+
+  Answer("Abort the Run");
+  bench_.window().trayPage().AskAbort();
+  ASSERT_TRUE(DesktopBench::Until([this] { return session().summary().has_value(); }));
+  EXPECT_TRUE(session().summary()->aborted);
+  EXPECT_EQ(session().rows()[0].state, RowState::NotRun);
+}
+
+TEST_F(WindowTest, PauseAndResumeFollowTheInstrument) {
+  StartRun("1,measure,OIL-A,-20,30,,20,10\n2,measure,OIL-B,-20,30,,20,10\n");
+  session().PauseAfterSample();
+  ASSERT_TRUE(DesktopBench::Until([this] { return session().Situation().paused; }));
+  EXPECT_EQ(session().rows()[0].state, RowState::Done);
+  auto* resume = Find<QPushButton>("Resume");
+  ASSERT_TRUE(resume->isVisible());
+  QTest::mouseClick(resume, Qt::LeftButton);
+  ASSERT_TRUE(DesktopBench::Until([this] { return session().summary().has_value(); }));
+  EXPECT_EQ(session().summary()->samples, 2);
 }
 
 TEST_F(WindowTest, WhatALevelForbidsIsGreyAndNamesTheLevel) {
