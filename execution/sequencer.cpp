@@ -36,10 +36,12 @@ int32_t Sequencer::LoadResources() {
 }
 
 int32_t Sequencer::Step() {
-  progressed_ = false;
+  // A new state looks first at the frame that has led to it, as it would if the thread were never
+  // late: each change of state would else cost a thread that is late one reading of the run.
+  const bool looksAgain = std::exchange(progressed_, false);
   // The next one and not the last one: a thread that was held up would lose readings of the run,
   // and an error that stood in one frame only.
-  instrument_.GetNextReadings(statusSequence_, status_);
+  if (!looksAgain) instrument_.GetNextReadings(statusSequence_, status_);
   if (status_.machineStatus != 0) Fail(notReadyText_);
   // Behind the machine status: an error says more, so its text wins.
   if (status_.errorCode != 0) Fail(instrument_.GetErrorText(status_.errorCode));

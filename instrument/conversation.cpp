@@ -117,6 +117,21 @@ void Conversation::RunThread() {
         platform::ExpectNoLostSignal(work_, [this] { return HasQueued(); });
     }
   }
+  SendLastAbort();
+}
+
+// Whoever closes an instrument waits for its last commands for some seconds only, and this thread
+// may have been held up all that time: the instrument must not be left running.
+void Conversation::SendLastAbort() {
+  std::unique_ptr<Command> abort;
+  {
+    QueueGuard guard(queue_);
+    while (!queue_.IsEmpty() && (!abort || KindAndTag(abort->text) != kAbort)) abort = queue_.Take();
+  }
+  if (!abort || KindAndTag(abort->text) != kAbort) return;
+  // Its turn comes as ever: behind the reply to the frame before, or that one's time-out.
+  if (awaitsReply_) reply_.Wait(platform::Deadline::At(lastSend_ + kReplyTimeout));
+  peer_.SendFrame(MakeFrame(abort->text));
 }
 
 bool Conversation::HasQueued() {
@@ -158,6 +173,7 @@ void Conversation::Exchange(const std::string& text) {
   if (platform::IsPlanted("reply-not-awaited")) reply_.Set();
   const int ended =
       platform::WaitForAny({&reply_, &stop_}, platform::Deadline::At(lastSend_ + kReplyTimeout));
+  awaitsReply_ = ended == 1;
   if (ended == 0) {
     lastReply_ = platform::MonotonicTime();
   } else {
@@ -193,12 +209,13 @@ void Conversation::EndExchange() {
   {
     platform::PlainGuard guard(pendingLock_);
     if (frameExchange_ != exchanges_) return;
-    answeredExchange_ = exchanges_;
   }
   // First: behind the event the next frame may go out, and its answer must not be purged.
   peer_.PurgePort();
   platform::PlainGuard guard(pendingLock_);
-  if (frameExchange_ == exchanges_) reply_.Set();
+  if (frameExchange_ != exchanges_) return;
+  answeredExchange_ = exchanges_;
+  reply_.Set();
 }
 
 void Conversation::DropPending() {

@@ -85,6 +85,8 @@ class Conversation : private FrameHandler {
   // The frame under way ends the exchange that it belongs to.
   void EndExchange();
   void DropPending();
+  // The thread's last act: an abort that still waits in the queue.
+  void SendLastAbort();
 
   void StatusReceived(std::span<const uint8_t> data);
   void FollowAutoReport(uint8_t switchByte);
@@ -124,6 +126,7 @@ class Conversation : private FrameHandler {
   // Only the communications thread.
   platform::Microseconds lastSend_{0};
   platform::Microseconds lastReply_{0};
+  bool awaitsReply_ = false;               // the stop came in the middle of an exchange
   platform::Microseconds notifiedOf_{-1};  // when the outage began that was reported last
 
   // Only the thread that hands over received bytes.

@@ -247,6 +247,28 @@ TEST(ConversationTest, AnUnansweredCommandIsDroppedBehindTwoSeconds) {
   });
 }
 
+// Closing waits some seconds for the last commands. A thread that is held up for longer (here by its
+// own port) must not take the abort with it, or the instrument goes on alone.
+TEST(ConversationTest, AnAbortGoesOutHoweverLateTheThreadIs) {
+  for (const bool answers : {true, false}) {
+    RunVirtual([&] {
+      InstrumentBench bench;
+      ASSERT_TRUE(bench.WaitForStatus(2));
+      bench.controller.SetSilent(!answers);
+      bench.controller.OnCommand([](const std::string& tag, const std::string&) {
+        if (tag == "AI") platform::Sleep(20s);
+      });
+      bench.instrument->SetInjection(true, nullptr);
+      ASSERT_TRUE(bench.port.WaitForWritten("CAI", 1, 10s));
+      // On a silent line these take the time that closing waits.
+      for (int i = 0; i < 2; ++i) bench.instrument->SetInjection(false, nullptr);
+      bench.instrument->SendAbort(nullptr);
+      bench.instrument.reset();
+      EXPECT_EQ(CountOf(bench.controller.commands(), "0CAB"), 1) << answers;
+    });
+  }
+}
+
 TEST(ConversationTest, AutoReportStopsThePollingAndItsEndResumesIt) {
   RunVirtual([] {
     InstrumentBench bench;

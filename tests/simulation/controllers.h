@@ -25,11 +25,21 @@ class Controller {
 // `port` must outlive it.
 std::unique_ptr<Controller> MakeController(const Scenario& scenario, FakePort& port);
 
-// Shows the observer what reaches the module: attached to the port before the instrument is.
+// Show the observer what reaches the module. The one is attached to the port before the instrument
+// is, the other behind it.
 class PortTap : public PortWatcher {
  public:
   explicit PortTap(Observer& observer) : observer_(observer) {}
   void Receive(std::span<const uint8_t> bytes) override { observer_.BytesDelivered(bytes); }
+
+ private:
+  Observer& observer_;
+};
+
+class TapBehind : public PortWatcher {
+ public:
+  explicit TapBehind(Observer& observer) : observer_(observer) {}
+  void Receive(std::span<const uint8_t> /*bytes*/) override { observer_.BytesTaken(); }
 
  private:
   Observer& observer_;

@@ -26,18 +26,13 @@ double Speed(const SeenStatus& frame) { return std::round(frame.Word(10) * 6e-5 
 }  // namespace
 
 ExpectedResult ExpectResult(const std::vector<SeenStatus>& frames, int rotorTime, char modelCode,
-                            bool suppliesSteady, bool firstCounts) {
+                            bool suppliesSteady) {
   ExpectedResult result;
   const auto size = static_cast<size_t>(rotorTime) * 2;
   std::vector<double> speeds;
   std::vector<double> temperatures;
   uint16_t lastCount = 0;
-  bool hasBegun = false;
   for (const SeenStatus& frame : frames) {
-    if (!hasBegun) {
-      hasBegun = frame.operation() != 0;
-      if (!hasBegun || !firstCounts) continue;
-    }
     if (!result.hasRun && frame.operation() != kRunTest) continue;
     result.hasRun = true;
     if (frame.operation() == 0 || speeds.size() == size) break;

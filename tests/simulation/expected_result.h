@@ -26,11 +26,9 @@ struct ExpectedResult {
   double temperature = 0.0;  // degrees C; only with steady supplies
 };
 
-// From the status frames since the start of a test, in their order. The first frame that shows an
-// operation ends the wait for the beginning; whether it also counts as a reading, if it shows Run
-// Test already, depends on whether the next one has come by then.
+// From the status frames since the start of a test, in their order.
 ExpectedResult ExpectResult(const std::vector<SeenStatus>& frames, int rotorTime, char modelCode,
-                            bool suppliesSteady, bool firstCounts);
+                            bool suppliesSteady);
 
 // The slot of the calibration constants for an average temperature, without the ninth.
 size_t SlotOf(double temperature);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "tests/simulation/expected_result.h"
 
@@ -18,6 +19,7 @@ constexpr double kSameSpeed = 1e-9;  // rpm/1000
 constexpr int64_t kSecond = 1'000'000;
 constexpr size_t kKeptStarts = 4;
 constexpr int kMostAnswers = 2;
+constexpr uint8_t kBusySwitches = 0x68;  // a move, a test, a motor run
 constexpr int kMostSends = 102;
 constexpr int64_t kReplyTimeout = 2 * kSecond;
 // Silence that must have led to a report, with room for threads that are held up.
@@ -57,7 +59,10 @@ void Observer::FrameWritten(std::string_view frame) {
   lastWrite_ = now;
   const std::string_view command = frame.substr(2, 3);
   const std::string_view payload = frame.substr(5, frame.size() - 6);
-  if (command == "CST" || command == "CPM" || command == "CMP") runOpen_ = true;
+  if (command == "CST" || command == "CPM" || command == "CMP") {
+    runOpen_ = true;
+    runSeen_ = false;
+  }
   if (command == "CAB") {
     runOpen_ = false;
     cabDue_ = -1;
@@ -90,6 +95,7 @@ void Observer::BytesDelivered(std::span<const uint8_t> bytes) {
     CheckResponding(now);
     lastFrame_ = now;
     outageReported_ = false;
+    frameUnderWay_ = true;
     answers_ = std::min(answers_ + 1, kMostAnswers);
     if (!reply->IsStatus()) continue;
     const SeenStatus status(reply->data);
@@ -99,12 +105,26 @@ void Observer::BytesDelivered(std::span<const uint8_t> bytes) {
                     status.switches(), status.machine(), status.error());
     if (line != lastNote_) Note(line);
     lastNote_ = line;
+    FollowRun(status);
     std::array<uint8_t, 4> supplies{};
     std::copy_n(status.bytes.begin() + 6, 4, supplies.begin());
     if (supplies_ != supplies && supplies_ != std::array<uint8_t, 4>{}) suppliesSteady_ = false;
     supplies_ = supplies;
     if (!starts_.empty()) starts_.back().frames.push_back(status);
   }
+}
+
+// What has ended by itself needs no CAB.
+void Observer::FollowRun(const SeenStatus& status) {
+  const bool isBusy = (status.switches() & kBusySwitches) != 0;
+  if (!isBusy && runSeen_) runOpen_ = false;
+  runSeen_ = isBusy;
+}
+
+void Observer::BytesTaken() {
+  const PlainGuard guard(lock_);
+  if (frameUnderWay_) outageReported_ = false;
+  frameUnderWay_ = false;
 }
 
 // A silence that nobody reported would leave a laboratory waiting for a dead instrument.
@@ -196,12 +216,8 @@ void Observer::CheckMeasured(const Sample& sample, const PlannedTest& test) {
   StartedTest* start = FindStart(sample);
   Require(start != nullptr, "a sample is stored and no test was started for it");
   start->isStored = true;
-  ExpectedResult expected;
-  for (const bool firstCounts : {true, false}) {
-    expected = ExpectResult(start->frames, test.rotorTime, scenario_.modelCode, suppliesSteady_,
-                            firstCounts);
-    if (std::abs(sample.speed - expected.speed) <= kSameSpeed) break;
-  }
+  const ExpectedResult expected =
+      ExpectResult(start->frames, test.rotorTime, scenario_.modelCode, suppliesSteady_);
   Require(expected.hasRun, "a sample is stored and no readings came for it");
   if (std::abs(sample.speed - expected.speed) > kSameSpeed) {
     Break(fmt::format("stored speed {} where the frames say {}", sample.speed, expected.speed));
@@ -255,7 +271,9 @@ void Observer::ErrorReported(const ActionErrorRecord& error) {
   if (error.message == "Instrument not responding.") {
     // A simulating module shows no frames between two outages.
     const bool sees = scenario_.controller != ControllerKind::SimulatedInside;
-    Require(!outageReported_ || !sees, "an outage is reported twice");
+    // A frame that the module is about to receive may be behind the one report and before the other.
+    const bool excused = outageReported_ && std::exchange(frameUnderWay_, false);
+    Require(!outageReported_ || excused || !sees, "an outage is reported twice");
     outageReported_ = true;
   }
 }

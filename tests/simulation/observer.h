@@ -39,7 +39,9 @@ class Observer {
 
   // --- The line
   void FrameWritten(std::string_view frame);
+  // Before the module receives them, and when it has.
   void BytesDelivered(std::span<const uint8_t> bytes);
+  void BytesTaken();
 
   // --- The host
   void StoreBegun(const Sample& sample);
@@ -93,6 +95,7 @@ class Observer {
   void CountOwnCommand(std::string_view payload) REQUIRES(lock_);
   StartedTest* FindStart(const Sample& sample) REQUIRES(lock_);
   void CheckResponding(int64_t now) REQUIRES(lock_);
+  void FollowRun(const SeenStatus& status) REQUIRES(lock_);
   void CheckCabDue(int64_t now) REQUIRES(lock_);
   void CheckIdentity(const Sample& sample, const PlannedSample& plan);
   void CheckMeasured(const Sample& sample, const PlannedTest& test);
@@ -118,8 +121,10 @@ class Observer {
   int64_t lastFrame_ GUARDED_BY(lock_) = 0;
   int64_t cabDue_ GUARDED_BY(lock_) = -1;  // by when a CAB must have gone out
   bool outageReported_ GUARDED_BY(lock_) = false;
+  bool frameUnderWay_ GUARDED_BY(lock_) = false;  // the module is about to receive it
   std::string lastNote_ GUARDED_BY(lock_);
   bool runOpen_ GUARDED_BY(lock_) = false;
+  bool runSeen_ GUARDED_BY(lock_) = false;  // a frame has shown it
   struct OwnCommand {
     int who = 0;
     int sends = 0;

@@ -38,6 +38,7 @@ World::World(const Scenario& scenario, RunPage& page)
       line_(port_, scenario, observer_),
       controller_(MakeController(scenario, port_)),
       tap_(observer_),
+      tapBehind_(observer_),
       desk_(scenario, observer_, hostFaults_, line_) {
   platform::OverrideKeyValue(kSimulateKey, "Simulate",
                              scenario.controller == ControllerKind::SimulatedInside ? 1 : 0);
@@ -82,6 +83,7 @@ void World::OpenInstrument() {
   observer_.Note("the instrument is opened");
   observer_.InstrumentOpened();
   instrument_ = std::make_unique<C_RVX>(kPort, 0, controller_->identification(), GetActionTable());
+  host_.ports.OpenPort(kPort, &tapBehind_);
   desk_.Put(instrument_.get());
   Configure();
   AwaitReady();
@@ -213,6 +215,7 @@ void World::CloseInstrument() {
   if (wasOpen) observer_.RunEnded();
   const Microseconds begin = platform::MonotonicTime();
   instrument_.reset();
+  host_.ports.ClosePort(kPort, &tapBehind_);
   desk_.Put(nullptr);
   if (platform::MonotonicTime() - begin > kClosing) observer_.Break("the end takes too long");
   observer_.InstrumentClosed(wasAlive);

@@ -53,6 +53,7 @@ class World {
   FaultyLine line_;
   std::unique_ptr<Controller> controller_;
   PortTap tap_;
+  TapBehind tapBehind_;
   std::unique_ptr<C_RVX> instrument_;
   Desk desk_;
   platform::Event over_{"soak: the faults are over", platform::Event::Mode::ManualReset};

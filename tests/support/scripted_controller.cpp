@@ -136,24 +136,12 @@ void ScriptedController::SetStartCount(uint16_t count) {
   SetWord(0, count);
 }
 
-void ScriptedController::Report() {
-  std::string frame;
-  {
-    const PlainGuard guard(lock_);
-    CatchUp();
-    frame = MakeStatus(0, "");
-  }
-  port_.Reply(frame);
-}
+void ScriptedController::Report() { RaiseError(0); }
 
 void ScriptedController::RaiseError(uint8_t code) {
-  std::string frame;
-  {
-    const PlainGuard guard(lock_);
-    CatchUp();
-    frame = MakeStatus(code, "");
-  }
-  port_.Reply(frame);
+  const PlainGuard guard(lock_);
+  CatchUp();
+  port_.Reply(MakeStatus(code, ""));
 }
 
 StatusBytes ScriptedController::status() {
@@ -263,8 +251,6 @@ void ScriptedController::Hear(std::span<const uint8_t> bytes) {
   const std::string text = frame.substr(1, frame.size() - 2);
   const bool isCommand = text[1] == kCommandKind;
   const std::string tag = text.substr(2, 2);
-  std::string reply;
-  platform::Milliseconds delay = kReplyDelay;
   if (isCommand) {
     {
       const PlainGuard guard(lock_);
@@ -275,6 +261,8 @@ void ScriptedController::Hear(std::span<const uint8_t> bytes) {
   {
     const PlainGuard guard(lock_);
     if (silent_) return;
+    std::string reply;
+    platform::Milliseconds delay = kReplyDelay;
     CatchUp();
     uint8_t code = 0;
     const auto found = isCommand ? disturbances_.find(tag) : disturbances_.find("Q" + tag);
@@ -298,10 +286,13 @@ void ScriptedController::Hear(std::span<const uint8_t> bytes) {
     } else {
       reply = MakeStatus(code, "");
     }
-    if (delay > kReplyDelay) lateReplies_.emplace(platform::MonotonicTime() + delay, reply);
+    if (delay > kReplyDelay) {
+      lateReplies_.emplace(platform::MonotonicTime() + delay, reply);
+    } else {
+      port_.Reply(reply, delay);
+    }
   }
   changed_.Set();
-  if (delay <= kReplyDelay) port_.Reply(reply, delay);
 }
 
 uint8_t ScriptedController::ReasonToRefuse(const std::string& tag) {
@@ -401,9 +392,9 @@ void ScriptedController::RunThread() {
     {
       const PlainGuard guard(lock_);
       if (tick.reports && !silent_) frames.push_back(MakeStatus(0, ""));
+      for (const std::string& frame : frames) port_.Reply(frame);
       next = NextDeadline();
     }
-    for (const std::string& frame : frames) port_.Reply(frame);
     changed_.Wait(next);
   }
 }

@@ -133,7 +133,9 @@ class ScriptedController {
   const uint8_t address_;
   platform::Event changed_{"scripted controller"};
   platform::Event heard_{"scripted controller heard"};
-  platform::PlainLock lock_{"scripted controller", 5800};
+  // Comes before the port's: frames go out under it, so that they leave in the order in which they
+  // were made, as from the one serial line of a real controller.
+  platform::PlainLock lock_{"scripted controller", 5650};
   StatusBytes status_ GUARDED_BY(lock_){};
   platform::Microseconds lastTick_ GUARDED_BY(lock_){0};
   bool countHeld_ GUARDED_BY(lock_) = false;
