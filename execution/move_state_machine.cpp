@@ -60,8 +60,7 @@ int32_t CMSStateMachine::Act() {
     case State::Abort:
       AbortAndRaise();
     case State::ResendAbort:
-      SendAbort();
-      Tick();
+      AbortForResend();
       SetState(State::AwaitAbort);
       return 1;
     case State::AwaitAbort:

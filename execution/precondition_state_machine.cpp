@@ -90,8 +90,7 @@ int32_t CPMStateMachine::Act() {
     case State::Abort:
       AbortAndRaise();
     case State::ResendAbort:
-      SendAbort();
-      Tick();
+      AbortForResend();
       SetState(State::AwaitAbort);
       return 1;
     case State::AwaitAbort:

@@ -59,6 +59,16 @@ void Sequencer::SendAbort() {
   launch_.SendUnlessStopped([this] { instrument_.SendAbort(nullptr); });
 }
 
+void Sequencer::AbortForResend() {
+  instrument_.WithdrawCommands(this);
+  {
+    platform::PlainGuard guard(replyLock_);
+    replyTag_.clear();
+  }
+  SendAbort();
+  Tick();
+}
+
 void Sequencer::AbortRun() {
   SendAbort();
   EnterStart();
@@ -90,6 +100,11 @@ bool Sequencer::TakeReply(std::string_view tag) {
   if (replyTag_ != tag || statusSequence_ < replySequence_) return false;
   replyTag_.clear();
   return true;
+}
+
+bool Sequencer::HasUnreadReply() {
+  platform::PlainGuard guard(replyLock_);
+  return statusSequence_ < replySequence_;
 }
 
 bool Sequencer::TakeUntaggedReply() {

@@ -59,6 +59,10 @@ class Sequencer : public UserInterfaceClient, public CommandClient {
   bool ReadPresentStatus();
   // Sends CAB, unless the run was stopped: then that has been done.
   void SendAbort();
+  // The same before a command is sent again. What the run has sent so far is taken back: a computer
+  // that was held up would send it behind the abort, as a start of its own, or take its late reply
+  // for the answer to the next one.
+  void AbortForResend();
 
   // Notes a change of state or a reading taken.
   void NoteProgress() { progressed_ = true; }
@@ -66,8 +70,9 @@ class Sequencer : public UserInterfaceClient, public CommandClient {
   void Tick() { stateTime_ = platform::MonotonicTime(); }
   // Whole milliseconds since then.
   int64_t GetElapsed() const;
-  // More than the response time-out has passed since then.
-  bool IsResponseOverdue() const { return GetElapsed() > responseTimeout_; }
+  // More than the response time-out has passed since then, and no reply waits behind frames that a
+  // late thread has yet to read.
+  bool IsResponseOverdue() { return GetElapsed() > responseTimeout_ && !HasUnreadReply(); }
   platform::Deadline AfterState(int64_t milliseconds) const;
   // The first moment at which IsResponseOverdue answers true.
   platform::Deadline ResponseDeadline() const { return AfterState(responseTimeout_ + 1); }
@@ -75,6 +80,7 @@ class Sequencer : public UserInterfaceClient, public CommandClient {
 
   // Takes the last reply tag away if it is this one; any other stays where it is.
   bool TakeReply(std::string_view tag);
+  bool HasUnreadReply();
   // Whether a reply without a tag has come since the last call: a frame that was on its way when
   // the command went out has ended the wait for its reply, which is then never told.
   bool TakeUntaggedReply();

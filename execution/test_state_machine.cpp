@@ -108,8 +108,7 @@ int32_t CTestStateMachine::Act() {
     case State::Abort:
       AbortAndRaise();
     case State::ResendAbort:
-      SendAbort();
-      Tick();
+      AbortForResend();
       SetState(State::AwaitAbort);
       return 1;
     case State::AwaitAbort:

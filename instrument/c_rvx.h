@@ -111,6 +111,8 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   void QueueCommand(const std::string& text, CommandClient* client);
   // Takes a client out of the queue and of the pending command; no reply reaches it afterwards.
   void ForgetClient(CommandClient* client);
+  // Takes back what the client has queued: no more of it goes out, and no reply to it comes.
+  void WithdrawCommands(const CommandClient* client);
 
   // --- Readings of the last status record. Any thread. ----------------------------------------
   uint16_t GetIntCount();

@@ -12,6 +12,10 @@ void C_RVX::QueueCommand(const std::string& text, CommandClient* client) {
   conversation_->Queue(text, client != nullptr ? client : ownClient_.get());
 }
 
+void C_RVX::WithdrawCommands(const CommandClient* client) {
+  if (conversation_) conversation_->Withdraw(client);
+}
+
 void C_RVX::ForgetClient(CommandClient* client) {
   if (conversation_) conversation_->ForgetClient(client);
 }

@@ -43,6 +43,10 @@ class CAPABILITY("mutex") CCommandQueue {
       if (command->client == client) command->client = nullptr;
     }
   }
+  // The commands of this client do not go out.
+  void Withdraw(const CommandClient* client) REQUIRES(this) {
+    std::erase_if(commands_, [&](const auto& command) { return command->client == client; });
+  }
 
  private:
   platform::PlainLock lock_{"command queue", kQueueLockRank};

@@ -73,6 +73,16 @@ void Conversation::ForgetClient(CommandClient* client) {
   }
 }
 
+void Conversation::Withdraw(const CommandClient* client) {
+  platform::RecursiveGuard delivery(deliveryLock_);
+  QueueGuard guard(queue_);
+  queue_.Withdraw(client);
+  platform::PlainGuard pendingGuard(pendingLock_);
+  if (!pending_ || pending_->client != client) return;
+  pending_->client = nullptr;
+  pending_->resends = kMostResends;
+}
+
 void Conversation::SetAutoReportAsked(bool asked) {
   {
     platform::PlainGuard guard(autoReportLock_);

@@ -60,6 +60,9 @@ class Conversation : private FrameHandler {
   // No reply reaches the client afterwards; its commands still go out. Any thread, also from the
   // client's own call.
   void ForgetClient(CommandClient* client);
+  // The client's commands so far are over: what has not been sent is not sent any more, the one that
+  // waits for its reply is not sent again, and no reply to them reaches the client. Any thread.
+  void Withdraw(const CommandClient* client);
   // Behind the queueing of CAR: polling stops at once when Auto Report is asked for, and goes on
   // with the first status frame that shows it off.
   void SetAutoReportAsked(bool asked);

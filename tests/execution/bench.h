@@ -111,8 +111,9 @@ class RecordingWatcher : public ActionWatcher {
 
 // Model "2" injects by itself and adds no offset, so what a test sets is what is read.
 struct Bench {
-  explicit Bench(char modelCode = '2')
-      : port(host.ports.Add("COM1")),
+  // `filter` stands on the line, if there is one; it must outlive the bench.
+  explicit Bench(char modelCode = '2', LineFilter* filter = nullptr)
+      : port(WithFilter(host.ports.Add("COM1"), filter)),
         controller(port, modelCode),
         instrument(
             std::make_unique<C_RVX>("COM1", 0, controller.identification(), GetActionTable())) {
@@ -165,6 +166,11 @@ struct Bench {
       tags += (tags.empty() ? "" : " ") + text.substr(2, 2);
     }
     return tags;
+  }
+
+  static FakePort& WithFilter(FakePort& port, LineFilter* filter) {
+    port.SetFilter(filter);
+    return port;
   }
 
   FakeHost host;

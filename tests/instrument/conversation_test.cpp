@@ -247,6 +247,27 @@ TEST(ConversationTest, AnUnansweredCommandIsDroppedBehindTwoSeconds) {
   });
 }
 
+TEST(ConversationTest, AWithdrawnCommandIsNeitherSentNorAnswered) {
+  RunVirtual([] {
+    InstrumentBench bench;
+    ASSERT_TRUE(bench.WaitForStatus(2));
+    bench.controller.Refuse("AV", 0x87, -1);
+    bench.controller.SetReplyDelay(1s);
+    TagClient client(bench.instrument.get());
+    TagClient other(bench.instrument.get());
+    bench.instrument->SetCooling(true, &client);
+    bench.instrument->SetInjection(true, &client);
+    bench.instrument->SetTestMotor(true, &other);
+    ASSERT_TRUE(bench.port.WaitForWritten("CAV", 1, 10s));
+    bench.instrument->WithdrawCommands(&client);
+    ASSERT_TRUE(other.WaitForReplies(1));
+    platform::Sleep(1min);
+    EXPECT_EQ(bench.controller.commands().size(), 3u);  // with the first status' CTC
+    EXPECT_EQ(CountOf(bench.controller.commands(), "0CAV01"), 1);
+    EXPECT_TRUE(client.tags().empty());
+  });
+}
+
 // Closing waits some seconds for the last commands. A thread that is held up for longer (here by its
 // own port) must not take the abort with it, or the instrument goes on alone.
 TEST(ConversationTest, AnAbortGoesOutHoweverLateTheThreadIs) {

@@ -74,11 +74,14 @@ void Observer::FrameWritten(std::string_view frame) {
   }
 }
 
-// At most one frame without its reply: the next one waits for any frame, or for the time-out. A
-// frame may be seen here just before a write and by the module just behind it, so one is let pass.
+// At most one frame without its reply: the next one waits for any frame, or for the time-out. What
+// counts is when the module is done with it, which may be long behind its arrival, or just before
+// the write that it is taken to answer; so one frame is let pass.
 void Observer::CheckSpacing(int64_t now) {
   if (lastWrite_ < 0 || now - lastWrite_ >= kReplyTimeout) return;
   if (--answers_ >= 0) return;
+  answers_ = 0;
+  if (frameUnderWay_) return;
   Break(fmt::format("a frame is sent {} us behind one that is not answered", now - lastWrite_));
 }
 
@@ -96,7 +99,7 @@ void Observer::BytesDelivered(std::span<const uint8_t> bytes) {
     lastFrame_ = now;
     outageReported_ = false;
     frameUnderWay_ = true;
-    answers_ = std::min(answers_ + 1, kMostAnswers);
+    outageExcused_ = false;
     if (!reply->IsStatus()) continue;
     const SeenStatus status(reply->data);
     // Not the counts, which change with every frame.
@@ -123,8 +126,9 @@ void Observer::FollowRun(const SeenStatus& status) {
 
 void Observer::BytesTaken() {
   const PlainGuard guard(lock_);
-  if (frameUnderWay_) outageReported_ = false;
-  frameUnderWay_ = false;
+  if (!std::exchange(frameUnderWay_, false)) return;
+  answers_ = std::min(answers_ + 1, kMostAnswers);
+  if (!outageExcused_) outageReported_ = false;
 }
 
 // A silence that nobody reported would leave a laboratory waiting for a dead instrument.
@@ -272,8 +276,9 @@ void Observer::ErrorReported(const ActionErrorRecord& error) {
     // A simulating module shows no frames between two outages.
     const bool sees = scenario_.controller != ControllerKind::SimulatedInside;
     // A frame that the module is about to receive may be behind the one report and before the other.
-    const bool excused = outageReported_ && std::exchange(frameUnderWay_, false);
+    const bool excused = frameUnderWay_ && !outageExcused_;
     Require(!outageReported_ || excused || !sees, "an outage is reported twice");
+    outageExcused_ = outageReported_;
     outageReported_ = true;
   }
 }
@@ -355,6 +360,7 @@ void Observer::InstrumentOpened() {
   const PlainGuard guard(lock_);
   lastWrite_ = -1;
   answers_ = 0;
+  frameUnderWay_ = false;
   reader_ = ReplyWatcher();
   runOpen_ = false;
   lastFrame_ = Now();

@@ -115,13 +115,14 @@ class Observer {
   ReplyWatcher reader_ GUARDED_BY(lock_);
   std::deque<StartedTest> starts_ GUARDED_BY(lock_);  // the last few
   int64_t lastWrite_ GUARDED_BY(lock_) = -1;
-  int answers_ GUARDED_BY(lock_) = 0;  // frames that have come and that no later write is due to
+  bool frameUnderWay_ GUARDED_BY(lock_) = false;  // it has come, and the module is not done with it
+  int answers_ GUARDED_BY(lock_) = 0;  // frames that it was done with and no later write is due to
   bool suppliesSteady_ GUARDED_BY(lock_) = true;
   std::array<uint8_t, 4> supplies_ GUARDED_BY(lock_){};
   int64_t lastFrame_ GUARDED_BY(lock_) = 0;
   int64_t cabDue_ GUARDED_BY(lock_) = -1;  // by when a CAB must have gone out
   bool outageReported_ GUARDED_BY(lock_) = false;
-  bool frameUnderWay_ GUARDED_BY(lock_) = false;  // the module is about to receive it
+  bool outageExcused_ GUARDED_BY(lock_) = false;  // a second report, by the frame under way
   std::string lastNote_ GUARDED_BY(lock_);
   bool runOpen_ GUARDED_BY(lock_) = false;
   bool runSeen_ GUARDED_BY(lock_) = false;  // a frame has shown it

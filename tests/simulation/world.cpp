@@ -24,7 +24,8 @@ constexpr Milliseconds kClosing{180'000};
 // From the end of the faults to an instrument that is ready.
 constexpr Milliseconds kGettingReady{900'000};
 constexpr Milliseconds kLook{5000};
-constexpr Milliseconds kTwentyFrames{15'000};
+// Twenty status frames, and whoever is held up is back.
+constexpr Milliseconds kSettling{31'000};
 // How long a person leaves a paused tray alone.
 constexpr Milliseconds kPatience{30'000};
 
@@ -187,10 +188,10 @@ void World::RunFreshTray() {
   if (line_.IsBusy()) instrument_->SendAbort(nullptr);
   // The supply voltages are means over twenty status frames, damaged ones among them; what is sent
   // to the instrument rests on them.
-  platform::Sleep(kTwentyFrames);
+  const uint64_t stalls = platform::GetTimeBaseFigures().stalls;
+  platform::Sleep(kSettling);
   AwaitReady();
   const uint64_t before = observer_.stored();
-  const uint64_t stalls = platform::GetTimeBaseFigures().stalls;
   desk_.Clear();
   desk_.Fill({{0, false, {{-20.0, 6}}}, {1, true, {{-25.0, 7}}}, {3, false, {{-15.0, 8}}}});
   TrayRecord* record = desk_.Start();
