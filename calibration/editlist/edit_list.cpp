@@ -57,9 +57,12 @@ void CICEditList::SetUp() {
 }
 
 void CICEditList::InsertColumn(int number, tagCICELTYPE type, const std::string& heading) {
+  const int before = columnCount();
   insertColumn(number);
+  if (columnCount() == before) return;
   setHorizontalHeaderItem(number, new QTableWidgetItem(QString::fromStdString(heading)));
   table_.InsertColumn(number, type);
+  for (int row = 0; row < rowCount(); ++row) RowChanged(row);
 }
 
 void CICEditList::DeleteColumn(int number) {
@@ -130,9 +133,18 @@ void CICEditList::OpenEditor(const CellEdit& edit) {
 void CICEditList::EditEnded(const CellEdit& edit, const std::optional<std::string>& text) {
   editor_ = nullptr;
   if (!text) return;
+  const int before = table_.rowCount();
   table_.AcceptEdit(edit.row, edit.column, *text);
-  if (table_.HasAddRow()) scrollToItem(item(table_.rowCount() - 1, 0));
+  if (table_.rowCount() > before) ShowAddRowSoon();
   viewport()->update();
+}
+
+// Behind the click that may have ended the edit: a cell must not move away under the mouse.
+void CICEditList::ShowAddRowSoon() {
+  const auto show = [this] {
+    if (editor_ == nullptr) scrollToItem(item(table_.rowCount() - 1, 0));
+  };
+  QMetaObject::invokeMethod(this, show, Qt::QueuedConnection);
 }
 
 void CICEditList::EndEdit() {
@@ -173,8 +185,8 @@ void CICEditList::wheelEvent(QWheelEvent* event) {
 }
 
 void CICEditList::Press(const QMouseEvent& event) {
+  const QPersistentModelIndex index = indexAt(event.position().toPoint());
   EndEdit();
-  const QModelIndex index = indexAt(event.position().toPoint());
   if (!index.isValid()) return;
   if (event.button() == Qt::LeftButton) {
     Click(index.row(), index.column());

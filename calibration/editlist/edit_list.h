@@ -19,7 +19,8 @@ class CICEditList final : public QTableWidget, private EditTableObserver {
   ~CICEditList() override;
 
   void SetAvailableData(CICAvailableData* available) { table_.SetAvailableData(available); }
-  // Columns count from 0 and are inserted in their order; all share the width equally.
+  // Columns count from 0; one that stood at this number or behind moves up, and a number behind the
+  // next free one changes nothing. All share the width equally.
   void InsertColumn(int number, tagCICELTYPE type, const std::string& heading);
   // At any time: how a screen follows the rights of its user.
   void SetColumnType(int number, tagCICELTYPE type) { table_.SetColumnType(number, type); }
@@ -64,6 +65,7 @@ class CICEditList final : public QTableWidget, private EditTableObserver {
   void ShowCurrent();
   void OpenEditor(const CellEdit& edit);
   void EditEnded(const CellEdit& edit, const std::optional<std::string>& text);
+  void ShowAddRowSoon();
 
   EditTable table_;
   QPointer<QWidget> editor_;  // owns itself

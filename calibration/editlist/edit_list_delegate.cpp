@@ -1,12 +1,13 @@
 #include "calibration/editlist/edit_list_delegate.h"
 
 #include <QPainter>
+#include <algorithm>
 
 namespace rvx {
 namespace {
 
-constexpr int kFirstColumnMargin = 2;
-constexpr int kOtherColumnMargin = 6;
+constexpr int kLeastMargin = 2;
+constexpr int kRightMargin = 6;  // of all columns but the first, where the text leaves room for it
 
 }  // namespace
 
@@ -27,15 +28,16 @@ void EditListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
   painter->drawLine(cell.bottomLeft(), cell.bottomRight());
 
   const bool first = index.column() == 0;
-  const int margin = first ? kFirstColumnMargin : kOtherColumnMargin;
   const bool grey = !enabled || table_.IsAddRow(index.row());
   painter->setPen(palette.color(grey ? QPalette::Disabled : QPalette::Active, QPalette::Text));
   const auto measure = [&option](const QString& text) {
     return option.fontMetrics.horizontalAdvance(text);
   };
-  const QString text = ClipText(index.data().toString(), cell.width() - 2 * (margin - 2), measure,
-                                QStringLiteral("..."));
-  painter->drawText(cell.adjusted(margin, 0, -margin, 0),
+  const QString text =
+      ClipText(index.data().toString(), cell.width(), measure, QStringLiteral("..."));
+  const int right = std::clamp(cell.width() - kLeastMargin - measure(text), kLeastMargin,
+                               first ? kLeastMargin : kRightMargin);
+  painter->drawText(cell.adjusted(kLeastMargin, 0, -right, 0),
                     (first ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter, text);
   if (current && index.column() == table_.currentColumn()) {
     painter->setPen(QPen(palette.color(QPalette::Highlight), 2));

@@ -44,9 +44,13 @@ constexpr int kMostChoices = 10000;
 // --- Columns and rows
 
 void EditTable::InsertColumn(int number, tagCICELTYPE type) {
+  if (number < 0 || number > columnCount_) return;
   ++columnCount_;
-  types_[number] = type;
-  for (auto& row : rows_) row.resize(static_cast<size_t>(columnCount_));
+  std::map<int, tagCICELTYPE> moved;
+  for (const auto& [column, old] : types_) moved[column >= number ? column + 1 : column] = old;
+  moved[number] = type;
+  types_ = std::move(moved);
+  for (auto& row : rows_) row.insert(row.begin() + number, std::string());
 }
 
 void EditTable::DeleteColumn(int number) {

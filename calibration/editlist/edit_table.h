@@ -46,7 +46,9 @@ class EditTable {
   // More data rows than this are refused.
   void SetMaximumRows(int rows) { maximumRows_ = rows; }
 
-  // --- Columns, numbered from 0 in the order of insertion
+  // --- Columns, numbered from 0
+  // In front of the column that has this number, or behind the last one; any other number changes
+  // nothing.
   void InsertColumn(int number, tagCICELTYPE type);
   void SetColumnType(int number, tagCICELTYPE type) { types_[number] = type; }
   void DeleteColumn(int number);

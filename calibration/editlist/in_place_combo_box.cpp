@@ -2,6 +2,7 @@
 
 #include <QKeyEvent>
 #include <QListWidget>
+#include <QScreen>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <utility>
@@ -30,13 +31,24 @@ CInPlaceComboBox::CInPlaceComboBox(QWidget* parent, QWidget* list, const QRect& 
   choices_->setFrameShape(QFrame::NoFrame);
   choices_->installEventFilter(this);
   FillChoices(cell.height());
-  connect(choices_, &QListWidget::itemClicked, this, [this] { Take(); });
-  const int rows = std::min<int>(kCellsHigh, static_cast<int>(edit.choices.size()) + 1);
-  setGeometry(
-      QRect(parent->mapToGlobal(cell.topLeft()), QSize(cell.width(), rows * cell.height())));
+  connect(choices_, &QListWidget::itemClicked, this, [this](QListWidgetItem* clicked) {
+    // A disabled line is clicked too, while the current one stays another.
+    if (!clicked->text().isEmpty()) Take(clicked);
+  });
+  setGeometry(PlaceAt(QRect(parent->mapToGlobal(cell.topLeft()), cell.size())));
   setFocusProxy(choices_);
   show();
   choices_->setFocus();
+}
+
+QRect CInPlaceComboBox::PlaceAt(const QRect& cell) const {
+  const int rows = std::min<int>(kCellsHigh, static_cast<int>(edit_.choices.size()) + 1);
+  QRect place(cell.topLeft(), QSize(cell.width(), rows * cell.height()));
+  // Of a cell low on the screen it lies higher than its cell, so that each choice can be reached.
+  const QRect screen = list_->screen()->availableGeometry();
+  place.moveBottom(std::min(place.bottom(), screen.bottom()));
+  place.moveTop(std::max(place.top(), screen.top()));
+  return place;
 }
 
 void CInPlaceComboBox::FillChoices(int height) {
@@ -58,7 +70,7 @@ bool CInPlaceComboBox::eventFilter(QObject* watched, QEvent* event) {
         break;
       case Qt::Key_Return:
       case Qt::Key_Enter:
-        if (pressed) Take();
+        if (pressed) Take(choices_->currentItem());
         break;
       case Qt::Key_Tab:
       case Qt::Key_Backtab:
@@ -78,14 +90,13 @@ void CInPlaceComboBox::hideEvent(QHideEvent* event) {
   // Closed from outside. What the cell holds already is no new choice.
   const bool moved = choices_->currentRow() != edit_.selected || edit_.startText.empty();
   if (moved) {
-    Take();
+    Take(choices_->currentItem());
   } else {
     End(std::nullopt);
   }
 }
 
-void CInPlaceComboBox::Take() {
-  const QListWidgetItem* item = choices_->currentItem();
+void CInPlaceComboBox::Take(const QListWidgetItem* item) {
   if (item == nullptr || item->text().isEmpty()) {
     End(std::nullopt);
     return;

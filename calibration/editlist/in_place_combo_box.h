@@ -6,6 +6,7 @@
 #include "calibration/editlist/in_place_edit.h"
 
 class QListWidget;
+class QListWidgetItem;
 
 namespace rvx {
 
@@ -25,7 +26,10 @@ class CInPlaceComboBox final : public QFrame {
 
  private:
   void FillChoices(int height);
-  void Take();
+  // `cell` and the answer on the screen.
+  QRect PlaceAt(const QRect& cell) const;
+  // Ends the edit with this choice; without one, or with one that has no text, it is dropped.
+  void Take(const QListWidgetItem* item);
   void End(const std::optional<std::string>& text);
 
   const CellEdit edit_;

@@ -164,6 +164,65 @@ TEST_F(EditListTest, AChoiceIsTakenByAClickAndKeptByAClickElsewhere) {
   EXPECT_EQ(text(0, 1), "4711");
 }
 
+TEST_F(EditListTest, AClickOnALineWithoutATextTakesNoChoice) {
+  list->table().SetText(0, 1, "4711");
+  list->table().SetCurrent(0, 0);
+  QTest::keyClick(list, Qt::Key_Return);
+  QListWidget& choices = combo()->choices();
+  QTest::mouseClick(choices.viewport(), Qt::LeftButton, {},
+                    choices.visualItemRect(choices.item(1)).center());
+  EXPECT_NE(combo(), nullptr);  // still to be chosen
+  list->EndEdit();
+  EXPECT_EQ(text(0, 0), "-10");
+  EXPECT_EQ(text(0, 1), "4711");
+}
+
+TEST_F(EditListTest, OnlyANewAddRowScrollsTheTable) {
+  for (int i = 0; i < 18; ++i) {
+    list->table().InsertNew(0);
+    list->table().SetText(0, 0, "-20");
+  }
+  dialog.resize(500, 250);
+  ASSERT_TRUE(PumpUntil([&] { return list->viewport()->height() < 240; }));
+  list->scrollToTop();
+  QTest::keyClicks(&Edit(1, 1), "2000");
+  Click(3, 2);  // ends the edit, and must hit what the mouse points at
+  EXPECT_EQ(text(1, 1), "2000");
+  EXPECT_EQ(list->table().currentRow(), 3);
+  QApplication::processEvents();
+  EXPECT_EQ(list->rowAt(0), 0);
+
+  const int addRow = list->table().rowCount() - 1;
+  list->EditCell(addRow, 0);
+  QTest::keyClick(&combo()->choices(), Qt::Key_Return);
+  EXPECT_TRUE(PumpUntil([&] {
+    return list->viewport()->rect().contains(list->visualItemRect(list->item(addRow + 1, 0)));
+  }));
+}
+
+TEST_F(EditListTest, AColumnInTheMiddleLeavesTheOthersTheirTypesAndTexts) {
+  list->InsertColumn(1, tagCICELTYPE::Text, "Lot");
+  list->InsertColumn(9, tagCICELTYPE::Text, "Nowhere");
+  EXPECT_EQ(list->columnCount(), 4);
+  EXPECT_EQ(list->table().columnCount(), 4);
+  EXPECT_EQ(text(0, 2), "1500.0");
+  EXPECT_EQ(list->item(0, 3)->text(), "60");
+  list->EditCell(0, 1);
+  EXPECT_EQ(dynamic_cast<CInPlaceNumberEdit*>(list->editor()), nullptr);
+  list->EditCell(0, 2);
+  EXPECT_NE(dynamic_cast<CInPlaceNumberEdit*>(list->editor()), nullptr);
+}
+
+TEST_F(EditListTest, TheChoicesStayOnTheScreen) {
+  const QRect screen = dialog.screen()->availableGeometry();
+  dialog.move(screen.left(), screen.bottom() - dialog.height());
+  ASSERT_TRUE(PumpUntil([&] { return dialog.geometry().bottom() > screen.bottom() - 60; }));
+  for (int i = 0; i < 9; ++i) data.choices.emplace_back("-40");
+  list->resize(list->width(), dialog.height());
+  list->EditCell(2, 0);
+  EXPECT_TRUE(screen.contains(combo()->geometry())) << combo()->geometry().bottom();
+}
+
 TEST_F(EditListTest, TheMenuInsertsAndDeletes) {
   const auto choose = [&](int row, int entry) {
     Click(row, 0, Qt::RightButton);
