@@ -38,8 +38,8 @@ class InstrErrorClient {
   virtual int32_t InstrumentError(uint8_t code) = 0;
 };
 
-// Status frames that are kept for threads that run late: two minutes of a run. A thread that is held
-// up for longer loses readings.
+// Status frames that are kept for threads that run late: two minutes of a run. A thread that is
+// held up for longer loses readings.
 inline constexpr size_t kStatusHistory = 256;
 
 class C_RVX : public ViscometerInstrument, public PortWatcher, public ConversationPeer {
@@ -238,7 +238,8 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   void WaitForUsers();
 
   void CheckMachineStatus(uint8_t machineStatus);
-  // Hands the present readings to the status window, if there is one. Any thread, with no lock held.
+  // Hands the present readings to the status window, if there is one. Any thread, with no lock
+  // held.
   void RefreshStatusWindow();
   StatusReadings ReadForStatusWindow();
   void ReportInstrumentError(uint8_t code);
@@ -275,6 +276,7 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   platform::PlainLock statusLock_{"status", kStatusLockRank};
   StatusRecord status_ GUARDED_BY(statusLock_);
   uint64_t statusSequence_ GUARDED_BY(statusLock_) = 0;
+  platform::Microseconds statusTime_ GUARDED_BY(statusLock_){0};  // MonotonicTime of the last frame
   // Frame n stands at n modulo the size.
   std::array<StatusRecord, kStatusHistory> statusHistory_ GUARDED_BY(statusLock_);
 

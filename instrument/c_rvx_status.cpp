@@ -65,8 +65,10 @@ std::optional<StatusRecord> C_RVX::KeepStatus(std::span<const uint8_t> data) {
   const std::optional<StatusRecord> record =
       simulated_ ? StatusRecord::FromSimulatorData(data) : StatusRecord::FromData(data);
   if (!record) return std::nullopt;
+  const platform::Microseconds now = platform::MonotonicTime();
   platform::PlainGuard guard(statusLock_);
   status_ = *record;
+  statusTime_ = now;
   ++statusSequence_;
   statusHistory_[statusSequence_ % kStatusHistory] = *record;
   return record;

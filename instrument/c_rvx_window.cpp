@@ -31,8 +31,12 @@ void C_RVX::RefreshStatusWindow() {
 
 StatusReadings C_RVX::ReadForStatusWindow() {
   StatusReadings readings;
-  readings.received = GetStatusSequence() > 0;
-  readings.time = platform::MonotonicTime();
+  {
+    platform::PlainGuard guard(statusLock_);
+    readings.received = statusSequence_ > 0;
+    // A window that opens on a silent instrument must not show its last values as new.
+    readings.time = statusTime_;
+  }
   readings.temperature = GetTemperature();
   readings.targetTemperature = GetTargetTemperature();
   readings.speed = GetRotorSpeed();

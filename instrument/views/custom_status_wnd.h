@@ -15,8 +15,7 @@ class StatusWindow;
 
 namespace rvx {
 
-// Operation time, target and actual temperature, rotor speed and machine status. GUI thread, but
-// for SetReadings.
+// Operation time, target and actual temperature, rotor speed and machine status. GUI thread.
 class CCustomStatusWnd final : public CFormView {
  public:
   explicit CCustomStatusWnd(QWidget* parent);

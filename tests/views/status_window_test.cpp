@@ -94,6 +94,31 @@ TEST(StatusWindowTest, FollowsTheInstrument) {
   });
 }
 
+// Keeps what a status window is told.
+class ToldWindow final : public StatusWindow {
+ public:
+  WindowHandle* GetHandle() override { return nullptr; }
+  void Refresh(const StatusReadings& readings) override { told = readings; }
+  static inline StatusReadings told;
+};
+
+TEST(StatusWindowTest, AWindowThatOpensLateShowsTheAgeOfTheLastFrame) {
+  InVirtualTime([] {
+    Bench bench;
+    SetStatusWindowMaker([](WindowHandle*) -> std::unique_ptr<StatusWindow> {
+      return std::make_unique<ToldWindow>();
+    });
+    bench.WaitForStatus();
+    const platform::Microseconds latest = platform::MonotonicTime();
+    platform::Sleep(200ms);  // less than until the next frame
+    bench.instrument->ShowStatusWindow(nullptr);
+    EXPECT_TRUE(ToldWindow::told.received);
+    EXPECT_LE(ToldWindow::told.time, latest);
+    bench.instrument->CloseStatusWindow();
+    SetStatusWindowMaker(nullptr);
+  });
+}
+
 TEST(StatusWindowTest, TheHostMayDestroyItsParentAtAnyMoment) {
   InPacedTime([] {
     StatusWindowBench test;
