@@ -1,6 +1,7 @@
 #include "toolkit/child_frame.h"
 
 #include <QCloseEvent>
+#include <QPointer>
 #include <QStatusBar>
 #include <atomic>
 
@@ -71,10 +72,13 @@ void CChildFrame::closeEvent(QCloseEvent* event) {
     GetInstrumentManager()->ReleaseFrame(frameIndex_);
     return;
   }
+  // The view may ask a person, and an instrument that goes meanwhile takes this frame along.
+  const QPointer<CChildFrame> self = this;
   if (QueryClose() != 0) {
     event->ignore();
     return;
   }
+  if (self.isNull()) return;
   closed_ = true;
   event->accept();
 }
