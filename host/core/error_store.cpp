@@ -9,11 +9,11 @@ namespace torvell {
 
 ErrorStore::ErrorStore(Database& database) : database_(database) {}
 
-void ErrorStore::Report(const ErrorReport& report) {
+void ErrorStore::Report(ErrorReport report) {
   try {
     platform::PlainGuard guard(database_.lock());
     Transaction transaction(database_, Transaction::Durability::Process);
-    Query query(database_.Prepared("INSERT INTO ERRORS VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+    Query query(database_.Prepared("INSERT INTO ERRORS VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
     query->bind(1, platform::FormatIsoDate(report.time));
     query->bind(2, report.kind);
     query->bind(3, report.source);
@@ -23,9 +23,12 @@ void ErrorStore::Report(const ErrorReport& report) {
     query->bind(7, report.sampleId);
     query->bind(8, report.operatorName);
     query->bind(9, report.sampleFailure ? 1 : 0);
+    query->bind(10, report.acknowledged ? 1 : 0);
     query->exec();
+    report.row = database_.connection().getLastInsertRowid();
     transaction.Commit();
   } catch (const SQLite::Exception& error) {
+    report.row = 0;
     platform::Log(
         platform::LogLevel::Error,
         "A failure could not be kept (" + DescribeDatabaseError(error) + "): " + report.message);
@@ -39,7 +42,8 @@ std::vector<ErrorReport> ErrorStore::Last(int64_t n) {
     platform::PlainGuard guard(database_.lock());
     Query query(database_.Prepared(
         "SELECT \"Time\", \"Kind\", \"Source\", \"Message\", \"Tray\", \"Position\", "
-        "\"Sample ID\", \"Operator\", \"Sample Failure\" FROM ERRORS ORDER BY rowid DESC LIMIT ?"));
+        "\"Sample ID\", \"Operator\", \"Sample Failure\", \"Acknowledged\", rowid FROM ERRORS "
+        "ORDER BY rowid DESC LIMIT ?"));
     query->bind(1, n > 0 ? n : int64_t{-1});
     while (query->executeStep()) {
       ErrorReport report;
@@ -52,6 +56,8 @@ std::vector<ErrorReport> ErrorStore::Last(int64_t n) {
       report.sampleId = query->getColumn(6).getString();
       report.operatorName = query->getColumn(7).getString();
       report.sampleFailure = query->getColumn(8).getInt() != 0;
+      report.acknowledged = query->getColumn(9).getInt() != 0;
+      report.row = query->getColumn(10).getInt64();
       reports.push_back(std::move(report));
     }
   } catch (const SQLite::Exception& error) {
@@ -59,6 +65,21 @@ std::vector<ErrorReport> ErrorStore::Last(int64_t n) {
   }
   std::reverse(reports.begin(), reports.end());
   return reports;
+}
+
+void ErrorStore::Acknowledge(const std::vector<int64_t>& rows) {
+  try {
+    platform::PlainGuard guard(database_.lock());
+    Transaction transaction(database_, Transaction::Durability::Process);
+    for (const int64_t row : rows) {
+      Query query(database_.Prepared("UPDATE ERRORS SET \"Acknowledged\" = 1 WHERE rowid = ?"));
+      query->bind(1, row);
+      query->exec();
+    }
+    transaction.Commit();
+  } catch (const SQLite::Exception& error) {
+    throw MakeDatabaseError("That the messages were acknowledged could not be stored", error);
+  }
 }
 
 }  // namespace torvell

@@ -32,6 +32,8 @@ struct ErrorReport {
   std::string sampleId;
   std::string operatorName;
   bool sampleFailure = false;
+  bool acknowledged = false;  // somebody has taken notice
+  int64_t row = 0;            // in the archive; 0: it could not be kept
   // Only to compare with; null for the host's own failures and in what Last() returns.
   rvx::ViscometerInstrument* instrument = nullptr;
 };
@@ -48,11 +50,13 @@ class ErrorStore : public rvx::ErrorArchive {
  public:
   explicit ErrorStore(Database& database);
 
-  // Keeps the report and passes it to the listeners. Never raises: a report that can't be kept goes
-  // to the log and to the listeners all the same.
-  void Report(const ErrorReport& report);
+  // Keeps the report and passes it to the listeners, with its row. Never raises: a report that
+  // can't be kept goes to the log and to the listeners all the same.
+  void Report(ErrorReport report);
   // The latest n, oldest first; n <= 0: all.
   std::vector<ErrorReport> Last(int64_t n);
+  // Somebody has taken notice of these rows; unknown ones are passed over.
+  void Acknowledge(const std::vector<int64_t>& rows);
 
   void AddListener(ErrorListener* listener) { listeners_.Add(listener); }
   // Once it returns the listener is not called any more.

@@ -56,9 +56,16 @@ ALTER TABLE SAMPLES ADD COLUMN "Simulated" NOT NULL DEFAULT 0;
 UPDATE SAMPLES SET "Simulated" = 1 WHERE "Serial Number" = 'Simulator';
 )sql";
 
+// A failure stays open until somebody has acknowledged it. What was reported before this was asked
+// for counts as seen.
+constexpr char kThird[] = R"sql(
+ALTER TABLE ERRORS ADD COLUMN "Acknowledged" INTEGER NOT NULL DEFAULT 0;
+UPDATE ERRORS SET "Acknowledged" = 1;
+)sql";
+
 }  // namespace
 
-const char* const kSchemaSteps[] = {kFirst, kSecond};
+const char* const kSchemaSteps[] = {kFirst, kSecond, kThird};
 const int kSchemaVersion = static_cast<int>(sizeof(kSchemaSteps) / sizeof(kSchemaSteps[0]));
 
 }  // namespace torvell

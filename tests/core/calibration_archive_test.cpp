@@ -57,8 +57,9 @@ void FillArchive(Host& host) {
       {"ID", "printf('00000000-0000-4000-8000-%012x', n)"},
       {"Sample ID", "printf('%d', n)"},
       // Some have thousandths of a second, and some stand exactly at a cut-off.
-      {"Timestamp", "strftime('%Y-%m-%dT%H:%M:%S', '2026-01-29 04:29:00', (n * 2) || ' seconds') || " +
-                        Choose("n / 7", {"''", "'.001'", "''"})},
+      {"Timestamp",
+       "strftime('%Y-%m-%dT%H:%M:%S', '2026-01-29 04:29:00', (n * 2) || ' seconds') || " +
+           Choose("n / 7", {"''", "'.001'", "''"})},
       {"Instrument", Choose("n / 3", ids)},
       {"Average Temperature", Choose("n", temperatures)},
       {"Known Viscosity", Choose("n / 5", {"-2.0", "-2.0", "-2.0", "0.0"})},
@@ -206,7 +207,8 @@ TEST(CalibrationArchive, SamplesOfAnOlderArchiveAreMarkedToo) {
     host->samples().StoreSample(sample);
     host->samples().StoreSample(measured);
     ExecuteSql(host->database(),
-               "ALTER TABLE SAMPLES DROP COLUMN \"Simulated\"; PRAGMA user_version = 1");
+               "ALTER TABLE SAMPLES DROP COLUMN \"Simulated\"; "
+               "ALTER TABLE ERRORS DROP COLUMN \"Acknowledged\"; PRAGMA user_version = 1");
   }
   const auto host = OpenHost(folder);
   EXPECT_TRUE(host->samples().IsSimulated(sample.id));

@@ -263,7 +263,8 @@ TEST(ErrorStore, ReportsSurviveAndReachListeners) {
     GetInstrumentManager()->ReportError(&error);
   }
   EXPECT_EQ(listener.heard, "Instrument not responding.Instrument not responding.");
-  const auto reports = OpenHost(folder)->errors().Last(10);
+  const auto host = OpenHost(folder);
+  const auto reports = host->errors().Last(10);
   ASSERT_EQ(reports.size(), 2u);
   EXPECT_EQ(reports[0].source, "RVX 7");
   EXPECT_EQ(reports[0].kind, 1);
@@ -272,6 +273,10 @@ TEST(ErrorStore, ReportsSurviveAndReachListeners) {
   EXPECT_EQ(reports[0].sampleId, "oil");
   EXPECT_EQ(reports[0].operatorName, "anna");
   EXPECT_TRUE(reports[0].sampleFailure);
+  EXPECT_FALSE(reports[1].acknowledged);
+  host->errors().Acknowledge({reports[1].row, 4711});
+  EXPECT_FALSE(host->errors().Last(10)[0].acknowledged);
+  EXPECT_TRUE(host->errors().Last(10)[1].acknowledged);
 }
 
 }  // namespace
