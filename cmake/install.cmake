@@ -13,10 +13,10 @@ install(DIRECTORY docs/help DESTINATION ${CMAKE_INSTALL_DATADIR}/torvell FILES_M
 install(FILES docs/man/torvell.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES docs/completion/torvell.bash RENAME torvell
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
-install(FILES packaging/torvell.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+install(FILES packaging/org.torvell.Torvell.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES packaging/torvell.svg
   DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
-install(FILES packaging/torvell.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
+install(FILES packaging/org.torvell.Torvell.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/torvell)
 
 set(CPACK_GENERATOR DEB)
@@ -31,7 +31,7 @@ set(CPACK_DEBIAN_PACKAGE_SECTION science)
 # Found from what the programs link; the libraries of our own are in the package.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/bin)
-# The window's platform plugin and its icons are loaded by name.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6gui6, hicolor-icon-theme")
+# The window's platform plugin, its icon theme and what draws the icon are loaded by name.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6gui6, libqt6svg6, hicolor-icon-theme")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qt6-qpa-plugins, fonts-dejavu-core")
 include(CPack)

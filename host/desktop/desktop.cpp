@@ -53,7 +53,7 @@ int RunDesktop(const DesktopOptions& options) {
   char* arguments[] = {programName, nullptr};
   QApplication application(argumentCount, arguments);
   QApplication::setApplicationName(QStringLiteral("torvell"));
-  QApplication::setDesktopFileName(QStringLiteral("torvell"));
+  QApplication::setDesktopFileName(QStringLiteral("org.torvell.Torvell"));
   QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("torvell")));
   QApplication::setQuitOnLastWindowClosed(false);
   ApplyTheme(application, options.theme == "dark"    ? ThemeKind::Dark
