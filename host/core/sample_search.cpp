@@ -21,10 +21,18 @@ const char* OrderColumn(SampleQuery::Order order) {
       return "\"Sample ID\" COLLATE NOCASE";
     case SampleQuery::Order::Temperature:
       return "\"Constant 6\"";
+    case SampleQuery::Order::Average:
+      return "\"Average Temperature\"";
     case SampleQuery::Order::Speed:
       return "\"Speed\"";
     case SampleQuery::Order::Viscosity:
       return "\"Viscosity\"";
+    case SampleQuery::Order::Known:
+      return "\"Constant 5\"";
+    case SampleQuery::Order::Operator:
+      return "\"Operator\" COLLATE NOCASE";
+    case SampleQuery::Order::Origin:
+      return "\"Simulated\"";
   }
   return "\"Timestamp\"";
 }

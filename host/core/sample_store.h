@@ -42,7 +42,19 @@ class SampleStoredListener {
 
 // What somebody wants to see of the archive. Empty fields do not count.
 struct SampleQuery {
-  enum class Order { Time, Instrument, Position, SampleId, Temperature, Speed, Viscosity };
+  enum class Order {
+    Time,
+    Instrument,
+    Position,
+    SampleId,
+    Temperature,
+    Average,
+    Speed,
+    Viscosity,
+    Known,
+    Operator,
+    Origin
+  };
   std::string instrument;        // part of the instrument's id, letter case is free
   std::string sampleId;          // part of the sample id, letter case is free
   std::string fromDay;           // "2026-01-31", local time, that day included
@@ -50,6 +62,12 @@ struct SampleQuery {
   std::optional<bool> verified;  // true: oils of known viscosity only; false: the others
   Order order = Order::Time;
   bool descending = true;
+
+  // Whether it leaves anything out.
+  bool IsFiltered() const {
+    return !instrument.empty() || !sampleId.empty() || !fromDay.empty() || !toDay.empty() ||
+           verified.has_value();
+  }
 };
 
 // Any thread. What is stored stays as it is: there is no operation that changes or deletes a

@@ -33,11 +33,12 @@ Banner::Banner(Tone tone, QWidget* parent)
   setFrameShape(QFrame::NoFrame);
 }
 
-void Banner::SetText(const QIcon& icon, const QString& text) {
+void Banner::SetText(const QIcon& icon, const QString& text, const QString& more) {
   icon_->setPixmap(icon.pixmap(QSize(kIconSide, kIconSide), devicePixelRatioF()));
   text_ = text;
-  label_->setToolTip(text);
+  label_->setToolTip(more.isEmpty() ? text : text + QLatin1Char('\n') + more);
   setAccessibleName(text);
+  setAccessibleDescription(more);
   Fit();
 }
 

@@ -9,7 +9,7 @@ class QPushButton;
 
 namespace torvell {
 
-// A strip with an icon, a text of up to two lines (the whole of it as tooltip) and buttons.
+// A strip with an icon, a text of up to two lines and buttons.
 class Banner : public QFrame {
   Q_OBJECT
 
@@ -20,7 +20,8 @@ class Banner : public QFrame {
   };
   explicit Banner(Tone tone, QWidget* parent = nullptr);
 
-  void SetText(const QIcon& icon, const QString& text);
+  // The tooltip holds the whole text, and below it what `more` adds.
+  void SetText(const QIcon& icon, const QString& text, const QString& more = {});
   QString text() const { return text_; }
   // A button at the right end, in the order of the calls.
   QPushButton* AddButton(const QString& label);

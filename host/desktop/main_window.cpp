@@ -27,6 +27,7 @@
 #include "host/desktop/tray_view.h"
 #include "host/desktop/user_dialogs.h"
 #include "host/desktop/window_start.h"
+#include "host/tray/message_advice.h"
 
 namespace torvell {
 namespace {
@@ -79,7 +80,8 @@ class MainWindow::Listeners : private ErrorListener,
   void InstrumentsChanged(int32_t) override {
     Tell([](MainWindow& window) {
       for (const auto& session : window.sessions_) session->Reload();
-      window.RefreshMenus();
+      // New constants may allow samples that were refused before.
+      if (window.selected_ != nullptr) window.screens_->Ask(window.selected_->entry());
     });
   }
 
@@ -98,6 +100,11 @@ MainWindow::MainWindow(Host& host, GuiThread& gui, WindowPrompter& prompter,
   BuildLayout();
   BuildMenus();
   connect(&messages_, &MessageList::OpenChanged, this, &MainWindow::RefreshBanner);
+  connect(&messages_, &MessageList::Acknowledged, this, [this](const std::vector<int64_t>& rows) {
+    worker_->Do(
+        this, [this, rows] { host_.errors().Acknowledge(rows); }, {},
+        [this](const QString& text) { ShowFailure(text); });
+  });
   connect(screens_.get(), &Screens::Offered, this, &MainWindow::RefreshMenus);
   connect(screens_.get(), &Screens::Failed, this, &MainWindow::ShowFailure);
   connect(screens_.get(), &Screens::Notice, this, &MainWindow::ShowNotice);
@@ -156,13 +163,22 @@ void MainWindow::BuildLayout() {
   setCentralWidget(center);
   connect(panel_, &InstrumentPanel::Chosen, this, &MainWindow::Select);
   connect(tray_, &TrayPage::Notice, this, &MainWindow::ShowNotice);
-  connect(tray_, &TrayPage::ExportAsked, samples_, &SamplesPage::ExportAll);
+  connect(tray_, &TrayPage::ExportAsked, this, &MainWindow::ExportRun);
 
   actor_ = new QLabel(this);
   actor_->setContentsMargins(kGap, 0, kGap, 0);
   statusBar()->addPermanentWidget(actor_);
   statusBar()->setSizeGripEnabled(false);
   resize(1280, 800);
+}
+
+void MainWindow::ExportRun() {
+  if (selected_ == nullptr || selected_->run() == nullptr) return;
+  std::vector<StoredSample> samples;
+  for (const RunPosition& position : selected_->run()->positions()) {
+    samples.insert(samples.end(), position.samples.begin(), position.samples.end());
+  }
+  samples_->ExportThese(std::move(samples));
 }
 
 QWidget* MainWindow::BuildSide() {
@@ -176,8 +192,8 @@ QWidget* MainWindow::BuildSide() {
   tabs_->addTab(messagesPage_, QStringLiteral("M&essages"));
   connect(samples_, &SamplesPage::Notice, this, &MainWindow::ShowNotice);
   connect(samples_, &SamplesPage::Failed, this, &MainWindow::ShowFailure);
-  plot_ = MakePlot({QStringLiteral("Temperature"), QStringLiteral("°C"), 2, 1.0},
-                   {QStringLiteral("Speed"), QStringLiteral("rpm/1000"), 4, 0.05}, side);
+  plot_ = MakePlot({QStringLiteral("Temperature"), QStringLiteral("°C"), 1.0},
+                   {QStringLiteral("Speed"), QStringLiteral("rpm/1000"), 0.05}, side);
   side->addWidget(tabs_);
   side->addWidget(plot_->widget());
   side->setStretchFactor(0, 3);
@@ -311,8 +327,8 @@ void MainWindow::RefreshBanner() {
   QString text = QStringLiteral("%1: %2").arg(source, QString::fromStdString(open->report.message));
   if (open->count > 1) text = QStringLiteral("(%1 times) ").arg(open->count) + text;
   message_->SetText(
-      ShapeIcon(IsFailure(open->report) ? Shape::Warning : Shape::Info, Colors().warningText),
-      text);
+      ShapeIcon(IsFailure(open->report) ? Shape::Warning : Shape::Info, Colors().warningText), text,
+      QString::fromStdString(AdviceText(open->report.message)));
 }
 
 void MainWindow::ShowNotice(const QString& text) {
@@ -376,10 +392,11 @@ std::function<void()> MainWindow::TakeClosingWork() {
   for (const auto& session : sessions_) {
     if (session->IsRunning()) session->Abort();
   }
-  return [this, closeScreens = screens_->CloseAll()] {
-    closeScreens();
-    for (const auto& session : sessions_) session->Finish();
+  screens_->CloseAll();
+  return [this] {
+    // The screens' actions are in the hands of this one, and end while the instruments live.
     worker_->Finish();
+    for (const auto& session : sessions_) session->Finish();
   };
 }
 

@@ -89,6 +89,8 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
   void RefreshBanner();
   void RefreshMenus();
   void RefreshAwake();
+  // The results of the run that is shown, into a file.
+  void ExportRun();
   void AddToPlot(const std::vector<TimedReadings>& readings);
   void BeginCurve();
   // What has to be asked of the archive before the person is greeted.
@@ -129,7 +131,6 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
   Banner* simulation_ = nullptr;
   Banner* message_ = nullptr;
   QLabel* actor_ = nullptr;
-  QLabel* clock_ = nullptr;
   QPointer<HelpWindow> help_;
   IdleWatch* idle_ = nullptr;
   QMenu *settingsMenu_ = nullptr, *serviceMenu_ = nullptr;

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <cstdint>
 #include <deque>
+#include <vector>
 
 #include "host/core/error_store.h"
 
@@ -12,21 +14,25 @@ struct MessageRow {
   ErrorReport report;  // the latest of its repeats
   int count = 1;
   bool acknowledged = false;
+  std::vector<int64_t> archiveRows;  // of all its repeats
 };
 
 // "Failure" or "Message".
 QString SeverityText(const ErrorReport& report);
+
+// A text of the report with the advice below it, where there is any.
+QString WithAdvice(const QString& text, const ErrorReport& report);
 
 // Newest first. The window's thread.
 class MessageList : public QAbstractTableModel {
   Q_OBJECT
 
  public:
-  enum Column { Time, Severity, Source, Text, Acknowledged, ColumnCount };
+  enum Column { Time, Severity, Source, Text, Seen, ColumnCount };
 
   explicit MessageList(QObject* parent = nullptr) : QAbstractTableModel(parent) {}
 
-  // What the archive had at the start, oldest first; it counts as acknowledged.
+  // What the archive had at the start, oldest first. What nobody has acknowledged is open still.
   void SetHistory(const std::vector<ErrorReport>& reports);
   // A new one. The same text of the same source as the newest of that source counts as a repeat.
   void Add(const ErrorReport& report);
@@ -46,8 +52,12 @@ class MessageList : public QAbstractTableModel {
  Q_SIGNALS:
   // NewestOpen or OpenCount may have changed.
   void OpenChanged();
+  // Somebody has acknowledged these rows of the archive.
+  void Acknowledged(const std::vector<int64_t>& archiveRows);
 
  private:
+  // The message that a new one repeats; the end if it is another.
+  std::deque<MessageRow>::iterator FindRepeated(const ErrorReport& report);
   QString Cell(const MessageRow& row, int column) const;
 
   std::deque<MessageRow> rows_;

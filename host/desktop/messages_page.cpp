@@ -32,7 +32,7 @@ MessagesPage::MessagesPage(MessageList& list, QWidget* parent)
       fontMetrics().horizontalAdvance(QStringLiteral("00.00.0000 00:00:00")) + 14);
   table_->setColumnWidth(MessageList::Severity, 90);
   table_->setColumnWidth(MessageList::Source, 80);
-  table_->setColumnWidth(MessageList::Acknowledged,
+  table_->setColumnWidth(MessageList::Seen,
                          fontMetrics().horizontalAdvance(QStringLiteral("Acknowledged")) + 16);
   table_->setColumnWidth(MessageList::Text, 250);
   // What happened stands before where it did.
@@ -75,7 +75,8 @@ void MessagesPage::Refresh() {
   all_->setEnabled(open > 0);
   whole_->setVisible(selected.size() == 1);
   if (selected.size() == 1) {
-    whole_->setText(QString::fromStdString(list_.at(selected.front().row()).report.message));
+    const ErrorReport& report = list_.at(selected.front().row()).report;
+    whole_->setText(WithAdvice(QString::fromStdString(report.message), report));
   }
   if (list_.rowCount() == 0) {
     count_->setText(QStringLiteral("No messages. What fails or needs attention is listed here."));

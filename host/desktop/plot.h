@@ -8,9 +8,8 @@
 namespace torvell {
 
 struct PlotCurveStyle {
-  QString name;  // "Temperature"
-  QString unit;  // "°C"
-  int decimals = 1;
+  QString name;            // "Temperature"
+  QString unit;            // "°C"
   double leastSpan = 1.0;  // of its axis
 };
 

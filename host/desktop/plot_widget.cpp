@@ -112,7 +112,7 @@ class PlotWidget : public QWidget, public Plot {
     const QFontMetricsF metrics(font());
     const double side = metrics.horizontalAdvance(QStringLiteral("-00.00")) + 10;
     const double top = metrics.height() * 2 + 8;
-    return QRectF(side, top, width() - 2 * side, height() - top - metrics.height() - 8);
+    return QRectF(side, top, width() - 2 * side, height() - top - 2 * metrics.height() - 8);
   }
 
   PlotAxis AxisOf(double Point::*value, const PlotCurveStyle& style, const PlotRange& shown) const;
@@ -181,6 +181,9 @@ void PlotWidget::DrawGrid(QPainter& painter, const QRectF& frame, const PlotAxis
     painter.drawText(QRectF(x - 40, frame.bottom() + 3, 80, metrics.height()), Qt::AlignHCenter,
                      text);
   }
+  painter.setPen(Colors().text);
+  painter.drawText(QRectF(0, frame.bottom() + 3 + metrics.height(), width(), metrics.height() + 2),
+                   Qt::AlignCenter, QStringLiteral("Time (min:s)"));
   const auto scale = [&](const PlotAxis& axis, bool toRight) {
     for (const double tick : axis.ticks) {
       const double y =

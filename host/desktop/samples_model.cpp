@@ -28,10 +28,18 @@ SampleQuery::Order OrderOf(int column) {
       return SampleQuery::Order::SampleId;
     case SamplesModel::Temperature:
       return SampleQuery::Order::Temperature;
+    case SamplesModel::Average:
+      return SampleQuery::Order::Average;
     case SamplesModel::Speed:
       return SampleQuery::Order::Speed;
     case SamplesModel::Viscosity:
       return SampleQuery::Order::Viscosity;
+    case SamplesModel::Known:
+      return SampleQuery::Order::Known;
+    case SamplesModel::Operator:
+      return SampleQuery::Order::Operator;
+    case SamplesModel::Origin:
+      return SampleQuery::Order::Origin;
     default:
       return SampleQuery::Order::Time;
   }
@@ -81,8 +89,8 @@ QString SampleHeading(int column) {
                                           "Test (°C)",
                                           "Average (°C)",
                                           "Speed (rpm/1000)",
-                                          "Viscosity (mPa·s)",
-                                          "Known (mPa·s)",
+                                          "Viscosity (mPa*s)",
+                                          "Known (mPa*s)",
                                           "Operator",
                                           "Origin"};
   return QString::fromUtf8(kHeadings[column]);

@@ -4,8 +4,6 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
-#include <QDateEdit>
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -18,6 +16,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "host/desktop/day_field.h"
+#include "host/desktop/save_dialog.h"
 #include "host/desktop/theme.h"
 #include "host/tray/sample_csv.h"
 
@@ -26,24 +26,8 @@ namespace {
 
 // Longer than the pause between two letters, shorter than patience.
 constexpr int kSearchDelay = 250;  // ms
-// A day that stands for no limit.
-const QDate& NoDate() {
-  static const QDate date(2000, 1, 1);
-  return date;
-}
-
-std::string DayText(const QDateEdit& edit) {
-  return edit.date() == NoDate() ? std::string() : edit.date().toString(Qt::ISODate).toStdString();
-}
-
-QDateEdit* MakeDate(const QString& empty, QWidget* parent) {
-  auto* edit = new QDateEdit(parent);
-  edit->setMinimumDate(NoDate());
-  edit->setDate(NoDate());
-  edit->setSpecialValueText(empty);
-  edit->setCalendarPopup(true);
-  edit->setAccessibleName(empty);
-  return edit;
+std::string DayText(const DayField& field) {
+  return field.day().toString(Qt::ISODate).toStdString();
 }
 
 }  // namespace
@@ -131,20 +115,17 @@ void SamplesPage::MakeFilters() {
   kind_->addItems(
       {QStringLiteral("All kinds"), QStringLiteral("Measured"), QStringLiteral("Known viscosity")});
   kind_->setAccessibleName(QStringLiteral("Kind"));
-  from_ = MakeDate(QStringLiteral("From"), this);
-  to_ = MakeDate(QStringLiteral("To"), this);
-  // They may get narrow: the tray beside them needs the room.
-  for (QWidget* each :
-       {static_cast<QWidget*>(kind_), static_cast<QWidget*>(from_), static_cast<QWidget*>(to_)}) {
-    each->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-    each->setMinimumWidth(84);
-  }
+  from_ = new DayField(QStringLiteral("From"), this);
+  to_ = new DayField(QStringLiteral("To"), this);
+  // It may get narrow: the tray beside it needs the room.
+  kind_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+  kind_->setMinimumWidth(84);
   second->addWidget(kind_, 1);
   second->addWidget(from_, 1);
   second->addWidget(to_, 1);
   connect(kind_, &QComboBox::currentIndexChanged, this, [this] { soon_->start(0); });
-  for (QDateEdit* edit : {from_, to_}) {
-    connect(edit, &QDateEdit::dateChanged, this, [this] { soon_->start(kSearchDelay); });
+  for (DayField* day : {from_, to_}) {
+    connect(day, &DayField::Changed, this, [this] { soon_->start(kSearchDelay); });
   }
   qobject_cast<QVBoxLayout*>(layout())->addLayout(row);
   qobject_cast<QVBoxLayout*>(layout())->addLayout(second);
@@ -165,7 +146,10 @@ void SamplesPage::NoteStored() { soon_->start(kSearchDelay); }
 
 void SamplesPage::ShowCount() {
   const int count = model_->rowCount();
-  count_->setText(count == 0   ? QStringLiteral("No samples. Results appear here when a tray runs.")
+  const QString none = model_->query().IsFiltered()
+                           ? QStringLiteral("No sample matches. Change or clear the filters.")
+                           : QStringLiteral("No samples. Results appear here when a tray runs.");
+  count_->setText(count == 0   ? none
                   : count == 1 ? QStringLiteral("1 sample")
                                : QStringLiteral("%1 samples").arg(count));
 }
@@ -217,20 +201,32 @@ void SamplesPage::ExportSelected() {
 }
 
 void SamplesPage::Export(std::vector<int64_t> rows) {
-  QFileDialog dialog(this, QStringLiteral("Export samples"), QString(),
-                     QStringLiteral("CSV files (*.csv);;All files (*)"));
-  dialog.setAcceptMode(QFileDialog::AcceptSave);
-  dialog.setDefaultSuffix(QStringLiteral("csv"));
-  if (dialog.exec() != QDialog::Accepted) return;
-  const QString path = dialog.selectedFiles().front();
   const int count = static_cast<int>(rows.size());
+  Write(count, [this, rows = std::move(rows)] { return store_.ReadRows(rows); });
+}
+
+void SamplesPage::ExportThese(std::vector<StoredSample> samples) {
+  if (samples.empty()) {
+    Q_EMIT Notice(QStringLiteral("The run has no results, so there is nothing to export."));
+    return;
+  }
+  const int count = static_cast<int>(samples.size());
+  Write(count, [samples = std::move(samples)] { return samples; });
+}
+
+void SamplesPage::Write(int count, std::function<std::vector<StoredSample>()> read) {
+  const QString path =
+      AskForCsvName(this, QStringLiteral("Export samples"), QStringLiteral("CSV files"));
+  if (path.isEmpty()) return;
   worker_.Do(
       this,
-      [this, rows = std::move(rows), path] {
-        WriteWholeFile(path.toStdString(), FormatSampleCsv(store_.ReadRows(rows)));
+      [read = std::move(read), path] {
+        WriteWholeFile(path.toStdString(), FormatSampleCsv(read()));
       },
       [this, path, count] {
-        Q_EMIT Notice(QStringLiteral("%1 samples were written to %2.").arg(count).arg(path));
+        const QString what = count == 1 ? QStringLiteral("1 sample was")
+                                        : QStringLiteral("%1 samples were").arg(count);
+        Q_EMIT Notice(QStringLiteral("%1 written to %2.").arg(what, path));
       },
       [this](const QString& text) { Q_EMIT Failed(text); });
 }

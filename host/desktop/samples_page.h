@@ -2,16 +2,18 @@
 #pragma once
 
 #include <QWidget>
+#include <functional>
 
 #include "host/desktop/samples_model.h"
 
 class QComboBox;
-class QDateEdit;
 class QLabel;
 class QLineEdit;
 class QTableView;
 
 namespace torvell {
+
+class DayField;
 
 class SamplesPage : public QWidget {
   Q_OBJECT
@@ -29,6 +31,8 @@ class SamplesPage : public QWidget {
   // Every column of the archive, of all that match or of the selected rows.
   void ExportAll();
   void ExportSelected();
+  // The same columns, of samples that somebody else has at hand.
+  void ExportThese(std::vector<StoredSample> samples);
 
  Q_SIGNALS:
   void Notice(const QString& text);
@@ -38,6 +42,8 @@ class SamplesPage : public QWidget {
   void MakeFilters();
   void Search();
   void Export(std::vector<int64_t> rows);
+  // Asks for a file, then reads `count` samples on the worker and writes them.
+  void Write(int count, std::function<std::vector<StoredSample>()> read);
   std::vector<int> SelectedRows() const;
   void ShowCount();
 
@@ -48,7 +54,7 @@ class SamplesPage : public QWidget {
   QLineEdit* instrument_;
   QLineEdit* sampleId_;
   QComboBox* kind_;
-  QDateEdit *from_, *to_;
+  DayField *from_, *to_;
   QLabel* count_;
   class QTimer* soon_;
 };

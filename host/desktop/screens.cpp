@@ -1,6 +1,7 @@
 #include "host/desktop/screens.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "instrument/host/action.h"
 
@@ -71,9 +72,9 @@ class Screens::Watcher : public rvx::ActionWatcher {
 };
 
 struct Screens::Opened {
-  QString label;
+  InstrumentEntry entry;
+  ScreenOffer offer;
   std::string classKey;
-  std::string place;  // of the instrument
   bool hasFrame = false;
   std::unique_ptr<Watcher> watcher;
   // Goes before the watcher that it may still call.
@@ -82,18 +83,30 @@ struct Screens::Opened {
 
 Screens::Screens(GuiThread& gui, Worker& worker) : gui_(gui), worker_(worker) {
   gui_.SetFrameHook([this] {
-    if (const std::shared_ptr<Opened> opened = starting_.lock()) opened->hasFrame = true;
+    if (const std::shared_ptr<Opened> opened = starting_) {
+      opened->hasFrame = true;
+      Started(opened);
+    }
   });
 }
 
 Screens::~Screens() { gui_.SetFrameHook(nullptr); }
 
 void Screens::Ask(const InstrumentEntry& entry) {
+  if (asking_) {
+    askAgain_ = entry;
+    return;
+  }
+  asking_ = true;
   struct Answer {
     std::vector<ScreenOffer> offers;
     std::vector<std::pair<int, QString>> kinds;
   };
   auto answer = std::make_shared<Answer>();
+  const auto over = [this] {
+    asking_ = false;
+    if (const auto again = std::exchange(askAgain_, std::nullopt)) Ask(*again);
+  };
   worker_.Do(
       this,
       [entry, answer] {
@@ -113,26 +126,38 @@ void Screens::Ask(const InstrumentEntry& entry) {
           }
         }
       },
-      [this, answer] {
+      [this, answer, over] {
         offers_ = std::move(answer->offers);
         sampleKinds_ = std::move(answer->kinds);
+        over();
         Q_EMIT Offered();
       },
-      [this](const QString& text) { Q_EMIT Failed(text); });
+      [this, over](const QString& text) {
+        over();
+        Q_EMIT Failed(text);
+      });
 }
 
 void Screens::Open(const InstrumentEntry& entry, const ScreenOffer& offer) {
   auto opened = std::make_shared<Opened>();
-  opened->label = offer.label;
-  opened->place = entry.identity.archiveKey;
+  opened->entry = entry;
+  opened->offer = offer;
   opened->watcher = std::make_unique<Watcher>(gui_, this);
   opened->watcher->SetOpened(opened);
-  starting_ = opened;
   open_.push_back(opened);
+  waiting_.push_back(opened);
+  StartNext();
+}
+
+void Screens::StartNext() {
+  if (starting_ != nullptr || waiting_.empty()) return;
+  starting_ = waiting_.front();
+  waiting_.pop_front();
   worker_.Do(
       this,
-      [entry, offer, opened] {
-        opened->action = Make(*entry.instrument, offer.kind, offer.index);
+      [opened = starting_] {
+        const ScreenOffer& offer = opened->offer;
+        opened->action = Make(*opened->entry.instrument, offer.kind, offer.index);
         if (!opened->action) {
           rvx::ActionErrorRecord record;
           record.message =
@@ -144,37 +169,48 @@ void Screens::Open(const InstrumentEntry& entry, const ScreenOffer& offer) {
         opened->action->Start(opened->watcher.get(), "0,0");
       },
       {},
-      [this, opened](const QString& text) {
+      [this, opened = starting_](const QString& text) {
         open_.erase(std::remove(open_.begin(), open_.end(), opened), open_.end());
+        Started(opened);
         Q_EMIT Failed(text);
       });
+}
+
+void Screens::Started(const std::shared_ptr<Opened>& opened) {
+  if (starting_ != opened) return;
+  starting_.reset();
+  StartNext();
 }
 
 void Screens::Ended(const std::shared_ptr<Opened>& opened) {
   const auto found = std::find(open_.begin(), open_.end(), opened);
   if (found == open_.end()) return;
   open_.erase(found);
+  Started(opened);
   // A second start of an open screen only raises it, and makes no frame either.
   const bool isRaise = std::any_of(open_.begin(), open_.end(), [&](const auto& other) {
-    return other->hasFrame && other->classKey == opened->classKey && other->place == opened->place;
+    return other->hasFrame && other->classKey == opened->classKey &&
+           other->entry.instrument == opened->entry.instrument;
   });
   if (!opened->hasFrame && !isRaise) {
     Q_EMIT Notice(
-        QStringLiteral("\"%1\" has no screen in this version yet; the command line does it "
-                       "(torvell --help).")
-            .arg(opened->label));
+        QStringLiteral("\"%1\" has no screen in this version yet. Nothing was opened or changed.")
+            .arg(opened->offer.label));
   }
   // The action's end may wait for its thread, which may want this one.
   worker_.Do(this, [held = opened]() mutable { held->action.reset(); });
 }
 
-std::function<void()> Screens::CloseAll() {
-  return [open = std::move(open_)] {
+void Screens::CloseAll() {
+  waiting_.clear();
+  starting_.reset();
+  // There, because what was given to the worker before may still be starting one of them.
+  worker_.Do(this, [open = std::exchange(open_, {})] {
     for (const auto& opened : open) {
       if (opened->action) opened->action->Stop();
       opened->action.reset();
     }
-  };
+  });
 }
 
 }  // namespace torvell

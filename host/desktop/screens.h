@@ -3,7 +3,9 @@
 
 #include <QObject>
 #include <QPointer>
+#include <deque>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "host/core/host.h"
@@ -30,16 +32,17 @@ class Screens : public QObject {
   Screens(GuiThread& gui, Worker& worker);
   ~Screens() override;
 
-  // Looks again, for this instrument and the user of the moment; Offered says when it is done.
+  // Looks again, for this instrument and the user of the moment; Offered says when it is done. Of
+  // several wishes at once only the last is looked for.
   void Ask(const InstrumentEntry& entry);
+  bool IsAsking() const { return asking_; }
   const std::vector<ScreenOffer>& offers() const { return offers_; }
   // The sample actions that the module offers: kind and label.
   const std::vector<std::pair<int, QString>>& sampleKinds() const { return sampleKinds_; }
 
   void Open(const InstrumentEntry& entry, const ScreenOffer& offer);
-  // Gives up what is open: the work that closes it, for another thread than the window's, which
-  // has to go on meanwhile.
-  std::function<void()> CloseAll();
+  // Gives up what is open, and has the worker close it behind everything that it was given before.
+  void CloseAll();
 
  Q_SIGNALS:
   void Offered();
@@ -50,14 +53,22 @@ class Screens : public QObject {
   struct Opened;
   class Watcher;
 
+  // Starts the next one that waits, if none is on its way.
+  void StartNext();
+  // This one has its frame, or will never have one.
+  void Started(const std::shared_ptr<Opened>& opened);
   void Ended(const std::shared_ptr<Opened>& opened);
 
   GuiThread& gui_;
   Worker& worker_;
+  bool asking_ = false;
+  std::optional<InstrumentEntry> askAgain_;
   std::vector<ScreenOffer> offers_;
   std::vector<std::pair<int, QString>> sampleKinds_;
   std::vector<std::shared_ptr<Opened>> open_;
-  std::weak_ptr<Opened> starting_;  // the one that a new frame belongs to
+  // The one that a new frame belongs to, so they are started one at a time.
+  std::shared_ptr<Opened> starting_;
+  std::deque<std::shared_ptr<Opened>> waiting_;
 };
 
 }  // namespace torvell

@@ -122,7 +122,7 @@ QVariant TrayModel::headerData(int section, Qt::Orientation orientation, int rol
     case State:
       return QStringLiteral("State");
     case Result:
-      return QStringLiteral("Result (mPa·s)");
+      return QStringLiteral("Result (mPa*s)");
     default:
       return {};
   }

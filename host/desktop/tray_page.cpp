@@ -11,10 +11,12 @@
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "host/desktop/banner.h"
 #include "host/desktop/instrument_session.h"
 #include "host/desktop/run_progress.h"
+#include "host/desktop/save_dialog.h"
 #include "host/desktop/tray_view.h"
 #include "host/tray/number_text.h"
 
@@ -23,7 +25,15 @@ namespace {
 
 constexpr int kProgressRefresh = 500;  // ms
 
-QString CsvFilter() { return QStringLiteral("Tray files (*.csv);;All files (*)"); }
+const QString& TrayFiles() {
+  static const QString kind = QStringLiteral("Tray files");
+  return kind;
+}
+
+bool IsMoreToCome(const RunState& run) {
+  return std::any_of(run.positions().begin(), run.positions().end(),
+                     [](const RunPosition& position) { return !position.started; });
+}
 
 }  // namespace
 
@@ -66,9 +76,9 @@ void TrayPage::MakeActions() {
   clear_ = Make(QStringLiteral("C&lear"), QKeySequence::Delete, withView(&TrayView::Clear));
   fillDown_ = Make(QStringLiteral("Fill &Down"), QKeySequence(Qt::CTRL | Qt::Key_D),
                    withView(&TrayView::FillDown));
-  moveUp_ = Make(QStringLiteral("Move U&p"), QKeySequence(Qt::ALT | Qt::Key_Up),
+  moveUp_ = Make(QStringLiteral("&Move Up"), QKeySequence(Qt::ALT | Qt::Key_Up),
                  withView(&TrayView::MoveUp));
-  moveDown_ = Make(QStringLiteral("Move D&own"), QKeySequence(Qt::ALT | Qt::Key_Down),
+  moveDown_ = Make(QStringLiteral("Move Do&wn"), QKeySequence(Qt::ALT | Qt::Key_Down),
                    withView(&TrayView::MoveDown));
   // The clipboard's keys belong to the table only while it has them; other tables have their own.
   for (QAction* action : {copy_, cut_, paste_, clear_, fillDown_}) {
@@ -76,7 +86,7 @@ void TrayPage::MakeActions() {
     removeAction(action);
     view_->addAction(action);
   }
-  load_ = Make(QStringLiteral("&Load ..."), QKeySequence::Open, [this] { Load(); });
+  load_ = Make(QStringLiteral("L&oad ..."), QKeySequence::Open, [this] { Load(); });
   save_ = Make(QStringLiteral("&Save As ..."), QKeySequence::Save, [this] { Save(); });
   addMenu_ = new QMenu(QStringLiteral("&Add"), this);
 }
@@ -87,7 +97,8 @@ void TrayPage::MakeToolBar() {
   row->setSpacing(kSmallGap);
   const auto button = [this, row](QAction* action) {
     auto* made = new QPushButton(this);
-    made->setText(action->text());
+    // Without the menu's letter: the two would fight for it, and each has a key of its own.
+    made->setText(action->text().remove(QLatin1Char('&')));
     made->setAutoDefault(false);
     connect(made, &QPushButton::clicked, action, &QAction::trigger);
     row->addWidget(made);
@@ -195,7 +206,13 @@ void TrayPage::SetSampleKinds(const std::vector<std::pair<int, QString>>& kinds)
     // Insert begins the first, which is by far the most frequent.
     if (addMenu_->actions().size() == 1) action->setShortcut(Qt::Key_Insert);
     connect(action, &QAction::triggered, this, [this, sampleKind = kind] {
-      if (session_ != nullptr) session_->AddSample(sampleKind, view_->SelectedPositions());
+      if (session_ == nullptr) return;
+      const std::vector<int> positions = view_->SelectedPositions();
+      if (positions.empty()) {
+        Q_EMIT Notice(QStringLiteral("No position is selected. Select empty ones first."));
+        return;
+      }
+      session_->AddSample(sampleKind, positions);
     });
   }
 }
@@ -261,7 +278,8 @@ void TrayPage::Refresh() {
   // Why the tray can't start, or what it is waiting for, in one place beside the buttons.
   QString hint = offers.start.shown ? offers.start.why : QString();
   if (situation.preparing) hint = QStringLiteral("Preparing: the cell is being cooled ...");
-  if (situation.running && situation.pauseRequested) {
+  // Behind the last sample there is nothing left to pause in front of.
+  if (situation.running && situation.pauseRequested && IsMoreToCome(*session_->run())) {
     hint = QStringLiteral("The tray will pause.");
   }
   if (situation.paused) {
@@ -323,17 +341,14 @@ void TrayPage::AskAbort() {
 }
 
 void TrayPage::Load() {
-  const QString path =
-      QFileDialog::getOpenFileName(this, QStringLiteral("Load a tray"), QString(), CsvFilter());
+  const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Load a tray"), QString(),
+                                                    CsvFilter(TrayFiles()));
   if (!path.isEmpty() && session_ != nullptr) session_->LoadFile(path);
 }
 
 void TrayPage::Save() {
-  QFileDialog dialog(this, QStringLiteral("Save the tray"), QString(), CsvFilter());
-  dialog.setAcceptMode(QFileDialog::AcceptSave);
-  dialog.setDefaultSuffix(QStringLiteral("csv"));
-  if (dialog.exec() != QDialog::Accepted || session_ == nullptr) return;
-  session_->SaveFile(dialog.selectedFiles().front());
+  const QString path = AskForCsvName(this, QStringLiteral("Save the tray"), TrayFiles());
+  if (!path.isEmpty() && session_ != nullptr) session_->SaveFile(path);
 }
 
 }  // namespace torvell

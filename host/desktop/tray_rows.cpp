@@ -125,12 +125,12 @@ QString DescribeRow(int position, const TrayRow& row) {
     }
     if (row.tests[i].knownViscosity) {
       text +=
-          QStringLiteral(", known %1 mPa·s").arg(DisplayNumber(*row.tests[i].knownViscosity, 1));
+          QStringLiteral(", known %1 mPa*s").arg(DisplayNumber(*row.tests[i].knownViscosity, 1));
     }
     if (i < row.results.size()) {
       const double viscosity = row.results[i].viscosity;
       text += viscosity == 0.0 ? QStringLiteral(": no viscosity")
-                               : QStringLiteral(": %1 mPa·s").arg(DisplayNumber(viscosity, 1));
+                               : QStringLiteral(": %1 mPa*s").arg(DisplayNumber(viscosity, 1));
     }
   }
   if (!row.failure.isEmpty()) text += QLatin1Char('\n') + row.failure;

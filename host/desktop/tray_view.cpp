@@ -128,7 +128,7 @@ void TrayView::FitRows() {
       metrics.horizontalAdvance(QStringLiteral("Verify Known Viscosity")) + 14, rest * 30 / 100);
   const int tests = (rest - action) * 28 / 100;
   const int result = std::max((rest - action) * 32 / 100,
-                              metrics.horizontalAdvance(QStringLiteral("Result (mPa·s)")) + 18);
+                              metrics.horizontalAdvance(QStringLiteral("Result (mPa*s)")) + 18);
   setColumnWidth(TrayModel::SampleId, rest - action - tests - result);
   setColumnWidth(TrayModel::Action, action);
   setColumnWidth(TrayModel::Tests, tests);

@@ -52,7 +52,41 @@ TEST(MessageListTest, HistoryLiesBelowWhatCameMeanwhile) {
   ASSERT_EQ(list.rowCount(), 3);
   EXPECT_EQ(list.at(0).report.message, "now");
   EXPECT_EQ(list.at(1).report.message, "second");
-  EXPECT_EQ(list.OpenCount(), 1) << "what is old needs no notice";
+  EXPECT_EQ(list.OpenCount(), 3);
+}
+
+TEST(MessageListTest, WhatNobodyAcknowledgedIsOpenAgainAtTheNextStart) {
+  std::vector<ErrorReport> stored;
+  for (int row = 1; row <= 4; ++row) {
+    stored.push_back(Report("COM1", row < 4 ? "silent" : "too warm", row));
+    stored.back().row = row;
+    stored.back().acknowledged = row == 1;
+  }
+  MessageList list;
+  ErrorReport meanwhile = stored.back();
+  list.Add(meanwhile);  // heard before the archive was read, which has it too
+  list.SetHistory(stored);
+  ASSERT_EQ(list.rowCount(), 3);
+  EXPECT_EQ(list.at(1).count, 2);  // of the two that are open
+  EXPECT_EQ(list.OpenCount(), 2);
+  std::vector<int64_t> told;
+  QObject::connect(&list, &MessageList::Acknowledged,
+                   [&](const std::vector<int64_t>& rows) { told = rows; });
+  list.Acknowledge(1);
+  EXPECT_EQ(told, (std::vector<int64_t>{2, 3}));
+  list.AcknowledgeAll();
+  EXPECT_EQ(told, (std::vector<int64_t>{4}));
+  EXPECT_EQ(list.NewestOpen(), nullptr);
+}
+
+TEST(MessageListTest, AFixedMessageIsShownWithItsAdvice) {
+  MessageList list;
+  list.Add(Report("COM1", "Instrument not responding."));
+  const QString whole = list.data(list.index(0, MessageList::Text), Qt::ToolTipRole).toString();
+  EXPECT_TRUE(whole.startsWith("Instrument not responding.\nLikely cause: "))
+      << whole.toStdString();
+  EXPECT_EQ(list.data(list.index(0, MessageList::Text), Qt::DisplayRole).toString(),
+            "Instrument not responding.");
 }
 
 }  // namespace

@@ -96,6 +96,49 @@ TEST_F(SamplesModelTest, FiltersAndOrdersAsAsked) {
   EXPECT_EQ(Column(model, SamplesModel::SampleId), (Texts{"oil-b", "OIL-A", "100%"}));
 }
 
+TEST_F(SamplesModelTest, EachHeadingOrdersByItsOwnColumn) {
+  // Each column in an order of its own, so that none is taken for another.
+  struct Row {
+    const char *sampleId, *instrument, *operatorName;
+    int position;
+    double temperature, average, speed, viscosity, known;
+  };
+  const Row rows[] = {{"1", "c", "e", 2, -20, -21, 0.1, 4000, 9000},
+                      {"2", "a", "f", 3, -30, -19, 0.3, 3000, 8000},
+                      {"3", "b", "d", 1, -25, -20, 0.2, 2000, 7500}};
+  for (const Row& row : rows) {
+    rvx::Sample sample;
+    sample.sampleId = row.sampleId;
+    sample.instrument = row.instrument;
+    sample.operatorName = row.operatorName;
+    sample.position = row.position;
+    sample.constants[5] = row.temperature;
+    sample.averageTemperature = row.average;
+    sample.speed = row.speed;
+    sample.viscosity = row.viscosity;
+    sample.constants[4] = row.known;
+    sample.timestamp = platform::Date(2026, 1, 5, 8, 0, 0);
+    // One of them is no measurement.
+    host_->samples().SetSimulated(row.position == 2);
+    host_->samples().StoreSample(sample);
+  }
+  const std::pair<int, const char*> expected[] = {
+      {SamplesModel::Time, "123"},        {SamplesModel::Instrument, "231"},
+      {SamplesModel::Position, "312"},    {SamplesModel::SampleId, "123"},
+      {SamplesModel::Temperature, "231"}, {SamplesModel::Average, "132"},
+      {SamplesModel::Speed, "132"},       {SamplesModel::Viscosity, "321"},
+      {SamplesModel::Known, "321"},       {SamplesModel::Operator, "312"},
+      {SamplesModel::Origin, "231"}};
+  SamplesModel model(host_->samples(), worker_);
+  for (const auto& [column, order] : expected) {
+    model.sort(column, Qt::AscendingOrder);
+    ASSERT_TRUE(DesktopBench::Until([&] { return !model.IsSearching(); }));
+    QString found;
+    for (const QString& id : Column(model, SamplesModel::SampleId)) found += id;
+    EXPECT_EQ(found, order) << SampleHeading(column).toStdString();
+  }
+}
+
 TEST_F(SamplesModelTest, FetchesOnlyWhatIsLookedAt) {
   Multiply(100000);
   SamplesModel model(host_->samples(), worker_);

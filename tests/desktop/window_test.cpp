@@ -5,6 +5,7 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QClipboard>
+#include <QFileDialog>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
@@ -141,6 +142,20 @@ TEST_F(WindowTest, ATrayRunsFromTheButtonToItsSummary) {
   EXPECT_EQ(session().summary()->failedPositions, 0);
   EXPECT_EQ(session().rows()[1].state, RowState::Done);
   EXPECT_EQ(bench_.host().samples().Count(), 2);
+  SampleQuery others;
+  others.sampleId = "nothing of this run";
+  bench_.window().samplesPage().model().SetQuery(others);
+  const QString file = QString::fromStdString(bench_.folder() + "/run.csv");
+  QTimer::singleShot(0, &bench_.window(), [file] {
+    auto* dialog = DesktopBench::WaitForWindow<QFileDialog>();
+    ASSERT_NE(dialog, nullptr);
+    dialog->selectFile(file);
+    QMetaObject::invokeMethod(dialog, "accept");
+  });
+  Q_EMIT bench_.window().trayPage().ExportAsked();
+  ASSERT_TRUE(DesktopBench::Until([&] {
+    return bench_.window().statusBar()->currentMessage().startsWith("2 samples were written");
+  })) << bench_.window().statusBar()->currentMessage().toStdString();
   ASSERT_TRUE(Find<QPushButton>("New Tray")->isVisible());
   QTest::mouseClick(Find<QPushButton>("New Tray"), Qt::LeftButton);
   ASSERT_TRUE(DesktopBench::Until([this] { return !session().rows()[0].filled(); }));
