@@ -4,6 +4,7 @@
 #include <QLocale>
 #include <QMessageBox>
 #include <QTabWidget>
+#include <QTableView>
 #include <QTimer>
 #include <cstdio>
 
@@ -112,11 +113,14 @@ void ShootRun(DesktopBench& bench, const Photographer& photographer) {
       "it.";
   bench.host().errors().Report(report);
   bench.host().errors().Report(report);
-  DesktopBench::Until([&] { return window.messages().OpenCount() > 0; });
-  window.findChild<QTabWidget*>()->setCurrentIndex(1);
+  DesktopBench::Until([&] { return window.messages().at(0).count == 2; });
+  auto* tabs = window.findChild<QTabWidget*>();
+  tabs->setCurrentIndex(1);
+  // The instrument's own message, with its advice below.
+  tabs->widget(1)->findChild<QTableView*>()->selectRow(1);
   photographer.Shoot(window, "window-error");
   window.messages().AcknowledgeAll();
-  window.findChild<QTabWidget*>()->setCurrentIndex(0);
+  tabs->setCurrentIndex(0);
   session.Resume();
   DesktopBench::Until([&] { return session.summary().has_value(); });
   photographer.Shoot(window, "window-finished");
