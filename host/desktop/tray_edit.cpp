@@ -141,6 +141,16 @@ TrayEdit SampleIdEdit(const std::vector<TrayCell>& tray, int at, const QStringLi
   return Changes(tray, edit);
 }
 
+int CountUnplaced(const std::vector<TrayCell>& tray, int at, int count, PasteKind kind) {
+  const int size = static_cast<int>(tray.size());
+  int placed = std::clamp(size - at, 0, count);
+  if (kind == PasteKind::Positions) return count - placed;
+  const auto isFilled = [](const TrayCell& cell) { return !cell.empty(); };
+  const auto first = std::find_if(tray.begin(), tray.end(), isFilled);
+  placed -= std::clamp(static_cast<int>(first - tray.begin()) - at, 0, placed);
+  return count - placed;
+}
+
 TrayEdit ClearEdit(const std::vector<TrayCell>& tray, const std::vector<int>& positions) {
   TrayEdit edit;
   for (const int position : positions) edit[position] = TrayCell();

@@ -75,6 +75,10 @@ TrayEdit PasteEdit(const std::vector<TrayCell>& tray, int at, const std::vector<
 // One sample id a line, from `at` on. A position that is empty becomes a copy of the nearest filled
 // one above it; without one it stays empty.
 TrayEdit SampleIdEdit(const std::vector<TrayCell>& tray, int at, const QStringList& sampleIds);
+enum class PasteKind { Positions, SampleIds };
+// How many of `count` pasted ones these edits leave out: they lie behind the end of the tray, or no
+// sample stands at or above their position that could take the id.
+int CountUnplaced(const std::vector<TrayCell>& tray, int at, int count, PasteKind kind);
 TrayEdit ClearEdit(const std::vector<TrayCell>& tray, const std::vector<int>& positions);
 // The first of the positions into the others; a filled one keeps its sample id.
 TrayEdit FillDownEdit(const std::vector<TrayCell>& tray, const std::vector<int>& positions);

@@ -383,6 +383,12 @@ class Refusals(Case):
         self.run_torvell("--help")
         self.run_torvell("run", "--help")
 
+    def test_a_window_without_a_display_is_refused(self):
+        for name in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"):
+            self.environment.pop(name, None)
+        self.run_torvell("--clock", "x20", "desktop", simulate=False, expect=2)
+        self.assertIn("there is no display", self.stderr)
+
     def test_a_bad_tray_file_is_refused_as_a_whole(self):
         self.calibrate(-20)
         self.run_torvell("tray", "load", self.tray("2,measure,before,-20,,,,"))

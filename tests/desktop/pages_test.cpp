@@ -129,6 +129,30 @@ TEST(PagesTest, WhatIsHandedOverIsWrittenAndNothingElse) {
   EXPECT_EQ(text.find("of another day"), std::string::npos);
 }
 
+TEST(PagesTest, WhatCanBeAddedFollowsTheConstants) {
+  DesktopBench bench;
+  bench.Open();
+  bench.ActAs("sara");
+  const auto offers = [&](const QString& label) {
+    const auto actions = bench.window().trayPage().findChildren<QAction*>();
+    return std::any_of(actions.begin(), actions.end(),
+                       [&](const QAction* action) { return action->text() == label; });
+  };
+  ASSERT_TRUE(DesktopBench::Until([&] { return offers("Measure Viscosity"); }));
+  const auto setAll = [&](double b0) {
+    RunAside(bench.gui(), "constants", [&] {
+      rvx::InstrumentScripting& instrument = *bench.session().entry().scripting;
+      for (const rvx::CellConstants& slot : instrument.GetCellConstants()) {
+        EXPECT_FALSE(instrument.SetCellConstants(slot.temperature, b0, 0.0, 0.0).has_value());
+      }
+    });
+  };
+  setAll(0.0);
+  EXPECT_TRUE(DesktopBench::Until([&] { return !offers("Measure Viscosity"); }));
+  setAll(1200.0);
+  EXPECT_TRUE(DesktopBench::Until([&] { return offers("Measure Viscosity"); }));
+}
+
 TEST(PagesTest, WhoAcknowledgesIsNotAskedAgain) {
   DesktopBench bench;
   ErrorReport report;

@@ -55,6 +55,18 @@ TEST(TrayEditTest, CellsComeBackFromTheClipboardAndForeignBytesDoNot) {
   }
 }
 
+TEST(TrayEditTest, WhatFindsNoPlaceIsCounted) {
+  std::vector<TrayCell> tray(5);
+  tray[2].classKey = "RVX Measure Viscosity Action";
+  EXPECT_EQ(CountUnplaced(tray, 3, 2, PasteKind::Positions), 0);
+  EXPECT_EQ(CountUnplaced(tray, 3, 6, PasteKind::Positions), 4);
+  EXPECT_EQ(CountUnplaced(tray, 0, 5, PasteKind::Positions), 0);
+  EXPECT_EQ(CountUnplaced(tray, 0, 1, PasteKind::SampleIds), 1);
+  EXPECT_EQ(CountUnplaced(tray, 0, 6, PasteKind::SampleIds), 3);  // two in front, one behind
+  EXPECT_EQ(CountUnplaced(tray, 3, 2, PasteKind::SampleIds), 0);
+  EXPECT_EQ(CountUnplaced(std::vector<TrayCell>(5), 2, 9, PasteKind::SampleIds), 9);
+}
+
 TEST(TrayEditTest, SampleIdsAreOneLineOfBoundedLength) {
   EXPECT_EQ(CleanSampleId(QStringLiteral("  a\tb\nc\x0B ")), QStringLiteral("a b c"));
   EXPECT_EQ(CleanSampleId(QString(10000, QLatin1Char('x'))).size(), kLongestSampleId);
