@@ -339,13 +339,20 @@ int32_t C_RVX::IsIdle() {
 
 // --- Others ---
 
-std::vector<std::shared_ptr<Action>> C_RVX::EmptyTray() {
-  TrayGuard guard(tray_);
-  std::vector<std::shared_ptr<Action>> empty;
-  empty.reserve(static_cast<size_t>(tray_.GetSize()));
-  for (int32_t position = 0; position < tray_.GetSize(); ++position) {
-    empty.push_back(MakeAction(kNullAction));
+std::vector<std::shared_ptr<Action>> C_RVX::MakeEmptyTray() {
+  int32_t positions = 0;
+  {
+    TrayGuard guard(tray_);
+    positions = tray_.GetSize();
   }
+  std::vector<std::shared_ptr<Action>> empty;
+  empty.reserve(static_cast<size_t>(positions));
+  while (static_cast<int32_t>(empty.size()) < positions) empty.push_back(MakeAction(kNullAction));
+  return empty;
+}
+
+std::vector<std::shared_ptr<Action>> C_RVX::EmptyTray(std::vector<std::shared_ptr<Action>> empty) {
+  TrayGuard guard(tray_);
   return tray_.ReplaceAll(std::move(empty));
 }
 

@@ -199,9 +199,13 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   // "A check standard is due ..." with the number of samples.
   std::string FormatCheckStandardDue(int32_t samples) const;
 
-  // Puts a CNullAction into every tray position. The actions that stood there come back: stop and
-  // drop them with no lock held.
-  [[nodiscard]] std::vector<std::shared_ptr<Action>> EmptyTray();
+  // A CNullAction for every tray position, to be put in by TrayOfSampleActions::ReplaceAll. Call it
+  // with no lock held: an action loads its texts on the user-interface thread, which may itself be
+  // waiting for the tray.
+  std::vector<std::shared_ptr<Action>> MakeEmptyTray();
+  // Puts these in. The actions that stood there come back: stop and drop them with no lock held.
+  [[nodiscard]] std::vector<std::shared_ptr<Action>> EmptyTray(
+      std::vector<std::shared_ptr<Action>> empty);
 
  protected:
   // For a class on top of this one. An object must not be called by its threads while it still

@@ -94,6 +94,7 @@ void TrayController::Abort() {
   const std::shared_ptr<TrayRun> run = CurrentRun();
   if (!run) return;
   TrayWatcher* watcher = nullptr;
+  std::vector<std::shared_ptr<Action>> empty = instrument_.MakeEmptyTray();
   std::vector<std::shared_ptr<Action>> removed;
   {
     platform::RecursiveGuard guard(run->lock);
@@ -101,7 +102,7 @@ void TrayController::Abort() {
     watcher = std::exchange(run->watcher, nullptr);
     run->instrument = nullptr;
     // First: a host that sees no run any more fills the tray anew.
-    removed = instrument_.EmptyTray();
+    removed = instrument_.EmptyTray(std::move(empty));
     {
       ConfigurationRecord& configuration = instrument_.configuration();
       ConfigurationGuard configurationGuard(configuration);

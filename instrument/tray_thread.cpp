@@ -129,13 +129,14 @@ bool TrayThread::RunPositions() {
 }
 
 void TrayThread::Finish() {
+  std::vector<std::shared_ptr<Action>> empty = instrument_.MakeEmptyTray();
   std::vector<std::shared_ptr<Action>> removed;
   TrayWatcher* watcher = nullptr;
   {
     platform::RecursiveGuard guard(run_->lock);
     if (run_->instrument == nullptr) return;
     // First: a host that sees no run any more fills the tray anew.
-    removed = instrument_.EmptyTray();
+    removed = instrument_.EmptyTray(std::move(empty));
     {
       ConfigurationRecord& configuration = instrument_.configuration();
       ConfigurationGuard configurationGuard(configuration);

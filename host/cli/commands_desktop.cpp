@@ -4,6 +4,7 @@
 
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
+#include "host/cli/session.h"
 #include "host/desktop/desktop.h"
 
 namespace torvell {
@@ -51,6 +52,9 @@ void AddDesktopCommand(CLI::App& app, Invocation& invocation) {
       }
       options->dataFolder = invocation.options.dataFolder;
       options->simulate = invocation.options.simulate;
+      options->whoActs = [&invocation](Users& users) {
+        return ActingUserOf(invocation.options, users);
+      };
       return RunDesktop(*options);
     };
   });

@@ -52,26 +52,49 @@ Host& Session::host() {
   options.simulate = options_.simulate;
   if (IsVirtual()) options.seed = options_.seed;
   host_ = Host::Open(options);
-  const std::string user = AuthenticatedUser();
+  const std::string user = ActingUserOf(options_, host_->users());
   host_->users().SetActingUser(user);
   SayWhoActs(user);
   for (const std::string& notice : host_->notices()) output_.Notice(notice);
   return *host_;
 }
 
-std::string Session::AuthenticatedUser() {
-  if (options_.user.empty()) {
+std::string NextPassword(const GlobalOptions& options, const std::string& question) {
+  std::optional<std::string> password;
+  if (options.passwordDescriptor) {
+    password = ReadLineFrom(*options.passwordDescriptor);
+    if (!password) {
+      throw CommandFailure(
+          ExitCode::BadUse,
+          fmt::format("no password came from descriptor {}. Nothing was done. Give "
+                      "one line for each password that is needed.",
+                      *options.passwordDescriptor));
+    }
+    return *password;
+  }
+  password = AskPassword(question);
+  if (!password) {
+    throw CommandFailure(ExitCode::BadUse,
+                         "a password is needed and there is no terminal to ask for it. Nothing was "
+                         "done. Give it with --password-fd.");
+  }
+  return *password;
+}
+
+std::string ActingUserOf(const GlobalOptions& options, Users& users) {
+  if (options.user.empty()) {
     const char* name = std::getenv("TORVELL_USER");
     return name == nullptr ? "" : name;
   }
-  const std::string password = Password(fmt::format("Password of {}: ", options_.user));
-  if (!host_->users().Authenticate(options_.user, password)) {
+  const std::string password =
+      NextPassword(options, fmt::format("Password of {}: ", options.user));
+  if (!users.Authenticate(options.user, password)) {
     throw CommandFailure(ExitCode::NotAllowed,
                          fmt::format("\"{}\" was not accepted: there is no such user, or the "
                                      "password is another. Nothing was done.",
-                                     options_.user));
+                                     options.user));
   }
-  return options_.user;
+  return options.user;
 }
 
 void Session::SayWhoActs(const std::string& user) {
@@ -165,25 +188,7 @@ void Session::WaitForStatus(const FoundInstrument& found) {
 }
 
 std::string Session::Password(const std::string& question) {
-  std::optional<std::string> password;
-  if (options_.passwordDescriptor) {
-    password = ReadLineFrom(*options_.passwordDescriptor);
-    if (!password) {
-      throw CommandFailure(
-          ExitCode::BadUse,
-          fmt::format("no password came from descriptor {}. Nothing was done. Give "
-                      "one line for each password that is needed.",
-                      *options_.passwordDescriptor));
-    }
-    return *password;
-  }
-  password = AskPassword(question);
-  if (!password) {
-    throw CommandFailure(ExitCode::BadUse,
-                         "a password is needed and there is no terminal to ask for it. Nothing was "
-                         "done. Give it with --password-fd.");
-  }
-  return *password;
+  return NextPassword(options_, question);
 }
 
 void ThrowIfRefused(const rvx::ScriptingResult& result) {

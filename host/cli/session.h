@@ -20,6 +20,14 @@ struct FoundInstrument : InstrumentEntry {
   int32_t index = 0;  // in the host's list
 };
 
+// Password lines of --password-fd in turn, or asked for on the terminal. CommandFailure (bad use)
+// where there is neither.
+std::string NextPassword(const GlobalOptions& options, const std::string& question);
+
+// Who acts: --user, whose password is checked, or TORVELL_USER; may be empty or unknown.
+// CommandFailure (not allowed, bad use).
+std::string ActingUserOf(const GlobalOptions& options, Users& users);
+
 // The main thread's.
 class Session {
  public:
@@ -51,12 +59,9 @@ class Session {
   // Waits for the instrument's first status. CommandFailure (no instrument) if none comes.
   void WaitForStatus(const FoundInstrument& found);
 
-  // Password lines of --password-fd in turn, or asked for on the terminal. CommandFailure (bad use)
-  // where there is neither.
   std::string Password(const std::string& question);
 
  private:
-  std::string AuthenticatedUser();
   void SayWhoActs(const std::string& user);
   std::string WhyNoInstrument();
 

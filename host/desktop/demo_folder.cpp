@@ -59,6 +59,12 @@ bool IsDemoFolder(const std::string& folder) {
   return std::filesystem::exists(folder + kMark, error);
 }
 
+void WriteDemoStandards(Host& host) {
+  if (!host.users().IsEmpty()) return;
+  host.analysisTexts().WriteAnalysisText(rvx::kStandardsArchiveName, rvx::kStandardsSection,
+                                         StandardsText());
+}
+
 void FillDemoFolder(Host& host) {
   if (!host.users().IsEmpty()) return;
   for (const InstrumentEntry& entry : host.instruments().Entries()) {
@@ -69,8 +75,6 @@ void FillDemoFolder(Host& host) {
       if (refused) throw HostError(HostErrorKind::Database, refused->message);
     }
   }
-  host.analysisTexts().WriteAnalysisText(rvx::kStandardsArchiveName, rvx::kStandardsSection,
-                                         StandardsText());
   // The first user has to be one who may add the others; from then on levels count.
   const std::vector<DemoUser>& users = DemoUsers();
   for (auto user = users.rbegin(); user != users.rend(); ++user) {

@@ -23,8 +23,13 @@ std::string DefaultDemoFolder();
 // The folder was filled by FillDemoFolder.
 bool IsDemoFolder(const std::string& folder);
 
-// Gives a fresh folder its constants, standards and users: nothing is done if it has users. The
-// instruments have been looked for. Not on the window's thread. HostError if it can't be stored.
+// Gives a fresh folder its standards: nothing is done if it has users. Before the instruments are
+// looked for, since they read the standards when they begin. Not on the window's thread. HostError
+// if it can't be stored.
+void WriteDemoStandards(Host& host);
+
+// Gives a fresh folder its constants and users: nothing is done if it has users. The instruments
+// have been looked for. Not on the window's thread. HostError if it can't be stored.
 void FillDemoFolder(Host& host);
 
 }  // namespace torvell

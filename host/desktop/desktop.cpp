@@ -5,9 +5,9 @@
 #include <QIcon>
 #include <QTimer>
 
+#include "host/desktop/abort_consent.h"
 #include "host/desktop/demo_folder.h"
 #include "host/desktop/main_window.h"
-#include "host/desktop/prompter.h"
 #include "platform/interrupt.h"
 
 namespace torvell {
@@ -23,17 +23,6 @@ std::string FolderOf(const DesktopOptions& options) {
 bool IsDemo(const DesktopOptions& options) {
   return options.demo || (options.simulate && options.dataFolder.empty());
 }
-
-// The prompter is the process's; it goes before the window's thread does.
-class PrompterInForce {
- public:
-  explicit PrompterInForce(GuiThread& gui) : prompter_(gui) { platform::SetPrompter(&prompter_); }
-  ~PrompterInForce() { platform::SetPrompter(nullptr); }
-  WindowPrompter& prompter() { return prompter_; }
-
- private:
-  WindowPrompter prompter_;
-};
 
 }  // namespace
 
@@ -60,18 +49,18 @@ int RunDesktop(const DesktopOptions& options) {
                           : options.theme == "light" ? ThemeKind::Light
                                                      : DesktopTheme());
   GuiThread gui;
-  PrompterInForce prompting(gui);
+  AbortConsent consent;
   HostOptions hostOptions;
   hostOptions.dataFolder = FolderOf(options);
   hostOptions.simulate = options.simulate;
-  hostOptions.userName = options.userName;
   hostOptions.userInterface = &gui;
   std::unique_ptr<Host> host = Host::Open(hostOptions);
+  if (options.whoActs) host->users().SetActingUser(options.whoActs(host->users()));
 
-  auto window = std::make_unique<MainWindow>(*host, gui, prompting.prompter(),
+  auto window = std::make_unique<MainWindow>(*host, gui, consent,
                                              WindowOptions{IsDemo(options), options.lockMinutes});
-  QEventLoop loop;
-  QObject::connect(window.get(), &MainWindow::Closed, &loop, &QEventLoop::quit);
+  // Ends the loops of open dialogs too; quit would ask the windows once more.
+  QObject::connect(window.get(), &MainWindow::Closed, [] { QCoreApplication::exit(0); });
   // Ctrl+C in the terminal that started it is a wish to close, with the same question.
   platform::InterruptWatch interrupts;
   QTimer signals_;
@@ -83,7 +72,7 @@ int RunDesktop(const DesktopOptions& options) {
   signals_.start(kSignalPoll);
   window->show();
   window->Begin();
-  loop.exec();
+  QApplication::exec();
 
   RunAside(gui, "closing", window->TakeClosingWork());
   window.reset();

@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+#include "host/core/users.h"
 #include "host/desktop/theme.h"
 
 namespace torvell {
@@ -12,7 +13,9 @@ struct DesktopOptions {
   std::string dataFolder;  // empty: the default one, or with `simulate` the demonstration's
   bool simulate = false;
   bool demo = false;     // fill a fresh data folder as a demonstration
-  std::string userName;  // who acts, already authenticated; empty: the window asks
+  // Says who acts, authenticated, once the folder is open; null or an empty name: the window asks.
+  // What it raises ends the program.
+  std::function<std::string(Users&)> whoActs;
   int lockMinutes = 10;  // without a key or a mouse movement; 0: never
   std::string theme;     // "light", "dark"; empty: as the desktop is
 };

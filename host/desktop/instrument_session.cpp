@@ -3,7 +3,7 @@
 #include <QTimer>
 #include <algorithm>
 
-#include "host/desktop/prompter.h"
+#include "host/desktop/abort_consent.h"
 #include "host/tray/preparation.h"
 #include "host/tray/tray_file.h"
 
@@ -16,9 +16,8 @@ constexpr size_t kMostUndo = 50;
 
 }  // namespace
 
-InstrumentSession::InstrumentSession(Host& host, GuiThread& gui, WindowPrompter& prompter,
-                                     const InstrumentEntry& entry)
-    : host_(host), gui_(gui), prompter_(prompter), entry_(entry) {
+InstrumentSession::InstrumentSession(Host& host, GuiThread& gui, const InstrumentEntry& entry)
+    : host_(host), gui_(gui), entry_(entry) {
   worker_ = std::make_unique<Worker>(gui_, "window work " + entry_.identity.portName);
   feed_ = std::make_unique<ReadingsFeed>(entry_);
   auto* timer = new QTimer(this);
@@ -29,8 +28,16 @@ InstrumentSession::InstrumentSession(Host& host, GuiThread& gui, WindowPrompter&
 
 InstrumentSession::~InstrumentSession() { closing_ = true; }
 
-void InstrumentSession::Finish() {
+void InstrumentSession::EndRun() {
   closing_ = true;
+  worker_->Do(this, [this] {
+    const AbortConsent::Scope yes;
+    if (runner_ && !runner_->HasFinished()) runner_->Abort();
+    runner_.reset();
+  });
+}
+
+void InstrumentSession::Finish() {
   if (preparation_) preparation_->Finish();
   worker_->Finish();
 }
@@ -50,7 +57,7 @@ InstrumentSituation InstrumentSession::Situation() const {
     situation.position = run_->Current()->plan.position + 1;
   }
   situation.filled = static_cast<int>(tray_.size());
-  situation.busy = busy_ > 0;
+  situation.busy = IsBusy();
   situation.preparing = preparing_;
   situation.summaryOpen = summary_.has_value();
   situation.simulated = entry_.identity.simulated;
@@ -60,9 +67,24 @@ InstrumentSituation InstrumentSession::Situation() const {
 void InstrumentSession::SetBusy(int change) {
   busy_ += change;
   Q_EMIT StateChanged();
+  RunWaiting();
 }
 
-void InstrumentSession::Work(std::function<void()> job, std::function<void()> done) {
+void InstrumentSession::WhenIdle(std::function<void()> job) {
+  waiting_.push_back(std::move(job));
+  RunWaiting();
+}
+
+void InstrumentSession::RunWaiting() {
+  while (!IsBusy() && !waiting_.empty()) {
+    const std::function<void()> job = std::move(waiting_.front());
+    waiting_.erase(waiting_.begin());
+    job();
+  }
+}
+
+void InstrumentSession::Work(std::function<void()> job, std::function<void()> done,
+                             std::function<void()> failed) {
   SetBusy(1);
   worker_->Do(
       this, std::move(job),
@@ -70,8 +92,8 @@ void InstrumentSession::Work(std::function<void()> job, std::function<void()> do
         if (done) done();
         SetBusy(-1);
       },
-      [this](const QString& text) {
-        starting_ = false;
+      [this, failed = std::move(failed)](const QString& text) {
+        if (failed) failed();
         SetBusy(-1);
         Reload();
         Q_EMIT Failed(text);
@@ -107,10 +129,16 @@ void InstrumentSession::Reload() {
         cells_ = std::move(found->cells);
         estimatedSeconds_ = 0;
         for (const TrayPosition& position : tray_) estimatedSeconds_ += position.estimatedSeconds;
-        RebuildRows();
+        // First, so that whoever hears of the new tray may change it.
         over();
+        RebuildRows();
+        RunWaiting();
       },
-      [over](const QString&) { over(); });
+      [this, over](const QString&) {
+        over();
+        Q_EMIT StateChanged();
+        RunWaiting();
+      });
 }
 
 void InstrumentSession::RebuildRows() {
@@ -123,51 +151,56 @@ void InstrumentSession::Start() {
   if (run_ != nullptr || starting_) return;
   starting_ = true;
   auto plan = std::make_shared<std::vector<TrayPosition>>();
-  auto started = std::make_shared<std::shared_ptr<TrayRunner>>();
   failures_.clear();
   pauseRequested_ = false;
   aborted_ = false;
   events_.TakeAll();
   Work(
-      [this, plan, started] {
+      [this, plan] {
         *plan = ReadTray(entry_);
-        *started = host_.StartTray(entry_, &recorder_);
+        runner_ = host_.StartTray(entry_, &recorder_);
       },
-      [this, plan, started] {
+      [this, plan] {
         starting_ = false;
-        runner_ = std::move(*started);
         run_ = std::make_unique<RunState>(entry_, *plan);
         runStarted_ = platform::MonotonicTime();
         undo_.clear();
         Q_EMIT RunBegan();
         RebuildRows();
-      });
+      },
+      [this] { starting_ = false; });
 }
 
 void InstrumentSession::PauseAfterSample() {
-  if (!runner_) return;
+  if (!IsRunning()) return;
   pauseRequested_ = true;
-  Work([runner = runner_] { runner->PauseAfterSample(); });
+  Work([this] {
+    if (runner_) runner_->PauseAfterSample();
+  });
 }
 
 void InstrumentSession::PauseNow() {
-  if (!runner_) return;
+  if (!IsRunning()) return;
   pauseRequested_ = true;
-  Work([runner = runner_] { runner->PauseNow(); });
+  Work([this] {
+    if (runner_) runner_->PauseNow();
+  });
 }
 
 void InstrumentSession::Resume() {
-  if (!runner_) return;
+  if (!IsRunning()) return;
   pauseRequested_ = false;
-  Work([runner = runner_] { runner->Resume(); });
+  Work([this] {
+    if (runner_) runner_->Resume();
+  });
 }
 
 void InstrumentSession::Abort() {
-  if (!runner_) return;
+  if (!IsRunning()) return;
   aborted_ = true;
-  Work([this, runner = runner_] {
-    const WindowPrompter::YesScope yes(prompter_);
-    runner->Abort();
+  Work([this] {
+    const AbortConsent::Scope yes;
+    if (runner_) runner_->Abort();
   });
 }
 
@@ -208,8 +241,14 @@ void InstrumentSession::AcknowledgeSummary() {
   Reload();
 }
 
+void InstrumentSession::Change(EditMaker make) {
+  WhenIdle([this, make = std::move(make)] {
+    if (run_ == nullptr) Apply(make(cells_));
+  });
+}
+
 void InstrumentSession::Apply(const TrayEdit& edit) {
-  if (edit.empty() || run_ != nullptr) return;
+  if (edit.empty()) return;
   auto before = std::make_shared<TrayEdit>();
   Work([this, edit, before] { *before = ApplyEdit(host_, entry_, edit); },
        [this, before] {
@@ -220,23 +259,38 @@ void InstrumentSession::Apply(const TrayEdit& edit) {
 }
 
 void InstrumentSession::Undo() {
-  if (undo_.empty() || run_ != nullptr) return;
-  const TrayEdit edit = undo_.back();
-  undo_.pop_back();
-  Work([this, edit] { ApplyEdit(host_, entry_, edit); }, [this] { Reload(); });
+  WhenIdle([this] {
+    if (undo_.empty() || run_ != nullptr) return;
+    const TrayEdit edit = undo_.back();
+    Work([this, edit] { ApplyEdit(host_, entry_, edit); },
+         [this] {
+           undo_.pop_back();
+           Reload();
+         });
+  });
 }
 
-// The module's dialogs stand on the window's thread, and the action lives in the tray while they
-// do, because a refused first edit takes it out of there.
-void InstrumentSession::EditHeld(std::shared_ptr<rvx::Action> action,
-                                 std::function<void(bool)> then) {
-  bool accepted = false;
-  try {
-    accepted = action->Edit() != 0;
-  } catch (...) {
-    Q_EMIT Failed(DescribeRaised());
-  }
-  then(accepted);
+void InstrumentSession::EditInDialog(std::function<std::shared_ptr<rvx::Action>()> make,
+                                     const std::vector<int>& positions) {
+  auto action = std::make_shared<std::shared_ptr<rvx::Action>>();
+  Work(
+      [this, make = std::move(make), action] {
+        host_.users().Require(kLevelOperator, "change the tray");
+        *action = make();
+      },
+      [this, action, positions] {
+        // The module's dialogs stand on the window's thread. What they edit stands in no tray until
+        // it is accepted, so nothing has to be taken back.
+        TrayEdit edit;
+        try {
+          if ((*action)->Edit() == 0) return;
+          for (const int position : positions) edit[position] = CellOf(**action);
+        } catch (...) {
+          Q_EMIT Failed(DescribeRaised());
+          return;
+        }
+        Change([edit](const std::vector<TrayCell>&) { return edit; });
+      });
 }
 
 void InstrumentSession::AddSample(int kind, const std::vector<int>& positions) {
@@ -248,76 +302,24 @@ void InstrumentSession::AddSample(int kind, const std::vector<int>& positions) {
     }
   }
   if (empty.empty()) {
-    Q_EMIT Notice(
-        QStringLiteral("The selected positions are filled. Select empty ones, or clear "
-                       "them first."));
+    Q_EMIT Notice(positions.empty()
+                      ? QStringLiteral("Select the positions that are to be filled first.")
+                      : QStringLiteral("The selected positions are filled. Select empty ones, or "
+                                       "clear them first."));
     return;
   }
-  auto action = std::make_shared<std::shared_ptr<rvx::Action>>();
-  const int first = empty.front();
-  Work(
-      [this, kind, first, action] {
-        host_.users().Require(kLevelOperator, "change the tray");
-        action->reset(entry_.instrument->CreateSampleAction(kind));
-        std::shared_ptr<rvx::Action> old;
-        rvx::TrayOfSampleActions& tray = *entry_.instrument->GetTray(0);
-        {
-          const rvx::TrayGuard guard(tray);
-          old = tray.Replace(first, *action);
-        }
-        old->Stop();
+  EditInDialog(
+      [this, kind] {
+        return std::shared_ptr<rvx::Action>(entry_.instrument->CreateSampleAction(kind));
       },
-      [this, action, empty] {
-        EditHeld(*action, [this, action, empty](bool accepted) {
-          if (!accepted) {
-            Reload();
-            return;
-          }
-          auto before = std::make_shared<TrayEdit>();
-          Work(
-              [this, action, empty, before] {
-                const TrayCell cell{(*action)->GetClassName(), (*action)->GetSampleId(),
-                                    (*action)->GetStateText()};
-                TrayEdit rest;
-                for (const int position : empty) rest[position] = cell;
-                rest.erase(empty.front());
-                *before = ApplyEdit(host_, entry_, rest);
-                (*before)[empty.front()] = TrayCell();
-              },
-              [this, before] {
-                undo_.push_back(std::move(*before));
-                Reload();
-              });
-        });
-      });
+      empty);
 }
 
 void InstrumentSession::Edit(int position) {
-  auto action = std::make_shared<std::shared_ptr<rvx::Action>>();
-  auto before = std::make_shared<TrayEdit>();
-  const std::vector<TrayCell>& cells = cells_;
-  if (position < 0 || position >= static_cast<int>(cells.size()) ||
-      cells[static_cast<size_t>(position)].empty()) {
-    return;
-  }
-  (*before)[position] = cells[static_cast<size_t>(position)];
-  Work(
-      [this, position, action] {
-        host_.users().Require(kLevelOperator, "change the tray");
-        rvx::TrayOfSampleActions& tray = *entry_.instrument->GetTray(0);
-        const rvx::TrayGuard guard(tray);
-        *action = tray.Hold(position);
-      },
-      [this, action, before] {
-        EditHeld(*action, [this, before](bool accepted) {
-          if (!accepted) return;
-          Work([this] { StoreTray(host_, entry_); },
-               [this, before] {
-                 undo_.push_back(std::move(*before));
-                 Reload();
-               });
-        });
-      });
+  if (position < 0 || position >= static_cast<int>(cells_.size())) return;
+  const TrayCell cell = cells_[static_cast<size_t>(position)];
+  if (cell.empty()) return;
+  EditInDialog([this, cell] { return MakeAction(entry_, cell); }, {position});
 }
 
 void InstrumentSession::LoadFile(const QString& path) {
@@ -442,8 +444,7 @@ void InstrumentSession::HandleEnd() {
   }
   summary_ = summary;
   // Its end waits for the last lines of the run's threads.
-  worker_->Do(this, [runner = std::move(runner_)]() mutable { runner.reset(); });
-  runner_.reset();
+  worker_->Do(this, [this] { runner_.reset(); });
   Q_EMIT RunEnded();
   Reload();
 }

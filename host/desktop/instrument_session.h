@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QString>
 #include <atomic>
+#include <functional>
 #include <memory>
 
 #include "host/desktop/instrument_state.h"
@@ -13,8 +14,6 @@
 #include "host/tray/run_events.h"
 
 namespace torvell {
-
-class WindowPrompter;
 
 // How a run ended, until somebody has taken notice.
 struct RunSummary {
@@ -32,9 +31,8 @@ class InstrumentSession : public QObject {
   Q_OBJECT
 
  public:
-  InstrumentSession(Host& host, GuiThread& gui, WindowPrompter& prompter,
-                    const InstrumentEntry& entry);
-  // Waits for a run's end: end or abort it before.
+  InstrumentSession(Host& host, GuiThread& gui, const InstrumentEntry& entry);
+  // Behind EndRun and Finish.
   ~InstrumentSession() override;
 
   const InstrumentEntry& entry() const { return entry_; }
@@ -47,12 +45,17 @@ class InstrumentSession : public QObject {
   // The run on the screen; null without one.
   const RunState* run() const { return run_.get(); }
   const std::optional<RunSummary>& summary() const { return summary_; }
-  bool IsRunning() const { return run_ != nullptr && !run_->finished(); }
+  // Also while a start is on its way, when run() is still null.
+  bool IsRunning() const { return starting_ || (run_ != nullptr && !run_->finished()); }
   // Seconds of the base's time that the tray as it stands would take.
   int EstimatedSeconds() const { return estimatedSeconds_; }
   bool CanUndo() const { return !undo_.empty(); }
 
-  // Ends this object's threads, behind what was given to them. Not on the window's thread.
+  // Aborts what runs, or what a start that is still on its way has set going, as the last thing that
+  // is done here. Finish waits for it.
+  void EndRun();
+  // Ends this object's threads, behind what was given to them. Not on the window's thread, whose
+  // events a run's end needs.
   void Finish();
 
   // Commands; refusals come as Failed. The offers of instrument_state.h say when they make sense.
@@ -64,7 +67,10 @@ class InstrumentSession : public QObject {
   void Abort();
   void Prepare();
   void AcknowledgeSummary();
-  void Apply(const TrayEdit& edit);
+  // Asks `make` for an edit of the tray and puts it in: at once, or behind what is on its way, since
+  // an edit that was made from an older tray would lose samples. Nothing happens once a run began.
+  using EditMaker = std::function<TrayEdit(const std::vector<TrayCell>& tray)>;
+  void Change(EditMaker make);
   void Undo();
   // Adds an action of this kind (of the module's sample actions) to the empty ones among the
   // positions: edits the first in the module's dialog, and copies it to the rest when accepted.
@@ -100,13 +106,23 @@ class InstrumentSession : public QObject {
   void Handle(const RunEvent& event);
   void HandleEnd();
   void RebuildRows();
-  void Work(std::function<void()> job, std::function<void()> done = {});
-  void EditHeld(std::shared_ptr<rvx::Action> action, std::function<void(bool)> then);
+  // `failed` runs before the refusal is told.
+  void Work(std::function<void()> job, std::function<void()> done = {},
+            std::function<void()> failed = {});
+  // Something is being asked or changed, or the tray on the screen is older than the instrument's.
+  bool IsBusy() const { return busy_ > 0 || reloading_; }
+  // Shows the module's dialog for what `make` makes on the worker, and puts what is accepted into
+  // the positions.
+  void EditInDialog(std::function<std::shared_ptr<rvx::Action>()> make,
+                    const std::vector<int>& positions);
   void SetBusy(int change);
+  void Apply(const TrayEdit& edit);
+  // Runs the job as soon as the session is not busy.
+  void WhenIdle(std::function<void()> job);
+  void RunWaiting();
 
   Host& host_;
   GuiThread& gui_;
-  WindowPrompter& prompter_;
   const InstrumentEntry entry_;
   int traySize_ = 0;
   int estimatedSeconds_ = 0;
@@ -132,10 +148,11 @@ class InstrumentSession : public QObject {
   RunEventQueue events_;
   RunRecorder recorder_{events_, 0};
   std::unique_ptr<RunState> run_;
-  std::shared_ptr<TrayRunner> runner_;
   std::map<int, QString> failures_;
   platform::Microseconds runStarted_{0};
   std::optional<RunSummary> summary_;
+  std::unique_ptr<TrayRunner> runner_;  // the worker's jobs alone
+  std::vector<std::function<void()>> waiting_;
   std::unique_ptr<ReadingsFeed> feed_;
   // Last, so that its jobs have ended before what they use goes.
   std::unique_ptr<Worker> worker_;

@@ -167,7 +167,7 @@ RunOffers OffersOf(const InstrumentSituation& situation) {
                              "room for the next one."));
     return offers;
   }
-  offers.edit = Shown(FirstOf({right, busy}));
+  offers.edit = Shown(right);  // edits wait for their turn
   offers.start = Shown(StartObstacle(situation));
   const bool unprepared = !IsDisconnected(situation) && !NotReadyText(situation).isEmpty();
   const QString preparing =

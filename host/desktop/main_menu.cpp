@@ -7,6 +7,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <algorithm>
+#include <utility>
 
 #include "host/core/audit_write.h"
 #include "host/desktop/build_info.h"
@@ -102,6 +103,7 @@ void MainWindow::ApplyActor(const QString& name, int32_t level, bool isUser) {
   logOut_->setEnabled(isUser);
   lock_->setEnabled(isUser);
   if (selected_ != nullptr) screens_->Ask(selected_->entry());
+  OfferInterrupted();
 }
 
 void MainWindow::LogIn() {
@@ -164,12 +166,14 @@ void MainWindow::Greet(const Start& start) {
   }
 }
 
-void MainWindow::OfferInterrupted(const Start& start) {
+void MainWindow::OfferInterrupted() {
+  if (level_ < kLevelOperator) return;
+  const std::vector<InterruptedTray> found = std::exchange(interrupted_, {});
   for (const auto& session : sessions_) {
-    const auto interrupted = std::find_if(
-        start.interrupted.begin(), start.interrupted.end(),
-        [&](const auto& each) { return each.archiveKey == session->entry().identity.archiveKey; });
-    if (interrupted == start.interrupted.end()) continue;
+    const auto interrupted = std::find_if(found.begin(), found.end(), [&](const auto& each) {
+      return each.archiveKey == session->entry().identity.archiveKey;
+    });
+    if (interrupted == found.end()) continue;
     auto* box = new QMessageBox(
         QMessageBox::Question, QStringLiteral("Interrupted run"),
         QStringLiteral("%1: %2").arg(QString::fromStdString(session->entry().Title()),

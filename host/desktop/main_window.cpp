@@ -14,13 +14,13 @@
 #include <cmath>
 #include <limits>
 
+#include "host/desktop/abort_consent.h"
 #include "host/desktop/banner.h"
 #include "host/desktop/demo_folder.h"
 #include "host/desktop/instrument_panel.h"
 #include "host/desktop/instrument_session.h"
 #include "host/desktop/messages_page.h"
 #include "host/desktop/plot.h"
-#include "host/desktop/prompter.h"
 #include "host/desktop/run_progress.h"
 #include "host/desktop/samples_page.h"
 #include "host/desktop/tray_page.h"
@@ -33,6 +33,7 @@ namespace torvell {
 namespace {
 
 constexpr int kNoticeMilliseconds = 8000;
+constexpr int kLongestFailures = 2000;  // letters in one box
 constexpr int64_t kHistory = 1000;  // messages of earlier days in the list
 
 double SecondsOf(platform::Microseconds time) { return static_cast<double>(time.count()) / 1e6; }
@@ -91,9 +92,9 @@ class MainWindow::Listeners : private ErrorListener,
   int32_t handle_ = 0;
 };
 
-MainWindow::MainWindow(Host& host, GuiThread& gui, WindowPrompter& prompter,
+MainWindow::MainWindow(Host& host, GuiThread& gui, AbortConsent& consent,
                        const WindowOptions& options)
-    : host_(host), gui_(gui), prompter_(prompter), options_(options) {
+    : host_(host), gui_(gui), consent_(consent), options_(options) {
   setWindowTitle(QStringLiteral("TORVELL"));
   worker_ = std::make_unique<Worker>(gui_, "window archive work");
   screens_ = std::make_unique<Screens>(gui_, *worker_);
@@ -213,7 +214,9 @@ void MainWindow::Begin() {
   worker_->Do(
       this,
       [this, start] {
+        if (start->isDemo) WriteDemoStandards(host_);
         host_.DiscoverInstruments();
+        consent_.StandInFront();
         if (start->isDemo) FillDemoFolder(host_);
         start->isDemo = start->isDemo || IsDemoFolder(host_.dataFolder());
         start->hasUsers = !host_.users().IsEmpty();
@@ -227,7 +230,7 @@ void MainWindow::Begin() {
         TakeInstruments();
         RefreshActor();
         Greet(*start);
-        OfferInterrupted(*start);
+        interrupted_ = std::move(start->interrupted);
         Q_EMIT Ready();
       },
       [this](const QString& text) {
@@ -242,7 +245,7 @@ void MainWindow::TakeInstruments() {
   std::vector<InstrumentSession*> list;
   for (const InstrumentEntry& entry : host_.instruments().Entries()) {
     if (entry.scripting == nullptr) continue;
-    auto session = std::make_unique<InstrumentSession>(host_, gui_, prompter_, entry);
+    auto session = std::make_unique<InstrumentSession>(host_, gui_, entry);
     Connect(*session);
     list.push_back(session.get());
     sessions_.push_back(std::move(session));
@@ -338,11 +341,19 @@ void MainWindow::ShowNotice(const QString& text) {
 
 void MainWindow::ShowFailure(const QString& text) {
   if (closing_) return;
-  auto* box =
+  // One box, however much goes wrong at once: a pile of them would bury Pause and Abort.
+  if (!failures_.isNull()) {
+    const QString shown = failures_->text();
+    if (!shown.contains(text) && shown.size() < kLongestFailures) {
+      failures_->setText(shown + QStringLiteral("\n\n") + text);
+    }
+    return;
+  }
+  failures_ =
       new QMessageBox(QMessageBox::Warning, QStringLiteral("TORVELL"), text, QMessageBox::Ok, this);
-  box->setAttribute(Qt::WA_DeleteOnClose);
-  box->setTextFormat(Qt::PlainText);
-  box->open();
+  failures_->setAttribute(Qt::WA_DeleteOnClose);
+  failures_->setTextFormat(Qt::PlainText);
+  failures_->open();
 }
 
 bool MainWindow::AnyRunning() const {
@@ -358,9 +369,10 @@ bool MainWindow::AskToClose() {
   QString losses;
   for (const auto& session : sessions_) {
     if (!session->IsRunning()) continue;
-    losses +=
-        QStringLiteral("%1: %2\n")
-            .arg(QString::fromStdString(session->entry().Title()), DescribeLoss(*session->run()));
+    losses += QStringLiteral("%1: %2\n")
+                  .arg(QString::fromStdString(session->entry().Title()),
+                       session->run() != nullptr ? DescribeLoss(*session->run())
+                                                 : QStringLiteral("The tray is being started."));
   }
   QMessageBox box(QMessageBox::Warning, QStringLiteral("Close TORVELL"),
                   QStringLiteral("A tray is running. Closing aborts it."), QMessageBox::NoButton,
@@ -377,8 +389,14 @@ bool MainWindow::AskToClose() {
 
 void MainWindow::closeEvent(QCloseEvent* event) {
   event->ignore();
-  if (closing_) return;
-  if (AnyRunning() && !AskToClose()) return;
+  if (closing_ || askingToClose_) return;
+  if (AnyRunning()) {
+    // A second wish to close, such as Ctrl+C, does not ask a second time.
+    askingToClose_ = true;
+    const bool agreed = AskToClose();
+    askingToClose_ = false;
+    if (!agreed || closing_) return;
+  }
   closing_ = true;
   // What is typed now would come too late.
   centralWidget()->setEnabled(false);
@@ -389,9 +407,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 
 std::function<void()> MainWindow::TakeClosingWork() {
   panel_->CloseStatusWindow();
-  for (const auto& session : sessions_) {
-    if (session->IsRunning()) session->Abort();
-  }
+  for (const auto& session : sessions_) session->EndRun();
   screens_->CloseAll();
   return [this] {
     // The screens' actions are in the hands of this one, and end while the instruments live.

@@ -16,12 +16,13 @@
 #include "platform/help.h"
 
 class QLabel;
+class QMessageBox;
 class QTabWidget;
 
 namespace torvell {
 
+class AbortConsent;
 class Banner;
-
 class IdleWatch;
 class InstrumentPanel;
 class InstrumentSession;
@@ -29,7 +30,6 @@ class MessagesPage;
 class Plot;
 class SamplesPage;
 class TrayPage;
-class WindowPrompter;
 struct TimedReadings;
 
 struct WindowOptions {
@@ -41,7 +41,8 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
   Q_OBJECT
 
  public:
-  MainWindow(Host& host, GuiThread& gui, WindowPrompter& prompter, const WindowOptions& options);
+  // `consent` gets its place when the instruments have been looked for; it outlives the window.
+  MainWindow(Host& host, GuiThread& gui, AbortConsent& consent, const WindowOptions& options);
   ~MainWindow() override;
 
   // Looks for instruments, and greets the person.
@@ -96,7 +97,7 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
   // What has to be asked of the archive before the person is greeted.
   struct Start;
   void Greet(const Start& start);
-  void OfferInterrupted(const Start& start);
+  void OfferInterrupted();
   void ApplyActor(const QString& name, int32_t level, bool isUser);
   void LogIn();
   void LogOut();
@@ -106,11 +107,14 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
 
   Host& host_;
   GuiThread& gui_;
-  WindowPrompter& prompter_;
+  AbortConsent& consent_;
   const WindowOptions options_;
   int32_t level_ = 0;
   QString user_;
   bool closing_ = false;
+  bool askingToClose_ = false;
+  QPointer<QMessageBox> failures_;
+  std::vector<InterruptedTray> interrupted_;  // until somebody is there who may decide
 
   // For the archive and the users; instruments have their own.
   std::unique_ptr<Worker> worker_;

@@ -14,6 +14,18 @@ constexpr char kEmptyPositionKey[] = "Null Action";
 constexpr quint32 kCellsMark = 0x54524359;
 constexpr int kMostCells = 1000;
 
+// Only what differs from the tray.
+TrayEdit Changes(const std::vector<TrayCell>& tray, const TrayEdit& wanted) {
+  TrayEdit edit;
+  for (const auto& [position, cell] : wanted) {
+    if (position < 0 || position >= static_cast<int>(tray.size())) continue;
+    if (!(tray[static_cast<size_t>(position)] == cell)) edit[position] = cell;
+  }
+  return edit;
+}
+
+}  // namespace
+
 std::shared_ptr<rvx::Action> MakeAction(const InstrumentEntry& entry, const TrayCell& cell) {
   std::shared_ptr<rvx::Action> action(
       entry.instrument->CreateActionFromText(cell.empty() ? kEmptyPositionKey : cell.classKey));
@@ -33,55 +45,20 @@ TrayCell CellOf(rvx::Action& action) {
   return cell;
 }
 
-// Only what differs from the tray.
-TrayEdit Changes(const std::vector<TrayCell>& tray, const TrayEdit& wanted) {
-  TrayEdit edit;
-  for (const auto& [position, cell] : wanted) {
-    if (position < 0 || position >= static_cast<int>(tray.size())) continue;
-    if (!(tray[static_cast<size_t>(position)] == cell)) edit[position] = cell;
-  }
-  return edit;
-}
-
-}  // namespace
-
 std::vector<TrayCell> ReadCells(const InstrumentEntry& entry) {
-  std::vector<std::shared_ptr<rvx::Action>> actions;
-  {
-    rvx::TrayOfSampleActions& tray = *entry.instrument->GetTray(0);
-    const rvx::TrayGuard guard(tray);
-    for (int32_t i = 0; i < tray.GetSize(); ++i) actions.push_back(tray.Hold(i));
-  }
   std::vector<TrayCell> cells;
-  for (const auto& action : actions) cells.push_back(CellOf(*action));
+  for (const auto& action : HoldTray(entry)) cells.push_back(CellOf(*action));
   return cells;
 }
 
 TrayEdit ApplyEdit(Host& host, const InstrumentEntry& entry, const TrayEdit& edit) {
-  host.users().Require(kLevelOperator, "change the tray");
-  if (entry.instrument->IsTrayRunning() != 0) {
-    throw HostError(HostErrorKind::Tray,
-                    "The tray is running, so it was not changed. Wait for its end, or abort it.");
-  }
   // All actions are made before the first is put in, so that a failure leaves the tray as it was.
-  std::map<int, std::shared_ptr<rvx::Action>> made;
+  TrayPut made;
   for (const auto& [position, cell] : edit) made[position] = MakeAction(entry, cell);
-  std::map<int, std::shared_ptr<rvx::Action>> old;
-  {
-    rvx::TrayOfSampleActions& tray = *entry.instrument->GetTray(0);
-    const rvx::TrayGuard guard(tray);
-    for (auto& [position, action] : made) {
-      if (position >= tray.GetSize()) continue;
-      old[position] = tray.Replace(position, std::move(action));
-    }
-  }
   TrayEdit before;
-  for (const auto& [position, action] : old) {
+  for (const auto& [position, action] : PutIntoTray(host, entry, std::move(made))) {
     before[position] = CellOf(*action);
-    action->Stop();
   }
-  StoreTray(host, entry);
-  host.instruments().NotifyInstrumentChanged();
   return before;
 }
 

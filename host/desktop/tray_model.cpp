@@ -135,7 +135,7 @@ Qt::ItemFlags TrayModel::flags(const QModelIndex& index) const {
 }
 
 bool TrayModel::setData(const QModelIndex& index, const QVariant& value, int role) {
-  if (role != Qt::EditRole || index.column() != SampleId || !editable_) return false;
+  if (role != Qt::EditRole || index.column() != SampleId) return false;
   const QString text = CleanSampleId(value.toString());
   if (text == rows_[static_cast<size_t>(index.row())].sampleId) return false;
   Q_EMIT SampleIdTyped(index.row(), text);

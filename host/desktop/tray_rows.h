@@ -57,6 +57,11 @@ struct TrayCell {
 // Positions from 0 and what they are to hold.
 using TrayEdit = std::map<int, TrayCell>;
 
+// What this action holds; empty for an empty position's.
+TrayCell CellOf(rvx::Action& action);
+// An action that holds this and stands in no tray. The instrument's exceptions.
+std::shared_ptr<rvx::Action> MakeAction(const InstrumentEntry& entry, const TrayCell& cell);
+
 // Every position's content. Not on the window's thread: it takes the tray's lock.
 std::vector<TrayCell> ReadCells(const InstrumentEntry& entry);
 // Puts the cells in, all or none, and stores the instrument. Returns what stood there before. Not

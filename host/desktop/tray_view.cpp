@@ -62,13 +62,19 @@ TrayView::TrayView(QWidget* parent) : QTableView(parent), model_(new TrayModel(t
   header->setHighlightSections(false);
   header->setMinimumSectionSize(40);
   connect(model_, &TrayModel::SampleIdTyped, this, [this](int position, const QString& text) {
-    const TrayEdit edit = SampleIdEdit(session_->cells(), position, {text});
-    if (edit.empty()) {
-      Q_EMIT Notice(QStringLiteral("Position %1 is empty and nothing above it can be copied. Add a "
-                                   "sample first.")
-                        .arg(position + 1));
+    if (session_->IsRunning()) {
+      Q_EMIT Notice(QStringLiteral("The tray is running; the sample ID was not changed."));
+      return;
     }
-    session_->Apply(edit);
+    session_->Change([this, position, text](const std::vector<TrayCell>& tray) {
+      TrayEdit edit = SampleIdEdit(tray, position, {text});
+      if (edit.empty()) {
+        Q_EMIT Notice(QStringLiteral("Position %1 is empty and nothing above it can be copied. Add "
+                                     "a sample first.")
+                          .arg(position + 1));
+      }
+      return edit;
+    });
   });
   connect(this, &QTableView::doubleClicked, this, [this](const QModelIndex& index) {
     if (!editable_) return;
@@ -189,39 +195,42 @@ void TrayView::Paste() {
   if (!editable_ || session_ == nullptr || positions.empty()) return;
   const QMimeData* pasted = QApplication::clipboard()->mimeData();
   if (pasted == nullptr) return;
-  TrayEdit edit;
-  if (const auto cells = UnpackCells(pasted->data(QString::fromLatin1(kCellsFormat)))) {
-    edit = PasteEdit(session_->cells(), positions.front(), *cells);
-  } else {
-    QStringList lines = pasted->text().split(QLatin1Char('\n'));
+  const int at = positions.front();
+  const auto cells = UnpackCells(pasted->data(QString::fromLatin1(kCellsFormat)));
+  QStringList lines;
+  if (!cells) {
+    lines = pasted->text().split(QLatin1Char('\n'));
     while (!lines.isEmpty() && lines.back().trimmed().isEmpty()) lines.removeLast();
-    edit = SampleIdEdit(session_->cells(), positions.front(), lines);
-    for (const QString& line : lines) {
-      if (line.size() > kLongestSampleId) {
-        Q_EMIT Notice(QStringLiteral("A sample ID was cut to %1 letters.").arg(kLongestSampleId));
-        break;
-      }
+    const bool cut = std::any_of(lines.begin(), lines.end(), [](const QString& line) {
+      return line.size() > kLongestSampleId;
+    });
+    if (cut) {
+      Q_EMIT Notice(QStringLiteral("A sample ID was cut to %1 letters.").arg(kLongestSampleId));
     }
   }
-  if (edit.empty()) {
-    Q_EMIT Notice(
-        QStringLiteral("Nothing was pasted: the clipboard holds no positions and no sample "
-                       "IDs that fit here."));
-    return;
-  }
-  session_->Apply(edit);
+  session_->Change([this, at, cells, lines](const std::vector<TrayCell>& tray) {
+    TrayEdit edit = cells ? PasteEdit(tray, at, *cells) : SampleIdEdit(tray, at, lines);
+    if (edit.empty()) {
+      Q_EMIT Notice(
+          QStringLiteral("Nothing was pasted: the clipboard holds no positions and no sample "
+                         "IDs that fit here."));
+    }
+    return edit;
+  });
 }
 
 void TrayView::Clear() {
-  if (editable_ && session_ != nullptr) {
-    session_->Apply(ClearEdit(session_->cells(), SelectedPositions()));
-  }
+  if (!editable_ || session_ == nullptr) return;
+  session_->Change([positions = SelectedPositions()](const std::vector<TrayCell>& tray) {
+    return ClearEdit(tray, positions);
+  });
 }
 
 void TrayView::FillDown() {
-  if (editable_ && session_ != nullptr) {
-    session_->Apply(FillDownEdit(session_->cells(), SelectedPositions()));
-  }
+  if (!editable_ || session_ == nullptr) return;
+  session_->Change([positions = SelectedPositions()](const std::vector<TrayCell>& tray) {
+    return FillDownEdit(tray, positions);
+  });
 }
 
 void TrayView::MoveUp() { Move(-1); }
@@ -233,7 +242,9 @@ void TrayView::Move(int by) {
   std::vector<int> positions = SelectedPositions();
   const int last = model_->rowCount() - 1;
   if (positions.empty() || positions.front() + by < 0 || positions.back() + by > last) return;
-  session_->Apply(MoveEdit(session_->cells(), positions, by));
+  session_->Change([positions, by](const std::vector<TrayCell>& tray) {
+    return MoveEdit(tray, positions, by);
+  });
   for (int& position : positions) position += by;
   Select(positions);
 }

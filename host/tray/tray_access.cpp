@@ -163,13 +163,16 @@ int TraySize(const InstrumentEntry& entry) {
   return tray.GetSize();
 }
 
+TrayActions HoldTray(const InstrumentEntry& entry) {
+  TrayActions actions;
+  rvx::TrayOfSampleActions& tray = *entry.instrument->GetTray(0);
+  const rvx::TrayGuard guard(tray);
+  for (int i = 0; i < tray.GetSize(); ++i) actions.push_back(tray.Hold(i));
+  return actions;
+}
+
 std::vector<TrayPosition> ReadTray(const InstrumentEntry& entry) {
-  std::vector<std::shared_ptr<rvx::Action>> actions;
-  {
-    rvx::TrayOfSampleActions& tray = *entry.instrument->GetTray(0);
-    const rvx::TrayGuard guard(tray);
-    for (int i = 0; i < tray.GetSize(); ++i) actions.push_back(tray.Hold(i));
-  }
+  const TrayActions actions = HoldTray(entry);
   std::vector<TrayPosition> positions;
   for (size_t i = 0; i < actions.size(); ++i) {
     rvx::Action& action = *actions[i];
@@ -236,32 +239,49 @@ void StoreTray(Host& host, const InstrumentEntry& entry) {
   } catch (rvx::CViscoException* raised) {
     const std::unique_ptr<rvx::CViscoException> error(raised);
     throw HostError(HostErrorKind::Database,
-                    "Storing the tray failed: " + error->GetRecord().message);
+                    "The tray could not be stored: " + error->GetRecord().message);
   }
 }
 
-void ReplaceTray(Host& host, const InstrumentEntry& entry, TrayActions actions) {
-  {
-    rvx::TrayOfSampleActions& tray = *entry.instrument->GetTray(0);
-    {
-      const rvx::TrayGuard guard(tray);
-      actions = tray.ReplaceAll(std::move(actions));
-    }
-    for (const std::shared_ptr<rvx::Action>& old : actions) old->Stop();
+TrayPut PutIntoTray(Host& host, const InstrumentEntry& entry, TrayPut put) {
+  host.users().Require(kLevelOperator, "change the tray");
+  if (entry.instrument->IsTrayRunning() != 0) {
+    throw HostError(HostErrorKind::Tray,
+                    "The tray is running, so it was not changed. Wait for its end, or abort it.");
   }
-  StoreTray(host, entry);
+  rvx::TrayOfSampleActions& tray = *entry.instrument->GetTray(0);
+  const auto exchange = [&tray](TrayPut in) {
+    TrayPut out;
+    const rvx::TrayGuard guard(tray);
+    for (auto& [position, action] : in) {
+      if (position < 0 || position >= tray.GetSize()) continue;
+      out[position] = tray.Replace(position, std::move(action));
+    }
+    return out;
+  };
+  TrayPut removed = exchange(std::move(put));
+  try {
+    StoreTray(host, entry);
+  } catch (const HostError& error) {
+    for (const auto& [position, action] : exchange(std::move(removed))) action->Stop();
+    throw HostError(HostErrorKind::Database,
+                    fmt::format("{} The tray is as it was.", error.what()));
+  }
+  for (const auto& [position, action] : removed) action->Stop();
   host.instruments().NotifyInstrumentChanged();
+  return removed;
+}
+
+void ReplaceTray(Host& host, const InstrumentEntry& entry, TrayActions actions) {
+  TrayPut put;
+  for (size_t i = 0; i < actions.size(); ++i) put[static_cast<int>(i)] = std::move(actions[i]);
+  PutIntoTray(host, entry, std::move(put));
 }
 
 std::vector<std::string> KeepWhatIsNotMeasured(Host& host, const InstrumentEntry& entry,
                                                const InterruptedTray& interrupted) {
   std::vector<std::string> notices;
-  TrayActions actions;
-  {
-    rvx::TrayOfSampleActions& tray = *entry.instrument->GetTray(0);
-    const rvx::TrayGuard guard(tray);
-    for (int i = 0; i < tray.GetSize(); ++i) actions.push_back(tray.Hold(i));
-  }
+  TrayActions actions = HoldTray(entry);
   for (const InterruptedPosition& position : interrupted.positions) {
     const size_t index = static_cast<size_t>(position.position);
     // What stands there now may be something else, if the tray was changed since.

@@ -1,6 +1,7 @@
 // The tray of an instrument: read, filled from a file, emptied, stored.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,6 +27,10 @@ struct TrayPosition {
 
 int TraySize(const InstrumentEntry& entry);
 
+// The actions of every position, kept alive. They are asked without the tray's lock, since some
+// answers need other locks of the module.
+TrayActions HoldTray(const InstrumentEntry& entry);
+
 // The filled positions, in order.
 std::vector<TrayPosition> ReadTray(const InstrumentEntry& entry);
 
@@ -39,12 +44,19 @@ TrayActions BuildTray(const InstrumentEntry& entry, const std::string& path);
 // Empty actions for a whole tray.
 TrayActions EmptyTray(const InstrumentEntry& entry);
 
-// Puts the actions into the tray, all at once, and stores the instrument with them. HostError
-// Database if it can't be stored; the tray in memory is the new one then.
-void ReplaceTray(Host& host, const InstrumentEntry& entry, TrayActions actions);
-
 // Stores the instrument with its tray as it stands. HostError Database.
 void StoreTray(Host& host, const InstrumentEntry& entry);
+
+// Actions and the positions, from 0, that they are for.
+using TrayPut = std::map<int, std::shared_ptr<rvx::Action>>;
+
+// Puts the actions into the tray, all at once, and stores the instrument with them. Returns the
+// actions that stood there, stopped. Not on the user-interface thread. HostError, with the tray as
+// it was: NotAllowed below level 10, Tray while it runs, Database if it can't be stored.
+TrayPut PutIntoTray(Host& host, const InstrumentEntry& entry, TrayPut put);
+
+// The same for a whole tray.
+void ReplaceTray(Host& host, const InstrumentEntry& entry, TrayActions actions);
 
 // Takes out of the tray what an interrupted run has measured: whole positions become empty, of a
 // position that was measured in part the remaining tests stay. Returns what it did, a text for each

@@ -4,16 +4,17 @@
 
 #include <QApplication>
 #include <QTest>
+#include <QTimer>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 
 #include "host/core/host.h"
+#include "host/desktop/abort_consent.h"
 #include "host/desktop/demo_folder.h"
 #include "host/desktop/desktop.h"
 #include "host/desktop/instrument_session.h"
 #include "host/desktop/main_window.h"
-#include "host/desktop/prompter.h"
 #include "host/desktop/samples_page.h"
 #include "host/desktop/tray_page.h"
 #include "host/desktop/tray_view.h"
@@ -28,20 +29,18 @@ inline constexpr int kPatience = 120 * 1000;  // ms
 
 class DesktopBench {
  public:
-  explicit DesktopBench(bool demo = true) : prompter_(gui_) {
-    platform::SetPrompter(&prompter_);
+  explicit DesktopBench(bool demo = true) {
     HostOptions options;
     options.dataFolder = folder_.path() + "/data";
     options.simulate = true;
     options.userInterface = &gui_;
     host_ = Host::Open(options);
-    window_ = std::make_unique<MainWindow>(*host_, gui_, prompter_, WindowOptions{demo, 0});
+    window_ = std::make_unique<MainWindow>(*host_, gui_, consent_, WindowOptions{demo, 0});
   }
   ~DesktopBench() {
     RunAside(gui_, "closing", window_->TakeClosingWork());
     window_.reset();
     RunAside(gui_, "closing", [this] { host_.reset(); });
-    platform::SetPrompter(nullptr);
   }
 
   // Shows the window and waits until the instrument is there and its tray is read.
@@ -79,6 +78,24 @@ class DesktopBench {
       return found != nullptr;
     });
     return found;
+  }
+
+  // Runs `act` on the next window of this kind that shows, from inside whatever loop shows it: a
+  // dialog that is shown by a job keeps everybody else waiting until it is closed.
+  template <class Window>
+  void WhenWindow(std::function<void(Window&)> act) {
+    auto* look = new QTimer(window_.get());
+    QObject::connect(look, &QTimer::timeout, window_.get(), [look, act = std::move(act)] {
+      for (QWidget* widget : QApplication::topLevelWidgets()) {
+        auto* found = qobject_cast<Window*>(widget);
+        if (found == nullptr || !found->isVisible()) continue;
+        look->stop();
+        look->deleteLater();
+        act(*found);
+        return;
+      }
+    });
+    look->start(10);
   }
 
   // Acts as this user of the demonstration.
@@ -126,7 +143,7 @@ class DesktopBench {
 
   TempFolder folder_;
   GuiThread gui_;
-  WindowPrompter prompter_;
+  AbortConsent consent_;
   std::unique_ptr<Host> host_;
   std::unique_ptr<MainWindow> window_;
 };

@@ -12,8 +12,9 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStatusBar>
-#include <QTimer>
+#include <set>
 
+#include "host/core/database.h"
 #include "tests/desktop/desktop_bench.h"
 
 namespace torvell {
@@ -49,10 +50,8 @@ class WindowTest : public testing::Test {
   }
   // Clicks a button of the next message box, seen by its label.
   void Answer(const QString& label) {
-    QTimer::singleShot(0, &bench_.window(), [this, label] {
-      auto* box = DesktopBench::WaitForWindow<QMessageBox>();
-      ASSERT_NE(box, nullptr);
-      for (QAbstractButton* button : box->buttons()) {
+    bench_.WhenWindow<QMessageBox>([this, label](QMessageBox& box) {
+      for (QAbstractButton* button : box.buttons()) {
         if (button->text().remove(QLatin1Char('&')) == label) {
           ++answered_;
           QTest::mouseClick(button, Qt::LeftButton);
@@ -60,14 +59,14 @@ class WindowTest : public testing::Test {
         }
       }
       ADD_FAILURE() << "no button " << qPrintable(label);
-      box->close();
+      box.close();
     });
   }
   void StartRun(const char* lines) {
     bench_.LoadTray(std::string(kHeading) + lines);
     bench_.PrepareInstrument();
     QTest::mouseClick(Find<QPushButton>("Start"), Qt::LeftButton);
-    ASSERT_TRUE(DesktopBench::Until([this] { return session().IsRunning(); }));
+    ASSERT_TRUE(DesktopBench::Until([this] { return session().run() != nullptr; }));
   }
 
   DesktopBench bench_;
@@ -107,6 +106,100 @@ TEST_F(WindowTest, TheKeyboardFillsTheTray) {
   ASSERT_TRUE(Settled());
   session().Undo();
   ASSERT_TRUE(DesktopBench::Until([&] { return SampleId(0) == "FIRST"; }));
+}
+
+TEST_F(WindowTest, EditsThatComeFasterThanTheInstrumentLoseNothing) {
+  std::string lines;
+  for (int i = 1; i <= 20; ++i) {
+    lines += std::to_string(i) + ",measure,S" + std::to_string(i) + ",-20,,,,\n";
+  }
+  bench_.LoadTray(kHeading + lines);
+  view().selectRow(19);
+  for (int i = 0; i < 12; ++i) view().MoveUp();
+  view().selectRow(0);
+  view().Paste();  // nothing on the clipboard that fits
+  view().selectRow(1);
+  view().Clear();
+  ASSERT_TRUE(DesktopBench::Until([this] { return SampleId(1).isEmpty() && SampleId(7) == "S20"; }));
+  std::set<std::string> ids;
+  for (int i = 0; i < 20; ++i) ids.insert(SampleId(i).toStdString());
+  EXPECT_EQ(ids.size(), 20u);  // 19 samples and one empty position
+}
+
+TEST_F(WindowTest, AnArchiveThatFailsLeavesTheTrayAsItWas) {
+  bench_.LoadTray(std::string(kHeading) + "1,measure,FIRST,-20,,,,\n");
+  ExecuteSql(bench_.host().database(),
+             "CREATE TRIGGER FULL BEFORE INSERT ON INSTRUMENTS BEGIN SELECT RAISE(ABORT, 'full'); "
+             "END");
+  view().selectRow(0);
+  QString said;
+  bench_.WhenWindow<QMessageBox>([&said](QMessageBox& box) {
+    said = box.text();
+    box.close();
+  });
+  view().Clear();
+  ASSERT_TRUE(DesktopBench::Until([&said] { return !said.isEmpty(); }));
+  EXPECT_TRUE(said.contains("The tray is as it was")) << qPrintable(said);
+  ASSERT_TRUE(Settled());
+  EXPECT_EQ(SampleId(0), "FIRST");
+  ExecuteSql(bench_.host().database(), "DROP TRIGGER FULL");
+  view().Clear();
+  EXPECT_TRUE(DesktopBench::Until([this] { return SampleId(0).isEmpty(); }));
+}
+
+TEST_F(WindowTest, AnEditorThatIsCancelledChangesNothingAndOneThatIsAcceptedFillsThePositions) {
+  view().selectRow(0);
+  const auto answerEditor = [this](Qt::Key key) {
+    bench_.WhenWindow<QDialog>([this, key](QDialog& dialog) {
+      ++answered_;
+      QTest::keyClick(&dialog, key);
+    });
+  };
+  answerEditor(Qt::Key_Escape);
+  session().AddSample(1, {0, 1});
+  ASSERT_TRUE(DesktopBench::Until([this] { return answered_ == 1; }));
+  ASSERT_TRUE(Settled());
+  EXPECT_TRUE(session().cells()[0].empty());
+
+  bench_.WhenWindow<QDialog>([this](QDialog& dialog) {
+    ++answered_;
+    dialog.accept();
+  });
+  session().AddSample(1, {0, 1});
+  ASSERT_TRUE(DesktopBench::Until([this] { return !session().cells()[1].empty(); }));
+  EXPECT_FALSE(session().cells()[0].empty());
+  EXPECT_EQ(answered_, 2);
+}
+
+TEST_F(WindowTest, WhoIsNotLoggedInEmptiesNoTray) {
+  bench_.LoadTray(std::string(kHeading) + "1,measure,FIRST,-20,,,,\n");
+  bench_.ActAs("");
+  QString said;
+  bench_.WhenWindow<QMessageBox>([&said](QMessageBox& box) {
+    said = box.text();
+    box.close();
+  });
+  session().DropInterrupted();
+  ASSERT_TRUE(DesktopBench::Until([&said] { return !said.isEmpty(); }));
+  ASSERT_TRUE(Settled());
+  EXPECT_EQ(SampleId(0), "FIRST");
+}
+
+TEST_F(WindowTest, AWindowThatClosesWhileARunStartsEndsIt) {
+  bench_.LoadTray(std::string(kHeading) + "1,measure,OIL-A,-20,,,,\n");
+  bench_.PrepareInstrument();
+  session().Start();
+  // Asked, though nothing of the run has been seen yet; the end of the test waits for its abort.
+  Answer("Abort and Close");
+  bench_.window().close();
+  EXPECT_EQ(answered_, 1);
+}
+
+TEST_F(WindowTest, AFreshDemonstrationHasStandardsToVerifyWith) {
+  bench_.LoadTray(std::string(kHeading) + "1,verify,CRM-25,-25,,,,\n");
+  const std::vector<TrayPosition> tray = ReadTray(session().entry());
+  ASSERT_EQ(tray.size(), 1u);
+  EXPECT_EQ(tray.front().tests->tests.front().knownViscosity, 5400.0);
 }
 
 TEST_F(WindowTest, PastedTextOfAnyLengthIsCutAndSaid) {

@@ -127,7 +127,7 @@ void Desk::Fill(const std::vector<PlannedSample>& samples) {
 }
 
 void Desk::Clear() {
-  for (const std::shared_ptr<Action>& removed : instrument_->EmptyTray()) removed->Stop();
+  for (const std::shared_ptr<Action>& removed : instrument_->EmptyTray(instrument_->MakeEmptyTray())) removed->Stop();
 }
 
 TrayRecord* Desk::Start() {
