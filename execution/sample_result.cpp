@@ -13,9 +13,21 @@ namespace rvx {
 namespace {
 
 // From the start to the sample and back: trolley, table, the tube down and up.
-constexpr int64_t kMoveSeconds = 45;
-// From the injection temperature to the test temperature, until it is steady.
-constexpr int64_t kSettleSeconds = 90;
+constexpr double kMoveSeconds = 24.0;
+// Until a temperature at its target counts as steady, and the end of a test.
+constexpr double kSteadySeconds = 6.0;
+constexpr double kEndSeconds = 1.0;
+// How long the cell takes from the injection temperature to that of a test, measured on the
+// simulated instrument: 84 s to -15 degrees C, and 36 % more for every further 5 degrees. Back to the
+// injection temperature it takes a little longer.
+constexpr double kCoolingSeconds = 84.0;
+constexpr double kCoolingGrowth = 1.36;
+constexpr double kWarmingShare = 1.08;
+
+double CoolingSeconds(double temperature) {
+  const double coldest = std::clamp(temperature, -45.0, 25.0);  // kTemperatureOff takes no longer
+  return kCoolingSeconds * std::pow(kCoolingGrowth, (-15.0 - coldest) / 5.0);
+}
 
 struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
@@ -80,14 +92,22 @@ void WriteCsvFile(const std::string& path, const std::string& text) {
 }
 
 int EstimateRunSeconds(const TestRecord& test, int testCount) {
-  int64_t seconds = 0;
-  for (int i = 0; i < std::min(testCount, kMaxTests); ++i) {
-    // A test without an injection uses the oil in the cell, and nothing moves.
-    if (test.injectionTime > 0) seconds += kMoveSeconds + test.injectionTime;
-    seconds += kSettleSeconds + std::max(test.coolDownTime, 0) +
-               std::max(test.rotorOnTimes.at(static_cast<size_t>(i)), 0);
+  double seconds = 0.0;
+  for (size_t i = 0; i < static_cast<size_t>(std::clamp(testCount, 0, kMaxTests)); ++i) {
+    const double target = test.testTemperatures.at(i);
+    // The sample before was most probably measured at the same temperatures.
+    const double previous = i == 0 ? target : test.testTemperatures.at(i - 1);
+    if (test.injectionTime > 0) {
+      seconds += kWarmingShare * CoolingSeconds(previous) + kMoveSeconds + test.injectionTime +
+                 CoolingSeconds(target);
+    } else {
+      // The oil in the cell is used once more, and nothing moves.
+      seconds += std::abs(CoolingSeconds(target) - CoolingSeconds(previous));
+    }
+    seconds += kSteadySeconds + std::max(test.coolDownTime, 0) +
+               std::max(test.rotorOnTimes.at(i), 0) + kEndSeconds;
   }
-  return static_cast<int>(std::min<int64_t>(seconds, INT32_MAX));
+  return static_cast<int>(std::min(seconds, static_cast<double>(INT32_MAX)));
 }
 
 }  // namespace rvx

@@ -50,9 +50,7 @@ std::string ReadingsLine(const RunState& run, const rvx::InstrumentReadings& rea
 
 std::string ProgressLine(const RunState& run, platform::Microseconds now,
                          const platform::Date& timeOfDay) {
-  const double total = run.TotalSeconds();
-  const double done = run.DoneSeconds(now);
-  const double part = total > 0.0 ? done / total : 1.0;
+  const double part = run.PartDone(now);
   const int filled = static_cast<int>(std::lround(part * kBarWidth));
   const std::string bar = std::string(static_cast<size_t>(filled), '#') +
                           std::string(static_cast<size_t>(kBarWidth - filled), '.');
@@ -60,7 +58,7 @@ std::string ProgressLine(const RunState& run, platform::Microseconds now,
                                            run.samples(), run.SamplesDue());
   if (run.finished()) return progress;
   if (run.paused()) return progress + ", paused";
-  const long left = std::lround(total - done);
+  const long left = std::lround(run.SecondsLeft(now));
   return progress + fmt::format(", {} left, expected end {}", DurationText(left),
                                 TimeText(timeOfDay.PlusMilliseconds(left * 1000)));
 }

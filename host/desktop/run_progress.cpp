@@ -11,12 +11,10 @@ namespace torvell {
 ProgressText DescribeProgress(const RunState& run, platform::Microseconds now,
                               const platform::Date& clock) {
   ProgressText text;
-  const double total = run.TotalSeconds();
-  const double done = run.DoneSeconds(now);
-  text.percent = total > 0.0 ? static_cast<int>(std::lround(done / total * 100.0)) : 0;
+  text.percent = static_cast<int>(std::lround(run.PartDone(now) * 100.0));
   text.done = QStringLiteral("%1 of %2 samples").arg(run.samples()).arg(run.SamplesDue());
   if (run.finished()) return text;
-  const auto left = static_cast<int64_t>(std::lround(std::max(0.0, total - done)));
+  const auto left = static_cast<int64_t>(std::lround(run.SecondsLeft(now)));
   const QString duration = QString::fromStdString(DurationText(static_cast<long>(left)));
   text.left = run.paused() ? QStringLiteral("%1 left, paused").arg(duration)
                            : QStringLiteral("%1 left, ends at about %2")

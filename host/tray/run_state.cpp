@@ -11,6 +11,12 @@ namespace {
 constexpr double kSecondsBetweenPositions = 1.0;
 // The way back behind the last sample.
 constexpr double kSecondsAtTheEnd = 5.0;
+// An instrument that differs more from the estimate than this had trouble, which is no rule for the
+// samples to come.
+constexpr double kFastest = 0.5;
+constexpr double kSlowest = 2.0;
+
+double SecondsOf(platform::Microseconds time) { return static_cast<double>(time.count()) / 1e6; }
 
 }  // namespace
 
@@ -61,6 +67,7 @@ bool RunState::Take(const RunEvent& event) {
       return TakeSampleFinished(position);
     case RunEvent::Kind::PauseChanged:
       paused_ = event.paused;
+      currentWasPaused_ = true;
       beforeFirstStage_ = beforeFirstStage_ || inFirstStage_;
       break;
     case RunEvent::Kind::Error:
@@ -82,13 +89,21 @@ bool RunState::TakeSampleStarted(RunPosition* position) {
   if (inFirstStage_ || position == nullptr || position->finished) return false;
   current_ = position->plan.position;
   currentStarted_ = platform::MonotonicTime();
+  currentWasPaused_ = false;
   position->started = true;
   return true;
 }
 
 bool RunState::TakeSampleFinished(RunPosition* position) {
+  const bool ran = position != nullptr && position->plan.position == current_;
   current_ = -1;
   if (position == nullptr) return false;
+  // One that failed early says nothing about the others.
+  if (ran && !currentWasPaused_ &&
+      static_cast<int>(position->samples.size()) >= position->plan.TestCount()) {
+    measuredSeconds_ += SecondsOf(platform::MonotonicTime() - currentStarted_);
+    estimatedSeconds_ += position->plan.estimatedSeconds;
+  }
   position->finished = true;
   return true;
 }
@@ -102,18 +117,57 @@ double RunState::TotalSeconds() const {
   return total;
 }
 
-double RunState::DoneSeconds(platform::Microseconds now) const {
-  if (finished_) return TotalSeconds();
-  double done = 0.0;
+double RunState::Pace() const {
+  if (estimatedSeconds_ <= 0.0) return 1.0;
+  return std::clamp(measuredSeconds_ / estimatedSeconds_, kFastest, kSlowest);
+}
+
+// Within what the results of its tests allow: a test that has not begun takes its time, one that is
+// stored takes none.
+double RunState::CurrentSecondsLeft(const RunPosition& current, platform::Microseconds now) const {
+  const double whole = current.plan.estimatedSeconds * Pace();
+  const int tests = std::max(1, current.plan.TestCount());
+  const int missing = std::max(0, tests - static_cast<int>(current.samples.size()));
+  const double most = whole * missing / tests;
+  const double least = whole * std::max(0, missing - 1) / tests;
+  return std::clamp(whole - SecondsOf(now - currentStarted_), least, most);
+}
+
+double RunState::SecondsLeft(platform::Microseconds now) const {
+  if (finished_ || positions_.empty()) return 0.0;
+  double left = kSecondsAtTheEnd;
+  int passed = 0;
   for (const RunPosition& position : positions_) {
-    const double estimate = position.plan.estimatedSeconds;
     if (position.finished) {
-      done += estimate + kSecondsBetweenPositions;
+      passed = position.plan.position + 1;
     } else if (position.plan.position == current_) {
-      done += std::min(estimate, static_cast<double>((now - currentStarted_).count()) / 1e6);
+      left += CurrentSecondsLeft(position, now);
+      passed = position.plan.position + 1;
+    } else {
+      left += position.plan.estimatedSeconds * Pace();
     }
   }
-  return std::min(done, TotalSeconds());
+  return left + kSecondsBetweenPositions * (positions_.back().plan.position + 1 - passed);
+}
+
+double RunState::SecondsBehind(platform::Microseconds now) const {
+  double behind = 0.0;
+  for (const RunPosition& position : positions_) {
+    const double whole = position.plan.estimatedSeconds * Pace();
+    if (position.finished) {
+      behind += whole + kSecondsBetweenPositions;
+    } else if (position.plan.position == current_) {
+      behind += whole - CurrentSecondsLeft(position, now);
+    }
+  }
+  return behind;
+}
+
+double RunState::PartDone(platform::Microseconds now) const {
+  if (finished_) return 1.0;
+  const double behind = SecondsBehind(now);
+  const double left = SecondsLeft(now);
+  return left > 0.0 ? behind / (behind + left) : 1.0;
 }
 
 }  // namespace torvell

@@ -44,14 +44,21 @@ class RunState {
   void MarkFinished() { finished_ = true; }
   void CountError() { ++errors_; }
 
-  // Estimated seconds of the whole tray, and of what is behind it.
+  // Estimated seconds of the whole tray, before anything of it is known.
   double TotalSeconds() const;
-  double DoneSeconds(platform::Microseconds now) const;
+  // Estimated seconds until the end. The samples that have finished tell how much slower or faster
+  // this instrument is than the estimate; a pause is not foreseen.
+  double SecondsLeft(platform::Microseconds now) const;
+  // How much of the time is over, 0 to 1.
+  double PartDone(platform::Microseconds now) const;
 
  private:
   RunPosition* Find(int32_t position);
   bool TakeSampleStarted(RunPosition* position);
   bool TakeSampleFinished(RunPosition* position);
+  double Pace() const;
+  double SecondsBehind(platform::Microseconds now) const;
+  double CurrentSecondsLeft(const RunPosition& current, platform::Microseconds now) const;
 
   InstrumentEntry entry_;
   std::vector<RunPosition> positions_;
@@ -62,6 +69,10 @@ class RunState {
   bool inFirstStage_ = false;
   std::string statusText_;
   platform::Microseconds currentStarted_{0};
+  bool currentWasPaused_ = false;
+  // Of the samples that finished without a pause: what they took, and what had been estimated.
+  double measuredSeconds_ = 0.0;
+  double estimatedSeconds_ = 0.0;
   bool paused_ = false;
   bool finished_ = false;
   bool aborted_ = false;

@@ -75,12 +75,18 @@ TEST(CsvTest, LeavesTheLastReadingOut) {
 TEST(EstimateTest, CountsOnlyTheTestsThereAre) {
   FakeHost host;
   TestRecord test;  // injection 240, cool-down 180, rotor ON 60
+  test.testTemperatures.fill(-20.0);
   test.rotorOnTimes[1] = 100;
   const int one = EstimateRunSeconds(test, 1);
   EXPECT_GE(one, 240 + 180 + 60);
-  EXPECT_EQ(EstimateRunSeconds(test, 2), 2 * one + 40);
+  EXPECT_NEAR(EstimateRunSeconds(test, 2), 2 * one + 40, 1);
   EXPECT_EQ(EstimateRunSeconds(test, 0), 0);
   EXPECT_EQ(EstimateRunSeconds(test, 21), EstimateRunSeconds(test, 20));
+  // The colder the longer; a test on the oil of the one before neither moves nor warms.
+  test.testTemperatures[1] = -35.0;
+  EXPECT_GT(EstimateRunSeconds(test, 2), 2 * one + 100);
+  test.injectionTime = 0;
+  EXPECT_LT(EstimateRunSeconds(test, 1), 260);
 }
 
 }  // namespace
