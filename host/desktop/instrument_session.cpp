@@ -402,10 +402,11 @@ void InstrumentSession::Handle(const RunEvent& event) {
   if (event.kind == RunEvent::Kind::Error && IsFailure(*event.error) && current != nullptr) {
     failures_[current->plan.position] = QString::fromStdString(event.error->message);
   }
-  run_->Take(event);
+  const bool counts = run_->Take(event);
   switch (event.kind) {
     case RunEvent::Kind::SampleStarted:
-      Q_EMIT CurveBegins();
+      // The way back behind the last sample draws no curve over that sample's.
+      if (counts) Q_EMIT CurveBegins();
       break;
     case RunEvent::Kind::Sample:
       Q_EMIT ResultStored();

@@ -159,7 +159,7 @@ void MainWindow::BuildLayout() {
   splitter->addWidget(BuildSide());
   splitter->setStretchFactor(1, 3);
   splitter->setStretchFactor(2, 2);
-  splitter->setSizes({208, 648, 400});
+  splitter->setSizes({208, 696, 352});
   layout->addWidget(splitter, 1);
   setCentralWidget(center);
   connect(panel_, &InstrumentPanel::Chosen, this, &MainWindow::Select);

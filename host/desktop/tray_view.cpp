@@ -131,9 +131,9 @@ void TrayView::FitRows() {
   setColumnWidth(TrayModel::State, state);
   // The labels of the actions are known; the ids are the laboratory's.
   const int action = std::min(
-      metrics.horizontalAdvance(QStringLiteral("Verify Known Viscosity")) + 14, rest * 30 / 100);
-  const int tests = (rest - action) * 28 / 100;
-  const int result = std::max((rest - action) * 32 / 100,
+      metrics.horizontalAdvance(QStringLiteral("Verify Known Viscosity")) + 14, rest * 26 / 100);
+  const int tests = (rest - action) * 26 / 100;
+  const int result = std::max((rest - action) * 30 / 100,
                               metrics.horizontalAdvance(QStringLiteral("Result (mPa*s)")) + 18);
   setColumnWidth(TrayModel::SampleId, rest - action - tests - result);
   setColumnWidth(TrayModel::Action, action);
