@@ -34,6 +34,8 @@ namespace {
 
 constexpr int kNoticeMilliseconds = 8000;
 constexpr int kLongestFailures = 2000;  // letters in one box
+constexpr int kNarrowestTray = 480;
+constexpr int kNarrowestSide = 320;
 constexpr int64_t kHistory = 1000;  // messages of earlier days in the list
 
 double SecondsOf(platform::Microseconds time) { return static_cast<double>(time.count()) / 1e6; }
@@ -157,9 +159,12 @@ void MainWindow::BuildLayout() {
   splitter->addWidget(panel_);
   splitter->addWidget(tray_);
   splitter->addWidget(BuildSide());
+  // Set, so that the shares below hold whatever the parts would like to have.
+  tray_->setMinimumWidth(kNarrowestTray);
+  splitter->widget(2)->setMinimumWidth(kNarrowestSide);
   splitter->setStretchFactor(1, 3);
   splitter->setStretchFactor(2, 2);
-  splitter->setSizes({208, 696, 352});
+  splitter->setSizes({208, 680, 368});
   layout->addWidget(splitter, 1);
   setCentralWidget(center);
   connect(panel_, &InstrumentPanel::Chosen, this, &MainWindow::Select);
