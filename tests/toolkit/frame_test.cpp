@@ -1,6 +1,8 @@
 // Screens with their frames, opened and ended by their actions.
 #include <QLineEdit>
 #include <QVBoxLayout>
+#include <functional>
+#include <utility>
 
 #include "execution/base_action.h"
 #include "tests/execution/bench.h"
@@ -19,9 +21,13 @@ class TestView final : public CFormView {
   }
   // A screen reads its instrument to its very end.
   ~TestView() override { (void)instrument_.GetTemperature(); }
-  int32_t QueryClose() override { return refuses ? 1 : 0; }
+  int32_t QueryClose() override {
+    if (whenAsked) std::exchange(whenAsked, nullptr)();
+    return refuses ? 1 : 0;
+  }
   QLineEdit& edit() { return *edit_; }
   inline static bool refuses = false;
+  inline static std::function<void()> whenAsked;
 
  private:
   C_RVX& instrument_;
@@ -81,6 +87,20 @@ TEST(FrameTest, TheUserClosesAScreenAndItsActionEnds) {
     EXPECT_EQ(action.IsRunning(), 1);
     TestView::refuses = false;
     EXPECT_TRUE(test.frame()->close());
+    EXPECT_EQ(test.frame(), nullptr);
+    EXPECT_TRUE(PumpUntil([&] { return action.IsRunning() == 0; }));
+    EXPECT_EQ(watcher.calls(), kWholeLife);
+  });
+}
+
+TEST(FrameTest, AFrameMayGoWhileItsViewAsks) {
+  InPacedTime([] {
+    ScreenBench test;
+    TestScreenAction action(*test.bench.instrument);
+    RecordingWatcher watcher;
+    test.Open(action, watcher);
+    TestView::whenAsked = [frame = test.frame()] { delete frame; };
+    test.frame()->close();
     EXPECT_EQ(test.frame(), nullptr);
     EXPECT_TRUE(PumpUntil([&] { return action.IsRunning() == 0; }));
     EXPECT_EQ(watcher.calls(), kWholeLife);
