@@ -201,12 +201,6 @@ void TrayView::Paste() {
   if (!cells) {
     lines = pasted->text().split(QLatin1Char('\n'));
     while (!lines.isEmpty() && lines.back().trimmed().isEmpty()) lines.removeLast();
-    const bool cut = std::any_of(lines.begin(), lines.end(), [](const QString& line) {
-      return line.size() > kLongestSampleId;
-    });
-    if (cut) {
-      Q_EMIT Notice(QStringLiteral("A sample ID was cut to %1 letters.").arg(kLongestSampleId));
-    }
   }
   session_->Change([this, at, cells, lines](const std::vector<TrayCell>& tray) {
     TrayEdit edit = cells ? PasteEdit(tray, at, *cells) : SampleIdEdit(tray, at, lines);
@@ -214,9 +208,25 @@ void TrayView::Paste() {
       Q_EMIT Notice(
           QStringLiteral("Nothing was pasted: the clipboard holds no positions and no sample "
                          "IDs that fit here."));
+      return edit;
     }
+    const int unplaced =
+        cells ? CountUnplaced(tray, at, static_cast<int>(cells->size()), PasteKind::Positions)
+              : CountUnplaced(tray, at, static_cast<int>(lines.size()), PasteKind::SampleIds);
+    SayWhatWasLost(lines, unplaced);
     return edit;
   });
+}
+
+void TrayView::SayWhatWasLost(const QStringList& sampleIds, int unplaced) {
+  QStringList lost;
+  const bool cut = std::any_of(sampleIds.begin(), sampleIds.end(),
+                               [](const QString& each) { return each.size() > kLongestSampleId; });
+  if (cut) lost << QStringLiteral("A sample ID was cut to %1 letters.").arg(kLongestSampleId);
+  if (unplaced > 0) {
+    lost << QStringLiteral("The tray had no place for %1 of what was pasted.").arg(unplaced);
+  }
+  if (!lost.isEmpty()) Q_EMIT Notice(lost.join(QLatin1Char(' ')));
 }
 
 void TrayView::Clear() {
@@ -242,9 +252,8 @@ void TrayView::Move(int by) {
   std::vector<int> positions = SelectedPositions();
   const int last = model_->rowCount() - 1;
   if (positions.empty() || positions.front() + by < 0 || positions.back() + by > last) return;
-  session_->Change([positions, by](const std::vector<TrayCell>& tray) {
-    return MoveEdit(tray, positions, by);
-  });
+  session_->Change(
+      [positions, by](const std::vector<TrayCell>& tray) { return MoveEdit(tray, positions, by); });
   for (int& position : positions) position += by;
   Select(positions);
 }

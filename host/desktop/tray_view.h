@@ -47,6 +47,8 @@ class TrayView : public QTableView {
   void FitRows();
   void Refresh();
   void Move(int by);
+  // What of a paste was cut, and how much found no place; nothing if nothing was.
+  void SayWhatWasLost(const QStringList& sampleIds, int unplaced);
   void Select(const std::vector<int>& positions);
 
   TrayModel* model_;

@@ -120,7 +120,8 @@ TEST_F(WindowTest, EditsThatComeFasterThanTheInstrumentLoseNothing) {
   view().Paste();  // nothing on the clipboard that fits
   view().selectRow(1);
   view().Clear();
-  ASSERT_TRUE(DesktopBench::Until([this] { return SampleId(1).isEmpty() && SampleId(7) == "S20"; }));
+  ASSERT_TRUE(
+      DesktopBench::Until([this] { return SampleId(1).isEmpty() && SampleId(7) == "S20"; }));
   std::set<std::string> ids;
   for (int i = 0; i < 20; ++i) ids.insert(SampleId(i).toStdString());
   EXPECT_EQ(ids.size(), 20u);  // 19 samples and one empty position
@@ -210,6 +211,13 @@ TEST_F(WindowTest, PastedTextOfAnyLengthIsCutAndSaid) {
   ASSERT_TRUE(DesktopBench::Until([&] { return SampleId(1) == "SECOND"; }));
   EXPECT_EQ(SampleId(0).size(), kLongestSampleId);
   EXPECT_TRUE(bench_.window().statusBar()->currentMessage().contains("cut"));
+
+  ASSERT_TRUE(Settled());
+  QApplication::clipboard()->setText("A\nB\nC\n");
+  view().selectRow(28);
+  view().Paste();
+  ASSERT_TRUE(DesktopBench::Until([&] { return SampleId(29) == "B"; }));
+  EXPECT_TRUE(bench_.window().statusBar()->currentMessage().contains("no place for 1"));
 }
 
 TEST_F(WindowTest, AFileWithAMistakeChangesNothing) {
