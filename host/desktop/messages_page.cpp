@@ -48,6 +48,7 @@ MessagesPage::MessagesPage(MessageList& list, QWidget* parent)
 
   auto* row = new QHBoxLayout();
   count_ = new QLabel(this);
+  count_->setWordWrap(true);
   one_ = new QPushButton(QStringLiteral("Ac&knowledge"), this);
   all_ = new QPushButton(QStringLiteral("Acknowledge A&ll"), this);
   row->addWidget(count_, 1);
@@ -81,8 +82,7 @@ void MessagesPage::Refresh() {
   if (list_.rowCount() == 0) {
     count_->setText(QStringLiteral("No messages. What fails or needs attention is listed here."));
   } else {
-    count_->setText(
-        QStringLiteral("%1 messages, %2 not acknowledged").arg(list_.rowCount()).arg(open));
+    count_->setText(QStringLiteral("%1 messages, %2 open").arg(list_.rowCount()).arg(open));
   }
 }
 

@@ -70,6 +70,7 @@ SamplesPage::SamplesPage(SampleStore& store, Worker& worker, QWidget* parent)
 
   auto* row = new QHBoxLayout();
   count_ = new QLabel(this);
+  count_->setWordWrap(true);
   auto* exportButton = new QToolButton(this);
   exportButton->setText(QStringLiteral("Export CSV"));
   exportButton->setPopupMode(QToolButton::InstantPopup);
