@@ -108,7 +108,8 @@ TEST(PowerCut, AnArchiveOfAnOlderVersionIsMigratedOrAsItWas) {
       host->samples().StoreSample(NumberedSample(number));
     }
     ExecuteSql(host->database(),
-               "ALTER TABLE SAMPLES DROP COLUMN \"Simulated\"; PRAGMA user_version = 1");
+               "ALTER TABLE SAMPLES DROP COLUMN \"Simulated\"; "
+               "ALTER TABLE ERRORS DROP COLUMN \"Acknowledged\"; PRAGMA user_version = 1");
   }
   Cutter cutter(folder);
   for (int number = 1; number <= 3; ++number) cutter.Acknowledge(number);
