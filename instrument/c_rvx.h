@@ -153,8 +153,9 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
 
   // --- Others ---------------------------------------------------------------------------------
   void SetRotorTime(int32_t seconds);  // of the present test point; -1: none
-  // The standards, loaded if there are none yet; null if the archive failed. User-interface thread,
-  // or one that nobody shares them with.
+  // The standards, loaded if there are none yet; null if the archive failed. Any thread may read
+  // them, as long as this object lives, also when they are read again meanwhile. Changing them is for
+  // the user-interface thread, while nobody else reads.
   CStandardsMap* GetStandards();
   // Reads the standards again; ArchiveException on failure.
   void ReloadStandards();
@@ -310,7 +311,10 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
 
   TrayOfSampleActions tray_;
   std::unique_ptr<TrayController> trayController_;
-  std::unique_ptr<CStandardsMap> standards_;
+  platform::PlainLock standardsLock_{"standards", platform::kLeafRank};
+  CStandardsMap* standards_ GUARDED_BY(standardsLock_) = nullptr;
+  // All that were read: a dialog may still look at an older list.
+  std::vector<std::unique_ptr<CStandardsMap>> standardLists_ GUARDED_BY(standardsLock_);
   std::atomic<bool> settingsTaken_{false};  // by the last LoadSettingsText
   bool firstStatus_ = true;                 // only the thread that hands over received bytes
 

@@ -111,8 +111,13 @@ bool C_RVX::LoadStoredSettings() {
 }
 
 CStandardsMap* C_RVX::GetStandards() {
-  if (!standards_) LoadStandards();
-  return standards_.get();
+  {
+    platform::PlainGuard guard(standardsLock_);
+    if (standards_ != nullptr) return standards_;
+  }
+  LoadStandards();
+  platform::PlainGuard guard(standardsLock_);
+  return standards_;
 }
 
 void C_RVX::ReloadStandards() {
@@ -127,16 +132,20 @@ bool C_RVX::LoadStandards() {
     ConfigurationGuard guard(configuration_);
     lowTemperature = configuration_.GetSlotCount() == kCalibrationSlots;
   }
-  standards_ = std::make_unique<CStandardsMap>(lowTemperature);
   std::string text;
   try {
     GetAnalysisArchive()->ReadAnalysisText(kStandardsArchiveName, kStandardsSection, text);
   } catch (ArchiveException* failure) {
     delete failure;
-    standards_.reset();
+    platform::PlainGuard guard(standardsLock_);
+    standards_ = nullptr;
     return false;
   }
-  standards_->LoadFromText(text);
+  auto list = std::make_unique<CStandardsMap>(lowTemperature);
+  list->LoadFromText(text);
+  platform::PlainGuard guard(standardsLock_);
+  standards_ = list.get();
+  standardLists_.push_back(std::move(list));
   return true;
 }
 

@@ -1,6 +1,8 @@
 // Finding samples for a screen: which rows there are, and what stands in some of them.
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "host/core/database.h"
 #include "host/core/row_binding.h"
 #include "host/core/sample_rows.h"
@@ -8,6 +10,8 @@
 
 namespace torvell {
 namespace {
+
+constexpr size_t kRowsAtATime = 500;
 
 const char* OrderColumn(SampleQuery::Order order) {
   switch (order) {
@@ -102,12 +106,15 @@ std::vector<StoredSample> SampleStore::ReadRows(const std::vector<int64_t>& rows
       fmt::format("SELECT {} FROM SAMPLES WHERE rowid = ?", SampleColumnList());
   std::vector<StoredSample> samples;
   try {
-    platform::PlainGuard guard(database_.lock());
-    SQLite::Statement statement(database_.connection(), sql);
-    for (const int64_t row : rows) {
-      statement.bind(1, row);
-      if (statement.executeStep()) samples.push_back(ReadSampleRow(statement, database_.file()));
-      statement.reset();
+    // A part at a time: a run that wants to store must not wait for a whole export.
+    for (size_t first = 0; first < rows.size(); first += kRowsAtATime) {
+      platform::PlainGuard guard(database_.lock());
+      SQLite::Statement statement(database_.connection(), sql);
+      for (size_t i = first; i < std::min(rows.size(), first + kRowsAtATime); ++i) {
+        statement.bind(1, rows[i]);
+        if (statement.executeStep()) samples.push_back(ReadSampleRow(statement, database_.file()));
+        statement.reset();
+      }
     }
   } catch (const SQLite::Exception& error) {
     throw MakeDatabaseError("The samples could not be read", error);

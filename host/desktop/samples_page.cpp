@@ -63,9 +63,9 @@ SamplesPage::SamplesPage(SampleStore& store, Worker& worker, QWidget* parent)
       fontMetrics().horizontalAdvance(QStringLiteral("00.00.0000 00:00:00")) + 14);
   table_->setColumnWidth(SamplesModel::SampleId, 130);
   // What somebody looks for first stands at the left.
-  table_->horizontalHeader()->moveSection(SamplesModel::SampleId, 1);
-  table_->horizontalHeader()->moveSection(
-      table_->horizontalHeader()->visualIndex(SamplesModel::Viscosity), 2);
+  QHeaderView* header = table_->horizontalHeader();
+  header->moveSection(header->visualIndex(SamplesModel::SampleId), 0);
+  header->moveSection(header->visualIndex(SamplesModel::Viscosity), 1);
   layout->addWidget(table_, 1);
 
   auto* row = new QHBoxLayout();
