@@ -7,6 +7,7 @@
 #include "execution/context.h"
 #include "execution/view_action.h"
 #include "instrument/c_rvx.h"
+#include "instrument/watcher_call.h"
 #include "platform/mutant.h"
 #include "resources/string_ids.h"
 #include "resources/string_table.h"
@@ -23,6 +24,11 @@ std::string InsertName(std::string text, const std::string& name) {
   const size_t place = text.find("%s");
   if (place != std::string::npos) text.replace(place, 2, name);
   return text;
+}
+
+void TellFinished(LaunchRecord& record, ActionWatcher& watcher) {
+  CallWatcher(&record.instrument, "ActionFinished",
+              [&] { watcher.ActionFinished(record.context); });
 }
 
 }  // namespace
@@ -76,7 +82,12 @@ CBaseAction::StartFailure CBaseAction::Launch(ActionWatcher* watcher, const std:
   launch_ = record;
   try {
     platform::StartThread(
-        threadName, [record, use = std::move(use), run] { run(*record); }, priority);
+        threadName,
+        [record, use = std::move(use), run] {
+          use->NoteOwnThread();
+          run(*record);
+        },
+        priority);
   } catch (const std::system_error&) {
     launch_.reset();
     return StartFailure::NoThread;
@@ -130,14 +141,14 @@ void CBaseAction::StopRun() {
     platform::RecursiveGuard guard(lock_);
     if (launch_ == launch) launch_.reset();
   }
-  if (watcher != nullptr) watcher->ActionFinished(launch->context);
+  if (watcher != nullptr) TellFinished(*launch, *watcher);
 }
 
 void CBaseAction::FinishRun(LaunchRecord& record) {
   platform::RecursiveGuard guard(record.lock);
   ActionWatcher* watcher = std::exchange(record.watcher, nullptr);
   if (platform::IsPlanted("end-not-told")) watcher = nullptr;
-  if (watcher != nullptr) watcher->ActionFinished(record.context);
+  if (watcher != nullptr) TellFinished(record, *watcher);
   CBaseAction* action = std::exchange(record.action, nullptr);
   if (action == nullptr) return;
   platform::RecursiveGuard actionGuard(action->lock_);

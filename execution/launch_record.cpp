@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "instrument/watcher_call.h"
+
 namespace rvx {
 
 LaunchRecord::LaunchRecord(C_RVX& ownInstrument, CBaseAction* ownAction, ActionWatcher* ownWatcher,
@@ -16,12 +18,16 @@ LaunchRecord::LaunchRecord(C_RVX& ownInstrument, CBaseAction* ownAction, ActionW
 
 void LaunchRecord::ReportStarted() {
   platform::RecursiveGuard guard(lock);
-  if (watcher != nullptr) watcher->ActionStarted(context);
+  ActionWatcher* const called = watcher;
+  if (called == nullptr) return;
+  CallWatcher(&instrument, "ActionStarted", [&] { called->ActionStarted(context); });
 }
 
 void LaunchRecord::ReportStatus(const std::string& text) {
   platform::RecursiveGuard guard(lock);
-  if (watcher != nullptr) watcher->ActionStatus(context, text);
+  ActionWatcher* const called = watcher;
+  if (called == nullptr) return;
+  CallWatcher(&instrument, "ActionStatus", [&] { called->ActionStatus(context, text); });
 }
 
 bool LaunchRecord::IsDetached() {

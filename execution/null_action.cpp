@@ -1,5 +1,7 @@
 #include "execution/null_action.h"
 
+#include "instrument/watcher_call.h"
+
 namespace rvx {
 
 void CNullAction::Start(ActionWatcher* watcher, const std::string& context) {
@@ -9,8 +11,8 @@ void CNullAction::Start(ActionWatcher* watcher, const std::string& context) {
     hasRun_ = 1;
   }
   if (watcher == nullptr) return;
-  watcher->ActionStarted(context);
-  watcher->ActionFinished(context);
+  CallWatcher(nullptr, "ActionStarted", [&] { watcher->ActionStarted(context); });
+  CallWatcher(nullptr, "ActionFinished", [&] { watcher->ActionFinished(context); });
 }
 
 int32_t CNullAction::HasRun() {

@@ -1,6 +1,7 @@
 // Life of an instrument, and its operations as the host's ViscometerInstrument.
 #include "instrument/c_rvx.h"
 
+#include <algorithm>
 #include <functional>
 #include <iterator>
 #include <system_error>
@@ -15,6 +16,7 @@
 #include "instrument/simulator_line.h"
 #include "instrument/temperature_offset.h"
 #include "instrument/tray_controller.h"
+#include "platform/end_program.h"
 #include "platform/prompt.h"
 #include "platform/text.h"
 #include "resources/string_ids.h"
@@ -103,6 +105,7 @@ C_RVX::~C_RVX() { Close(); }
 
 void C_RVX::Close() {
   if (!open_) return;
+  if (IsOnOwnThread()) RefuseDestruction();
   open_ = false;
   try {
     GetInstrumentArchive()->StoreInstrument(GetArchiveKey(), this);
@@ -379,9 +382,33 @@ void C_RVX::BeginUse() {
   ++users_;
 }
 
+void C_RVX::NoteOwnThread() {
+  platform::PlainGuard guard(usersLock_);
+  ownThreads_.push_back(platform::CurrentThreadId());
+}
+
+bool C_RVX::IsOnOwnThread() {
+  if (conversation_->IsOnItsThreads()) return true;
+  platform::PlainGuard guard(usersLock_);
+  const platform::ThreadId here = platform::CurrentThreadId();
+  return std::find(ownThreads_.begin(), ownThreads_.end(), here) != ownThreads_.end();
+}
+
+// The destructor would wait for the very thread that it is called on, for ever and in silence, with
+// the instrument in the middle of a test. What can still be put in order is, then the program ends.
+void C_RVX::RefuseDestruction() {
+  trayController_->Abort();
+  conversation_->WaitUntilIdle(platform::Deadline::After(kLastCommands));
+  platform::EndProgram(
+      "an instrument is destroyed from inside a call that it makes (a watcher's, or the report of an "
+      "error). The host program is at fault: it must let the call return first. The instrument was "
+      "told to stop and the program ends; samples that were finished are stored.");
+}
+
 void C_RVX::EndUse() {
   // Set under the lock: behind the unlock the waiting destructor may take the event away.
   platform::PlainGuard guard(usersLock_);
+  std::erase(ownThreads_, platform::CurrentThreadId());
   if (--users_ == 0) unused_.Set();
 }
 

@@ -191,6 +191,8 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   // gone. The starter makes an InstrumentUse (shared) and the thread's function owns it.
   void BeginUse();
   void EndUse();
+  // Such a thread says at its start that it is one.
+  void NoteOwnThread();
 
   // Set for good when the destruction begins: screens that wait for it close.
   platform::Event& closingEvent() { return closing_; }
@@ -241,6 +243,9 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   // Steps of the destruction.
   void EndRunForDestruction();
   void WaitForUsers();
+  // Whether the caller is inside a call of this instrument's own threads.
+  bool IsOnOwnThread();
+  [[noreturn]] void RefuseDestruction();
 
   void CheckMachineStatus(uint8_t machineStatus);
   // Hands the present readings to the status window, if there is one. Any thread, with no lock
@@ -302,6 +307,7 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
 
   platform::PlainLock usersLock_{"instrument users", platform::kLeafRank};
   int32_t users_ GUARDED_BY(usersLock_) = 0;
+  std::vector<platform::ThreadId> ownThreads_ GUARDED_BY(usersLock_);
   platform::Event unused_{"instrument: no user left"};
   platform::Event closing_{"instrument closes", platform::Event::Mode::ManualReset};
 
@@ -328,6 +334,8 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
 class InstrumentUse {
  public:
   explicit InstrumentUse(C_RVX& instrument) : instrument_(instrument) { instrument_.BeginUse(); }
+  // At the thread's start.
+  void NoteOwnThread() { instrument_.NoteOwnThread(); }
   ~InstrumentUse() { instrument_.EndUse(); }
   InstrumentUse(const InstrumentUse&) = delete;
   InstrumentUse& operator=(const InstrumentUse&) = delete;

@@ -103,11 +103,21 @@ bool Conversation::WaitUntilIdle(const platform::Deadline& deadline) {
   }
 }
 
-void Conversation::Receive(std::span<const uint8_t> bytes) { reader_.Feed(bytes); }
+void Conversation::Receive(std::span<const uint8_t> bytes) {
+  receiver_ = platform::CurrentThreadId();
+  reader_.Feed(bytes);
+  receiver_ = 0;
+}
+
+bool Conversation::IsOnItsThreads() const {
+  const platform::ThreadId here = platform::CurrentThreadId();
+  return here == sender_ || here == receiver_;
+}
 
 // --- The communications thread ---
 
 void Conversation::RunThread() {
+  sender_ = platform::CurrentThreadId();
   while (!stop_.TryWait()) {
     if (const std::optional<std::string> text = TakeCommand()) {
       Exchange(*text);

@@ -66,6 +66,8 @@ class Conversation : private FrameHandler {
   // Behind the queueing of CAR: polling stops at once when Auto Report is asked for, and goes on
   // with the first status frame that shows it off.
   void SetAutoReportAsked(bool asked);
+  // Whether the caller is the communications thread, or inside Receive.
+  bool IsOnItsThreads() const;
   // Waits until nothing is queued and no reply is awaited: false at the deadline.
   bool WaitUntilIdle(const platform::Deadline& deadline);
   // Takes received bytes. One thread at a time.
@@ -123,6 +125,8 @@ class Conversation : private FrameHandler {
   bool autoReportAsked_ GUARDED_BY(autoReportLock_) = false;  // until the switch byte confirms it
   bool autoReportSeen_ GUARDED_BY(autoReportLock_) = false;   // the switch byte shows it
 
+  std::atomic<platform::ThreadId> sender_{0};    // the communications thread
+  std::atomic<platform::ThreadId> receiver_{0};  // the thread inside Receive
   platform::Microseconds LastFrame() const { return platform::Microseconds(lastFrame_.load()); }
   std::atomic<int64_t> lastFrame_{0};  // when the last frame came, microseconds
 

@@ -50,7 +50,10 @@ int32_t TrayController::Start(TrayWatcher* watcher) {
   }
   try {
     auto use = std::make_shared<InstrumentUse>(instrument_);
-    platform::StartThread("tray", [this, run, use] { TrayThread(*this, run).Run(); });
+    platform::StartThread("tray", [this, run, use] {
+      use->NoteOwnThread();
+      TrayThread(*this, run).Run();
+    });
   } catch (const std::system_error&) {
     {
       ConfigurationRecord& configuration = instrument_.configuration();
@@ -115,7 +118,9 @@ void TrayController::Abort() {
   // TrayRun's lock, and stopping it waits for that call.
   for (const std::shared_ptr<Action>& action : removed) action->Stop();
   removed.clear();
-  if (watcher != nullptr) watcher->TrayFinished(0);
+  if (watcher != nullptr) {
+    CallWatcher(&instrument_, "TrayFinished", [&] { watcher->TrayFinished(0); });
+  }
   GetInstrumentManager()->NotifyInstrumentChanged();
 }
 

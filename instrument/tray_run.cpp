@@ -27,14 +27,14 @@ void CActionWatcher::ActionStarted(std::string context) {
   started_.Set();
   const std::optional<int32_t> position = PositionOfFirstTray(context);
   platform::RecursiveGuard guard(run_.lock);
-  if (run_.watcher != nullptr && position) run_.watcher->SampleStarted(0, *position);
+  if (position) run_.Tell("SampleStarted", &TrayWatcher::SampleStarted, 0, *position);
 }
 
 void CActionWatcher::ActionStatus(std::string context, std::string text) {
   const std::optional<int32_t> position = PositionOfFirstTray(context);
   platform::RecursiveGuard guard(run_.lock);
-  if (run_.watcher != nullptr && position) {
-    run_.watcher->SampleStatus(0, *position, std::move(text));
+  if (position) {
+    run_.Tell("SampleStatus", &TrayWatcher::SampleStatus, 0, *position, std::move(text));
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include "instrument/host/tray.h"
 #include "instrument/lock_ranks.h"
+#include "instrument/watcher_call.h"
 #include "platform/event.h"
 #include "platform/lock.h"
 
@@ -24,6 +25,15 @@ struct TrayRun {
   // Null once an abort or the normal end has taken the run away: from then on the tray thread must
   // not touch the instrument.
   C_RVX* instrument GUARDED_BY(lock) = nullptr;
+
+  // Calls an operation of the watcher, if it is still there.
+  template <class... Arguments, class... Values>
+  void Tell(const char* name, void (TrayWatcher::*operation)(Arguments...), Values... values)
+      REQUIRES(lock) {
+    TrayWatcher* const called = watcher;
+    if (called == nullptr) return;
+    CallWatcher(instrument, name, [&] { (called->*operation)(values...); });
+  }
 
   // In the first or the last stage, which run no position: a pause there needs no question.
   std::atomic<bool> inStage{false};

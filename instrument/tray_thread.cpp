@@ -20,7 +20,10 @@ void TrayThread::Run() {
     controller_.Abort();
     return;
   }
-  Tell(&TrayWatcher::TrayStarted);
+  {
+    platform::RecursiveGuard guard(run_->lock);
+    run_->Tell("TrayStarted", &TrayWatcher::TrayStarted, 0);
+  }
   PromptForCheckStandard();
   // Each answers false when the run was aborted: Abort has done all the rest then.
   if (RunOwnAction(kPreconditionMotorAction, platform::Milliseconds(0)) && RunPositions() &&
@@ -147,7 +150,9 @@ void TrayThread::Finish() {
     run_->instrument = nullptr;
   }
   removed.clear();
-  if (watcher != nullptr) watcher->TrayFinished(0);
+  if (watcher != nullptr) {
+    CallWatcher(&instrument_, "TrayFinished", [&] { watcher->TrayFinished(0); });
+  }
   GetInstrumentManager()->NotifyInstrumentChanged();
 }
 
@@ -223,7 +228,7 @@ void TrayThread::TellPause(bool paused) {
     configuration.runFlags &= ~static_cast<uint32_t>(kTrayPaused | kPauseRequested);
     if (paused) configuration.runFlags |= kTrayPaused;
   }
-  if (run_->watcher != nullptr) run_->watcher->TrayPauseChanged(0, paused ? 1 : 0);
+  run_->Tell("TrayPauseChanged", &TrayWatcher::TrayPauseChanged, 0, paused ? 1 : 0);
 }
 
 bool TrayThread::SleepUnlessAborted(platform::Milliseconds duration) {
@@ -251,14 +256,9 @@ std::shared_ptr<Action> TrayThread::HoldPosition(int32_t position) {
   return position < tray->GetSize() ? tray->Hold(position) : nullptr;
 }
 
-void TrayThread::Tell(void (TrayWatcher::*operation)(int32_t)) {
-  platform::RecursiveGuard guard(run_->lock);
-  if (run_->watcher != nullptr) (run_->watcher->*operation)(0);
-}
-
 void TrayThread::TellSampleFinished(int32_t position) {
   platform::RecursiveGuard guard(run_->lock);
-  if (run_->watcher != nullptr) run_->watcher->SampleFinished(0, position);
+  run_->Tell("SampleFinished", &TrayWatcher::SampleFinished, 0, position);
 }
 
 }  // namespace rvx

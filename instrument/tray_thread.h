@@ -49,8 +49,7 @@ class TrayThread {
   bool IsReady();
   bool OnlyEmptyBehind(int32_t position);
   std::shared_ptr<Action> HoldPosition(int32_t position);
-  // Calls the watcher, if it is still there, under the TrayRun's lock.
-  void Tell(void (TrayWatcher::*operation)(int32_t));
+  // Call the watcher, if it is still there, under the TrayRun's lock.
   void TellPause(bool paused);
   void TellSampleFinished(int32_t position);
 

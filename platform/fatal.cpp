@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "platform/end_program.h"
 #include "platform/virtual_base.h"
 
 namespace platform::detail {
@@ -25,6 +26,12 @@ void Fatal(const std::string& message) {
   WriteToStandardError(text);
   std::abort();
 }
+
+}  // namespace platform::detail
+
+void platform::EndProgram(const std::string& message) { detail::Fatal(message); }
+
+namespace platform::detail {
 
 void AbandonRun(const std::string& report) {
   WriteToStandardError(report);

@@ -49,6 +49,8 @@ struct ClockStart {
 };
 ClockStart clockStart;
 
+std::atomic<int64_t> movedBy{0};  // milliseconds, by MoveTimeOfDay
+
 std::atomic<bool> programRuns{false};
 std::atomic<TimeBaseKind> kindInForce{TimeBaseKind::Real};
 
@@ -58,6 +60,9 @@ void StartClockOfDay(const TimeBaseOptions& options) {
   clockStart.local = options.startOfClock ? *options.startOfClock : SystemLocal(now);
   clockStart.utc = options.startOfClock ? *options.startOfClock : Date::FromMilliseconds(now);
 }
+
+// What the time of day has moved on since the start of the base.
+int64_t ElapsedOfDay() { return MonotonicTime().count() / 1000 + movedBy; }
 
 int64_t ElapsedMilliseconds() { return MonotonicTime().count() / 1000; }
 
@@ -84,6 +89,7 @@ class ProgramScope {
   ~ProgramScope() {
     detail::RestartRealClock(1);
     StartClockOfDay({});
+    movedBy = 0;
     kindInForce = TimeBaseKind::Real;
     programRuns = false;
   }
@@ -141,12 +147,14 @@ Microseconds MonotonicTime() {
 
 Date LocalNow() {
   if (clockStart.followsSystem) return SystemLocal(SystemMilliseconds());
-  return clockStart.local.PlusMilliseconds(ElapsedMilliseconds());
+  return clockStart.local.PlusMilliseconds(ElapsedOfDay());
 }
+
+void MoveTimeOfDay(Milliseconds by) { movedBy += by.count(); }
 
 Date UtcNow() {
   if (clockStart.followsSystem) return Date::FromMilliseconds(SystemMilliseconds());
-  return clockStart.utc.PlusMilliseconds(ElapsedMilliseconds());
+  return clockStart.utc.PlusMilliseconds(ElapsedOfDay());
 }
 
 TimeBaseFigures GetTimeBaseFigures() {

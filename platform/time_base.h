@@ -62,6 +62,10 @@ Date LocalNow();
 // Same moment as LocalNow in UTC. With startOfClock set, local time and UTC are the same clock.
 Date UtcNow();
 
+// Moves the time of day, as if somebody had set the computer's clock; for tests only. Durations and
+// waits are not touched, nor is a clock that follows the system's. The end of RunUnderTimeBase takes it back.
+void MoveTimeOfDay(Milliseconds by);
+
 // A moment to wait until, in the base's time.
 class Deadline {
  public:

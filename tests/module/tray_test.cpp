@@ -169,6 +169,54 @@ TEST(TrayTest, AnAbortFromInsideAWatchersCallIsAsGood) {
   }
 }
 
+// Whatever a host raises in its watcher, the run goes on and its user hears of it.
+TEST(TrayTest, AWatcherThatThrowsDoesNotDisturbTheRun) {
+  RunVirtual([] {
+    TrayBench bench;
+    bench.Fill({1});
+    int calls = 0;
+    bench.log.onLine = [&](const std::string&) {
+      switch (++calls % 3) {
+        case 0:
+          throw new InvalidException;
+        case 1:
+          throw std::runtime_error("no window");
+        default:
+          throw 1;
+      }
+    };
+    bench.instrument->StartTray(&bench.log);
+    ASSERT_TRUE(bench.log.WaitFor("tray finished"));
+    EXPECT_EQ(bench.StoredPositions(), (std::vector<int>{2}));
+    EXPECT_TRUE(bench.TrayIsEmpty());
+    EXPECT_TRUE(bench.host.instruments.WaitForErrors(static_cast<size_t>(calls), 1min));
+    const Lines errors = bench.ErrorTexts();
+    EXPECT_EQ(errors.size(), static_cast<size_t>(calls));
+    EXPECT_EQ(errors.front().substr(0, 61),
+              "The host failed when it was told of TrayStarted (no window), ");
+  });
+}
+
+using TrayDeathTest = testing::Test;
+
+// It could only hang: with a message and a stopped instrument the host's developer finds it.
+TEST(TrayDeathTest, AnInstrumentThatIsDestroyedFromInsideItsOwnCallEndsTheProgram) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  for (const char* line : {"tray started", "started 1", "status 1 Cooldown", "tray finished"}) {
+    EXPECT_DEATH(RunVirtual([&] {
+                   TrayBench bench;
+                   bench.Fill({1});
+                   bench.log.onLine = [&](const std::string& told) {
+                     if (told == line) bench.instrument.reset();
+                   };
+                   bench.instrument->StartTray(&bench.log);
+                   bench.log.WaitFor("tray finished");
+                   platform::Sleep(1h);
+                 }),
+                 "destroyed from inside a call that it makes");
+  }
+}
+
 TEST(TrayTest, AHostMayStartTheNextTrayFromInsideTheEndOfTheLast) {
   RunVirtual([] {
     TrayBench bench;

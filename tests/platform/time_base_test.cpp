@@ -50,6 +50,22 @@ TEST(TimeBase, PacedTimeRunsFasterThanTheRealOne) {
   EXPECT_EQ(1, CurrentPace());
 }
 
+TEST(TimeBase, AClockThatIsSetMovesTheTimeOfDayAlone) {
+  TimeBaseOptions options;
+  options.kind = TimeBaseKind::Virtual;
+  options.startOfClock = Date(2026, 1, 31, 16, 0, 0);
+  for (int i = 0; i < 2; ++i) {  // the first run leaves nothing to the second
+    RunUnderTimeBase(options, [] {
+      MoveTimeOfDay(std::chrono::hours(-24));
+      Sleep(Milliseconds(3000));
+      EXPECT_EQ(LocalNow(), Date(2026, 1, 30, 16, 0, 3));
+      EXPECT_EQ(UtcNow(), LocalNow());
+      EXPECT_EQ(MonotonicTime(), Milliseconds(3000));
+      return 0;
+    });
+  }
+}
+
 TEST(TimeBase, VirtualClocksShowTheSameTime) {
   TimeBaseOptions options;
   options.kind = TimeBaseKind::Virtual;

@@ -42,6 +42,9 @@ enum class Fault : size_t {
   SlowWatcher,
   CallingWatcher,
   SlowUser,
+  ArchiveReadOnly,  // the real one, which stands behind the trays of a laboratory
+  ThrowingWatcher,
+  ClockJumps,  // the time of day
   // People.
   Operator,
   SecondOperator,

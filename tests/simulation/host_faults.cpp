@@ -1,5 +1,7 @@
 #include "tests/simulation/host_faults.h"
 
+#include <stdexcept>
+
 #include "tests/simulation/expected_result.h"
 
 namespace rvx::soak {
@@ -44,18 +46,44 @@ void HostFaults::BeforeStore(const Sample& sample) {
   const bool fails = Happens(Fault::ArchiveFails);
   const bool isDead = Happens(Fault::ArchiveDead);
   const bool lies = Happens(Fault::FalseFailure);
-  const bool thrown = fails || isDead || lies;
-  observer_.StoreEnded(sample, thrown);
-  if (!thrown) return;
+  bool thrown = fails || isDead || lies;
   ActionErrorRecord record;
   record.message = kArchiveFailure;
+  if (archive != nullptr && !fails && !isDead) {
+    if (const std::optional<std::string> refusal = archive->Store(sample)) {
+      thrown = true;
+      record.message += ": " + *refusal;
+    }
+  }
+  observer_.StoreEnded(sample, thrown);
+  if (!thrown) return;
   record.kind = 1;
   throw new ArchiveException(record);
 }
 
 void HostFaults::InsideWatcher() {
   if (Happens(Fault::SlowWatcher)) platform::Sleep(DrawTime(1ms, 3000ms));
-  if (!callBack || !Happens(Fault::CallingWatcher)) return;
+  if (callBack && Happens(Fault::CallingWatcher)) CallBack();
+  MayThrow();
+}
+
+void HostFaults::MayThrow() {
+  if (!Happens(Fault::ThrowingWatcher)) return;
+  observer_.WatcherThrows();
+  switch (DrawBelow(3)) {
+    case 0: {
+      ActionErrorRecord record;
+      record.message = "planned failure of a watcher";
+      throw new ActionException(record);
+    }
+    case 1:
+      throw std::runtime_error("planned failure of a watcher");
+    default:
+      throw 1;
+  }
+}
+
+void HostFaults::CallBack() {
   constexpr OperatorDeed kDeeds[] = {OperatorDeed::Start,      OperatorDeed::PauseNow,
                                      OperatorDeed::PauseNow,   OperatorDeed::PauseAfter,
                                      OperatorDeed::QueryPause, OperatorDeed::Resume,

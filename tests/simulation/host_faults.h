@@ -12,6 +12,7 @@
 #include "platform/prompt.h"
 #include "tests/simulation/draws.h"
 #include "tests/simulation/observer.h"
+#include "tests/simulation/real_archive.h"
 #include "tests/simulation/scenario.h"
 #include "tests/support/fake_host.h"
 
@@ -25,8 +26,12 @@ class HostFaults : private platform::Prompter {
 
   // From now on the host works well.
   void EndFaults() { calm_ = true; }
+  // Where the samples go that the host does not refuse by itself; null: nowhere. Not owned.
+  RealArchive* archive = nullptr;
   // At the end of a watcher's call: waits, or calls what the host calls from inside.
   void InsideWatcher();
+  // Raises something at the end of a watcher's call, at times.
+  void MayThrow();
   // What the host calls from inside a watcher: a deed drawn from those that are allowed there.
   std::function<void(OperatorDeed)> callBack;
 
@@ -37,6 +42,7 @@ class HostFaults : private platform::Prompter {
                             int initial) override;
   void Beep() override {}
   void BeforeStore(const Sample& sample);
+  void CallBack();
   // Draws under the lock.
   bool Happens(Fault fault);
   platform::Milliseconds DrawTime(platform::Milliseconds low, platform::Milliseconds high);

@@ -24,6 +24,8 @@ constexpr int kMostSends = 102;
 constexpr int64_t kReplyTimeout = 2 * kSecond;
 // Silence that must have led to a report, with room for threads that are held up.
 constexpr int64_t kReportDue = 150 * kSecond;
+// Between the making of a record and its storing: a watcher's call, and threads that are held up.
+constexpr int64_t kStoreDue = 150 * kSecond;
 // What may stand in the queue before an abort goes out, on a line where each command times out.
 constexpr int64_t kAbortDue = 150 * kSecond;
 
@@ -189,6 +191,25 @@ void Observer::StoreBegun(const Sample& sample) {
   CheckIdentity(sample, plan);
   CheckMeasured(sample, plan.tests[index]);
   CheckViscosity(sample);
+  CheckTime(sample);
+}
+
+// A sample is stored soon behind its making; a clock that jumps in between proves nothing.
+void Observer::CheckTime(const Sample& sample) {
+  const PlainGuard guard(lock_);
+  if (Now() - lastJump_ < kStoreDue) return;
+  const int64_t age = platform::LocalNow().ToMilliseconds() - sample.timestamp.ToMilliseconds();
+  Require(age >= 0 && age * 1000 < kStoreDue, "a sample does not bear the time of day");
+}
+
+void Observer::ClockJumps() {
+  const PlainGuard guard(lock_);
+  lastJump_ = Now();
+}
+
+void Observer::WatcherThrows() {
+  const PlainGuard guard(lock_);
+  ++watcherThrows_;
 }
 
 void Observer::CheckIdentity(const Sample& sample, const PlannedSample& plan) {
@@ -270,6 +291,10 @@ void Observer::ErrorReported(const ActionErrorRecord& error) {
   Note(fmt::format("error: {} (kind {}, sample {})", error.message, error.kind, error.sampleId));
   platform::OpenScheduleWindow();
   const PlainGuard guard(lock_);
+  if (error.message.starts_with("The host failed when it was told of ")) {
+    ++watcherErrors_;
+    return;
+  }
   ++errors_;
   if (error.message.find(kArchiveFailure) != std::string::npos) ++archiveErrors_;
   if (error.message == "Instrument not responding.") {
@@ -374,6 +399,7 @@ void Observer::InstrumentClosed(bool lineWasAlive) {
   if (thrown_ != archiveErrors_) {
     Break(fmt::format("{} failures of the archive, {} reported", thrown_, archiveErrors_));
   }
+  Require(watcherThrows_ == watcherErrors_, "a watcher failed and that was not reported once");
   for (const auto& record : records_) {
     Require(!record->isOpen(), "a tray that was started has no TrayFinished");
   }

@@ -47,6 +47,10 @@ class Observer {
   void StoreBegun(const Sample& sample);
   void StoreEnded(const Sample& sample, bool thrown);
   void ErrorReported(const ActionErrorRecord& error);
+  // A watcher raises something, which has to be reported.
+  void WatcherThrows();
+  // The time of day is moved.
+  void ClockJumps();
 
   // --- What was put into the tray: every action has a sample id of its own.
   void SampleMade(const std::string& sampleId, const PlannedSample& plan);
@@ -85,6 +89,7 @@ class Observer {
   platform::Microseconds lastDelivered();
 
  private:
+  static constexpr int64_t kNoJump = 1'000'000'000;
   // A test that was started, with the status frames up to the next start.
   struct StartedTest {
     std::vector<uint8_t> payload;  // of its CST
@@ -100,6 +105,7 @@ class Observer {
   void CheckIdentity(const Sample& sample, const PlannedSample& plan);
   void CheckMeasured(const Sample& sample, const PlannedTest& test);
   void CheckViscosity(const Sample& sample);
+  void CheckTime(const Sample& sample);
   // A sample that was put into the tray, whatever it is called now.
   struct KnownSample {
     PlannedSample plan;
@@ -139,6 +145,9 @@ class Observer {
   int thrown_ GUARDED_BY(lock_) = 0;
   int archiveErrors_ GUARDED_BY(lock_) = 0;
   int errors_ GUARDED_BY(lock_) = 0;
+  int watcherThrows_ GUARDED_BY(lock_) = 0;
+  int watcherErrors_ GUARDED_BY(lock_) = 0;
+  int64_t lastJump_ GUARDED_BY(lock_) = -kNoJump;  // of the time of day
   uint64_t stored_ = 0;
   int edits_ GUARDED_BY(lock_) = 0;
   std::vector<std::unique_ptr<TrayRecord>> records_ GUARDED_BY(lock_);

@@ -21,14 +21,20 @@ constexpr int kNoPosition = -1;
 // Hears of an action that somebody started by hand.
 class OwnWatcher : public ActionWatcher {
  public:
-  explicit OwnWatcher(Observer& observer) : observer_(observer) {}
+  OwnWatcher(Observer& observer, HostFaults& host) : observer_(observer), host_(host) {}
   void ActionStarted(std::string /*context*/) override {
-    const PlainGuard guard(lock_);
-    observer_.Require(!closed_ && finished_ == 0 && ++started_ == 1, "ActionStarted out of turn");
+    {
+      const PlainGuard guard(lock_);
+      observer_.Require(!closed_ && finished_ == 0 && ++started_ == 1, "ActionStarted out of turn");
+    }
+    host_.MayThrow();
   }
   void ActionStatus(std::string /*context*/, std::string /*text*/) override {
-    const PlainGuard guard(lock_);
-    observer_.Require(!closed_, "ActionStatus behind the end of an action");
+    {
+      const PlainGuard guard(lock_);
+      observer_.Require(!closed_, "ActionStatus behind the end of an action");
+    }
+    host_.MayThrow();
   }
   void ActionFinished(std::string /*context*/) override {
     {
@@ -36,6 +42,7 @@ class OwnWatcher : public ActionWatcher {
       observer_.Require(!closed_ && ++finished_ == 1, "ActionFinished out of turn");
     }
     finishedEvent_.Set();
+    host_.MayThrow();
   }
   // Behind Stop: it has heard the end once, and no call may come any more.
   void Close() {
@@ -47,6 +54,7 @@ class OwnWatcher : public ActionWatcher {
 
  private:
   Observer& observer_;
+  HostFaults& host_;
   platform::Event finishedEvent_{"soak: own action finished"};
   platform::PlainLock lock_{"soak own watcher", platform::kLeafRank};
   int started_ GUARDED_BY(lock_) = 0;
@@ -279,7 +287,7 @@ void Desk::Command(size_t who, Milliseconds lives) {
 void Desk::RunOwn(std::unique_ptr<Action> action, const OperatorStep& step) {
   // One run at a time: the protocol does not tell whose run it is that a status shows.
   if (instrument_->IsTrayRunning() != 0 || ownRuns_.exchange(true)) return;
-  OwnWatcher watcher(observer_);
+  OwnWatcher watcher(observer_, host_);
   try {
     action->Start(&watcher, fmt::format("0,{}", step.position));
   } catch (CViscoException* refused) {

@@ -137,6 +137,10 @@ Milliseconds DrawDuration(Draws& draws, Fault fault) {
       return draws.LogUniform(1000ms, 15'000ms);
     case Fault::CountRepeats:
       return draws.LogUniform(500ms, 10'000ms);
+    case Fault::ArchiveReadOnly:
+      return draws.LogUniform(60'000ms, 7'200'000ms);
+    case Fault::ClockJumps:
+      return draws.LogUniform(1000ms, 400 * 86'400'000ms);  // how far; back for odd values
     default:
       return draws.LogUniform(500ms, 120'000ms);
   }
@@ -145,7 +149,8 @@ Milliseconds DrawDuration(Draws& draws, Fault fault) {
 void DrawMishaps(Scenario& scenario) {
   for (const Fault fault : {Fault::CutLine, Fault::Silent, Fault::Refuses, Fault::NotReady,
                             Fault::SteppersLost, Fault::GoesIdle, Fault::PowerCycle,
-                            Fault::NeverSettles, Fault::CountJumps, Fault::CountRepeats}) {
+                            Fault::NeverSettles, Fault::CountJumps, Fault::CountRepeats,
+                            Fault::ArchiveReadOnly, Fault::ClockJumps}) {
     if (!scenario.rates.Has(fault)) continue;
     Draws draws(scenario.seed, StreamId::Instrument, KindOf(fault).name);
     const int count = static_cast<int>(scenario.rates[fault]);

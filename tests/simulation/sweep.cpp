@@ -13,9 +13,11 @@
 #include <cstdlib>
 #include <deque>
 #include <stdexcept>
+#include <utility>
 
 #include "platform/time_base.h"
 #include "tests/simulation/mutant.h"
+#include "tests/simulation/real_archive.h"
 
 namespace rvx::soak {
 namespace {
@@ -52,7 +54,7 @@ class Child {
   pid_t pid() const { return pid_; }
   uint64_t last() const { return last_; }
   const RunPage& page() const { return *page_; }
-  void Ended() { pid_ = 0; }
+  void Ended() { RealArchive::RemoveFolderOf(std::exchange(pid_, 0)); }
 
   std::string Output() const {
     std::string text(4000, '\0');
@@ -192,6 +194,7 @@ Failure RunAlone(uint64_t seed, const RunOptions& options, const std::string& mu
   child.Start(sweep, seed, seed);
   int status = 0;
   waitpid(child.pid(), &status, 0);
+  child.Ended();
   Failure failure;
   failure.failed = !WIFEXITED(status) || WEXITSTATUS(status) != 0;
   if (failure.failed) failure.what = ReasonOf(child, status);

@@ -8,6 +8,22 @@ namespace rvx::soak {
 
 using platform::PlainGuard;
 
+namespace {
+
+// Behind what the host does in the call, also if that raises something.
+class SetAtEnd {
+ public:
+  explicit SetAtEnd(platform::Event& event) : event_(event) {}
+  ~SetAtEnd() { event_.Set(); }
+  SetAtEnd(const SetAtEnd&) = delete;
+  SetAtEnd& operator=(const SetAtEnd&) = delete;
+
+ private:
+  platform::Event& event_;
+};
+
+}  // namespace
+
 void TrayRecord::Expect(std::map<int32_t, std::string> samples, int edits) {
   const PlainGuard guard(lock_);
   samples_ = std::move(samples);
@@ -57,14 +73,13 @@ void TrayRecord::TrayFinished(int32_t /*tray*/) {
     const PlainGuard guard(lock_);
     finished_ = true;
   }
+  const SetAtEnd end(finishedEvent_);
   if (inside) inside(*this);
-  finishedEvent_.Set();
 }
 
 void TrayRecord::TrayPauseChanged(int32_t /*tray*/, int32_t paused) {
   Enter(paused != 0 ? "paused" : "resumed");
   if (inside) inside(*this);
-  if (paused != 0) pausedEvent_.Set();
 }
 
 void TrayRecord::SampleStarted(int32_t /*tray*/, int32_t position) {

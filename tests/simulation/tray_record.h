@@ -36,7 +36,6 @@ class TrayRecord : public TrayWatcher {
   // Positions that were told as finished.
   int finishedSamples();
   platform::Event& finished() { return finishedEvent_; }
-  platform::Event& paused() { return pausedEvent_; }
   // Called at the end of every call: what the host does from inside.
   std::function<void(TrayRecord&)> inside;
 
@@ -47,7 +46,6 @@ class TrayRecord : public TrayWatcher {
   Observer& observer_;
   const int number_;
   platform::Event finishedEvent_{"soak: tray finished", platform::Event::Mode::ManualReset};
-  platform::Event pausedEvent_{"soak: tray paused"};
   platform::PlainLock lock_{"soak tray record", platform::kLeafRank};
   std::map<int32_t, std::string> samples_ GUARDED_BY(lock_);
   int edits_ GUARDED_BY(lock_) = 0;

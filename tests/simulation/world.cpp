@@ -1,6 +1,7 @@
 #include "tests/simulation/world.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include "execution/action_classes.h"
 #include "platform/key_store.h"
@@ -43,6 +44,10 @@ World::World(const Scenario& scenario, RunPage& page)
       desk_(scenario, observer_, hostFaults_, line_) {
   platform::OverrideKeyValue(kSimulateKey, "Simulate",
                              scenario.controller == ControllerKind::SimulatedInside ? 1 : 0);
+  if (scenario.profile == Profile::Tray) {
+    archive_ = std::make_unique<RealArchive>(RealArchive::FolderOf(getpid()));
+    hostFaults_.archive = archive_.get();
+  }
   line_.onStart = [this](const std::vector<uint8_t>& payload) {
     controller_->BeforeStart(payload);
   };
@@ -65,6 +70,14 @@ void World::Run() {
   }
   RunFreshTray();
   CloseInstrument();
+  CheckArchive();
+}
+
+// What a host finds at its next start.
+void World::CheckArchive() {
+  if (!archive_) return;
+  const std::string problem = archive_->Check();
+  if (!problem.empty()) observer_.Break(problem);
 }
 
 // An instrument whose port can't be opened stays without a line; nothing of it may hang or break.
@@ -158,6 +171,20 @@ void World::DriveMishaps() {
   const Microseconds begin = platform::MonotonicTime();
   for (const Mishap& mishap : scenario_.mishaps) {
     if (over_.Wait(Deadline::At(begin + mishap.at))) return;
+    Befall(mishap);
+  }
+}
+
+void World::Befall(const Mishap& mishap) {
+  if (mishap.fault == Fault::ClockJumps) {
+    const Milliseconds by = mishap.value % 2 == 0 ? mishap.lasts : -mishap.lasts;
+    observer_.Note(fmt::format("the clock jumps by {} ms", by.count()));
+    observer_.ClockJumps();
+    platform::MoveTimeOfDay(by);
+  } else if (mishap.fault == Fault::ArchiveReadOnly) {
+    observer_.Note(fmt::format("the archive can only be read for {} ms", mishap.lasts.count()));
+    if (archive_) archive_->BeReadOnlyUntil(platform::MonotonicTime() + mishap.lasts);
+  } else {
     line_.Begin(mishap);
   }
 }
@@ -165,6 +192,7 @@ void World::DriveMishaps() {
 void World::Calm() {
   line_.EndFaults();
   hostFaults_.EndFaults();
+  if (archive_) archive_->BeReadOnlyUntil(Microseconds(0));
 }
 
 // With the faults switched off the tray ends by itself. What they have left behind may keep it from

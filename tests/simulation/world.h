@@ -43,11 +43,14 @@ class World {
   void AwaitEndOfTray();
   void RunFreshTray();
   void CloseInstrument();
+  void CheckArchive();
+  void Befall(const Mishap& mishap);
   void AwaitStatus();
 
   const Scenario& scenario_;
   Observer observer_;
   FakeHost host_;
+  std::unique_ptr<RealArchive> archive_;  // in the profile Tray
   HostFaults hostFaults_;
   FakePort& port_;
   FaultyLine line_;
