@@ -21,6 +21,7 @@ namespace {
     {"outage-not-reported", "an instrument that is silent is not reported"},
     {"silent-test-not-polled", "an instrument that falls silent in a test is not asked"},
     {"stop-without-cab", "a stop sends no CAB"},
+    {"end-told-early", "the end of an aborted tray is told while its actions still report"},
     {"end-told-twice", "a stop and the end of a run both tell the watcher"},
     {"end-not-told", "the end of a run is not told"},
     {"resume-lost", "a pause does not end"},

@@ -58,6 +58,8 @@ class Observer {
   // The tray was changed while it may be running.
   void TrayEdited();
   int edits();
+  // Somebody runs an action past the tray.
+  void OwnRunStarted();
   // Its actions were replaced by new ones with the same names.
   void TrayReloaded();
 
@@ -150,6 +152,7 @@ class Observer {
   int64_t lastJump_ GUARDED_BY(lock_) = -kNoJump;  // of the time of day
   uint64_t stored_ = 0;
   int edits_ GUARDED_BY(lock_) = 0;
+  int ownRuns_ GUARDED_BY(lock_) = 0;
   std::vector<std::unique_ptr<TrayRecord>> records_ GUARDED_BY(lock_);
 };
 

@@ -287,6 +287,7 @@ void Desk::Command(size_t who, Milliseconds lives) {
 void Desk::RunOwn(std::unique_ptr<Action> action, const OperatorStep& step) {
   // One run at a time: the protocol does not tell whose run it is that a status shows.
   if (instrument_->IsTrayRunning() != 0 || ownRuns_.exchange(true)) return;
+  observer_.OwnRunStarted();
   OwnWatcher watcher(observer_, host_);
   try {
     action->Start(&watcher, fmt::format("0,{}", step.position));

@@ -145,6 +145,8 @@ int Main(int argc, char** argv) {
       ->expected(1, 100);
   app.add_option("--first", sweep.first, "the first seed of --minutes");
   app.add_flag("--check-determinism", sweep.checkDeterminism, "runs each seed twice");
+  app.add_flag("--check-threads", sweep.checkThreads,
+               "runs each seed on fibers and on threads, which must give the same trace");
   app.add_flag("--hashes", sweep.printHashes, "prints the hash of each seed");
   app.add_option("--jobs", sweep.jobs, "processes at a time")->check(CLI::Range(1, 64));
   app.add_option("--history", arguments.history, "lines of history that are printed");

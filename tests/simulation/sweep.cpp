@@ -15,9 +15,17 @@
 #include <stdexcept>
 #include <utility>
 
+#include "platform/sanitizer.h"
 #include "platform/time_base.h"
 #include "tests/simulation/mutant.h"
 #include "tests/simulation/real_archive.h"
+
+#if defined(PLATFORM_ADDRESS_SANITIZER)
+#include <sanitizer/lsan_interface.h>
+#endif
+#if defined(RVX_COVERAGE)
+extern "C" int __llvm_profile_write_file(void);
+#endif
 
 namespace rvx::soak {
 namespace {
@@ -64,6 +72,16 @@ class Child {
   }
 
  private:
+  // What the tools of a build do at the end of a process, which _Exit leaves out.
+  void LookBack() {
+#if defined(RVX_COVERAGE)
+    __llvm_profile_write_file();
+#endif
+#if defined(PLATFORM_ADDRESS_SANITIZER)
+    if (__lsan_do_recoverable_leak_check() != 0) page_->Break(0, "the runs have left memory behind");
+#endif
+  }
+
   [[noreturn]] void Work(const SweepOptions& options) {
     lseek(output_, 0, SEEK_SET);
     dup2(output_, STDERR_FILENO);
@@ -76,10 +94,17 @@ class Child {
         RunSeed(seed, options.run, *page_);
         if (page_->figures().hash != hash) page_->Break(0, "a second run of the seed differs");
       }
+      if (options.checkThreads) {
+        RunOptions onThreads = options.run;
+        onThreads.taskSwitch = platform::TaskSwitch::Threads;
+        RunSeed(seed, onThreads, *page_);
+        if (page_->figures().hash != hash) page_->Break(0, "a run of the seed on threads differs");
+      }
       if (options.printHashes) std::printf("%lu %016lx\n", seed, hash);
       page_->Count();
     }
     std::fflush(stdout);
+    LookBack();
     std::_Exit(0);
   }
 

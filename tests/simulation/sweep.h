@@ -18,6 +18,7 @@ struct SweepOptions {
   int jobs = 2;
   uint64_t chunk = 50;            // seeds that one child takes
   bool checkDeterminism = false;  // each seed twice, with equal hashes
+  bool checkThreads = false;      // each with fibers and with threads, with equal hashes
   bool printHashes = false;       // a line for each seed
   std::optional<double> minutes;  // takes no new seeds behind this
   size_t mostFailures = 5;        // ends the sweep
