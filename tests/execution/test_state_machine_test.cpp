@@ -215,7 +215,10 @@ TEST(TestStateMachineTest, ARunThatItsOwnAbortCutsShortFails) {
     bench.controller.Ignore("ST", 1);
     TestRecord test = ShortTest(30);
     TestDriver driver(bench, test, 0);
-    bench.controller.AtOperation(kRunTest, [&] { bench.controller.GoIdle(); });
+    bench.controller.AtOperation(kRunTest, [&] {
+      bench.controller.Report();
+      bench.controller.GoIdle();
+    });
     driver.Run();
     ASSERT_TRUE(driver.failure);
     EXPECT_EQ(driver.failure->message, "Sample Abort : RVX Response Timeout.");
