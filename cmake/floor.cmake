@@ -13,25 +13,13 @@ function(floor_library name)
   endif()
 endfunction()
 
-# Hands a test program to CTest: its cases one by one, or under the sanitizers, where the start of a
-# process takes longer than most cases, the program as a whole.
-function(add_cases name environment)
-  if(RVX_SANITIZE)
-    add_test(NAME ${name} COMMAND ${name})
-    set_tests_properties(${name} PROPERTIES TIMEOUT 600 ENVIRONMENT "${environment}")
-  else()
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120
-      PROPERTIES TIMEOUT 300 ENVIRONMENT "${environment}")
-  endif()
-endfunction()
-
 # floor_test(NAME SOURCES ... LINKS ...) makes one test program and hands its cases to CTest.
 function(floor_test name)
   cmake_parse_arguments(TEST "" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name} ${TEST_SOURCES})
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE ${TEST_LINKS} GTest::gmock_main)
-  add_cases(${name} "")
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300)
 endfunction()
 
 # floor_gui_test(NAME SOURCES ... LINKS ...): the same for a program whose tests open windows, drawn
@@ -44,7 +32,7 @@ function(floor_gui_test name)
   add_executable(${name} ${TEST_SOURCES})
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE ${TEST_LINKS} rvx_gui_test_main)
-  add_cases(${name}
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300 ENVIRONMENT
     "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/gui_leaks.txt")
 endfunction()
 

@@ -5,7 +5,6 @@ option(RVX_MUTANTS "build in the planted faults that the simulation has to find"
 if(RVX_MUTANTS)
   add_compile_definitions(RVX_MUTANTS)
 endif()
-option(RVX_COVERAGE "count the lines and branches that tests pass, with clang" OFF)
 option(RVX_FUZZ "build the fuzzers, with clang" OFF)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
@@ -24,11 +23,6 @@ endif()
 if(RVX_SANITIZE)
   add_compile_options(-fsanitize=${RVX_SANITIZE} -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${RVX_SANITIZE})
-endif()
-if(RVX_COVERAGE)
-  add_compile_options(-fprofile-instr-generate -fcoverage-mapping)
-  add_link_options(-fprofile-instr-generate)
-  add_compile_definitions(RVX_COVERAGE)
 endif()
 if(RVX_FUZZ)
   # Every floor counts its branches, so that the fuzzers see where an input leads.

@@ -23,9 +23,6 @@
 #if defined(PLATFORM_ADDRESS_SANITIZER)
 #include <sanitizer/lsan_interface.h>
 #endif
-#if defined(RVX_COVERAGE)
-extern "C" int __llvm_profile_write_file(void);
-#endif
 
 namespace rvx::soak {
 namespace {
@@ -72,11 +69,8 @@ class Child {
   }
 
  private:
-  // What the tools of a build do at the end of a process, which _Exit leaves out.
-  void LookBack() {
-#if defined(RVX_COVERAGE)
-    __llvm_profile_write_file();
-#endif
+  // The sanitizer's look at the end of a process, which _Exit leaves out.
+  void LookForLeaks() {
 #if defined(PLATFORM_ADDRESS_SANITIZER)
     if (__lsan_do_recoverable_leak_check() != 0) page_->Break(0, "the runs have left memory behind");
 #endif
@@ -104,7 +98,7 @@ class Child {
       page_->Count();
     }
     std::fflush(stdout);
-    LookBack();
+    LookForLeaks();
     std::_Exit(0);
   }
 
