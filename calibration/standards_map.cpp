@@ -128,9 +128,7 @@ void CStandardsMap::LoadFromText(std::string_view text) {
   for (;;) {
     const size_t nameEnd = text.find(kStandardsCellEnd);
     if (nameEnd == std::string_view::npos) return;
-    // As it is written: a name with a row end in it would else be another one behind the next load.
-    std::string name(text.substr(0, nameEnd));
-    std::replace(name.begin(), name.end(), kStandardsRowEnd, ' ');
+    const std::string name(text.substr(0, nameEnd));
     text.remove_prefix(nameEnd + 1);
     const size_t rowEnd = text.find(kStandardsRowEnd);
     if (rowEnd == std::string_view::npos) return;

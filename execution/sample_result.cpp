@@ -25,7 +25,8 @@ constexpr double kCoolingGrowth = 1.36;
 constexpr double kWarmingShare = 1.08;
 
 double CoolingSeconds(double temperature) {
-  const double coldest = std::clamp(temperature, -45.0, 25.0);  // kTemperatureOff takes no longer
+  // kTemperatureOff, and what no program has written, take no longer than staying warm.
+  const double coldest = std::isfinite(temperature) ? std::clamp(temperature, -45.0, 25.0) : 25.0;
   return kCoolingSeconds * std::pow(kCoolingGrowth, (-15.0 - coldest) / 5.0);
 }
 

@@ -20,8 +20,9 @@ class Sequencer : public UserInterfaceClient, public CommandClient {
  public:
   ~Sequencer() override;
 
-  // Reads the next status, unless the last call changed something, and takes one transition: 1 while the run goes on, 0 at its end. Raises
-  // ActionException when the run fails; the instrument has been told to abort by then.
+  // Reads the next status, unless the last call changed something, and takes one transition: 1 while
+  // the run goes on, 0 at its end. Raises ActionException when the run fails; the instrument has been
+  // told to abort by then.
   int32_t Step();
   // Ends a run from outside: the instrument is told to abort, nothing is raised.
   void AbortRun();

@@ -109,7 +109,6 @@ int32_t CTestStateMachine::Act() {
       AbortAndRaise();
     case State::ResendAbort:
       AbortForResend();
-      aborted_ = true;
       SetState(State::AwaitAbort);
       return 1;
     case State::AwaitAbort:
@@ -230,10 +229,6 @@ void CTestStateMachine::PromptForInjection() {
 }
 
 void CTestStateMachine::Collect() {
-  if (status_.operation == 0 && aborted_ && readingIndex_ < speeds_.size()) {
-    FailNoReply();
-    return;
-  }
   if (status_.operation == 0) {
     readingsComplete_ = true;
     Tick();

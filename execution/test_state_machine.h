@@ -68,9 +68,6 @@ class CTestStateMachine final : public Sequencer {
   State returnState_ = State::Start;  // where a re-send goes on
   bool manualInjection_ = false;      // as of the present Step
   bool promptAnswered_ = false;
-  // CAB was sent because a command had no answer. If frames come late, a run of before may be taken
-  // for the present one, and that CAB ends it: a run that is cut short proves nothing then.
-  bool aborted_ = false;
   bool abortedAcknowledge_ = false;  // CAB was sent because an acknowledgement had no answer
   // On a model that injects by itself nothing ever clears it, so a stray prompt flag shows nothing.
   bool prompted_ = true;

@@ -1,4 +1,6 @@
 // The stored text of the calibration standards.
+#include <algorithm>
+
 #include "calibration/standards_map.h"
 #include "fuzz/require.h"
 #include "instrument/host/exceptions.h"
@@ -26,9 +28,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   first.LoadFromText(fuzz::ToText(data, size));
   const std::string written = first.ToText();
 
+  // A row end inside a name is written as a blank, and two names may become one by that: in a text
+  // that no program has written, and once.
+  const std::vector<std::string> names = first.GetStandardNames();
+  const bool isOdd = std::any_of(names.begin(), names.end(), [](const std::string& name) {
+    return name.find(rvx::kStandardsRowEnd) != std::string::npos;
+  });
   rvx::CStandardsMap second(true);
   second.LoadFromText(written);
-  fuzz::Require(second.ToText() == written, "what is read is what was written");
+  fuzz::Require(isOdd || second.ToText() == written, "what is read is what was written");
+  rvx::CStandardsMap third(true);
+  third.LoadFromText(second.ToText());
+  fuzz::Require(third.ToText() == second.ToText(), "a text that was written once stays as it is");
 
   for (const std::string& name : second.GetStandardNames()) LookAt(second, name);
   // Taking out every record that can be named leaves nothing.

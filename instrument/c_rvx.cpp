@@ -398,11 +398,13 @@ bool C_RVX::IsOnOwnThread() {
 // the instrument in the middle of a test. What can still be put in order is, then the program ends.
 void C_RVX::RefuseDestruction() {
   trayController_->Abort();
+  SendAbort(nullptr);  // also for a test outside the tray
   conversation_->WaitUntilIdle(platform::Deadline::After(kLastCommands));
   platform::EndProgram(
       "an instrument is destroyed from inside a call that it makes (a watcher's, or the report of an "
-      "error). The host program is at fault: it must let the call return first. The instrument was "
-      "told to stop and the program ends; samples that were finished are stored.");
+      "error). The host program is at fault: it must let the call return first. The instrument is "
+      "told to stop if it still can be, and the program ends; samples that were finished are stored. "
+      "Look whether the instrument is at rest.");
 }
 
 void C_RVX::EndUse() {

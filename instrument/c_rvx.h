@@ -203,8 +203,7 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   std::string FormatCheckStandardDue(int32_t samples) const;
 
   // A CNullAction for every tray position, to be put in by TrayOfSampleActions::ReplaceAll. Call it
-  // with no lock held: an action loads its texts on the user-interface thread, which may itself be
-  // waiting for the tray.
+  // with no lock held, since it asks the table of actions, which may be a host's.
   std::vector<std::shared_ptr<Action>> MakeEmptyTray();
   // Puts these in. The actions that stood there come back: stop and drop them with no lock held.
   [[nodiscard]] std::vector<std::shared_ptr<Action>> EmptyTray(

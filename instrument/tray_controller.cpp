@@ -50,7 +50,7 @@ int32_t TrayController::Start(TrayWatcher* watcher) {
   }
   try {
     auto use = std::make_shared<InstrumentUse>(instrument_);
-    platform::StartThread("tray", [this, run, use] {
+    platform::StartThread("tray", [this, run, use = std::move(use)] {
       use->NoteOwnThread();
       TrayThread(*this, run).Run();
     });

@@ -23,6 +23,9 @@ class ScheduleFaults {
   // Which of `count` waiting threads it is.
   size_t ChooseWaiting(size_t count) { return spurious_.Below(static_cast<uint32_t>(count)); }
 
+  // No thread is held up any more.
+  void EndStalls() { nextStall_ = 0; }
+
   uint64_t points() const { return points_; }
   uint64_t stalls() const { return stallsMade_; }
   uint64_t overshoots() const { return overshoots_; }

@@ -165,4 +165,8 @@ TimeBaseFigures GetTimeBaseFigures() {
   return figures;
 }
 
+void EndStalls() {
+  if (detail::VirtualBase* base = detail::VirtualBase::Current()) base->EndStalls();
+}
+
 }  // namespace platform

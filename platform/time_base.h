@@ -117,4 +117,8 @@ struct TimeBaseFigures {
 };
 TimeBaseFigures GetTimeBaseFigures();
 
+// From here on virtual time holds up no thread; one that is held up already gets on within 30 s. For
+// the end of a simulated run, when everything has to settle. Any thread; nothing on other bases.
+void EndStalls();
+
 }  // namespace platform

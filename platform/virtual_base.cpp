@@ -66,6 +66,11 @@ int VirtualBase::Run(const std::function<int()>& program) {
   return result;
 }
 
+void VirtualBase::EndStalls() {
+  const SchedulerScope scope;
+  if (faults_) faults_->EndStalls();
+}
+
 TimeBaseFigures VirtualBase::figures() const {
   const SchedulerScope scope;
   TimeBaseFigures figures;

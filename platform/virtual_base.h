@@ -40,6 +40,7 @@ class VirtualBase {
   Microseconds now() const { return now_; }
   uint32_t startTick() const { return startTick_; }
   TimeBaseFigures figures() const;
+  void EndStalls();
   ThreadRecord& runningRecord() { return *running_; }
 
   std::shared_ptr<Thread> Start(const std::string& name, std::function<void()> body);

@@ -24,9 +24,9 @@ struct User {
   int32_t level = kLevelOperator;
 };
 
-// The users of a data folder. Who acts is set once, when the host opens, and holds for the process:
-// with no user in the folder the local person acts at level 100; else the named user at the level
-// that is stored; a name that is unknown, or none, is level 0. Any thread.
+// The users of a data folder, and who acts: set when the host opens, and by a window whenever its
+// person changes. With no user in the folder the local person acts at level 100; else the named user
+// at the level that is stored; a name that is unknown, or none, is level 0. Any thread.
 class Users : public rvx::SecurityManager {
  public:
   explicit Users(Database& database);

@@ -13,7 +13,8 @@ struct DesktopOptions {
   std::string dataFolder;  // empty: the default one, or with `simulate` the demonstration's
   bool simulate = false;
   bool demo = false;     // fill a fresh data folder as a demonstration
-  // Says who acts, authenticated, once the folder is open; null or an empty name: the window asks.
+  // Says who acts, once the folder is open, by the command line's rules; null or a name that may do
+  // nothing: the window asks.
   // What it raises ends the program.
   std::function<std::string(Users&)> whoActs;
   int lockMinutes = 10;  // without a key or a mouse movement; 0: never

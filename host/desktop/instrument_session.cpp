@@ -28,13 +28,16 @@ InstrumentSession::InstrumentSession(Host& host, GuiThread& gui, const Instrumen
 
 InstrumentSession::~InstrumentSession() { closing_ = true; }
 
-void InstrumentSession::EndRun() {
+void InstrumentSession::EndRun(std::function<void()> done) {
   closing_ = true;
-  worker_->Do(this, [this] {
-    const AbortConsent::Scope yes;
-    if (runner_ && !runner_->HasFinished()) runner_->Abort();
-    runner_.reset();
-  });
+  worker_->Do(
+      this,
+      [this] {
+        const AbortConsent::Scope yes;
+        if (runner_ && !runner_->HasFinished()) runner_->Abort();
+        runner_.reset();
+      },
+      done, [done](const QString&) { done(); });
 }
 
 void InstrumentSession::Finish() {
@@ -57,7 +60,8 @@ InstrumentSituation InstrumentSession::Situation() const {
     situation.position = run_->Current()->plan.position + 1;
   }
   situation.filled = static_cast<int>(tray_.size());
-  situation.busy = IsBusy();
+  // During a run the tray is no concern of the commands that steer it.
+  situation.busy = busy_ > 0 || (run_ == nullptr && reloading_);
   situation.preparing = preparing_;
   situation.summaryOpen = summary_.has_value();
   situation.simulated = entry_.identity.simulated;
@@ -94,8 +98,8 @@ void InstrumentSession::Work(std::function<void()> job, std::function<void()> do
       },
       [this, failed = std::move(failed)](const QString& text) {
         if (failed) failed();
+        Reload();  // first, so that what waits is made from what stands there now
         SetBusy(-1);
-        Reload();
         Q_EMIT Failed(text);
       });
 }
@@ -150,6 +154,10 @@ void InstrumentSession::RebuildRows() {
 void InstrumentSession::Start() {
   if (run_ != nullptr || starting_) return;
   starting_ = true;
+  WhenIdle([this] { StartNow(); });  // with the edits that are on their way
+}
+
+void InstrumentSession::StartNow() {
   auto plan = std::make_shared<std::vector<TrayPosition>>();
   failures_.clear();
   pauseRequested_ = false;
@@ -272,6 +280,7 @@ void InstrumentSession::Undo() {
 
 void InstrumentSession::EditInDialog(std::function<std::shared_ptr<rvx::Action>()> make,
                                      const std::vector<int>& positions) {
+  dialogAsked_ = true;
   auto action = std::make_shared<std::shared_ptr<rvx::Action>>();
   Work(
       [this, make = std::move(make), action] {
@@ -283,17 +292,32 @@ void InstrumentSession::EditInDialog(std::function<std::shared_ptr<rvx::Action>(
         // it is accepted, so nothing has to be taken back.
         TrayEdit edit;
         try {
-          if ((*action)->Edit() == 0) return;
-          for (const int position : positions) edit[position] = CellOf(**action);
+          if ((*action)->Edit() != 0) {
+            for (const int position : positions) edit[position] = CellOf(**action);
+          }
         } catch (...) {
           Q_EMIT Failed(DescribeRaised());
-          return;
         }
+        dialogAsked_ = false;
         Change([edit](const std::vector<TrayCell>&) { return edit; });
-      });
+      },
+      [this] { dialogAsked_ = false; });
+}
+
+// From the tray as it stands behind the edits that are on their way, and one dialog at a time.
+void InstrumentSession::AskInDialog(std::function<void()> ask) {
+  if (std::exchange(dialogAsked_, true)) return;
+  WhenIdle([this, ask = std::move(ask)] {
+    dialogAsked_ = false;
+    if (run_ == nullptr && !starting_) ask();
+  });
 }
 
 void InstrumentSession::AddSample(int kind, const std::vector<int>& positions) {
+  AskInDialog([this, kind, positions] { AddSampleNow(kind, positions); });
+}
+
+void InstrumentSession::AddSampleNow(int kind, const std::vector<int>& positions) {
   std::vector<int> empty;
   for (const int position : positions) {
     if (position < static_cast<int>(cells_.size()) &&
@@ -302,10 +326,9 @@ void InstrumentSession::AddSample(int kind, const std::vector<int>& positions) {
     }
   }
   if (empty.empty()) {
-    Q_EMIT Notice(positions.empty()
-                      ? QStringLiteral("Select the positions that are to be filled first.")
-                      : QStringLiteral("The selected positions are filled. Select empty ones, or "
-                                       "clear them first."));
+    Q_EMIT Notice(
+        QStringLiteral("The selected positions are filled. Select empty ones, or clear them "
+                       "first."));
     return;
   }
   EditInDialog(
@@ -316,10 +339,12 @@ void InstrumentSession::AddSample(int kind, const std::vector<int>& positions) {
 }
 
 void InstrumentSession::Edit(int position) {
-  if (position < 0 || position >= static_cast<int>(cells_.size())) return;
-  const TrayCell cell = cells_[static_cast<size_t>(position)];
-  if (cell.empty()) return;
-  EditInDialog([this, cell] { return MakeAction(entry_, cell); }, {position});
+  AskInDialog([this, position] {
+    if (position < 0 || position >= static_cast<int>(cells_.size())) return;
+    const TrayCell cell = cells_[static_cast<size_t>(position)];
+    if (cell.empty()) return;
+    EditInDialog([this, cell] { return MakeAction(entry_, cell); }, {position});
+  });
 }
 
 void InstrumentSession::LoadFile(const QString& path) {

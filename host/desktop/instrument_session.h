@@ -53,7 +53,8 @@ class InstrumentSession : public QObject {
 
   // Aborts what runs, or what a start that is still on its way has set going, as the last thing that
   // is done here. Finish waits for it.
-  void EndRun();
+  // `done` runs on the window's thread.
+  void EndRun(std::function<void()> done);
   // Ends this object's threads, behind what was given to them. Not on the window's thread, whose
   // events a run's end needs.
   void Finish();
@@ -111,6 +112,9 @@ class InstrumentSession : public QObject {
             std::function<void()> failed = {});
   // Something is being asked or changed, or the tray on the screen is older than the instrument's.
   bool IsBusy() const { return busy_ > 0 || reloading_; }
+  void StartNow();
+  void AskInDialog(std::function<void()> ask);
+  void AddSampleNow(int kind, const std::vector<int>& positions);
   // Shows the module's dialog for what `make` makes on the worker, and puts what is accepted into
   // the positions.
   void EditInDialog(std::function<std::shared_ptr<rvx::Action>()> make,
@@ -143,6 +147,7 @@ class InstrumentSession : public QObject {
   bool aborted_ = false;
   bool preparing_ = false;
   bool starting_ = false;
+  bool dialogAsked_ = false;  // a dialog is open or about to be
   std::atomic<bool> closing_{false};  // tells a preparation to end
 
   RunEventQueue events_;

@@ -347,11 +347,12 @@ void MainWindow::ShowNotice(const QString& text) {
 void MainWindow::ShowFailure(const QString& text) {
   if (closing_) return;
   // One box, however much goes wrong at once: a pile of them would bury Pause and Abort.
-  if (!failures_.isNull()) {
+  if (!failures_.isNull() && failures_->isVisible()) {
     const QString shown = failures_->text();
-    if (!shown.contains(text) && shown.size() < kLongestFailures) {
-      failures_->setText(shown + QStringLiteral("\n\n") + text);
-    }
+    const QString more = shown.size() < kLongestFailures
+                             ? text
+                             : QStringLiteral("More has failed; look at what was not done.");
+    if (!shown.contains(more)) failures_->setText(shown + QStringLiteral("\n\n") + more);
     return;
   }
   failures_ =
@@ -407,12 +408,20 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   centralWidget()->setEnabled(false);
   menuBar()->setEnabled(false);
   statusBar()->showMessage(QStringLiteral("Closing ..."));
-  Q_EMIT Closed();
+  // Before the event loop ends, which answers every question that stands: an injection prompt that is
+  // answered while its run goes on would begin an injection.
+  auto left = std::make_shared<size_t>(sessions_.size() + 1);
+  const auto done = [this, left] {
+    if (--*left == 0) Q_EMIT Closed();
+  };
+  for (const auto& session : sessions_) session->EndRun(done);
+  done();
 }
 
 std::function<void()> MainWindow::TakeClosingWork() {
   panel_->CloseStatusWindow();
-  for (const auto& session : sessions_) session->EndRun();
+  // Behind a window that was not closed by its person.
+  for (const auto& session : sessions_) session->EndRun([] {});
   screens_->CloseAll();
   return [this] {
     // The screens' actions are in the hands of this one, and end while the instruments live.

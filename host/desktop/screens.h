@@ -35,7 +35,6 @@ class Screens : public QObject {
   // Looks again, for this instrument and the user of the moment; Offered says when it is done. Of
   // several wishes at once only the last is looked for.
   void Ask(const InstrumentEntry& entry);
-  bool IsAsking() const { return asking_; }
   const std::vector<ScreenOffer>& offers() const { return offers_; }
   // The sample actions that the module offers: kind and label.
   const std::vector<std::pair<int, QString>>& sampleKinds() const { return sampleKinds_; }

@@ -279,7 +279,8 @@ void TrayPage::Refresh() {
   QString hint = offers.start.shown ? offers.start.why : QString();
   if (situation.preparing) hint = QStringLiteral("Preparing: the cell is being cooled ...");
   // Behind the last sample there is nothing left to pause in front of.
-  if (situation.running && situation.pauseRequested && IsMoreToCome(*session_->run())) {
+  if (situation.running && situation.pauseRequested && session_->run() != nullptr &&
+      IsMoreToCome(*session_->run())) {
     hint = QStringLiteral("The tray will pause.");
   }
   if (situation.paused) {

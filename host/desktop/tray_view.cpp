@@ -40,6 +40,21 @@ class SampleIdDelegate : public QStyledItemDelegate {
 // Long texts lose their end, not the row its height.
 int TextRow(const QWidget& widget) { return widget.fontMetrics().height() + 2; }
 
+void PutOnClipboard(const std::vector<TrayCell>& tray, const std::vector<int>& positions,
+                    const QStringList& sampleIds) {
+  std::vector<TrayCell> cells;
+  for (const int position : positions) {
+    if (position < static_cast<int>(tray.size())) {
+      cells.push_back(tray[static_cast<size_t>(position)]);
+    }
+  }
+  if (cells.empty()) return;
+  auto* copied = new QMimeData();
+  copied->setData(QString::fromLatin1(kCellsFormat), PackCells(cells));
+  copied->setText(sampleIds.join(QLatin1Char('\n')));
+  QApplication::clipboard()->setMimeData(copied);
+}
+
 }  // namespace
 
 TrayView::TrayView(QWidget* parent) : QTableView(parent), model_(new TrayModel(this)) {
@@ -170,24 +185,25 @@ void TrayView::Select(const std::vector<int>& positions) {
 
 void TrayView::Copy() {
   if (session_ == nullptr) return;
-  std::vector<TrayCell> cells;
+  const std::vector<int> positions = SelectedPositions();
+  // What is seen: behind a run the rows have names that the emptied tray has not.
   QStringList sampleIds;
-  for (const int position : SelectedPositions()) {
-    if (position >= static_cast<int>(session_->cells().size())) continue;
-    cells.push_back(session_->cells()[static_cast<size_t>(position)]);
+  for (const int position : positions) {
     sampleIds << model_->rows()[static_cast<size_t>(position)].sampleId;
   }
-  if (cells.empty()) return;
-  auto* copied = new QMimeData();
-  copied->setData(QString::fromLatin1(kCellsFormat), PackCells(cells));
-  copied->setText(sampleIds.join(QLatin1Char('\n')));
-  QApplication::clipboard()->setMimeData(copied);
+  PutOnClipboard(session_->cells(), positions, sampleIds);
 }
 
 void TrayView::Cut() {
-  if (!editable_) return;
-  Copy();
-  Clear();
+  if (!editable_ || session_ == nullptr) return;
+  session_->Change([positions = SelectedPositions()](const std::vector<TrayCell>& tray) {
+    QStringList sampleIds;
+    for (const int position : positions) {
+      sampleIds << QString::fromStdString(tray.at(static_cast<size_t>(position)).sampleId);
+    }
+    PutOnClipboard(tray, positions, sampleIds);
+    return ClearEdit(tray, positions);
+  });
 }
 
 void TrayView::Paste() {

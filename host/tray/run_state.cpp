@@ -143,6 +143,8 @@ double RunState::SecondsLeft(platform::Microseconds now) const {
     } else if (position.plan.position == current_) {
       left += CurrentSecondsLeft(position, now);
       passed = position.plan.position + 1;
+    } else if (position.started) {
+      passed = position.plan.position + 1;  // it failed, and the tray went on
     } else {
       left += position.plan.estimatedSeconds * Pace();
     }

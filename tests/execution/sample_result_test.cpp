@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "tests/support/fake_host.h"
 
 namespace rvx {
@@ -87,6 +89,8 @@ TEST(EstimateTest, CountsOnlyTheTestsThereAre) {
   EXPECT_GT(EstimateRunSeconds(test, 2), 2 * one + 100);
   test.injectionTime = 0;
   EXPECT_LT(EstimateRunSeconds(test, 1), 260);
+  test.testTemperatures[0] = std::nan("");
+  EXPECT_GT(EstimateRunSeconds(test, 1), 0);
 }
 
 }  // namespace

@@ -97,6 +97,7 @@ class Observer {
     std::vector<uint8_t> payload;  // of its CST
     std::vector<SeenStatus> frames;
     bool isStored = false;
+    bool abortsOpen = false;  // a CAB of before had no answer yet
   };
   void CheckSpacing(int64_t now) REQUIRES(lock_);
   void CountOwnCommand(std::string_view payload) REQUIRES(lock_);
@@ -128,6 +129,7 @@ class Observer {
   bool suppliesSteady_ GUARDED_BY(lock_) = true;
   std::array<uint8_t, 4> supplies_ GUARDED_BY(lock_){};
   int64_t lastFrame_ GUARDED_BY(lock_) = 0;
+  int openAborts_ GUARDED_BY(lock_) = 0;  // CABs without their answer
   int64_t cabDue_ GUARDED_BY(lock_) = -1;  // by when a CAB must have gone out
   bool outageReported_ GUARDED_BY(lock_) = false;
   bool outageExcused_ GUARDED_BY(lock_) = false;  // a second report, by the frame under way

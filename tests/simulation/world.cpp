@@ -193,6 +193,7 @@ void World::Calm() {
   line_.EndFaults();
   hostFaults_.EndFaults();
   if (archive_) archive_->BeReadOnlyUntil(Microseconds(0));
+  platform::EndStalls();
 }
 
 // With the faults switched off the tray ends by itself. What they have left behind may keep it from
@@ -216,7 +217,6 @@ void World::RunFreshTray() {
   if (line_.IsBusy()) instrument_->SendAbort(nullptr);
   // The supply voltages are means over twenty status frames, damaged ones among them; what is sent
   // to the instrument rests on them.
-  const uint64_t stalls = platform::GetTimeBaseFigures().stalls;
   platform::Sleep(kSettling);
   AwaitReady();
   const uint64_t before = observer_.stored();
@@ -229,8 +229,6 @@ void World::RunFreshTray() {
     desk_.Resume();
     if (deadline.HasPassed()) observer_.Break("a fresh tray does not end");
   }
-  // A thread that is held up for long looks like a silent instrument, and a sample may fail by it.
-  if (platform::GetTimeBaseFigures().stalls != stalls) return;
   const uint64_t samples = observer_.stored() - before;
   // More, where one of before was still being stored.
   if (samples < 3) observer_.Break(fmt::format("a fresh tray stored {} samples of 3", samples));
