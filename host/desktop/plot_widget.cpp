@@ -1,10 +1,12 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QTimer>
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
 #include <deque>
+#include <utility>
 
 #include "host/desktop/number_display.h"
 #include "host/desktop/plot.h"
@@ -15,6 +17,7 @@
 namespace torvell {
 namespace {
 
+constexpr int kDrawingMilliseconds = 200;
 constexpr double kFollowedSeconds = 600.0;
 // Some hours of readings; older ones go.
 constexpr size_t kMostPoints = 40000;
@@ -53,7 +56,12 @@ class PlotWidget : public QWidget, public Plot {
   void Add(double seconds, double left, double right) override {
     points_.push_back({seconds, left, right});
     if (points_.size() > kMostPoints) points_.pop_front();
-    update();
+    // Drawing is most of what the window costs during a run, and nobody sees more pictures a second.
+    if (std::exchange(drawingDue_, true)) return;
+    QTimer::singleShot(kDrawingMilliseconds, this, [this] {
+      drawingDue_ = false;
+      update();
+    });
   }
 
  protected:
@@ -128,7 +136,12 @@ class PlotWidget : public QWidget, public Plot {
   std::deque<Point> points_;
   PlotWindow window_{kFollowedSeconds};
   double dragged_ = 0.0;
+  bool drawingDue_ = false;
 };
+
+constexpr int kFewPoints = 200;
+constexpr double kDash = 6.0;  // pixels
+constexpr double kDashGap = 3.0;
 
 QPen LeftPen() { return QPen(Colors().accent, 1.6); }
 QPen RightPen() { return QPen(Colors().secondCurve, 1.4, Qt::DashLine); }
@@ -207,7 +220,17 @@ void PlotWidget::DrawGrid(QPainter& painter, const QRectF& frame, const PlotAxis
 
 void PlotWidget::DrawCurve(QPainter& painter, const QRectF& frame, const PlotRange& shown,
                            const PlotAxis& axis, double Point::*value, const QPen& pen) const {
-  painter.setPen(pen);
+  const auto isShown = [&](const Point& point) {
+    return point.seconds >= shown.low && point.seconds <= shown.high &&
+           std::isfinite(point.*value);
+  };
+  // A pen's dashes follow the line, and a speed that goes on and off makes that line thousands of
+  // pixels long. Dense points are dashed along the time instead, which costs nothing.
+  const bool dense = std::count_if(points_.begin(), points_.end(), isShown) > kFewPoints;
+  const bool gaps = dense && pen.style() == Qt::DashLine;
+  QPen solid = pen;
+  if (gaps) solid.setStyle(Qt::SolidLine);
+  painter.setPen(solid);
   QPolygonF run;
   const auto flush = [&] {
     if (run.size() > 1) painter.drawPolyline(run);
@@ -215,13 +238,17 @@ void PlotWidget::DrawCurve(QPainter& painter, const QRectF& frame, const PlotRan
   };
   double lastX = -1e9;
   for (const Point& point : points_) {
-    if (point.seconds < shown.low || point.seconds > shown.high || !std::isfinite(point.*value)) {
+    if (!isShown(point)) {
       flush();
       continue;
     }
     const double x = frame.left() + (point.seconds - shown.low) / shown.span() * frame.width();
-    // Points closer than half a pixel add nothing to see.
-    if (!run.isEmpty() && x - lastX < 0.5) continue;
+    if (gaps && std::fmod(x - frame.left(), kDash + kDashGap) >= kDash) {
+      flush();
+      continue;
+    }
+    // Points closer than a pixel add nothing to see.
+    if (!run.isEmpty() && x - lastX < 1.0) continue;
     lastX = x;
     run << QPointF(
         x, frame.bottom() - (point.*value - axis.range.low) / axis.range.span() * frame.height());
