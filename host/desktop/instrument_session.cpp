@@ -28,7 +28,7 @@ InstrumentSession::InstrumentSession(Host& host, GuiThread& gui, const Instrumen
 
 InstrumentSession::~InstrumentSession() { closing_ = true; }
 
-void InstrumentSession::EndRun(std::function<void()> done) {
+void InstrumentSession::EndRun(const std::function<void()>& done) {
   closing_ = true;
   worker_->Do(
       this,

@@ -54,7 +54,7 @@ class InstrumentSession : public QObject {
   // Aborts what runs, or what a start that is still on its way has set going, as the last thing that
   // is done here. Finish waits for it.
   // `done` runs on the window's thread.
-  void EndRun(std::function<void()> done);
+  void EndRun(const std::function<void()>& done);
   // Ends this object's threads, behind what was given to them. Not on the window's thread, whose
   // events a run's end needs.
   void Finish();
