@@ -328,6 +328,7 @@ struct ChangeMonitor : ViscometerArrayMonitor {
 
 TEST(EditTest, ACancelledFirstEditLeavesTheTray) {
   InVirtualTime([] {
+    ChangeMonitor monitor;  // outlives the threads that may still be telling it
     Bench bench;
     TestEditor editor;
     auto action =
@@ -349,7 +350,6 @@ TEST(EditTest, ACancelledFirstEditLeavesTheTray) {
       EXPECT_EQ(tray->GetAt(7), action.get());
       (void)tray->Replace(8, fresh);
     }
-    ChangeMonitor monitor;
     const int32_t handle = bench.host.instruments.RegisterMonitor(&monitor);
     EXPECT_EQ(fresh->Edit(), 0);
     // It is taken out later, by another thread.
