@@ -30,6 +30,7 @@ InstrumentSession::~InstrumentSession() { closing_ = true; }
 
 void InstrumentSession::EndRun(const std::function<void()>& done) {
   closing_ = true;
+  waiting_.clear();  // a start among them would begin a run behind the one that ends here
   worker_->Do(
       this,
       [this] {
@@ -75,6 +76,7 @@ void InstrumentSession::SetBusy(int change) {
 }
 
 void InstrumentSession::WhenIdle(std::function<void()> job) {
+  if (closing_) return;
   waiting_.push_back(std::move(job));
   RunWaiting();
 }
