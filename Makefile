@@ -1,6 +1,6 @@
 # The commands that people type. Each installs what the machine lacks and builds what it needs.
 .PHONY: run desktop package calibration-demo test bench screenshots soak mutants nightly build-soak \
-        fuzz check tidy install-packages clean
+        fuzz coverage check tidy install-packages clean
 
 run: build/release/bin/torvell.stamp
 	@scripts/demo build/release/bin/torvell
@@ -49,6 +49,13 @@ fuzz: install-packages
 	cmake --preset fuzz
 	cmake --build --preset fuzz
 	scripts/fuzz build/fuzz $(FUZZ_SECONDS)
+
+# Which lines and branches of the measured floors the tests reach, and what nothing reached.
+coverage: install-packages
+	cmake --preset coverage
+	cmake --build --preset coverage
+	ctest --preset coverage
+	scripts/coverage build/coverage --uncovered
 
 # For a quiet machine: hours of new seeds, kills and inputs.
 nightly: build-soak

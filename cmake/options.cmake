@@ -5,6 +5,7 @@ option(RVX_MUTANTS "build in the planted faults that the simulation has to find"
 if(RVX_MUTANTS)
   add_compile_definitions(RVX_MUTANTS)
 endif()
+option(RVX_COVERAGE "count which lines and branches run, with clang" OFF)
 option(RVX_FUZZ "build the fuzzers, with clang" OFF)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
@@ -27,4 +28,8 @@ endif()
 if(RVX_FUZZ)
   # Every floor counts its branches, so that the fuzzers see where an input leads.
   add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+if(RVX_COVERAGE)
+  add_compile_options(-fprofile-instr-generate -fcoverage-mapping)
+  add_link_options(-fprofile-instr-generate)
 endif()

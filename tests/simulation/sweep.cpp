@@ -99,7 +99,7 @@ class Child {
     }
     std::fflush(stdout);
     LookForLeaks();
-    std::_Exit(0);
+    std::exit(0);
   }
 
   RunPage* page_;
