@@ -65,7 +65,7 @@ int32_t CMSStateMachine::Act() {
       return 1;
     case State::AwaitAbort:
       // Ended by the time: the abort's reply goes to the instrument itself.
-      if (TakeReply(kAbortTag) || IsResponseOverdue()) {
+      if (IsResponseOverdue()) {
         Tick();
         SetState(State::Start);
       }
@@ -88,19 +88,9 @@ void CMSStateMachine::Start() {
 }
 
 void CMSStateMachine::AwaitReply() {
-  if (TakeReply(kMoveToPositionTag)) {
-    EndRetries(kMoveCommand);
-    Tick();
-    SetState(State::AwaitStart);
-    return;
-  }
-  if (!IsResponseOverdue()) return;
-  if (!UseRetry(kMoveCommand)) {
-    FailNoReply();
-    return;
-  }
-  Tick();
-  SetState(State::ResendAbort);
+  const Reply reply = LookForReply(kMoveToPositionTag, kMoveCommand);
+  if (reply == Reply::Come) SetState(State::AwaitStart);
+  if (reply == Reply::MustResend) SetState(State::ResendAbort);
 }
 
 void CMSStateMachine::AwaitStart() {

@@ -95,7 +95,7 @@ int32_t CPMStateMachine::Act() {
       return 1;
     case State::AwaitAbort:
       // Ended by the time: the abort's reply goes to the instrument itself.
-      GoOnIf(TakeReply(kAbortTag) || IsResponseOverdue(), State::Start);
+      GoOnIf(IsResponseOverdue(), State::Start);
       return 1;
   }
   return 1;
@@ -157,19 +157,9 @@ void CPMStateMachine::StartMotor() {
 }
 
 void CPMStateMachine::AwaitReply(std::string_view tag, int command, State next) {
-  if (TakeReply(tag)) {
-    EndRetries(command);
-    Tick();
-    SetState(next);
-    return;
-  }
-  if (!IsResponseOverdue()) return;
-  if (!UseRetry(command)) {
-    FailNoReply();
-    return;
-  }
-  Tick();
-  SetState(State::ResendAbort);
+  const Reply reply = LookForReply(tag, command);
+  if (reply == Reply::Come) SetState(next);
+  if (reply == Reply::MustResend) SetState(State::ResendAbort);
 }
 
 }  // namespace rvx

@@ -125,16 +125,29 @@ void Sequencer::BeginRetries(int command) {
   retries_ = failedCommand_ >= command ? failedRetries_ : kResends;
 }
 
-void Sequencer::EndRetries(int command) {
+Sequencer::Reply Sequencer::LookForReply(std::string_view tag, int command) {
+  if (TakeReply(tag)) {
+    EndCommand(command);
+    return Reply::Come;
+  }
+  return IsResponseOverdue() && UseRetry(command) ? Reply::MustResend : Reply::Awaited;
+}
+
+void Sequencer::EndCommand(int command) {
   retries_ = 0;
   if (failedCommand_ <= command) failedCommand_ = 0;
+  Tick();
 }
 
 bool Sequencer::UseRetry(int command) {
-  if (retries_ == 0) return false;
+  if (retries_ == 0) {
+    FailNoReply();
+    return false;
+  }
   --retries_;
   if (failedCommand_ < command) failedCommand_ = command;
   failedRetries_ = retries_;
+  Tick();
   return true;
 }
 

@@ -90,8 +90,14 @@ class Sequencer : public UserInterfaceClient, public CommandClient {
   // them; a re-send may lead through earlier commands again, and then the count of the command that
   // failed runs on, so that a run with a deaf instrument ends.
   void BeginRetries(int command);
-  void EndRetries(int command);
-  // Takes one re-send of the count: false if none is left.
+  // What a run finds while it waits for a reply.
+  enum class Reply { Awaited, Come, MustResend };
+  // Whether the reply `tag` of command number `command` has come, or is overdue and the command has
+  // to be sent again. Without a re-send left the run fails, and the reply is still awaited.
+  Reply LookForReply(std::string_view tag, int command);
+  // The reply has come, by its tag or by what the instrument does.
+  void EndCommand(int command);
+  // The reply is overdue: false if no re-send is left, and the run fails.
   bool UseRetry(int command);
 
   void Fail(const std::string& message);

@@ -114,7 +114,7 @@ int32_t CTestStateMachine::Act() {
     case State::AwaitAbort:
       // The abort is the instrument's own command, so its reply does not come here; what ends this
       // is the time, which lets the controller settle before the command goes out again.
-      if (TakeReply(kAbortTag) || IsResponseOverdue()) {
+      if (IsResponseOverdue()) {
         Tick();
         SetState(returnState_);
       }
@@ -140,8 +140,7 @@ void CTestStateMachine::StartTest() {
 
 void CTestStateMachine::AwaitReply() {
   if (TakeReply(kStartTestTag)) {
-    EndRetries(kStartTestCommand);
-    Tick();
+    EndCommand(kStartTestCommand);
     SetState(State::AwaitOperation);
     return;
   }
@@ -149,8 +148,7 @@ void CTestStateMachine::AwaitReply() {
   const bool acknowledged =
       returnState_ == State::AwaitRun && manualInjection_ && !IsPrompting() && TakeUntaggedReply();
   if (acknowledged || IsInjecting() || TakeReply(kUserAcknowledgeTag)) {
-    EndRetries(kAcknowledgeCommand);
-    Tick();
+    EndCommand(kAcknowledgeCommand);
     SetState(State::AwaitInjectionEnd);
     return;
   }
@@ -162,12 +160,8 @@ void CTestStateMachine::AwaitReply() {
     return;
   }
   const int command = returnState_ == State::Start ? kStartTestCommand : kAcknowledgeCommand;
-  if (!UseRetry(command)) {
-    FailNoReply();
-    return;
-  }
+  if (!UseRetry(command)) return;
   abortedAcknowledge_ = command == kAcknowledgeCommand;
-  Tick();
   SetState(State::ResendAbort);
 }
 
@@ -223,7 +217,7 @@ void CTestStateMachine::PromptForInjection() {
   if (!launch_.SendUnlessStopped([this] { instrument_.UserAcknowledge(this); })) return;
   promptAnswered_ = true;
   abortedAcknowledge_ = false;
-  EndRetries(kAcknowledgeCommand);
+  EndCommand(kAcknowledgeCommand);
   BeginRetries(kAcknowledgeCommand);
   returnState_ = State::AwaitRun;
 }

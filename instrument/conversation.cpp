@@ -254,11 +254,9 @@ void Conversation::FrameReceived(std::span<const uint8_t> frame) {
   }
   const std::span<const uint8_t> data = ReplyData(frame);
   switch (ClassifyReply(frame)) {
-    case ReplyKind::Status: {
-      if (data.size() < kStatusRecordSize) return;  // damaged: the same as no frame
-      StatusReceived(data);
+    case ReplyKind::Status:
+      if (!StatusReceived(data)) return;  // damaged: the same as no frame
       break;
-    }
     case ReplyKind::SelfTest: {
       const std::optional<uint16_t> word = ParseSelfTestWord(data);
       if (!word) return;
@@ -279,12 +277,13 @@ void Conversation::FrameReceived(std::span<const uint8_t> frame) {
   EndExchange();
 }
 
-void Conversation::StatusReceived(std::span<const uint8_t> data) {
+bool Conversation::StatusReceived(std::span<const uint8_t> data) {
   const std::optional<StatusRecord> record = peer_.KeepStatus(data);
-  if (!record) return;
+  if (!record) return false;
   AnswerByStatus(*record);
   peer_.FollowStatus(*record);
   FollowAutoReport(record->switchByte());
+  return true;
 }
 
 void Conversation::FollowAutoReport(uint8_t switchByte) {

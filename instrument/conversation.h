@@ -30,7 +30,8 @@ class ConversationPeer {
   virtual void PurgePort() = 0;
   virtual platform::Milliseconds GetStatusPeriod() = 0;
   virtual void InstrumentNotResponding() = 0;
-  // Keeps the record; called before the client of the answered command hears of it.
+  // Keeps the record; called before the client of the answered command hears of it. Empty if the
+  // data are none.
   virtual std::optional<StatusRecord> KeepStatus(std::span<const uint8_t> data) = 0;
   // All that follows from a record, behind the client's call.
   virtual void FollowStatus(const StatusRecord& record) = 0;
@@ -93,7 +94,7 @@ class Conversation : private FrameHandler {
   // The thread's last act: an abort that still waits in the queue.
   void SendLastAbort();
 
-  void StatusReceived(std::span<const uint8_t> data);
+  bool StatusReceived(std::span<const uint8_t> data);  // false if it is no status
   void FollowAutoReport(uint8_t switchByte);
   // The pending command, if the frame under way can be its answer. On the thread that hands over
   // received bytes.

@@ -185,6 +185,33 @@ TEST(InstrumentTest, CommandsCarryTheCountsOfTheirTemperatures) {
   });
 }
 
+TEST(InstrumentTest, TheMotorCurrentAndModelCommandsCarryTheRecordAndTheFirmwaresForm) {
+  for (const bool options : {true, false}) {
+    RunVirtual([options] {
+      InstrumentBench bench(options ? "0QMTRVX 1 02.17SN-1      " : "0QMTRVX 1 02.16SN-1      ");
+      ASSERT_TRUE(bench.WaitForStatus(2));
+      bench.instrument->Lock();
+      bench.instrument->configuration().testRecord.injectionTime = 10;
+      bench.instrument->Unlock();
+      TagClient client(bench.instrument.get());
+      bench.instrument->RunMotorCurrent(5, &client);
+      bench.instrument->RunMotorCurrent(0, &client);
+      bench.instrument->SetModel('4', 3, &client);
+      ASSERT_TRUE(client.WaitForReplies(3));
+      EXPECT_EQ(client.tags(), (std::vector<std::string>{"MC", "MC", "SM"}));
+      const std::vector<std::string> commands = bench.controller.commands();
+      // -20 degrees C, then the injection time, which an empty position has not.
+      EXPECT_EQ(commands[1].substr(0, 10), "0CMC05AD3D");
+      EXPECT_EQ(commands[1].substr(14, 2), "0A");
+      EXPECT_EQ(commands[2].substr(0, 10), "0CMC00AD3D");
+      EXPECT_EQ(commands[2].substr(14, 2), "00");
+      EXPECT_EQ(commands[1].substr(16), commands[2].substr(16));
+      EXPECT_EQ(commands[1].substr(24, 2), "F0");
+      EXPECT_EQ(commands[3], options ? "0CSM3433" : "0CSM34");
+    });
+  }
+}
+
 TEST(InstrumentTest, ReplacesATrayActionLaterOnTheUserInterfaceThread) {
   RunVirtual([] {
     InstrumentBench bench;

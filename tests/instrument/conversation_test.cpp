@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "platform/thread.h"
 #include "tests/instrument/instrument_fixture.h"
 
 namespace rvx {
@@ -115,20 +116,41 @@ TEST(ConversationTest, ARefusedCommandGoesBehindThoseQueuedMeanwhile) {
 }
 
 TEST(ConversationTest, ARefusedStartIsNotSentAgainBehindAnAbort) {
-  RunVirtual([] {
-    InstrumentBench bench;
-    ASSERT_TRUE(bench.WaitForStatus(2));
-    bench.controller.Refuse("MP", 0x87, 1);
-    bench.port.ClearWritten();
-    TagClient client(bench.instrument.get());
-    bench.instrument->MoveToPosition(4, &client);
-    bench.instrument->SendAbort(&client);
-    bench.instrument->SetInjection(false, &client);
-    ASSERT_TRUE(client.WaitForReplies(2));
-    ASSERT_TRUE(bench.WaitForStatus(bench.instrument->GetStatusSequence() + 2));
-    EXPECT_EQ(client.tags(), (std::vector<std::string>{"AB", "AI"}));
-    EXPECT_EQ(CountOf(bench.port.written(), "/0CMP04\r"), 1);
-  });
+  struct Case {
+    const char* tag;
+    std::function<void(C_RVX&, CommandClient*)> start;
+  };
+  const std::vector<Case> cases{
+      {"ST",
+       [](C_RVX& rvx, CommandClient* client) {
+         TestRecord test;
+         rvx.StartTest(4, 0, test, client);
+       }},
+      {"MC", [](C_RVX& rvx, CommandClient* client) { rvx.RunMotorCurrent(4, client); }},
+      {"PM", [](C_RVX& rvx, CommandClient* client) { rvx.PreconditionMotor(client); }},
+      {"MP", [](C_RVX& rvx, CommandClient* client) { rvx.MoveToPosition(4, client); }},
+      {"MM", [](C_RVX& rvx, CommandClient* client) { rvx.MoveStepper(8, 942, client); }}};
+  for (const Case& c : cases) {
+    RunVirtual([&c] {
+      InstrumentBench bench;
+      ASSERT_TRUE(bench.WaitForStatus(2));
+      bench.controller.Refuse(c.tag, 0x87, 1);
+      bench.port.ClearWritten();
+      TagClient client(bench.instrument.get());
+      c.start(*bench.instrument, &client);
+      bench.instrument->SendAbort(&client);
+      bench.instrument->SetInjection(false, &client);
+      ASSERT_TRUE(client.WaitForReplies(2));
+      ASSERT_TRUE(bench.WaitForStatus(bench.instrument->GetStatusSequence() + 2));
+      EXPECT_EQ(client.tags(), (std::vector<std::string>{"AB", "AI"}));
+      const std::vector<std::string> written = bench.port.written();
+      const std::string start = std::string("/0C") + c.tag;
+      EXPECT_EQ(std::count_if(written.begin(), written.end(),
+                              [&](const std::string& text) { return text.starts_with(start); }),
+                1)
+          << c.tag;
+    });
+  }
 }
 
 TEST(ConversationTest, GivesUpBehind101Resends) {
@@ -255,10 +277,12 @@ TEST(ConversationTest, AWithdrawnCommandIsNeitherSentNorAnswered) {
     bench.controller.SetReplyDelay(1s);
     TagClient client(bench.instrument.get());
     TagClient other(bench.instrument.get());
+    TagClient bystander(bench.instrument.get());
     bench.instrument->SetCooling(true, &client);
     bench.instrument->SetInjection(true, &client);
     bench.instrument->SetTestMotor(true, &other);
     ASSERT_TRUE(bench.port.WaitForWritten("CAV", 1, 10s));
+    bench.instrument->WithdrawCommands(&bystander);  // takes nothing of the others'
     bench.instrument->WithdrawCommands(&client);
     ASSERT_TRUE(other.WaitForReplies(1));
     platform::Sleep(1min);
@@ -284,6 +308,7 @@ TEST(ConversationTest, AnAbortGoesOutHoweverLateTheThreadIs) {
       // On a silent line these take the time that closing waits.
       for (int i = 0; i < 2; ++i) bench.instrument->SetInjection(false, nullptr);
       bench.instrument->SendAbort(nullptr);
+      bench.instrument->SetInjection(false, nullptr);
       bench.instrument.reset();
       EXPECT_EQ(CountOf(bench.controller.commands(), "0CAB"), 1) << answers;
     });
@@ -313,6 +338,34 @@ TEST(ConversationTest, AutoReportStopsThePollingAndItsEndResumesIt) {
     bench.controller.SetByte(13, 0);
     bench.controller.SendStatus();  // switched off by itself
     EXPECT_TRUE(bench.port.WaitForWritten("/0QST\r", 2, 5s));
+  });
+}
+
+// A controller that takes the command and never reports: nobody would ask it anything any more.
+TEST(ConversationTest, ReportsThatNeverBeginAreAskedFor) {
+  RunVirtual([] {
+    InstrumentBench bench;
+    ASSERT_TRUE(bench.WaitForStatus(2));
+    TagClient client(bench.instrument.get());
+    bench.instrument->SetAutoReport(true, &client);
+    ASSERT_TRUE(client.WaitForReplies(1));
+    bench.port.ClearWritten();
+    platform::Sleep(19s);
+    EXPECT_TRUE(bench.port.written().empty());
+    EXPECT_TRUE(bench.port.WaitForWritten("/0QST\r", 1, 2s));
+  });
+}
+
+TEST(ConversationTest, WithoutAThreadAnInstrumentIsSilentAndCloses) {
+  RunVirtual([] {
+    InstrumentBench bench;
+    bench.instrument.reset();
+    const size_t before = bench.port.written().size();
+    platform::FailThreadStarts(1);
+    bench.instrument = std::make_unique<C_RVX>("COM1", 0, kModelFour, PlainActions());
+    bench.instrument->SetInjection(true, nullptr);
+    bench.instrument.reset();
+    EXPECT_EQ(bench.port.written().size(), before);
   });
 }
 
@@ -356,12 +409,16 @@ TEST(ConversationTest, SelfTestAndIdentityReachTheRecordAndTheirClients) {
         "RVX 2\x03"
         "02.20NEW-7");
     TagClient client(bench.instrument.get());
+    bench.instrument->QuerySelfTest(nullptr);
     bench.instrument->QuerySelfTest(&client);
     bench.instrument->QueryIdentity(&client);
     ASSERT_TRUE(client.WaitForReplies(2));
     EXPECT_EQ(client.tags(), (std::vector<std::string>{"TR", "MT"}));
     EXPECT_EQ(bench.instrument->GetSelfTestWord(), 0x0104);
     EXPECT_DOUBLE_EQ(bench.instrument->GetFirmwareNumber(), 2.20);
+    bench.port.Reply("-0QTR0201\r");  // nobody asked
+    ASSERT_TRUE(bench.WaitForStatus(bench.instrument->GetStatusSequence() + 2));
+    EXPECT_EQ(bench.instrument->GetSelfTestWord(), 0x0201);
     ConfigurationGuard guard(bench.instrument->configuration());
     EXPECT_EQ(bench.instrument->configuration().modelCode, '2');
     EXPECT_EQ(bench.instrument->configuration().optionByte, 3);

@@ -169,32 +169,46 @@ TEST(TrayTest, AnAbortFromInsideAWatchersCallIsAsGood) {
   }
 }
 
-// Whatever a host raises in its watcher, the run goes on and its user hears of it.
+// Raises one thing or another, of those that a host may.
+[[noreturn]] void RaiseSomething(int which) {
+  switch (which % 3) {
+    case 0:
+      throw new InvalidException;
+    case 1:
+      throw std::runtime_error("no window");
+    default:
+      throw 1;
+  }
+}
+
+// Whatever a host raises in its watcher, the run goes on and its user hears of it, if the host can
+// be told at all.
 TEST(TrayTest, AWatcherThatThrowsDoesNotDisturbTheRun) {
-  RunVirtual([] {
-    TrayBench bench;
-    bench.Fill({1});
-    int calls = 0;
-    bench.log.onLine = [&](const std::string&) {
-      switch (++calls % 3) {
-        case 0:
-          throw new InvalidException;
-        case 1:
-          throw std::runtime_error("no window");
-        default:
-          throw 1;
+  for (const bool hostFails : {false, true}) {
+    RunVirtual([hostFails] {
+      TrayBench bench;
+      bench.Fill({1});
+      int calls = 0;
+      bench.log.onLine = [&](const std::string&) { RaiseSomething(++calls); };
+      int reports = 0;
+      if (hostFails) {
+        bench.host.instruments.onError = [&](const ActionErrorRecord&) { RaiseSomething(reports++); };
       }
-    };
-    bench.instrument->StartTray(&bench.log);
-    ASSERT_TRUE(bench.log.WaitFor("tray finished"));
-    EXPECT_EQ(bench.StoredPositions(), (std::vector<int>{2}));
-    EXPECT_TRUE(bench.TrayIsEmpty());
-    EXPECT_TRUE(bench.host.instruments.WaitForErrors(static_cast<size_t>(calls), 1min));
-    const Lines errors = bench.ErrorTexts();
-    EXPECT_EQ(errors.size(), static_cast<size_t>(calls));
-    EXPECT_EQ(errors.front().substr(0, 61),
-              "The host failed when it was told of TrayStarted (no window), ");
-  });
+      bench.instrument->StartTray(&bench.log);
+      ASSERT_TRUE(bench.log.WaitFor("tray finished"));
+      EXPECT_EQ(bench.StoredPositions(), (std::vector<int>{2}));
+      EXPECT_TRUE(bench.TrayIsEmpty());
+      bench.instrument.reset();
+      if (hostFails) {
+        EXPECT_EQ(reports, calls);
+        return;
+      }
+      const Lines errors = bench.ErrorTexts();
+      EXPECT_EQ(errors.size(), static_cast<size_t>(calls));
+      EXPECT_EQ(errors.front().substr(0, 61),
+                "The host failed when it was told of TrayStarted (no window), ");
+    });
+  }
 }
 
 using TrayDeathTest = testing::Test;
@@ -374,13 +388,17 @@ TEST(TrayTest, AnActionThatRefusesToStartPausesOrEndsTheStageByItsKind) {
     TrayBench bench;
     bench.Put(0, new RefusingAction(*bench.instrument, 0));
     bench.Fill({1});
+    bench.Put(29, new RefusingAction(*bench.instrument, 0));  // nothing comes behind it
     bench.instrument->StartTray(&bench.log);
-    ASSERT_TRUE(bench.log.WaitFor("paused"));
-    EXPECT_EQ(bench.ErrorTexts(), Lines{"refused"});
-    EXPECT_EQ(bench.instrument->ContinueTray(), 1);  // a resume ends it, not only an abort
+    for (int pause = 1; pause <= 2; ++pause) {
+      ASSERT_TRUE(bench.log.WaitFor("paused", pause));
+      EXPECT_EQ(bench.ErrorTexts(), Lines(static_cast<size_t>(pause), "refused"));
+      EXPECT_EQ(bench.instrument->ContinueTray(), 1);  // a resume ends it, not only an abort
+      bench.instrument->ResumeTray(0);                 // a second one does nothing
+    }
     ASSERT_TRUE(bench.log.WaitFor("tray finished"));
     EXPECT_EQ(bench.StoredPositions(), std::vector<int>{2});
-    EXPECT_EQ(bench.log.Count("paused"), 1);
+    EXPECT_EQ(bench.log.Count("paused"), 2);
 
     bench.Put(0, new RefusingAction(*bench.instrument, 1));
     bench.Fill({1});
@@ -388,7 +406,64 @@ TEST(TrayTest, AnActionThatRefusesToStartPausesOrEndsTheStageByItsKind) {
     ASSERT_TRUE(bench.log.WaitFor("tray finished", 2));
     EXPECT_EQ(bench.StoredPositions(), std::vector<int>{2});  // the third stage came at once
     EXPECT_EQ(bench.controller.CountCommands("MP"), 2);
+
+    bench.Put(0, new RefusingAction(*bench.instrument, 0));
+    bench.instrument->StartTray(&bench.log);
+    ASSERT_TRUE(bench.log.WaitFor("paused", 3));
+    EXPECT_EQ(bench.instrument->QueryAbortTray(), 1);
+    ASSERT_TRUE(bench.log.WaitFor("tray finished", 3));
+    EXPECT_EQ(bench.log.Count("resumed"), 2);
   });
+}
+
+// The computer can't start the thread of the first stage: that is reported, and the samples run.
+TEST(TrayTest, AStageThatCannotStartIsLeftOut) {
+  RunVirtual([] {
+    TrayBench bench;
+    bench.Fill({0});
+    bench.log.onLine = [](const std::string& line) {
+      if (line == "tray started") platform::FailThreadStarts(1);
+    };
+    bench.instrument->StartTray(&bench.log);
+    ASSERT_TRUE(bench.log.WaitFor("tray finished"));
+    EXPECT_EQ(bench.ErrorTexts(), Lines{"Could not start 'RVX Precondition Motor Action' due to computer error."});
+    EXPECT_EQ(bench.StoredPositions(), std::vector<int>{1});
+  });
+}
+
+TEST(TrayTest, ARunNeedsNoWatcher) {
+  RunVirtual([] {
+    TrayBench bench;
+    for (const bool abort : {false, true}) {
+      bench.Fill({0});
+      bench.instrument->StartTray(nullptr);
+      if (abort) bench.instrument->QueryAbortTray();
+      while (bench.instrument->IsTrayRunning() != 0) platform::Sleep(1s);
+      EXPECT_EQ(bench.StoredPositions(), std::vector<int>{1});
+      EXPECT_TRUE(bench.TrayIsEmpty());
+    }
+  });
+}
+
+TEST(TrayTest, OfTwoStartsAtOnceOneIsRefused) {
+  for (uint64_t seed = 1; seed <= 60; ++seed) {
+    RunVirtual(
+        [] {
+          TrayBench bench;
+          TrayLog other;
+          bench.Fill({0});
+          std::string refusals[2];
+          const std::shared_ptr<platform::Thread> second = platform::StartThread(
+              "second start", [&] { refusals[1] = StartFailure(*bench.instrument, &other); });
+          refusals[0] = StartFailure(*bench.instrument, &bench.log);
+          second->Join();
+          EXPECT_EQ(refusals[0] + refusals[1], "Tray is being used - ");
+          ASSERT_TRUE((refusals[0].empty() ? bench.log : other).WaitFor("tray finished"));
+          EXPECT_TRUE((refusals[0].empty() ? other : bench.log).events().empty());
+          EXPECT_EQ(bench.StoredPositions(), std::vector<int>{1});
+        },
+        seed);
+  }
 }
 
 TEST(TrayTest, AsksForACheckStandardFromTheIntervalOn) {
