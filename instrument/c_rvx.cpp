@@ -398,8 +398,12 @@ bool C_RVX::IsOnOwnThread() {
 // the instrument in the middle of a test. What can still be put in order is, then the program ends.
 void C_RVX::RefuseDestruction() {
   trayController_->Abort();
-  SendAbort(nullptr);  // also for a test outside the tray
-  conversation_->WaitUntilIdle(platform::Deadline::After(kLastCommands));
+  if (conversation_->IsOnSender()) {
+    SendFrame(MakeFrame(AbortCommand(GetAddress())));  // the queue has nobody who would send it
+  } else {
+    SendAbort(nullptr);  // also for a test outside the tray
+    conversation_->WaitUntilIdle(platform::Deadline::After(kLastCommands));
+  }
   platform::EndProgram(
       "an instrument is destroyed from inside a call that it makes (a watcher's, or the report of an "
       "error). The host program is at fault: it must let the call return first. The instrument is "

@@ -109,9 +109,10 @@ void Conversation::Receive(std::span<const uint8_t> bytes) {
   receiver_ = 0;
 }
 
+bool Conversation::IsOnSender() const { return platform::CurrentThreadId() == sender_; }
+
 bool Conversation::IsOnItsThreads() const {
-  const platform::ThreadId here = platform::CurrentThreadId();
-  return here == sender_ || here == receiver_;
+  return IsOnSender() || platform::CurrentThreadId() == receiver_;
 }
 
 // --- The communications thread ---

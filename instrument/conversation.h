@@ -67,7 +67,8 @@ class Conversation : private FrameHandler {
   // Behind the queueing of CAR: polling stops at once when Auto Report is asked for, and goes on
   // with the first status frame that shows it off.
   void SetAutoReportAsked(bool asked);
-  // Whether the caller is the communications thread, or inside Receive.
+  // Whether the caller is the communications thread, or that or inside Receive.
+  bool IsOnSender() const;
   bool IsOnItsThreads() const;
   // Waits until nothing is queued and no reply is awaited: false at the deadline.
   bool WaitUntilIdle(const platform::Deadline& deadline);

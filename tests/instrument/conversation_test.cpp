@@ -315,6 +315,26 @@ TEST(ConversationTest, AnAbortGoesOutHoweverLateTheThreadIs) {
   }
 }
 
+using ConversationDeathTest = testing::Test;
+
+// The thread that sends is the one that asks for the end: the abort goes out all the same.
+TEST(ConversationDeathTest, DestroyedFromTheReportOfASilenceItAborts) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_DEATH(RunVirtual([] {
+                 InstrumentBench bench;
+                 bench.port.SetScript([](FakePort&, std::span<const uint8_t> bytes) {
+                   if (bytes.size() > 4 && bytes[3] == 'A' && bytes[4] == 'B') {
+                     std::fputs("aborted\n", stderr);
+                   }
+                 });
+                 bench.host.instruments.onError = [&](const ActionErrorRecord&) {
+                   bench.instrument.reset();
+                 };
+                 platform::Sleep(1min);
+               }),
+               "aborted.*destroyed from inside a call that it makes");
+}
+
 TEST(ConversationTest, AutoReportStopsThePollingAndItsEndResumesIt) {
   RunVirtual([] {
     InstrumentBench bench;
