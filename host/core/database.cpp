@@ -10,14 +10,13 @@ namespace torvell {
 namespace {
 
 // The archive's own Like; SQLite's LIKE and GLOB have other wildcards.
-void LikeFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+void LikeFunction(sqlite3_context* context, int, sqlite3_value** values) {
   auto text = [&](int index) {
     const auto* bytes = static_cast<const char*>(sqlite3_value_blob(values[index]));
     const auto size = static_cast<size_t>(sqlite3_value_bytes(values[index]));
     return bytes == nullptr ? std::string_view() : std::string_view(bytes, size);
   };
-  const bool matches = count == 2 && MatchesLikePattern(text(0), text(1));
-  sqlite3_result_int(context, matches ? 1 : 0);
+  sqlite3_result_int(context, MatchesLikePattern(text(0), text(1)) ? 1 : 0);
 }
 
 int ReadVersion(SQLite::Database& connection) {
@@ -26,6 +25,14 @@ int ReadVersion(SQLite::Database& connection) {
 
 void CheckVersion(SQLite::Database& connection, const std::string& file) {
   const int version = ReadVersion(connection);
+  if (version < 0) {
+    throw HostError(
+        HostErrorKind::Database,
+        fmt::format("The database {} is damaged or belongs to another program (its tables are of "
+                    "version {}). Nothing was changed. Put it aside and restore a copy of it, or "
+                    "use another data folder.",
+                    file, version));
+  }
   if (version <= kSchemaVersion) return;
   throw HostError(
       HostErrorKind::NewerVersion,
@@ -123,14 +130,12 @@ void Transaction::SetFlush(bool flush) {
 std::string DescribeDatabaseError(const SQLite::Exception& error) {
   switch (error.getErrorCode() & 0xFF) {
     case SQLITE_BUSY:
-    case SQLITE_LOCKED:
       return "it is locked by another program; end that program or wait until it is done, then try "
              "again";
     case SQLITE_FULL:
       return "the disk is full; make room on it and try again";
     case SQLITE_READONLY:
     case SQLITE_PERM:
-    case SQLITE_AUTH:
       return "it can only be read; give this user the right to write to the file and its folder";
     case SQLITE_CANTOPEN:
       return "the file can't be opened or made; check that its folder exists and may be written to "
@@ -140,8 +145,14 @@ std::string DescribeDatabaseError(const SQLite::Exception& error) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
       return "the file is damaged or is no database; put it aside and restore a copy of it";
+    case SQLITE_ERROR:
+      return fmt::format(
+          "its tables are not as this program made them ({}); put the file aside "
+          "and restore a copy of it",
+          error.what());
     default:
-      return error.what();
+      return fmt::format("{}; try again, and ask your service engineer if it fails again",
+                         error.what());
   }
 }
 

@@ -53,9 +53,10 @@ class ErrorStore : public rvx::ErrorArchive {
   // Keeps the report and passes it to the listeners, with its row. Never raises: a report that
   // can't be kept goes to the log and to the listeners all the same.
   void Report(ErrorReport report);
-  // The latest n, oldest first; n <= 0: all.
+  // The latest n, oldest first; n <= 0: all. HostError Database.
   std::vector<ErrorReport> Last(int64_t n);
-  // Somebody has taken notice of these rows; unknown ones are passed over.
+  // Somebody has taken notice of these rows; unknown ones are passed over. HostError Database, then
+  // none of them counts as seen.
   void Acknowledge(const std::vector<int64_t>& rows);
 
   void AddListener(ErrorListener* listener) { listeners_.Add(listener); }

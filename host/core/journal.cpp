@@ -126,13 +126,14 @@ void TrayJournal::Close(int64_t run) {
 int64_t TrayJournal::Begin(const TrayPlan& plan) {
   const std::vector<InterruptedTray> interrupted = Interrupted();
   platform::PlainGuard guard(lock_);
+  int64_t run = 0;
   try {
     platform::PlainGuard databaseGuard(database_.lock());
     Transaction transaction(database_);
     for (const InterruptedTray& old : interrupted) {
       if (old.archiveKey == plan.archiveKey) CloseRun(database_, old.run, "replaced");
     }
-    const int64_t run = InsertRun(database_, plan);
+    run = InsertRun(database_, plan);
     // Before other processes can see the row, so that it never looks interrupted.
     marks_->Take(run);
     transaction.Commit();
@@ -146,6 +147,8 @@ int64_t TrayJournal::Begin(const TrayPlan& plan) {
     live_[run] = std::move(live);
     return run;
   } catch (const SQLite::Exception& error) {
+    // The number goes to another run, perhaps of another process.
+    marks_->Release(run);
     throw MakeDatabaseError("The tray was not started, since it could not be noted", error);
   }
 }

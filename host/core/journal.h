@@ -67,14 +67,16 @@ class TrayJournal {
   TrayJournal(Database& database, const std::string& marksFile);
   ~TrayJournal();
 
-  // The runs that were interrupted, latest first; at most one for an archive key, older ones are
-  // closed on the way.
+  // The runs that were interrupted, latest first. Several for one archive key only if several
+  // processes ran a tray there. HostError Database.
   std::vector<InterruptedTray> Interrupted();
+  // The latest of them. HostError Database.
   std::optional<InterruptedTray> InterruptedOf(const std::string& archiveKey);
-  // The person knows of it or has replaced the tray: it is not offered again.
+  // The person knows of it or has replaced the tray: it is not offered again. HostError Database.
   void Close(int64_t run);
 
-  // A run begins: its number. HostError if it can't be noted. Closes what was interrupted there.
+  // A run begins: its number. Closes what was interrupted there. HostError Database if it can't be
+  // noted; then nothing is closed either.
   int64_t Begin(const TrayPlan& plan);
   // A position that is started anew counts from there on, as soon as it has a result: the
   // instrument also reports its moves before and behind the samples as a start of the first

@@ -21,18 +21,18 @@ class Parser {
   bool Parse() {
     if (!Word("SELECT") || !Symbol('*') || !Word("FROM") || !Word("SAMPLES")) return false;
     std::string condition;
-    if (PeekWord("WHERE")) {
-      Word("WHERE");
+    if (TakeWord("WHERE")) {
       do {
         if (!condition.empty()) condition += " AND ";
         if (!Condition(condition)) return false;
-      } while (PeekWord("AND") && Word("AND"));
+      } while (TakeWord("AND"));
     }
-    if (PeekWord("ORDER") &&
-        !(Word("ORDER") && Word("BY") && Word("SAMPLES") && Symbol('.') && Word("Timestamp")))
+    if (TakeWord("ORDER") && !(Word("BY") && Word("SAMPLES") && Symbol('.') && Word("Timestamp"))) {
       return false;
+    }
     if (Peek() == ';') ++at_;
-    if (Peek() != '\0' || at_ < text_.size()) return Fail("the end of the query");
+    Peek();
+    if (at_ < text_.size()) return Fail("the end of the query");
     query_.condition = condition.empty() ? "1" : condition;
     return true;
   }
@@ -41,9 +41,7 @@ class Parser {
 
  private:
   bool Fail(const std::string& expected) {
-    if (problem_.empty()) {
-      problem_ = fmt::format("{} is expected at character {}", expected, at_ + 1);
-    }
+    problem_ = fmt::format("{} is expected at character {}", expected, at_ + 1);
     return false;
   }
 
@@ -53,19 +51,17 @@ class Parser {
     return at_ < text_.size() ? text_[at_] : '\0';
   }
 
-  bool PeekWord(std::string_view word) {
+  // Passes over the word if it stands there.
+  bool TakeWord(std::string_view word) {
     Peek();
     const std::string_view rest = std::string_view(text_).substr(at_);
-    if (rest.size() < word.size()) return false;
     if (platform::CompareNoCase(rest.substr(0, word.size()), word) != 0) return false;
-    return rest.size() == word.size() || !IsLetter(rest[word.size()]);
-  }
-
-  bool Word(std::string_view word) {
-    if (!PeekWord(word)) return Fail(std::string(word));
+    if (rest.size() > word.size() && IsLetter(rest[word.size()])) return false;
     at_ += word.size();
     return true;
   }
+
+  bool Word(std::string_view word) { return TakeWord(word) || Fail(std::string(word)); }
 
   bool Symbol(char symbol) {
     if (Peek() != symbol) return Fail(fmt::format("\"{}\"", symbol));
@@ -124,8 +120,7 @@ class Parser {
         return symbol;
       }
     }
-    if (PeekWord("Like") && Word("Like")) return "Like";
-    return {};
+    return TakeWord("Like") ? "Like" : "";
   }
 
   bool Value(const SampleColumn& column, const std::string& op, ColumnValue& value) {
@@ -159,30 +154,20 @@ class Parser {
     return true;
   }
 
-  // Two or four digits of the date form.
-  bool Digits(size_t at, size_t count, int& value) const {
-    value = 0;
-    for (size_t i = at; i < at + count; ++i) {
-      if (!IsDigit(text_[i])) return false;
-      value = value * 10 + (text_[i] - '0');
-    }
-    return true;
-  }
-
   bool DateValue(ColumnValue& value) {
     static constexpr std::string_view kForm = "#MM/DD/YYYY HH:MM:SS#";
     const std::string expected = fmt::format("a date as {}", kForm);
     Peek();
     if (text_.size() - at_ < kForm.size()) return Fail(expected);
     for (size_t i = 0; i < kForm.size(); ++i) {
-      if (!IsLetter(kForm[i]) && text_[at_ + i] != kForm[i]) return Fail(expected);
+      const char c = text_[at_ + i];
+      if (IsLetter(kForm[i]) ? !IsDigit(c) : c != kForm[i]) return Fail(expected);
     }
-    int month = 0, day = 0, year = 0, hour = 0, minute = 0, second = 0;
-    const bool digits = Digits(at_ + 1, 2, month) && Digits(at_ + 4, 2, day) &&
-                        Digits(at_ + 7, 4, year) && Digits(at_ + 12, 2, hour) &&
-                        Digits(at_ + 15, 2, minute) && Digits(at_ + 18, 2, second);
-    if (!digits) return Fail(expected);
-    const platform::Date date(year, month, day, hour, minute, second);
+    const auto number = [this](size_t offset, size_t digits) {
+      return platform::ParseInt(std::string_view(text_).substr(at_ + offset, digits)).value_or(0);
+    };
+    const platform::Date date(number(7, 4), number(1, 2), number(4, 2), number(12, 2),
+                              number(15, 2), number(18, 2));
     if (!date.IsValid()) return Fail(expected);
     value = platform::FormatIsoDate(date);
     at_ += kForm.size();

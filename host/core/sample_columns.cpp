@@ -63,13 +63,13 @@ std::optional<platform::Date> ReadDate(const std::string& text) {
   if (text.empty()) return platform::Date();
   if (text == kInvalidDate) return platform::Date::Invalid();
   constexpr size_t kSeconds = 19;  // "2026-01-31T16:05:06"
-  const platform::Date date = platform::ParseDate(text.substr(0, kSeconds));
-  if (!date.IsValid()) return std::nullopt;
-  if (text.size() == kSeconds) return date;
-  const auto millisecond = platform::ParseInt(text.substr(kSeconds + 1));
-  if (text[kSeconds] != '.' || text.size() != kSeconds + 4 || !millisecond || *millisecond < 0)
-    return std::nullopt;
-  return date.PlusMilliseconds(*millisecond);
+  platform::Date date = platform::ParseDate(text.substr(0, kSeconds));
+  if (text.size() > kSeconds) {
+    date = date.PlusMilliseconds(platform::ParseInt(text.substr(kSeconds + 1)).value_or(0));
+  }
+  // Many forms can be read as a date, and only one is written here.
+  if (!date.IsValid() || DateText(date) != text) return std::nullopt;
+  return date;
 }
 
 int HexDigit(char c) {

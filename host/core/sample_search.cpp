@@ -16,7 +16,7 @@ constexpr size_t kRowsAtATime = 500;
 const char* OrderColumn(SampleQuery::Order order) {
   switch (order) {
     case SampleQuery::Order::Time:
-      return "\"Timestamp\"";
+      break;
     case SampleQuery::Order::Instrument:
       return "\"Instrument\" COLLATE NOCASE";
     case SampleQuery::Order::Position:
@@ -71,7 +71,10 @@ Condition ConditionOf(const SampleQuery& wanted) {
   }
   if (!wanted.fromDay.empty()) condition.And("\"Timestamp\" >= ?", wanted.fromDay);
   // Behind the day stands a "T", so "U" is behind everything of that day.
-  if (!wanted.toDay.empty()) condition.And("\"Timestamp\" < ?", wanted.toDay + "U");
+  // Dates that are none sort before all others, and are not earlier than any of them.
+  if (!wanted.toDay.empty()) {
+    condition.And("\"Timestamp\" >= '0' AND \"Timestamp\" < ?", wanted.toDay + "U");
+  }
   if (wanted.verified) {
     condition.text += *wanted.verified ? " AND \"Constant 5\" <> 0" : " AND \"Constant 5\" = 0";
   }

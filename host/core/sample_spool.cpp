@@ -12,6 +12,8 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <stdexcept>
+#include <utility>
 
 #include "host/core/file_handle.h"
 #include "host/core/sample_columns.h"
@@ -43,23 +45,35 @@ Json ToJson(const ColumnValue& value) {
     if (std::isfinite(*number)) return *number;
     return Json{{"bits", std::bit_cast<uint64_t>(*number)}};
   }
-  if (const auto* text = std::get_if<std::string>(&value)) {
-    if (IsUtf8(*text)) return *text;
-    return Json{{"bytes", std::vector<uint8_t>(text->begin(), text->end())}};
-  }
-  return nullptr;
+  const auto& text = std::get<std::string>(value);
+  if (IsUtf8(text)) return text;
+  return Json{{"bytes", std::vector<uint8_t>(text.begin(), text.end())}};
 }
 
-// Raises Json::exception for what ToJson does not write.
+class DamagedLine : public std::runtime_error {
+ public:
+  DamagedLine() : std::runtime_error("a number that is not written there") {}
+};
+
+// A number that fits; the library would cut off what does not.
+template <class Whole>
+Whole WholeOf(const Json& json) {
+  const bool fits = json.is_number_unsigned()
+                        ? std::in_range<Whole>(json.get<uint64_t>())
+                        : json.is_number_integer() && std::in_range<Whole>(json.get<int64_t>());
+  if (!fits) throw DamagedLine();
+  return json.get<Whole>();
+}
+
+// Raises Json::exception or DamagedLine for what ToJson does not write.
 ColumnValue FromJson(const Json& json) {
   if (json.is_number_float()) return json.get<double>();
-  if (json.is_number()) return json.get<int64_t>();
+  if (json.is_number()) return WholeOf<int64_t>(json);
   if (json.is_string()) return json.get<std::string>();
-  if (json.is_object() && json.contains("bits")) {
-    return std::bit_cast<double>(json.at("bits").get<uint64_t>());
-  }
-  const auto bytes = json.at("bytes").get<std::vector<uint8_t>>();
-  return std::string(bytes.begin(), bytes.end());
+  if (json.contains("bits")) return std::bit_cast<double>(WholeOf<uint64_t>(json.at("bits")));
+  std::string bytes;
+  for (const Json& byte : json.at("bytes")) bytes += static_cast<char>(WholeOf<uint8_t>(byte));
+  return bytes;
 }
 
 std::string ToLine(const SpooledSample& spooled) {
@@ -82,9 +96,9 @@ std::optional<SpooledSample> FromLine(const std::string& line) {
     std::vector<ColumnValue> values;
     for (const Json& value : json.at("values")) values.push_back(FromJson(value));
     SpooledSample spooled;
-    spooled.run = json.at("run").get<int64_t>();
-    spooled.position = json.at("position").get<int32_t>();
-    spooled.attempt = json.at("attempt").get<int32_t>();
+    spooled.run = WholeOf<int64_t>(json.at("run"));
+    spooled.position = WholeOf<int32_t>(json.at("position"));
+    spooled.attempt = WholeOf<int32_t>(json.at("attempt"));
     if (!SampleFromStored(values, spooled.sample)) return std::nullopt;
     // Lines of older versions do not have it; theirs are known as the samples of an older archive.
     spooled.simulated =
@@ -92,11 +106,13 @@ std::optional<SpooledSample> FromLine(const std::string& line) {
     return spooled;
   } catch (const Json::exception&) {
     return std::nullopt;
+  } catch (const DamagedLine&) {
+    return std::nullopt;
   }
 }
 
-// The file, opened and locked against other processes. A file that another process removed while
-// this one waited for the lock does not count.
+// The file, opened and locked against other processes; closed with errno set if it can't be. A file
+// that another process removed while this one waited for the lock does not count.
 FileHandle OpenLocked(const std::string& path, int flags) {
   for (;;) {
     FileHandle file(open(path.c_str(), flags | O_CLOEXEC, 0660));
@@ -105,7 +121,7 @@ FileHandle OpenLocked(const std::string& path, int flags) {
     struct stat opened = {};
     struct stat present = {};
     if (fstat(file.get(), &opened) == 0 && stat(path.c_str(), &present) == 0 &&
-        opened.st_ino == present.st_ino && opened.st_dev == present.st_dev) {
+        opened.st_ino == present.st_ino) {
       return file;
     }
   }
@@ -149,14 +165,18 @@ std::string SampleSpool::Append(const SpooledSample& sample) {
   return failure;
 }
 
-bool SampleSpool::TakeIn(const std::function<void(const Intake&)>& take) {
-  if (access(file_.c_str(), F_OK) != 0) return false;
+SampleSpool::Outcome SampleSpool::TakeIn(
+    const std::function<void(const std::vector<SpooledSample>&)>& take) {
+  Outcome outcome;
   FileHandle file = OpenLocked(file_, O_RDWR);
-  if (!file.IsOpen()) return false;
+  if (!file.IsOpen() && errno == ENOENT) return outcome;
   std::string text;
-  if (!ReadAll(file.get(), text)) return false;
+  if (!file.IsOpen() || !ReadAll(file.get(), text)) {
+    outcome.unreadable = SystemError();
+    return outcome;
+  }
 
-  Intake intake;
+  std::vector<SpooledSample> samples;
   std::string damaged;
   size_t at = 0;
   while (at < text.size()) {
@@ -165,24 +185,20 @@ bool SampleSpool::TakeIn(const std::function<void(const Intake&)>& take) {
     at = end + 1;
     if (line.empty()) continue;
     if (auto sample = FromLine(line)) {
-      intake.samples.push_back(std::move(*sample));
+      samples.push_back(std::move(*sample));
     } else {
-      ++intake.damagedLines;
+      ++outcome.damagedLines;
       damaged += line + "\n";
     }
   }
-  take(intake);
-  if (!damaged.empty()) {
-    const std::string failure = AppendLine(file_ + ".damaged", damaged);
-    // The spool stays, and what has been taken in is recognised by its id next time.
-    if (!failure.empty()) {
-      platform::Log(platform::LogLevel::Error, "Damaged lines could not be put aside: " + failure);
-      return true;
-    }
+  take(samples);
+  if (!damaged.empty()) outcome.notPutAside = AppendLine(file_ + ".damaged", damaged);
+  // A spool that stays does no harm: what has been taken in is recognised by its id next time.
+  if (outcome.notPutAside.empty()) {
+    unlink(file_.c_str());
+    SyncFolderOf(file_);
   }
-  unlink(file_.c_str());
-  SyncFolderOf(file_);
-  return true;
+  return outcome;
 }
 
 }  // namespace torvell

@@ -31,14 +31,15 @@ class SampleSpool {
   // Adds a sample, durable when it returns: empty, or the reason why it could not be done.
   std::string Append(const SpooledSample& sample);
 
-  struct Intake {
-    std::vector<SpooledSample> samples;
-    int damagedLines = 0;  // kept aside in file() + ".damaged"
+  struct Outcome {
+    std::string unreadable;   // why the file can't be read: `take` was not called
+    int damagedLines = 0;     // put aside in file() + ".damaged"
+    std::string notPutAside;  // why they could not be, so that they stay in the file
   };
   // Hands what the file holds to `take`, while no other process can touch it, and removes the file
-  // when `take` has returned. An exception of `take` leaves the file as it is and passes on. False
-  // if there is no file.
-  bool TakeIn(const std::function<void(const Intake&)>& take);
+  // when `take` has returned. An exception of `take` leaves the file as it is and passes on.
+  // Without a file there is no call.
+  Outcome TakeIn(const std::function<void(const std::vector<SpooledSample>&)>& take);
 
  private:
   std::string file_;

@@ -122,6 +122,18 @@ rvx::ActionErrorRecord StoreFailure(const rvx::Sample& sample, const SampleOrigi
   return record;
 }
 
+std::string DescribeDamage(const std::string& spool, const SampleSpool::Outcome& outcome) {
+  const std::string fate =
+      outcome.notPutAside.empty()
+          ? fmt::format("They are kept in {}.damaged", spool)
+          : fmt::format("They stay there, since they can't be put aside in {}.damaged ({})", spool,
+                        outcome.notPutAside);
+  return fmt::format(
+      "{} lines of the spool {} are damaged, probably by a crash while they were written. {}; ask "
+      "your service engineer.",
+      outcome.damagedLines, spool, fate);
+}
+
 }  // namespace
 
 std::string SampleColumnList() {
@@ -140,10 +152,10 @@ StoredSample ReadSampleRow(SQLite::Statement& statement, const std::string& file
   if (!SampleFromStored(values, sample)) {
     throw HostError(
         HostErrorKind::Database,
-        fmt::format("A sample in the database {} can't be read: a column holds what this "
-                    "program does not write there. Restore a copy of the file, or remove "
-                    "the row with a database tool.",
-                    file));
+        fmt::format("The sample of ID \"{}\" in the database {} can't be read: a column holds what "
+                    "this program does not write there. Restore a copy of the file, or remove the "
+                    "row from its table SAMPLES with a database tool.",
+                    statement.getColumn(0).getString(), file));
   }
   return sample;
 }
@@ -165,36 +177,44 @@ SampleStore::SampleStore(Database& database, TrayJournal& journal, const std::st
 }
 
 std::vector<std::string> SampleStore::TakeInSpool() {
+  const auto waiting = [&](const std::string& reason) {
+    return fmt::format(
+        "Samples wait in the spool {} and could not be taken into the archive: {}. They stay there "
+        "until the next start.",
+        spool_.file(), reason);
+  };
   std::vector<std::string> texts;
   try {
-    spool_.TakeIn([&](const SampleSpool::Intake& intake) {
-      int taken = 0;
-      platform::PlainGuard guard(database_.lock());
-      Transaction transaction(database_);
-      for (const SpooledSample& spooled : intake.samples) {
-        if (IsStored(database_, platform::FormatGuid(spooled.sample.id))) continue;
-        Insert(database_, spooled);
-        ++taken;
-      }
-      transaction.Commit();
-      if (taken > 0) {
-        texts.push_back(fmt::format(
-            "{} samples that could not be stored earlier were taken into the archive.", taken));
-      }
-      if (intake.damagedLines > 0) {
-        texts.push_back(
-            fmt::format("{} lines of the spool {} are damaged, probably by a crash while they were "
-                        "written. They are kept in {}.damaged; ask your service engineer.",
-                        intake.damagedLines, spool_.file(), spool_.file()));
-      }
-    });
+    int taken = 0;
+    const SampleSpool::Outcome outcome =
+        spool_.TakeIn([&](const auto& samples) { taken = StoreWaiting(samples); });
+    if (taken > 0) {
+      texts.push_back(fmt::format(
+          "{} samples that could not be stored earlier were taken into the archive.", taken));
+    }
+    if (!outcome.unreadable.empty()) {
+      texts.push_back(waiting(
+          fmt::format("it can't be read ({}); give this user the right to read and write it",
+                      outcome.unreadable)));
+    }
+    if (outcome.damagedLines > 0) texts.push_back(DescribeDamage(spool_.file(), outcome));
   } catch (const SQLite::Exception& error) {
-    texts = {
-        fmt::format("Samples wait in the spool {} and could not be taken into the archive: {}. "
-                    "They stay there until the next start.",
-                    spool_.file(), DescribeDatabaseError(error))};
+    texts = {waiting(DescribeDatabaseError(error))};
   }
   return texts;
+}
+
+int SampleStore::StoreWaiting(const std::vector<SpooledSample>& samples) {
+  int taken = 0;
+  platform::PlainGuard guard(database_.lock());
+  Transaction transaction(database_);
+  for (const SpooledSample& spooled : samples) {
+    if (IsStored(database_, platform::FormatGuid(spooled.sample.id))) continue;
+    Insert(database_, spooled);
+    ++taken;
+  }
+  transaction.Commit();
+  return taken;
 }
 
 int64_t SampleStore::Count() {

@@ -111,6 +111,9 @@ class SampleStore : public rvx::SampleArchive {
   void StoreSample(const rvx::Sample& sample) override;
 
  private:
+  // Those that are not in the archive yet, all or none of them: how many. SQLite::Exception.
+  int StoreWaiting(const std::vector<SpooledSample>& samples);
+
   Database& database_;
   TrayJournal& journal_;
   SampleSpool spool_;

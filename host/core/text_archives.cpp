@@ -92,17 +92,19 @@ void InstrumentStore::StoreInstrument(const std::string& key,
     platform::PlainGuard databaseGuard(database_.lock());
     Transaction transaction(database_);
     const std::optional<std::string> before = ReadSettings(database_, key);
+    if (before != text) {
+      Query query(database_.Prepared("INSERT OR REPLACE INTO INSTRUMENTS VALUES (?, ?)"));
+      query->bind(1, key);
+      query->bind(2, text);
+      query->exec();
+      const std::string object = "instrument " + key;
+      WriteAudit(database_, actor,
+                 before ? CompareSettingsTexts(object, *before, text)
+                        : std::vector<AuditChange>{{object, "", "stored for the first time"}});
+      transaction.Commit();
+    }
+    // Only now: one that failed must not keep an earlier one from being stored.
     stored_[key] = ticket;
-    if (before == text) return;
-    Query query(database_.Prepared("INSERT OR REPLACE INTO INSTRUMENTS VALUES (?, ?)"));
-    query->bind(1, key);
-    query->bind(2, text);
-    query->exec();
-    const std::string object = "instrument " + key;
-    WriteAudit(database_, actor,
-               before ? CompareSettingsTexts(object, *before, text)
-                      : std::vector<AuditChange>{{object, "", "stored for the first time"}});
-    transaction.Commit();
   } catch (const SQLite::Exception& error) {
     RaiseArchiveException(
         MakeDatabaseError("The instrument's settings could not be stored", error).what());

@@ -41,15 +41,18 @@ TEST(Host, SaysWhyAFolderCantBeOpened) {
             HostErrorKind::Database);
 }
 
-TEST(Host, LeavesANewerFolderAlone) {
-  TempFolder folder;
-  {
-    const auto host = OpenHost(folder);
-    ExecuteSql(host->database(), "PRAGMA user_version = 99");
+TEST(Host, LeavesAFolderOfAnUnknownVersionAlone) {
+  for (const auto& [version, kind] :
+       {std::pair("99", HostErrorKind::NewerVersion), std::pair("-1", HostErrorKind::Database)}) {
+    TempFolder folder;
+    {
+      const auto host = OpenHost(folder);
+      ExecuteSql(host->database(), std::string("PRAGMA user_version = ") + version);
+    }
+    const std::string before = ReadFile(folder / "torvell.db");
+    EXPECT_EQ(KindRaisedBy([&] { OpenHost(folder); }), kind) << version;
+    EXPECT_EQ(ReadFile(folder / "torvell.db"), before) << version;
   }
-  const std::string before = ReadFile(folder / "torvell.db");
-  EXPECT_EQ(KindRaisedBy([&] { OpenHost(folder); }), HostErrorKind::NewerVersion);
-  EXPECT_EQ(ReadFile(folder / "torvell.db"), before);
 }
 
 TEST(Host, EndsAsWellAfterAFailedOpening) {

@@ -106,10 +106,66 @@ TEST(Journal, AnEndedRunAndAReplacedOneAreNotOffered) {
   }
   const auto host = OpenHost(folder);
   ASSERT_EQ(host->journal().Interrupted().size(), 1u);
+  TrayPlan other = MakePlan();
+  other.archiveKey = "RVXCOM2:0";
+  host->journal().End(host->journal().Begin(other), "ended");
+  EXPECT_EQ(host->journal().Interrupted().size(), 1u) << "another instrument replaces nothing";
   const int64_t run = host->journal().Begin(MakePlan());
   EXPECT_TRUE(host->journal().Interrupted().empty());
   host->journal().End(run, "ended");
   EXPECT_TRUE(host->journal().Interrupted().empty());
+}
+
+// What comes too late or from an empty position changes nothing.
+TEST(Journal, NotesThatBelongToNoRunningPositionArePassedOver) {
+  TempFolder folder;
+  const auto host = OpenHost(folder);
+  TrayJournal& journal = host->journal();
+  const int64_t run = journal.Begin(MakePlan());
+  journal.NoteSampleStarted(run, 0);
+  journal.NoteSampleStarted(run, 2);
+  journal.NoteSampleStatus(run, 2);
+  journal.NoteSampleFinished(run, 2);
+  EXPECT_EQ(journal.FindOrigin(MakeSample(0)).position, 0);
+  journal.NoteSampleFinished(run, 0);
+  EXPECT_EQ(journal.FindOrigin(MakeSample(0)).run, 0);
+  journal.End(run, "ended");
+  journal.NoteSampleStarted(run, 0);
+  journal.NoteSampleStatus(run, 0);
+  journal.NoteSampleFinished(run, 0);
+  EXPECT_EQ(journal.FindOrigin(MakeSample(0)).run, 0);
+}
+
+// A thread that has reported nothing stores a result: instrument and position tell whose it is.
+TEST(Journal, AResultOfAnotherThreadIsKnownByInstrumentAndPosition) {
+  TempFolder folder;
+  const auto host = OpenHost(folder);
+  const int64_t run = host->journal().Begin(MakePlan());
+  platform::StartThread("run", [&] { host->journal().NoteSampleStarted(run, 1); })->Join();
+  const SampleOrigin origin = host->journal().FindOrigin(MakeSample(1));
+  EXPECT_EQ(origin.run, run);
+  EXPECT_EQ(origin.position, 1);
+  EXPECT_EQ(origin.attempt, 1);
+  EXPECT_EQ(host->journal().FindOrigin(MakeSample(0)).run, 0);
+  rvx::Sample other = MakeSample(1);
+  other.serialNumber = "S2";
+  EXPECT_EQ(host->journal().FindOrigin(other).run, 0);
+  other = MakeSample(1);
+  other.instrument = "RVX 2";
+  EXPECT_EQ(host->journal().FindOrigin(other).run, 0);
+}
+
+// The end of a run that could not be noted: it is offered, which is better than forgotten.
+TEST(Journal, ARunWhoseEndCouldNotBeNotedIsOffered) {
+  TempFolder folder;
+  const auto host = OpenHost(folder);
+  const int64_t run = host->journal().Begin(MakePlan());
+  ExecuteSql(host->database(), "PRAGMA query_only = ON");
+  host->journal().End(run, "ended");
+  ExecuteSql(host->database(), "PRAGMA query_only = OFF");
+  const auto trays = host->journal().Interrupted();
+  ASSERT_EQ(trays.size(), 1u);
+  EXPECT_EQ(trays[0].run, run);
 }
 
 // The reading commands of other processes look at the folder while a tray runs.

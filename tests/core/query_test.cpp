@@ -1,6 +1,7 @@
 // The query language, apart from the database.
 #include "host/core/query_translator.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
@@ -36,19 +37,71 @@ TEST(QueryTranslator, TakesTheModulesQuery) {
 }
 
 TEST(QueryTranslator, RefusesWhatIsNoQuery) {
-  const std::string start = "SELECT * FROM SAMPLES WHERE ";
-  for (const char* text : {"", "SELECT", "DELETE FROM SAMPLES;", "SELECT * FROM USERS;",
-                           "SELECT ID FROM SAMPLES", "SELECT * FROM SAMPLES; DROP TABLE SAMPLES",
-                           "SELECT * FROM SAMPLES ORDER BY SAMPLES.ID;"}) {
-    EXPECT_NE(ProblemOf(text), "") << text;
+  using namespace std::string_literals;
+  struct Case {
+    std::string text;
+    const char* expected;
+    size_t at;  // from 1
+  };
+  for (const Case& each : std::initializer_list<Case>{
+           {"", "SELECT", 1},
+           {"SELECT", "\"*\"", 7},
+           {"SELECT{", "\"*\"", 7},
+           {"SELECTED * FROM SAMPLES", "SELECT", 1},
+           {"DELETE FROM SAMPLES;", "SELECT", 1},
+           {"SELECT ID FROM SAMPLES", "\"*\"", 8},
+           {"SELECT * OF SAMPLES", "FROM", 10},
+           {"SELECT * FROM USERS;", "SAMPLES", 15},
+           {"SELECT * FROM SAMPLES; DROP TABLE SAMPLES", "the end of the query", 24},
+           {"SELECT * FROM SAMPLES\0;"s, "the end of the query", 22},
+           {"SELECT * FROM SAMPLES ORDER SAMPLES.Timestamp", "BY", 29},
+           {"SELECT * FROM SAMPLES ORDER BY Timestamp", "SAMPLES", 32},
+           {"SELECT * FROM SAMPLES ORDER BY SAMPLES Timestamp", "\".\"", 40},
+           {"SELECT * FROM SAMPLES ORDER BY SAMPLES.ID;", "Timestamp", 40}}) {
+    EXPECT_EQ(ProblemOf(each.text),
+              fmt::format("{} is expected at character {}", each.expected, each.at))
+        << each.text;
   }
-  for (const char* condition :
-       {"", "([Password] = 1)", "([Valid] = 1 OR 1)", "([Valid] = '1')", "([Valid] Like '1')",
-        "([Valid] = 1", "[Valid] >= 1", "[Valid = 1", "([Valid] = 1) AND",
-        "([Valid] = 1) OR ([Valid] = 0)", "([Valid] = 0x10)", "([Timestamp] > '2026')",
-        "([Timestamp] > #2026-01-31 16:05:06#)", "([Timestamp] > #13/31/2026 16:05:06#)",
-        "([Timestamp] > #1", "([Instrument] Like 'a) ", "([Instrument] Like \"a\")"}) {
-    EXPECT_NE(ProblemOf(start + condition), "") << condition;
+  const std::string start = "SELECT * FROM SAMPLES WHERE ";
+  const char* const date = "a date as #MM/DD/YYYY HH:MM:SS#";
+  for (const Case& each : std::initializer_list<Case>{
+           {"", "\"[\"", 1},
+           {"([Password] = 1)", "the name of a column", 3},
+           {"[Valid = 1", "the name of a column", 2},
+           {"([Valid] 1)", "=, <>, <, > or Like", 10},
+           {"([Valid]", "=, <>, <, > or Like", 9},
+           {"([Valid] = 1 OR 1)", "\")\"", 14},
+           {"([Valid] = 1", "\")\"", 13},
+           {"([Valid] = 1) AND", "\"[\"", 18},
+           {"([Valid] = 1) OR ([Valid] = 0)", "the end of the query", 15},
+           {"([Valid] = '1')", "a number", 12},
+           {"[Valid] >= 1", "a number", 10},
+           {"[Valid] = -", "a number", 11},
+           {"[Valid] = 1.2.3", "a number", 11},
+           {"([Valid] = 0x10)", "\")\"", 13},
+           {"([Valid] Like '1')", "a column of text before Like", 14},
+           {"([Instrument] Like 'a) ", "a closing apostrophe", 20},
+           {"([Instrument] Like \"a\")", "a text between apostrophes", 20},
+           {"[Instrument] = 'a' AND [Operator] = 'b'", "no second text", 37},
+           {"[Timestamp] > '2026'", date, 15},
+           {"[Timestamp] > #2026-01-31 16:05:06#", date, 15},
+           {"[Timestamp] > #13/31/2026 16:05:06#", date, 15},
+           {"[Timestamp] > #02/30/2026 16:05:06#", date, 15},
+           {"[Timestamp] > #+1/31/2026 16:05:06#", date, 15},
+           {"[Timestamp] > #01/31/2026 16:05:6 #", date, 15},
+           {"[Timestamp] > #1", date, 15}}) {
+    EXPECT_EQ(ProblemOf(start + each.text),
+              fmt::format("{} is expected at character {}", each.expected, start.size() + each.at))
+        << each.text;
+  }
+}
+
+TEST(QueryTranslator, TakesEveryFormOfACondition) {
+  for (const char* text :
+       {"select * from samples", " SELECT*FROM SAMPLES ; ", "SELECT * FROM SAMPLES WHERE[Valid]=1",
+        "SELECT * FROM SAMPLES where [valid] <> +5 and ([SPEED] < -.5) order by samples.timestamp",
+        "SELECT * FROM SAMPLES WHERE [ID] = '1' ORDER BY SAMPLES.Timestamp"}) {
+    EXPECT_EQ(ProblemOf(text), "") << text;
   }
 }
 
@@ -99,6 +152,11 @@ TEST(LikePattern, Wildcards) {
                                                       {"a*b*c", "aXbXbXc", true},
                                                       {"a*b*c", "aXbX", false},
                                                       {"*[1-3]", "RVX 2", true},
+                                                      {"*#", "RVX #", true},
+                                                      {"*[", "RVX [", true},
+                                                      {"a[", "ab", false},
+                                                      {"[a-z]", "{", false},
+                                                      {"[A-Z]", "q", true},
                                                       {"[]", "x", false}}) {
     EXPECT_EQ(MatchesLikePattern(each.pattern, each.text), each.matches)
         << each.pattern << " and " << each.text;

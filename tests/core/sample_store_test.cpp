@@ -281,6 +281,37 @@ TEST(SampleStore, TheFilterHasTheLastWord) {
   EXPECT_TRUE(out.empty());
 }
 
+// Texts are equal in both cases, and a date that is none is not earlier than any other.
+TEST(SampleStore, EachConditionKeepsWhatItSays) {
+  TempFolder folder;
+  const auto host = OpenHost(folder);
+  const platform::Date noon(2026, 1, 31, 12, 0, 0);
+  host->samples().StoreSample(MakeSample("none", platform::Date()));
+  host->samples().StoreSample(MakeSample("invalid", platform::Date::Invalid()));
+  host->samples().StoreSample(MakeSample("Oil", noon.PlusMilliseconds(-1)));
+  host->samples().StoreSample(MakeSample("last", noon));
+  const std::pair<const char*, std::vector<std::string>> cases[] = {
+      {"[Sample ID] = 'oIL'", {"Oil"}},
+      {"[Sample ID] <> 'oil'", {"none", "invalid", "last"}},
+      {"[Sample ID] > 'none'", {"Oil"}},
+      {"[Timestamp] < #01/31/2026 12:00:00#", {"Oil"}},
+      {"[Timestamp] = #01/31/2026 12:00:00#", {"last"}},
+      {"[Timestamp] > #01/31/2026 11:59:59#", {"Oil", "last"}},
+      {"[Valid] = 1 AND [Tray] < 1", {}},
+  };
+  for (const auto& [condition, expected] : cases) {
+    TextFilter filter(fmt::format("SELECT * FROM SAMPLES WHERE {}", condition));
+    rvx::ArrayOfSamples out;
+    host->samples().QuerySamples(out, &filter);
+    EXPECT_EQ(IdsOf(out), expected) << condition;
+  }
+  rvx::ArrayOfSamples all;
+  host->samples().QuerySamples(all, nullptr);
+  EXPECT_EQ(all.size(), 4u);
+  EXPECT_FALSE(host->samples().IsSimulated(platform::CreateGuid())) << "it is not there";
+  EXPECT_EQ(SampleValues(all[0])[2], ColumnValue()) << "for people a date that is none is nothing";
+}
+
 TEST(SampleStore, PagesAreReadThroughTheIndex) {
   TempFolder folder;
   const auto host = OpenHost(folder);

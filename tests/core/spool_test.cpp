@@ -1,6 +1,8 @@
 // Samples that the database did not take.
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <cmath>
 #include <csignal>
@@ -10,6 +12,8 @@
 
 namespace torvell {
 namespace {
+
+using Samples = std::vector<SpooledSample>;
 
 rvx::Sample MakeSample(const std::string& sampleId) {
   rvx::Sample sample;
@@ -79,10 +83,13 @@ TEST(Spool, WithoutASpoolTheMessageHasTheFigures) {
   TempFolder folder;
   const auto host = OpenHost(folder);
   std::filesystem::create_directory(folder / "samples.spool");
-  rvx::Sample refused;
-  const std::string message = StoreUntilFull(*host, refused);
-  EXPECT_NE(message.find("write it down"), std::string::npos) << message;
-  EXPECT_NE(message.find("0.1 mPa*s"), std::string::npos) << message;
+  for (const bool hasReserve : {true, false}) {
+    rvx::Sample refused;
+    EXPECT_EQ(std::filesystem::exists(folder / "samples.spool.reserve"), hasReserve);
+    const std::string message = StoreUntilFull(*host, refused);
+    EXPECT_NE(message.find("write it down"), std::string::npos) << message;
+    EXPECT_NE(message.find("0.1 mPa*s"), std::string::npos) << message;
+  }
 }
 
 TEST(Spool, WhatIsStoredAlreadyIsNotStoredTwice) {
@@ -141,17 +148,119 @@ TEST(Spool, AFailureWhileTakingInKeepsTheFile) {
   TempFolder folder;
   SampleSpool spool(folder / "samples.spool");
   ASSERT_EQ(spool.Append({MakeSample("oil"), 7, 3, 2}), "");
-  EXPECT_THROW(spool.TakeIn([](const SampleSpool::Intake&) { throw std::runtime_error("no"); }),
+  EXPECT_THROW(spool.TakeIn([](const Samples&) { throw std::runtime_error("no"); }),
                std::runtime_error);
   int64_t run = 0;
-  EXPECT_TRUE(spool.TakeIn([&](const SampleSpool::Intake& intake) {
-    ASSERT_EQ(intake.samples.size(), 1u);
-    run = intake.samples[0].run;
-    EXPECT_EQ(intake.samples[0].position, 3);
-    EXPECT_EQ(intake.samples[0].attempt, 2);
-  }));
+  spool.TakeIn([&](const Samples& samples) {
+    ASSERT_EQ(samples.size(), 1u);
+    run = samples[0].run;
+    EXPECT_EQ(samples[0].position, 3);
+    EXPECT_EQ(samples[0].attempt, 2);
+  });
   EXPECT_EQ(run, 7);
-  EXPECT_FALSE(spool.TakeIn([](const SampleSpool::Intake&) { FAIL(); }));
+  EXPECT_EQ(spool.TakeIn([](const Samples&) { FAIL(); }).unreadable, "") << "there is none";
+}
+
+// Whatever stands in a line: it is taken as it was written, or put aside.
+TEST(Spool, LinesDamagedInEachWayArePutAside) {
+  TempFolder folder;
+  SampleSpool spool(folder / "samples.spool");
+  rvx::Sample sample = MakeSample("oil");
+  sample.timestamp = platform::Date(2026, 1, 31, 16, 5, 6);
+  ASSERT_EQ(spool.Append({sample, 7, 3, 2}), "");
+  const std::string whole = ReadFile(spool.file());
+  const std::pair<std::string, std::string> damages[] = {
+      {"\"run\":7", "\"run\":\"7\""},
+      {"\"run\":7", "\"run\":1e300"},
+      {"\"run\":7", "\"run\":18446744073709551615"},
+      {"\"position\":3", "\"position\":3000000000"},
+      {"\"position\":3", "\"position\":-3000000000"},
+      {"\"attempt\":2,", ""},
+      {"\"simulated\":false", "\"simulated\":0"},
+      {"\"values\":[", "\"values\":[0,"},
+      {"{\"bits\":", "{\"bits\":-"},
+      {"{\"bits\":", "{\"bits\":0.5,\"\":"},
+      {"{\"bits\":", "{\"bit\":"},
+      {"{\"bytes\":[255,", "{\"bytes\":[256,"},
+      {"{\"bytes\":[255,", "{\"bytes\":[\"\","},
+      {"2026-01-31T16:05:06", "2026-01-31"},
+      {"2026-01-31T16:05:06", "Invalid DateTime"},
+      {"0.1,", "true,"},
+      {"0.1,", "null,"},
+      {"0.1,", ""},
+      {"]}]}", "]},0]}"},
+      {",{\"bytes\":[255,0,10]}]}", "]}"},
+      {"{\"attempt", "\xff{\"attempt"},
+  };
+  std::string lines = "[]\n17\n{\"attempt\":2,\"position\":3,\"run\":7,\"values\":[]}\n";
+  lines += std::string(3, '\0') + "\n";
+  for (const auto& [from, to] : damages) {
+    const size_t at = whole.find(from);
+    ASSERT_NE(at, std::string::npos) << from;
+    lines += std::string(whole).replace(at, from.size(), to);
+  }
+  std::ofstream(spool.file(), std::ios::binary) << lines << "\n\n" << whole;
+  Samples taken;
+  const auto outcome = spool.TakeIn([&](const Samples& samples) { taken = samples; });
+  EXPECT_EQ(outcome.damagedLines, 4 + static_cast<int>(std::size(damages)));
+  EXPECT_EQ(outcome.notPutAside, "");
+  EXPECT_EQ(ReadFile(spool.file() + ".damaged"), lines);
+  ASSERT_EQ(taken.size(), 1u);
+  EXPECT_EQ(taken[0].sample.id, sample.id);
+}
+
+TEST(Spool, WhatCantBeReadOrPutAsideStaysAndIsSaid) {
+  TempFolder folder;
+  const std::string file = folder / "samples.spool";
+  std::filesystem::create_directory(file);
+  {
+    const auto host = OpenHost(folder);
+    ASSERT_EQ(host->notices().size(), 1u);
+    EXPECT_NE(host->notices()[0].find("it can't be read"), std::string::npos);
+  }
+  std::filesystem::remove(file);
+  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  EXPECT_EQ(OpenHost(folder)->notices().size(), 1u) << "it opens, and still can't be read";
+  std::filesystem::remove(file);
+
+  SampleSpool spool(file);
+  ASSERT_EQ(spool.Append({MakeSample("oil"), 0, -1, 0}), "");
+  std::ofstream(file, std::ios::app) << "cut off";
+  const std::string before = ReadFile(file);
+  std::filesystem::create_directory(file + ".damaged");
+  for (const size_t notices : {2u, 1u}) {
+    const auto host = OpenHost(folder);
+    ASSERT_EQ(host->notices().size(), notices);
+    EXPECT_NE(host->notices().back().find("They stay there"), std::string::npos);
+    EXPECT_EQ(host->samples().Count(), 1);
+    EXPECT_EQ(ReadFile(file), before);
+  }
+}
+
+// One who waits for the file while another takes it in must not write into the removed one.
+TEST(Spool, AWriterThatWaitedForTheIntakeFindsTheNewFile) {
+  TempFolder folder;
+  SampleSpool spool(folder / "samples.spool");
+  ASSERT_EQ(spool.Append({MakeSample("first"), 0, -1, 0}), "");
+  const auto timesOpen = [&] {
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+      std::error_code gone;
+      if (std::filesystem::read_symlink(entry.path(), gone) == spool.file()) ++count;
+    }
+    return count;
+  };
+  std::shared_ptr<platform::Thread> writer;
+  spool.TakeIn([&](const Samples&) {
+    writer = platform::StartThread("writer", [&] {
+      EXPECT_EQ(SampleSpool(spool.file()).Append({MakeSample("second"), 0, -1, 0}), "");
+    });
+    while (timesOpen() < 2) sched_yield();
+  });
+  writer->Join();
+  std::string taken;
+  spool.TakeIn([&](const Samples& samples) { taken = samples.at(0).sample.sampleId; });
+  EXPECT_EQ(taken, "second");
 }
 
 // The reserve is given up when there is no room for a line: here a limit stands for the full disk,
@@ -170,12 +279,13 @@ TEST(Spool, TheReserveIsGivenUpAndAHalfWrittenLineTakenBack) {
   const auto handler = std::signal(SIGXFSZ, SIG_IGN);
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
   const std::string failure = spool.Append({MakeSample("second"), 0, -1, 0});
+  spool.Prepare();
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &old), 0);
   std::signal(SIGXFSZ, handler);
 
   EXPECT_NE(failure, "");
   EXPECT_EQ(ReadFile(spool.file()), before);
-  EXPECT_FALSE(std::filesystem::exists(spool.file() + ".reserve"));
+  EXPECT_FALSE(std::filesystem::exists(spool.file() + ".reserve")) << "there is no room for one";
 }
 
 }  // namespace

@@ -56,6 +56,21 @@ TEST(InstrumentStore, TheTrailHasTheChangedFieldsAndNotTheTray) {
   EXPECT_EQ(rows[1].object, "instrument RVXCOM1:0 line 3 field 2");
   EXPECT_EQ(rows[1].oldValue + ">" + rows[1].newValue, "b>B");
   EXPECT_EQ(rows[2].oldValue + ">" + rows[2].newValue, "2>3");
+
+  // Fields and lines that came are changes too, and so are those that went.
+  const std::string three = instrument.text;
+  instrument.text += "new\x0B\nline\x0B";
+  host->instrumentTexts().StoreInstrument(kKey, &instrument);
+  instrument.text = three;
+  host->instrumentTexts().StoreInstrument(kKey, &instrument);
+  std::string changes;
+  for (const AuditRow& row : host->audit().Last(4)) {
+    changes += row.object.substr(row.object.find("line")) + ": " + row.oldValue + ">" +
+               row.newValue + "; ";
+  }
+  EXPECT_EQ(changes,
+            "line 3 field 7: >new; line 4 field 1: >line; "
+            "line 3 field 7: new>; line 4 field 1: line>; ");
 }
 
 // A storing that began earlier and comes to the database later must not undo the later one.
@@ -79,6 +94,43 @@ TEST(InstrumentStore, TheStoringThatBeganLastStays) {
   };
   host->instrumentTexts().StoreInstrument(kKey, &instrument);
   EXPECT_EQ(host->instrumentTexts().Read(kKey)->substr(0, 3), "new");
+
+  // But if the later one fails, the earlier one is the best there is.
+  instrument.during = [&] {
+    instrument.text = "refused";
+    ExecuteSql(host->database(), "PRAGMA query_only = ON");
+    EXPECT_NE(ArchiveMessageOf([&] { host->instrumentTexts().StoreInstrument(kKey, &instrument); }),
+              "");
+    ExecuteSql(host->database(), "PRAGMA query_only = OFF");
+  };
+  instrument.text = "kept";
+  host->instrumentTexts().StoreInstrument(kKey, &instrument);
+  EXPECT_EQ(host->instrumentTexts().Read(kKey)->substr(0, 4), "kept");
+}
+
+// An instrument that could not read its settings goes on with its defaults; those must not take the
+// place of what is stored.
+TEST(InstrumentStore, SettingsThatCouldNotBeReadAreNotOverwritten) {
+  TempFolder folder;
+  const auto host = OpenHost(folder);
+  InstrumentStore& store = host->instrumentTexts();
+  FakeInstrument instrument;
+  instrument.text = "stored";
+  store.StoreInstrument(kKey, &instrument);
+  ExecuteSql(host->database(), "ALTER TABLE INSTRUMENTS RENAME TO GONE");
+  EXPECT_NE(ArchiveMessageOf([&] { store.LoadInstrument(kKey, &instrument, 15); }), "");
+  ExecuteSql(host->database(), "ALTER TABLE GONE RENAME TO INSTRUMENTS");
+
+  instrument.text = "default";
+  const std::string message = ArchiveMessageOf([&] { store.StoreInstrument(kKey, &instrument); });
+  EXPECT_NE(message.find("are not overwritten"), std::string::npos) << message;
+  EXPECT_EQ(store.Read(kKey)->substr(0, 6), "stored");
+  store.StoreInstrument("RVXCOM2:0", &instrument);
+
+  store.LoadInstrument(kKey, &instrument, 15);
+  EXPECT_EQ(instrument.loaded.substr(0, 6), "stored");
+  store.StoreInstrument(kKey, &instrument);
+  EXPECT_EQ(store.Read(kKey)->substr(0, 7), "default") << "they have been read by now";
 }
 
 TEST(AnalysisStore, ReadsBackAndTellsWhichRowsChanged) {
@@ -109,24 +161,6 @@ TEST(AnalysisStore, ReadsBackAndTellsWhichRowsChanged) {
   EXPECT_EQ(rows[3].newValue, "N100 | - 5 | 1001 | L1");
 }
 
-TEST(TextArchives, ALockedDatabaseRaisesAndChangesNothing) {
-  TempFolder folder;
-  const auto host = OpenHost(folder);
-  {
-    platform::PlainGuard guard(host->database().lock());
-    host->database().connection().setBusyTimeout(10);
-  }
-  FakeInstrument instrument;
-  SQLite::Database other(host->databaseFile(), SQLite::OPEN_READWRITE);
-  other.exec("BEGIN IMMEDIATE");
-  EXPECT_NE(ArchiveMessageOf([&] { GetInstrumentArchive()->StoreInstrument(kKey, &instrument); }),
-            "");
-  EXPECT_NE(ArchiveMessageOf([&] { GetAnalysisArchive()->WriteAnalysisText("a", "b", "c"); }), "");
-  other.exec("COMMIT");
-  EXPECT_FALSE(host->instrumentTexts().Read(kKey));
-  EXPECT_TRUE(host->audit().Last(0).empty());
-}
-
 TEST(FileFolder, IsMadeWhenItIsAskedForAndEndsInItsSeparator) {
   TempFolder folder;
   const auto host = OpenHost(folder);
@@ -135,6 +169,11 @@ TEST(FileFolder, IsMadeWhenItIsAskedForAndEndsInItsSeparator) {
   GetArchiveManager()->GetDefaultName(name);
   EXPECT_EQ(name, folder / "files/");
   EXPECT_TRUE(std::filesystem::is_directory(name));
+  // Whoever writes there finds out that it can't be done, and says so.
+  std::filesystem::remove(folder / "files");
+  std::ofstream(folder / "files") << "x";
+  GetArchiveManager()->GetDefaultName(name);
+  EXPECT_EQ(name, folder / "files/");
 }
 
 }  // namespace
