@@ -61,7 +61,10 @@ class Parser {
     return true;
   }
 
-  bool Word(std::string_view word) { return TakeWord(word) || Fail(std::string(word)); }
+  bool Word(std::string_view word) {
+    if (!TakeWord(word)) return Fail(std::string(word));
+    return true;
+  }
 
   bool Symbol(char symbol) {
     if (Peek() != symbol) return Fail(fmt::format("\"{}\"", symbol));

@@ -227,6 +227,7 @@ TEST_F(ArchiveFailure, ADamagedRowIsSaid) {
   const std::pair<const char*, const char*> damages[] = {
       {"ID", "'0123'"},
       {"ID", "'00000000-0000-4000-8000-00000000000g'"},
+      {"ID", "'00000000-0000-4000-8000-00000000000+'"},
       {"ID", "'00000000-0000-4000-8000-0000000000000'"},
       {"ID Copy", "NULL"},
       {"Timestamp", "'yesterday'"},

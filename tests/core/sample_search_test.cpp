@@ -92,6 +92,7 @@ TEST_F(SampleSearch, WhatIsTypedIsTakenLetterByLetter) {
     EXPECT_EQ(Find(bySample), expected) << typed;
     EXPECT_EQ(Find(byInstrument), expected) << typed;
     EXPECT_EQ(bySample.IsFiltered(), typed[0] != '\0');
+    EXPECT_EQ(byInstrument.IsFiltered(), typed[0] != '\0');
   }
 }
 

@@ -1,12 +1,15 @@
 // Samples that the database did not take.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cmath>
 #include <csignal>
 
+#include "host/core/file_handle.h"
 #include "host/core/sample_spool.h"
 #include "tests/core/temp_folder.h"
 
@@ -237,11 +240,11 @@ TEST(Spool, WhatCantBeReadOrPutAsideStaysAndIsSaid) {
   }
 }
 
-// One who waits for the file while another takes it in must not write into the removed one.
+// One who waits for the file while another takes it in must not write into the removed one, whether
+// a third has made a new one by then or not.
 TEST(Spool, AWriterThatWaitedForTheIntakeFindsTheNewFile) {
   TempFolder folder;
   SampleSpool spool(folder / "samples.spool");
-  ASSERT_EQ(spool.Append({MakeSample("first"), 0, -1, 0}), "");
   const auto timesOpen = [&] {
     int count = 0;
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
@@ -250,17 +253,43 @@ TEST(Spool, AWriterThatWaitedForTheIntakeFindsTheNewFile) {
     }
     return count;
   };
+  const auto append = [&](const char* sampleId) {
+    EXPECT_EQ(SampleSpool(spool.file()).Append({MakeSample(sampleId), 0, -1, 0}), "");
+  };
   std::shared_ptr<platform::Thread> writer;
-  spool.TakeIn([&](const Samples&) {
-    writer = platform::StartThread("writer", [&] {
-      EXPECT_EQ(SampleSpool(spool.file()).Append({MakeSample("second"), 0, -1, 0}), "");
-    });
+  const auto startWaitingWriter = [&] {
+    writer = platform::StartThread("writer", [&] { append("waited"); });
     while (timesOpen() < 2) sched_yield();
-  });
+  };
+  const auto takeIn = [&] {
+    std::string ids;
+    spool.TakeIn([&](const Samples& samples) {
+      for (const SpooledSample& each : samples) ids += each.sample.sampleId + " ";
+    });
+    return ids;
+  };
+
+  append("first");
+  spool.TakeIn([&](const Samples&) { startWaitingWriter(); });
   writer->Join();
-  std::string taken;
-  spool.TakeIn([&](const Samples& samples) { taken = samples.at(0).sample.sampleId; });
-  EXPECT_EQ(taken, "second");
+  EXPECT_EQ(takeIn(), "waited ");
+
+  append("first");
+  FileHandle intake(open(spool.file().c_str(), O_RDWR | O_CLOEXEC));
+  ASSERT_EQ(flock(intake.get(), LOCK_EX), 0);
+  startWaitingWriter();
+  std::filesystem::remove(spool.file());
+  append("third");
+  intake.Close();
+  writer->Join();
+  EXPECT_EQ(takeIn(), "third waited ");
+}
+
+TEST(FileHandle, AFolderIsSyncedOrItIsSaid) {
+  TempFolder folder;
+  EXPECT_TRUE(SyncFolderOf(folder / "file"));
+  EXPECT_TRUE(SyncFolderOf("file in the present folder"));
+  EXPECT_FALSE(SyncFolderOf(folder / "none/file"));
 }
 
 // The reserve is given up when there is no room for a line: here a limit stands for the full disk,
