@@ -318,6 +318,9 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   std::unique_ptr<TrayController> trayController_;
   platform::PlainLock standardsLock_{"standards", platform::kLeafRank};
   CStandardsMap* standards_ GUARDED_BY(standardsLock_) = nullptr;
+  // Two threads may read them at once: what was begun first and comes last is not taken.
+  uint64_t standardsReads_ GUARDED_BY(standardsLock_) = 0;  // begun
+  uint64_t standardsRead_ GUARDED_BY(standardsLock_) = 0;   // the last one taken
   // All that were read: a dialog may still look at an older list.
   std::vector<std::unique_ptr<CStandardsMap>> standardLists_ GUARDED_BY(standardsLock_);
   std::atomic<bool> settingsTaken_{false};  // by the last LoadSettingsText

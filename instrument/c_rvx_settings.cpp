@@ -132,21 +132,27 @@ bool C_RVX::LoadStandards() {
     ConfigurationGuard guard(configuration_);
     lowTemperature = configuration_.GetSlotCount() == kCalibrationSlots;
   }
-  std::string text;
+  uint64_t read = 0;
+  {
+    platform::PlainGuard guard(standardsLock_);
+    read = ++standardsReads_;
+  }
+  std::unique_ptr<CStandardsMap> list;
   try {
+    std::string text;
     GetAnalysisArchive()->ReadAnalysisText(kStandardsArchiveName, kStandardsSection, text);
+    list = std::make_unique<CStandardsMap>(lowTemperature);
+    list->LoadFromText(text);
   } catch (ArchiveException* failure) {
     delete failure;
-    platform::PlainGuard guard(standardsLock_);
-    standards_ = nullptr;
-    return false;
   }
-  auto list = std::make_unique<CStandardsMap>(lowTemperature);
-  list->LoadFromText(text);
+  const bool isRead = list != nullptr;
   platform::PlainGuard guard(standardsLock_);
+  if (read < standardsRead_) return isRead;
+  standardsRead_ = read;
   standards_ = list.get();
-  standardLists_.push_back(std::move(list));
-  return true;
+  if (isRead) standardLists_.push_back(std::move(list));
+  return isRead;
 }
 
 }  // namespace rvx

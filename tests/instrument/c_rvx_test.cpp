@@ -1,9 +1,12 @@
 // The instrument object: its settings text, what it makes, its readings and its error checks.
 #include <gtest/gtest.h>
 
+#include "calibration/standards_map.h"
+#include "instrument/host/standards_text.h"
 #include "instrument/operation_timer.h"
 #include "platform/prompt.h"
 #include "platform/text.h"
+#include "platform/thread.h"
 #include "tests/instrument/instrument_fixture.h"
 
 namespace rvx {
@@ -225,6 +228,34 @@ TEST(InstrumentTest, ReplacesATrayActionLaterOnTheUserInterfaceThread) {
     }
     bench.instrument.reset();  // waits for what was posted
     EXPECT_NE(bench.host.instrumentArchive.GetText("RVXCOM1:0").find("Tray 0"), std::string::npos);
+  });
+}
+
+// The first reading hangs while the standards are stored and read anew: what it brings is old.
+TEST(InstrumentTest, AReadingOfTheStandardsThatComesTooLateIsNotTaken) {
+  RunVirtual([] {
+    InstrumentBench bench;
+    const auto store = [&bench](const char* name) {
+      bench.host.analysis.WriteAnalysisText(kStandardsArchiveName, kStandardsSection,
+                                            MakeStandardRow(name, "-20", "3000", ""));
+    };
+    store("OLD");
+    platform::Event mayEnd("test: reading ends");
+    platform::Event hangs("test: reading hangs");
+    bool isFirst = true;
+    bench.host.analysis.afterRead = [&] {
+      if (!std::exchange(isFirst, false)) return;
+      hangs.Set();
+      mayEnd.Wait();
+    };
+    const auto slow =
+        platform::StartThread("slow reading", [&] { bench.instrument->ReloadStandards(); });
+    hangs.Wait();
+    store("NEW");
+    bench.instrument->ReloadStandards();
+    mayEnd.Set();
+    slow->Join();
+    EXPECT_EQ(bench.instrument->GetStandards()->GetStandardNames(), std::vector<std::string>{"NEW"});
   });
 }
 

@@ -195,9 +195,12 @@ bool FakeSampleArchive::WaitForSamples(size_t count, platform::Milliseconds time
 void FakeAnalysisArchive::ReadAnalysisText(const std::string& name, const std::string& section,
                                            std::string& text) {
   readFailures.Check("read of " + name);
-  const PlainGuard guard(lock_);
-  const auto found = texts_.find({name, section});
-  text = found != texts_.end() ? found->second : std::string();
+  {
+    const PlainGuard guard(lock_);
+    const auto found = texts_.find({name, section});
+    text = found != texts_.end() ? found->second : std::string();
+  }
+  if (afterRead) afterRead();
 }
 
 void FakeAnalysisArchive::WriteAnalysisText(const std::string& name, const std::string& section,

@@ -123,6 +123,9 @@ class FakeAnalysisArchive : public AnalysisArchive {
 
   FailurePlan readFailures;
   FailurePlan writeFailures;
+  // Called last in each ReadAnalysisText, on its thread, without a lock: what was read is old by
+  // then if it takes long. Set it before there are threads.
+  std::function<void()> afterRead;
 
  private:
   platform::PlainLock lock_{"fake analysis archive", 5400};
