@@ -208,6 +208,38 @@ TEST(MoveTest, ADeafControllerEndsTheMove) {
   });
 }
 
+// A thread that was held up while the instrument was busy asks whether it is idle now.
+TEST(MoveTest, WhatTheInstrumentDidBeforeIsNotAskedFor) {
+  InVirtualTime([] {
+    Bench bench;
+    MoveDriver driver(bench);
+    bench.controller.SetOperation(11);
+    for (int frame = 0; frame < 3; ++frame) bench.WaitForStatus();
+    bench.controller.SetOperation(0);
+    bench.WaitForStatus();
+    driver.Run();
+    EXPECT_TRUE(driver.ended);
+    EXPECT_EQ(bench.Heard(), "MP");
+  });
+}
+
+// Likewise with a reply: the frames up to it are read first, or one of before the move would show
+// that no stepper moves any more.
+TEST(MoveTest, AReplyIsNotTakenBeforeTheFramesThatCameFirst) {
+  InVirtualTime([] {
+    Bench bench;
+    MoveDriver driver(bench);
+    bench.instrument->SetInjection(false, nullptr);
+    driver.machine.Step();
+    ASSERT_TRUE(bench.controller.WaitForCommands("MP", 1, 1min));
+    platform::Sleep(1s);
+    driver.Run();
+    EXPECT_TRUE(driver.ended);
+    EXPECT_EQ(driver.watcher.calls(),
+              (std::vector<std::string>{"status 0,4 Locate Sample", "status 0,4 IDLE"}));
+  });
+}
+
 TEST(MoveTest, ABusyInstrumentIsNotMoved) {
   InVirtualTime([] {
     Bench bench;

@@ -308,6 +308,26 @@ TEST(ManualInjectionTest, AsksTheUserOnce) {
   });
 }
 
+// The answer belongs to the prompt that stood; a prompt that rises behind it is another one.
+TEST(ManualInjectionTest, APromptThatRisesAgainIsAskedAgain) {
+  InVirtualTime([] {
+    Bench bench('1');
+    bench.controller.SetPlaying(false);
+    TestRecord test = ShortTest(2);
+    TestDriver driver(bench, test, 0);
+    driver.RunUntil([&] { return bench.controller.CountCommands("ST") == 1; });
+    bench.controller.SetOperation(5);
+    for (int prompt = 1; prompt <= 2; ++prompt) {
+      bench.controller.SetPromptFlag(1);
+      driver.RunUntil([&] { return bench.controller.CountCommands("UA") == prompt; });
+      bench.controller.SetPromptFlag(0);
+      driver.RunUntil([] { return false; }, 3s);
+    }
+    EXPECT_EQ(bench.prompts.texts.size(), 2u);
+    EXPECT_EQ(bench.Heard(), "ST UA UA");
+  });
+}
+
 TEST(ManualInjectionTest, AnUnheardAnswerIsAskedForAgain) {
   InVirtualTime([] {
     Bench bench('3');
@@ -390,9 +410,11 @@ TEST(ManualInjectionTest, AReportInPlaceOfTheReplyCountsOnceThePromptHasFallen) 
     driver.Show();
     bench.controller.Ignore("UA", 1);
     bench.controller.SetPromptFlag(1);
-    driver.RunUntil([&] { return bench.controller.CountCommands("UA") == 1; });
+    driver.RunUntil([&] { return !bench.prompts.texts.empty(); });
+    ASSERT_TRUE(bench.controller.WaitForCommands("UA", 1, 1s));
     bench.controller.Report();
     bench.controller.SetPromptFlag(0);
+    EXPECT_FALSE(driver.RunUntil([&] { return bench.controller.CountCommands("AB") == 1; }, 20s));
     bench.controller.SetOperation(kRunTest);
     driver.RunUntil([&] { return bench.controller.CountCommands("AB") == 1; });
     EXPECT_NE(driver.machine.GetSpeeds(), nullptr);

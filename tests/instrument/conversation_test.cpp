@@ -32,8 +32,10 @@ TEST(ConversationTest, PollsFromSendToSend) {
     bench.controller.SetReplyDelay(40ms);
     ASSERT_TRUE(bench.WaitForStatus(2));
     bench.port.ClearWritten();
+    const int purges = bench.port.purges();
     platform::Sleep(49500ms);
     EXPECT_NEAR(CountOf(bench.port.written(), "/0QST\r"), 100, 1);
+    EXPECT_NEAR(bench.port.purges() - purges, 100, 1);  // what is left behind an answer is old
   });
 }
 
@@ -151,6 +153,71 @@ TEST(ConversationTest, ARefusedStartIsNotSentAgainBehindAnAbort) {
           << c.tag;
     });
   }
+}
+
+// Another frame has ended the wait for the reply, and the thread sleeps until its next poll when
+// the refusal comes.
+TEST(ConversationTest, ACommandThatIsAskedForAgainDoesNotWaitForThePoll) {
+  RunVirtual([] {
+    InstrumentBench bench;
+    ASSERT_TRUE(bench.WaitForStatus(2));
+    bench.controller.Refuse("AI", 0x87, 1);
+    bench.controller.SetReplyDelay(100ms);
+    bench.port.ClearWritten();
+    platform::Sleep(50ms);  // behind the first status and what it leads to
+    const platform::Microseconds begin = platform::MonotonicTime();
+    bench.port.Reply("-0QXX00\r", 10ms);
+    bench.instrument->SetInjection(true, nullptr);
+    ASSERT_TRUE(bench.port.WaitForWritten("CAI01", 2, 10s));
+    EXPECT_LE(platform::MonotonicTime() - begin, 200ms);
+  });
+}
+
+// The instrument's end of a conversation, which sends a command while a frame is being read.
+class SlowReader : public ConversationPeer {
+ public:
+  void SendFrame(std::span<const uint8_t> frame) override {
+    if (frame[2] == 'C') sent_.Set();
+  }
+  void PurgePort() override {}
+  platform::Milliseconds GetStatusPeriod() override { return 1h; }
+  void InstrumentNotResponding() override {}
+  std::optional<StatusRecord> KeepStatus(std::span<const uint8_t> data) override {
+    if (!std::exchange(queued_, true)) {
+      conversation.Queue("0CAI01", &client);
+      EXPECT_TRUE(sent_.Wait(1s));
+    }
+    return StatusRecord::FromData(data);
+  }
+  void FollowStatus(const StatusRecord&) override {}
+  void KeepIdentity(std::span<const uint8_t>) override {}
+  void KeepSelfTest(uint16_t) override {}
+  void FrameProcessed() override {}
+
+  Conversation conversation{*this, 0};
+  TagClient client{nullptr};
+
+ private:
+  platform::Event sent_{"test: command sent"};
+  bool queued_ = false;
+};
+
+TEST(ConversationTest, AFrameThatIsBeingReadAnswersNoCommandThatIsSentMeanwhile) {
+  RunVirtual([] {
+    SlowReader peer;
+    peer.conversation.Start();
+    StatusBytes status{};
+    const auto receive = [&](const std::string& tag) {
+      std::copy(tag.begin(), tag.end(), status.end() - 2);
+      const std::string frame = StatusReply('0', status);
+      peer.conversation.Receive({reinterpret_cast<const uint8_t*>(frame.data()), frame.size()});
+    };
+    receive("TC");
+    EXPECT_TRUE(peer.client.tags().empty());
+    receive("AI");
+    EXPECT_EQ(peer.client.tags(), std::vector<std::string>{"AI"});
+    peer.conversation.Stop();
+  });
 }
 
 TEST(ConversationTest, GivesUpBehind101Resends) {
@@ -399,7 +466,9 @@ TEST(ConversationTest, ALostReplyToAutoReportDoesNotEndThePolling) {
     platform::Sleep(2100ms);
     const uint64_t before = bench.instrument->GetStatusSequence();
     bench.controller.SetSilent(false);
+    const platform::Microseconds begin = platform::MonotonicTime();
     EXPECT_TRUE(bench.WaitForStatus(before + 3));
+    EXPECT_LE(platform::MonotonicTime() - begin, 10s);
   });
 }
 
