@@ -98,10 +98,10 @@ TEST(InstrumentStore, TheStoringThatBeganLastStays) {
   // But if the later one fails, the earlier one is the best there is.
   instrument.during = [&] {
     instrument.text = "refused";
-    ExecuteSql(host->database(), "PRAGMA query_only = ON");
+    ExecuteSql(host->database(), "ALTER TABLE AUDIT RENAME TO GONE");
     EXPECT_NE(ArchiveMessageOf([&] { host->instrumentTexts().StoreInstrument(kKey, &instrument); }),
               "");
-    ExecuteSql(host->database(), "PRAGMA query_only = OFF");
+    ExecuteSql(host->database(), "ALTER TABLE GONE RENAME TO AUDIT");
   };
   instrument.text = "kept";
   host->instrumentTexts().StoreInstrument(kKey, &instrument);
