@@ -129,9 +129,9 @@ std::string DescribeDamage(const std::string& spool, const SampleSpool::Outcome&
           : fmt::format("They stay there, since they can't be put aside in {}.damaged ({})", spool,
                         outcome.notPutAside);
   return fmt::format(
-      "{} lines of the spool {} are damaged, probably by a crash while they were written. {}; ask "
+      "Damaged lines in the spool {}, probably from a crash while they were written: {}. {}; ask "
       "your service engineer.",
-      outcome.damagedLines, spool, fate);
+      spool, outcome.damagedLines, fate);
 }
 
 }  // namespace
@@ -190,7 +190,7 @@ std::vector<std::string> SampleStore::TakeInSpool() {
         spool_.TakeIn([&](const auto& samples) { taken = StoreWaiting(samples); });
     if (taken > 0) {
       texts.push_back(fmt::format(
-          "{} samples that could not be stored earlier were taken into the archive.", taken));
+          "Samples that could not be stored earlier are in the archive now: {}.", taken));
     }
     if (!outcome.unreadable.empty()) {
       texts.push_back(waiting(

@@ -41,7 +41,7 @@ void TakeInOne(Host& host) {
   SampleSpool spool(host.dataFolder() + "/samples.spool");
   EXPECT_EQ(spool.Append({rvx::Sample(), 0, -1, 0}), "");
   for (const std::string& text : host.samples().TakeInSpool()) {
-    if (text.find("were taken into") == std::string::npos) {
+    if (text.find("are in the archive now") == std::string::npos) {
       throw HostError(HostErrorKind::Database, text);
     }
   }

@@ -120,7 +120,7 @@ TEST(Spool, ALineCutOffByACrashIsKeptAsideAndSpoilsNoOther) {
   ASSERT_EQ(spool.Append({MakeSample("behind"), 0, -1, 0}), "");
   const auto host = OpenHost(folder);
   ASSERT_EQ(host->notices().size(), 2u);
-  EXPECT_NE(host->notices()[1].find("damaged"), std::string::npos);
+  EXPECT_NE(host->notices()[1].find("Damaged lines"), std::string::npos);
   ASSERT_EQ(host->samples().Count(), 1);
   EXPECT_EQ(host->samples().All()[0].sampleId, "behind");
   EXPECT_EQ(ReadFile(spool.file() + ".damaged"), whole.substr(0, whole.size() - 30) + "\n");
