@@ -10,7 +10,7 @@ namespace torvell {
 // "*" and "%" stand for any run of characters, "?" and "_" for one, "#" for a digit, "[abc]",
 // "[a-z]" and "[!a]" for one character of a set. "#" also stands for itself, an opening bracket
 // without a closing one does, and a pattern always fits its own text: it may be the name of an
-// instrument.
+// instrument. Characters are bytes here: a letter beyond ASCII takes a "?" for each of its bytes.
 bool MatchesLikePattern(std::string_view pattern, std::string_view text);
 
 }  // namespace torvell
