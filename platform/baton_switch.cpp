@@ -1,6 +1,7 @@
 #include <semaphore>
 #include <thread>
 
+#include "platform/sanitizer.h"
 #include "platform/task_switch.h"
 
 namespace platform::detail {
@@ -12,11 +13,18 @@ struct BatonContext final : TaskContext {
   BatonContext* finished = nullptr;  // the task whose end gave the baton to this one
 };
 
-void Pass(TaskContext* to) { static_cast<BatonContext*>(to)->baton.release(); }
+// That the baton goes round is no order that the program may rely on: races must be found in spite
+// of it.
+void Pass(BatonContext& to, BatonContext* finished) {
+  const UnseenScope scope;
+  to.finished = finished;
+  to.baton.release();
+}
 
 // Waits for the baton. A task that ended in giving it may still run destructors of its thread_local
 // objects: they are over before anybody else goes on.
 void Await(BatonContext& self) {
+  const UnseenScope scope;
   self.baton.acquire();
   if (self.finished == nullptr) return;
   self.finished->thread.join();
@@ -33,15 +41,13 @@ class BatonSwitcher final : public TaskSwitcher {
     BatonContext& self = *context;
     self.thread = std::thread([&self, entry, argument] {
       Await(self);
-      auto* next = static_cast<BatonContext*>(entry(argument));
-      next->finished = &self;
-      Pass(next);
+      Pass(*static_cast<BatonContext*>(entry(argument)), &self);
     });
     return context.release();
   }
 
   void Switch(TaskContext* from, TaskContext* to) override {
-    Pass(to);
+    Pass(*static_cast<BatonContext*>(to), nullptr);
     Await(*static_cast<BatonContext*>(from));
   }
 

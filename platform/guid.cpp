@@ -30,7 +30,7 @@ void FillFromSystem(Guid& guid) {
 }
 
 void FillFromSeed(Guid& guid) {
-  const uint64_t number = seededCount.fetch_add(1);
+  const uint64_t number = seededCount.fetch_add(1, std::memory_order_relaxed);
   const uint64_t base = detail::Mix64(seedState.load() + 2 * number * detail::kGoldenGamma);
   const uint64_t halves[2] = {base, detail::Mix64(base ^ detail::Mix64(number + 1))};
   std::memcpy(guid.data(), halves, guid.size());

@@ -13,8 +13,15 @@ inline std::string_view plantedFault;
 inline bool IsPlanted(std::string_view fault) {
   return !plantedFault.empty() && plantedFault == fault;
 }
+
+// Faults of one kind are told apart by a name behind a colon.
+inline bool IsPlanted(std::string_view kind, std::string_view name) {
+  return plantedFault.size() == kind.size() + 1 + name.size() && plantedFault.starts_with(kind) &&
+         plantedFault[kind.size()] == ':' && plantedFault.ends_with(name);
+}
 #else
 constexpr bool IsPlanted(std::string_view /*fault*/) { return false; }
+constexpr bool IsPlanted(std::string_view /*kind*/, std::string_view /*name*/) { return false; }
 #endif
 
 }  // namespace platform

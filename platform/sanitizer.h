@@ -33,6 +33,8 @@
 // In the sanitizer's library, but not in its header.
 extern "C" void __tsan_ignore_thread_begin();
 extern "C" void __tsan_ignore_thread_end();
+extern "C" void AnnotateIgnoreSyncBegin(const char* file, int line);
+extern "C" void AnnotateIgnoreSyncEnd(const char* file, int line);
 #endif
 
 namespace platform::detail {
@@ -41,6 +43,12 @@ namespace platform::detail {
 inline constexpr bool kSanitized = true;
 #else
 inline constexpr bool kSanitized = false;
+#endif
+
+#if defined(PLATFORM_THREAD_SANITIZER)
+inline constexpr bool kFindsRaces = true;
+#else
+inline constexpr bool kFindsRaces = false;
 #endif
 
 // A stack as the sanitizers know it.
@@ -54,6 +62,13 @@ class SanitizedStack {
 #endif
 #if defined(PLATFORM_THREAD_SANITIZER)
     fiber_ = __tsan_create_fiber(0);
+#endif
+  }
+
+  // The stack that was described is gone; it is not the one that runs.
+  void Forget() {
+#if defined(PLATFORM_THREAD_SANITIZER)
+    __tsan_destroy_fiber(fiber_);
 #endif
   }
 
@@ -135,6 +150,28 @@ class SchedulerScope {
 #endif
   SchedulerScope(const SchedulerScope&) = delete;
   SchedulerScope& operator=(const SchedulerScope&) = delete;
+};
+
+// What happens in here orders nothing, as the thread sanitizer sees it, and is no part of a race:
+// neither locks and events nor what is read and written. For whoever passes the turn from task to
+// task, and for a test that stands beside a program and would order its threads by its own locks.
+class UnseenScope {
+ public:
+#if defined(PLATFORM_THREAD_SANITIZER)
+  UnseenScope() {
+    __tsan_ignore_thread_begin();
+    AnnotateIgnoreSyncBegin(__FILE__, __LINE__);
+  }
+  ~UnseenScope() {
+    AnnotateIgnoreSyncEnd(__FILE__, __LINE__);
+    __tsan_ignore_thread_end();
+  }
+#else
+  UnseenScope() {}
+  ~UnseenScope() {}
+#endif
+  UnseenScope(const UnseenScope&) = delete;
+  UnseenScope& operator=(const UnseenScope&) = delete;
 };
 
 // What one task did before AnnounceRelease, another may rely on behind AnnounceAcquire of the same

@@ -16,12 +16,6 @@
 namespace platform {
 namespace {
 
-#if defined(PLATFORM_THREAD_SANITIZER)
-constexpr bool kFindsRaces = true;
-#else
-constexpr bool kFindsRaces = false;
-#endif
-
 int shared = 0;
 
 // What a careful program does: whatever is shared goes through a lock, an event, a start or a join.
@@ -78,10 +72,10 @@ TEST(Race, OrderedTasksAreReportedByNobody) {
   }
 }
 
-class RaceDeathTest : public testing::Test {
+class RaceDeathTest : public testing::TestWithParam<TaskSwitch> {
  protected:
   void SetUp() override {
-    if (!kFindsRaces) GTEST_SKIP() << "the build has no thread sanitizer";
+    if (!detail::kFindsRaces) GTEST_SKIP() << "the build has no thread sanitizer";
     GTEST_FLAG_SET(death_test_style, "threadsafe");
   }
   // A race, and nothing else, ends the process with the sanitizer's exit code.
@@ -89,7 +83,10 @@ class RaceDeathTest : public testing::Test {
     constexpr int kSanitizersExitCode = 66;
     EXPECT_EXIT(
         {
-          RunVirtual(1, program);
+          RunUnderTimeBase(VirtualCase(GetParam()).options, [&] {
+            program();
+            return 0;
+          });
           std::exit(0);
         },
         testing::ExitedWithCode(kSanitizersExitCode), "data race.*shared.*reported 1 warnings");
@@ -98,7 +95,7 @@ class RaceDeathTest : public testing::Test {
 
 [[gnu::noinline]] void TouchShared() { ++shared; }
 
-TEST_F(RaceDeathTest, TwoTasksWithoutALock) {
+TEST_P(RaceDeathTest, TwoTasksWithoutALock) {
   ExpectOneRace([] {
     const auto other = StartThread("other", [] { TouchShared(); });
     TouchShared();
@@ -107,7 +104,7 @@ TEST_F(RaceDeathTest, TwoTasksWithoutALock) {
 }
 
 // A time-out orders nothing, although the one that set the variable has long gone to sleep.
-TEST_F(RaceDeathTest, ATimeOutIsNoOrder) {
+TEST_P(RaceDeathTest, ATimeOutIsNoOrder) {
   ExpectOneRace([] {
     const auto other = StartThread("other", [] {
       TouchShared();
@@ -120,7 +117,7 @@ TEST_F(RaceDeathTest, ATimeOutIsNoOrder) {
 }
 
 // Two locks are not one.
-TEST_F(RaceDeathTest, AnotherLockIsNoOrder) {
+TEST_P(RaceDeathTest, AnotherLockIsNoOrder) {
   ExpectOneRace([] {
     PlainLock first("first", 10);
     PlainLock second("second", 20);
@@ -136,6 +133,39 @@ TEST_F(RaceDeathTest, AnotherLockIsNoOrder) {
     other->Join();
   });
 }
+
+// Nor does a task that got the other's stack begin behind it.
+TEST_P(RaceDeathTest, TwoTasksOneAfterTheOther) {
+  ExpectOneRace([] {
+    const auto first = StartThread("first", [] { TouchShared(); });
+    Sleep(Milliseconds(1));
+    const auto second = StartThread("second", [] { TouchShared(); });
+    first->Join();
+    second->Join();
+  });
+}
+
+// By its own lock a test would hide what it looks for.
+TEST_P(RaceDeathTest, AnUnseenLockIsNoOrder) {
+  ExpectOneRace([] {
+    PlainLock lock("unseen", 10);
+    const auto stepAside = [&lock] {
+      const detail::UnseenScope scope;
+      const PlainGuard guard(lock);
+    };
+    const auto other = StartThread("other", [&] {
+      TouchShared();
+      stepAside();
+    });
+    Sleep(Milliseconds(1));
+    stepAside();
+    TouchShared();
+    other->Join();
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(Switches, RaceDeathTest,
+                         testing::Values(TaskSwitch::Fibers, TaskSwitch::Threads), NameOfSwitch);
 
 }  // namespace
 }  // namespace platform

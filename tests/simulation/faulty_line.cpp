@@ -4,10 +4,11 @@
 
 #include <algorithm>
 
+#include "tests/support/unseen_guard.h"
+
 namespace rvx::soak {
 
 using platform::Milliseconds;
-using platform::PlainGuard;
 using namespace std::chrono_literals;
 
 namespace {
@@ -58,7 +59,7 @@ bool FaultyLine::IsUnder(Fault fault) {
 }
 
 bool FaultyLine::IsBusy() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return (lastStatus_[kSwitches] & 0x68) != 0;  // a move, a test, a motor run
 }
 
@@ -67,13 +68,13 @@ bool FaultyLine::IsDead() {
 }
 
 bool FaultyLine::IsAlive() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return !IsDead();
 }
 
 void FaultyLine::EndFaults() {
   observer_.Note("the faults end");
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   calm_ = true;
   until_.fill(0);
   refusals_ = 0;
@@ -82,7 +83,7 @@ void FaultyLine::EndFaults() {
 
 void FaultyLine::Begin(const Mishap& mishap) {
   observer_.Note(fmt::format("{} for {} ms", KindOf(mishap.fault).name, mishap.lasts.count()));
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   const int64_t end = platform::MonotonicTime().count() + mishap.lasts.count() * 1000;
   until_.at(static_cast<size_t>(mishap.fault)) = end;
   switch (mishap.fault) {
@@ -117,7 +118,7 @@ void FaultyLine::FromHost(std::span<const uint8_t> bytes, const LineFilter::Hear
   observer_.FrameWritten(written);
   Heard heard;
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     heard = Hearing(written);
   }
   for (const std::string& frame : heard.frames) {
@@ -172,7 +173,7 @@ void FaultyLine::FromInstrument(std::string_view bytes, Milliseconds delay,
                                 const Deliver& deliver) {
   std::vector<Piece> pieces;
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     if (const std::optional<std::string> frame = Leaving(bytes)) pieces = Arriving(*frame, delay);
   }
   for (const Piece& piece : pieces) deliver(piece.bytes, piece.delay);

@@ -3,11 +3,11 @@
 #include <stdexcept>
 
 #include "tests/simulation/expected_result.h"
+#include "tests/support/unseen_guard.h"
 
 namespace rvx::soak {
 
 using platform::Milliseconds;
-using platform::PlainGuard;
 using namespace std::chrono_literals;
 
 HostFaults::HostFaults(FakeHost& host, const Scenario& scenario, Observer& observer)
@@ -26,17 +26,17 @@ HostFaults::~HostFaults() { platform::SetPrompter(nullptr); }
 bool HostFaults::Happens(Fault fault) {
   const double rate = scenario_.rates[fault];
   if (rate <= 0.0 || calm_) return false;
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return draws_.Chance(rate);
 }
 
 Milliseconds HostFaults::DrawTime(Milliseconds low, Milliseconds high) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return draws_.LogUniform(low, high);
 }
 
 int HostFaults::DrawBelow(int bound) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return draws_.Below(bound);
 }
 

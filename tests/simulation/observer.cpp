@@ -7,10 +7,10 @@
 #include <utility>
 
 #include "tests/simulation/expected_result.h"
+#include "tests/support/unseen_guard.h"
 
 namespace rvx::soak {
 
-using platform::PlainGuard;
 using namespace std::chrono_literals;
 
 namespace {
@@ -44,7 +44,10 @@ int64_t Now() { return platform::MonotonicTime().count(); }
 
 }  // namespace
 
-void Observer::Note(std::string_view text) { page_.Note(Now(), text); }
+void Observer::Note(std::string_view text) {
+  const UnseenScope scope;  // the page has no lock, as one task runs at a time
+  page_.Note(Now(), text);
+}
 
 void Observer::Break(std::string_view what) { page_.Break(Now(), what); }
 
@@ -55,7 +58,7 @@ void Observer::FrameWritten(std::string_view frame) {
   if (frame.substr(0, 5) != "/0QST") Note(fmt::format("> {}", frame.substr(0, frame.size() - 1)));
   const std::string fault = WhyNoRequest(frame);
   if (!fault.empty()) Break(fmt::format("a frame that is none is sent ({}): {}", fault, frame));
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   CheckSpacing(now);
   CheckCabDue(now);
   lastWrite_ = now;
@@ -94,7 +97,7 @@ void Observer::CheckCabDue(int64_t now) {
 }
 
 void Observer::BytesDelivered(std::span<const uint8_t> bytes) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   for (const uint8_t c : bytes) {
     const std::optional<SeenReply> reply = reader_.Feed(c);
     if (!reply) continue;
@@ -130,7 +133,7 @@ void Observer::FollowRun(const SeenStatus& status) {
 }
 
 void Observer::BytesTaken() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   if (!std::exchange(frameUnderWay_, false)) return;
   answers_ = std::min(answers_ + 1, kMostAnswers);
   if (!outageExcused_) outageReported_ = false;
@@ -143,30 +146,30 @@ void Observer::CheckResponding(int64_t now) {
 }
 
 platform::Microseconds Observer::lastDelivered() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return platform::Microseconds(lastFrame_);
 }
 
 // --- The host -----------------------------------------------------------------------------------
 
 void Observer::SampleMade(const std::string& sampleId, const PlannedSample& plan) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   samples_[sampleId] = std::make_shared<KnownSample>(KnownSample{plan});
 }
 
 void Observer::SampleRenamed(const std::string& oldId, const std::string& newId) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   const auto found = samples_.find(oldId);
   if (found != samples_.end()) samples_[newId] = found->second;
 }
 
 void Observer::TrayEdited() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   ++edits_;
 }
 
 int Observer::edits() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return edits_;
 }
 
@@ -176,7 +179,7 @@ void Observer::StoreBegun(const Sample& sample) {
   PlannedSample plan;
   size_t index = 0;
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     const auto found = samples_.find(sample.sampleId);
     Require(found != samples_.end(), "a sample of nobody is stored: " + sample.sampleId);
     KnownSample& known = *found->second;
@@ -199,19 +202,19 @@ void Observer::StoreBegun(const Sample& sample) {
 
 // A sample is stored soon behind its making; a clock that jumps in between proves nothing.
 void Observer::CheckTime(const Sample& sample) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   if (Now() - lastJump_ < kStoreDue) return;
   const int64_t age = platform::LocalNow().ToMilliseconds() - sample.timestamp.ToMilliseconds();
   Require(age >= 0 && age * 1000 < kStoreDue, "a sample does not bear the time of day");
 }
 
 void Observer::ClockJumps() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   lastJump_ = Now();
 }
 
 void Observer::WatcherThrows() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   ++watcherThrows_;
 }
 
@@ -240,7 +243,7 @@ Observer::StartedTest* Observer::FindStart(const Sample& sample) {
 void Observer::CheckMeasured(const Sample& sample, const PlannedTest& test) {
   // A simulating module talks to itself.
   if (scenario_.controller == ControllerKind::SimulatedInside) return;
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   StartedTest* start = FindStart(sample);
   Require(start != nullptr, "a sample is stored and no test was started for it");
   start->isStored = true;
@@ -256,8 +259,8 @@ void Observer::CheckMeasured(const Sample& sample, const PlannedTest& test) {
   }
   if (scenario_.rates.TouchesLine()) return;
   // Two runs at once end each other's, and nobody promises them anything. Nor can anybody tell to
-  // which test a frame belongs that comes later than the CAB which was to end it: what has come when
-  // the instrument is at rest is the result.
+  // which test a frame belongs that comes later than the CAB which was to end it: what has come
+  // when the instrument is at rest is the result.
   Require(expected.isWhole || ownRuns_ > 0 || start->abortsOpen,
           "a run that was cut short is stored as a result");
   if (!expected.isWhole) return;
@@ -288,7 +291,7 @@ void Observer::CheckViscosity(const Sample& sample) {
 
 void Observer::StoreEnded(const Sample& sample, bool thrown) {
   Note(fmt::format("{} {}", thrown ? "archive failed for" : "stored", sample.sampleId));
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   if (thrown) {
     ++thrown_;
   } else {
@@ -299,7 +302,7 @@ void Observer::StoreEnded(const Sample& sample, bool thrown) {
 void Observer::ErrorReported(const ActionErrorRecord& error) {
   Note(fmt::format("error: {} (kind {}, sample {})", error.message, error.kind, error.sampleId));
   platform::OpenScheduleWindow();
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   if (error.message.starts_with("The host failed when it was told of ")) {
     ++watcherErrors_;
     return;
@@ -309,7 +312,8 @@ void Observer::ErrorReported(const ActionErrorRecord& error) {
   if (error.message == "Instrument not responding.") {
     // A simulating module shows no frames between two outages.
     const bool sees = scenario_.controller != ControllerKind::SimulatedInside;
-    // A frame that the module is about to receive may be behind the one report and before the other.
+    // A frame that the module is about to receive may be behind the one report and before the
+    // other.
     const bool excused = frameUnderWay_ && !outageExcused_;
     Require(!outageReported_ || excused || !sees, "an outage is reported twice");
     outageExcused_ = outageReported_;
@@ -318,17 +322,17 @@ void Observer::ErrorReported(const ActionErrorRecord& error) {
 }
 
 void Observer::OwnRunStarted() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   ++ownRuns_;
 }
 
 int Observer::errors() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return errors_;
 }
 
 void Observer::CheckFinishedSample(const std::string& sampleId, int edits, int errors) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   if (edits_ != edits || errors_ > errors) return;
   const auto found = samples_.find(sampleId);
   if (found == samples_.end()) return;
@@ -342,27 +346,27 @@ void Observer::CheckFinishedSample(const std::string& sampleId, int edits, int e
 // --- The runs of a tray -------------------------------------------------------------------------
 
 TrayRecord* Observer::MakeWatcher() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   records_.push_back(std::make_unique<TrayRecord>(*this, static_cast<int>(records_.size())));
   return records_.back().get();
 }
 
 bool Observer::IsRunOpen() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return runOpen_;
 }
 
 void Observer::RunEnded() {
   // A damaged frame may have shown an instrument at rest, and then there is nothing to end.
   if (scenario_.rates.TouchesLine()) return;
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   if (runOpen_ && cabDue_ < 0) cabDue_ = Now() + kAbortDue;
 }
 
 // --- Commands of the operators ------------------------------------------------------------------
 
 int Observer::CommandMade(int who) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   commands_.push_back({who});
   return static_cast<int>(commands_.size()) - 1;
 }
@@ -382,21 +386,21 @@ void Observer::CountOwnCommand(std::string_view payload) {
 
 void Observer::ClientCalled(int number, const std::string& tag) {
   Note(fmt::format("command {} answered \"{}\"", number, tag));
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   OwnCommand& command = commands_.at(static_cast<size_t>(number));
   Require(!command.gone, "a client is called behind its end");
   Require(++command.calls == 1, "a client is called twice");
 }
 
 void Observer::ClientGone(int number) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   commands_.at(static_cast<size_t>(number)).gone = true;
 }
 
 // --- The life of an instrument ------------------------------------------------------------------
 
 void Observer::InstrumentOpened() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   lastWrite_ = -1;
   answers_ = 0;
   frameUnderWay_ = false;
@@ -408,7 +412,7 @@ void Observer::InstrumentOpened() {
 }
 
 void Observer::InstrumentClosed(bool lineWasAlive) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   if (lineWasAlive) Require(cabDue_ < 0, "the instrument was closed and no CAB has gone out");
   if (thrown_ != archiveErrors_) {
     Break(fmt::format("{} failures of the archive, {} reported", thrown_, archiveErrors_));
@@ -420,7 +424,7 @@ void Observer::InstrumentClosed(bool lineWasAlive) {
 }
 
 void Observer::TrayReloaded() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   for (const auto& [name, sample] : samples_) sample->isUnsure = true;
 }
 

@@ -4,12 +4,12 @@
 
 #include "instrument/host/exceptions.h"
 #include "tests/simulation/expected_result.h"
+#include "tests/support/unseen_guard.h"
 
 namespace rvx::soak {
 
 using platform::Deadline;
 using platform::Milliseconds;
-using platform::PlainGuard;
 using namespace std::chrono_literals;
 
 namespace {
@@ -24,21 +24,21 @@ class OwnWatcher : public ActionWatcher {
   OwnWatcher(Observer& observer, HostFaults& host) : observer_(observer), host_(host) {}
   void ActionStarted(std::string /*context*/) override {
     {
-      const PlainGuard guard(lock_);
+      const UnseenGuard guard(lock_);
       observer_.Require(!closed_ && finished_ == 0 && ++started_ == 1, "ActionStarted out of turn");
     }
     host_.MayThrow();
   }
   void ActionStatus(std::string /*context*/, std::string /*text*/) override {
     {
-      const PlainGuard guard(lock_);
+      const UnseenGuard guard(lock_);
       observer_.Require(!closed_, "ActionStatus behind the end of an action");
     }
     host_.MayThrow();
   }
   void ActionFinished(std::string /*context*/) override {
     {
-      const PlainGuard guard(lock_);
+      const UnseenGuard guard(lock_);
       observer_.Require(!closed_ && ++finished_ == 1, "ActionFinished out of turn");
     }
     finishedEvent_.Set();
@@ -46,7 +46,7 @@ class OwnWatcher : public ActionWatcher {
   }
   // Behind Stop: it has heard the end once, and no call may come any more.
   void Close() {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     observer_.Require(finished_ == 1, "an action ended without ActionFinished");
     closed_ = true;
   }
@@ -135,7 +135,8 @@ void Desk::Fill(const std::vector<PlannedSample>& samples) {
 }
 
 void Desk::Clear() {
-  for (const std::shared_ptr<Action>& removed : instrument_->EmptyTray(instrument_->MakeEmptyTray())) removed->Stop();
+  const auto emptied = instrument_->EmptyTray(instrument_->MakeEmptyTray());
+  for (const std::shared_ptr<Action>& removed : emptied) removed->Stop();
 }
 
 TrayRecord* Desk::Start() {

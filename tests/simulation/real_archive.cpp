@@ -9,6 +9,7 @@
 
 #include "host/core/sample_columns.h"
 #include "platform/guid.h"
+#include "tests/support/unseen_guard.h"
 
 namespace rvx::soak {
 namespace {
@@ -58,7 +59,7 @@ void RealArchive::SetReadOnly(bool isReadOnly) {
 std::optional<std::string> RealArchive::Store(const Sample& sample) {
   bool isReadOnly = false;
   {
-    platform::PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     given_.push_back(sample);
     isReadOnly = platform::MonotonicTime() < readOnlyUntil_;
   }
@@ -73,7 +74,7 @@ std::optional<std::string> RealArchive::Store(const Sample& sample) {
 }
 
 void RealArchive::BeReadOnlyUntil(platform::Microseconds moment) {
-  platform::PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   readOnlyUntil_ = moment;
 }
 
@@ -84,7 +85,7 @@ std::string RealArchive::Check() {
   for (const torvell::StoredSample& row : store_.All()) {
     rows[platform::FormatGuid(row.id)].push_back(row);
   }
-  platform::PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   for (const Sample& sample : given_) {
     const auto& found = rows[platform::FormatGuid(sample.id)];
     if (found.size() != 1) {

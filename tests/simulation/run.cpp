@@ -13,6 +13,7 @@ std::string RepeatCommand(uint64_t seed, const RunOptions& options) {
   for (const Fault fault : options.without) {
     command += fmt::format(" --without {}", KindOf(fault).name);
   }
+  if (options.taskSwitch == platform::TaskSwitch::Threads) command += " --threads";
   return command;
 }
 

@@ -29,6 +29,8 @@ namespace {
 
 // A run that takes so long has come to a halt in a way that the scheduler does not see.
 constexpr unsigned kHangSeconds = 120;
+// What is shown of what a process wrote: a sanitizer's report is long.
+constexpr size_t kMostOutput = 50'000;
 
 // One child with its page and what it writes.
 class Child {
@@ -62,7 +64,7 @@ class Child {
   void Ended() { RealArchive::RemoveFolderOf(std::exchange(pid_, 0)); }
 
   std::string Output() const {
-    std::string text(4000, '\0');
+    std::string text(kMostOutput, '\0');
     const ssize_t size = pread(output_, text.data(), text.size(), 0);
     text.resize(size > 0 ? static_cast<size_t>(size) : 0);
     return text;
@@ -72,7 +74,8 @@ class Child {
   // The sanitizer's look at the end of a process, which _Exit leaves out.
   void LookForLeaks() {
 #if defined(PLATFORM_ADDRESS_SANITIZER)
-    if (__lsan_do_recoverable_leak_check() != 0) page_->Break(0, "the runs have left memory behind");
+    if (__lsan_do_recoverable_leak_check() != 0)
+      page_->Break(0, "the runs have left memory behind");
 #endif
   }
 
@@ -118,13 +121,30 @@ double ChildrenCpuSeconds() {
   return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
+// A sanitizer's own summary; otherwise what was written first.
+std::string LineThatSays(const std::string& output) {
+  constexpr std::string_view kSummary = "SUMMARY: ";
+  const size_t summary = output.find(kSummary);
+  const size_t begin = summary == std::string::npos ? 0 : summary + kSummary.size();
+  return output.substr(begin, output.find('\n', begin) - begin);
+}
+
 std::string ReasonOf(const Child& child, int status) {
   if (!child.page().broken().empty()) return child.page().broken();
   const std::string output = child.Output();
-  if (!output.empty()) return output.substr(0, output.find('\n'));
+  if (!output.empty()) return LineThatSays(output);
   if (WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM) return "the run hangs";
   if (WIFSIGNALED(status)) return fmt::format("the process ended by signal {}", WTERMSIG(status));
   return fmt::format("the process ended with exit code {}", WEXITSTATUS(status));
+}
+
+Outcome OutcomeOf(const Child& child, int status, const SweepOptions& options) {
+  Outcome outcome;
+  outcome.seed = child.page().seed();
+  outcome.failed = !WIFEXITED(status) || WEXITSTATUS(status) != 0;
+  if (outcome.failed) outcome.what = ReasonOf(child, status);
+  outcome.history = child.page().History(options.historyLines) + child.Output();
+  return outcome;
 }
 
 class Sweeper {
@@ -144,7 +164,8 @@ class Sweeper {
     while (Child* child = AwaitOne()) Ended(*child);
     result_.seconds = static_cast<double>((platform::MonotonicTime() - begin).count()) / 1e6;
     result_.cpuSeconds = ChildrenCpuSeconds() - cpu;
-    std::sort(result_.failures.begin(), result_.failures.end());
+    std::sort(result_.failures.begin(), result_.failures.end(),
+              [](const Outcome& a, const Outcome& b) { return a.seed < b.seed; });
     return result_;
   }
 
@@ -178,12 +199,13 @@ class Sweeper {
     result_.sum.steps += page.sum().steps;
     result_.sum.simulated += page.sum().simulated;
     result_.sum.samples += page.sum().samples;
-    if (WIFEXITED(status_) && WEXITSTATUS(status_) == 0) {
+    const Outcome outcome = OutcomeOf(child, status_, options_);
+    if (!outcome.failed) {
       StartNext(child);
       return;
     }
-    const uint64_t failed = page.seed();
-    result_.failures.push_back(failed);
+    const uint64_t failed = outcome.seed;
+    result_.failures.push_back(outcome);
     const bool enough = result_.failures.size() >= options_.mostFailures;
     if (!enough && failed < child.last()) {
       child.Start(options_, failed + 1, child.last());
@@ -204,33 +226,25 @@ class Sweeper {
 
 SweepResult Sweep(const SweepOptions& options) { return Sweeper(options).Run(); }
 
-Failure RunAlone(uint64_t seed, const RunOptions& options, const std::string& mutant,
-                 size_t historyLines) {
-  SweepOptions sweep;
-  sweep.run = options;
-  sweep.mutant = mutant;
+Outcome RunAlone(const SweepOptions& options) {
   Child child;
-  child.Start(sweep, seed, seed);
+  child.Start(options, options.first, options.first);
   int status = 0;
   waitpid(child.pid(), &status, 0);
   child.Ended();
-  Failure failure;
-  failure.failed = !WIFEXITED(status) || WEXITSTATUS(status) != 0;
-  if (failure.failed) failure.what = ReasonOf(child, status);
-  failure.history = child.page().History(historyLines) + child.Output();
-  return failure;
+  return OutcomeOf(child, status, options);
 }
 
-std::vector<Fault> FindSmallestFaults(uint64_t seed, RunOptions& options,
-                                      const std::string& mutant) {
+std::vector<Fault> FindSmallestFaults(SweepOptions& options) {
   std::vector<Fault> needed;
-  const FaultRates rates = DrawScenario(seed, options.profile, options.without).rates;
+  const FaultRates rates =
+      DrawScenario(options.first, options.run.profile, options.run.without).rates;
   for (size_t i = 0; i < kFaultCount; ++i) {
     const auto fault = static_cast<Fault>(i);
     if (!rates.Has(fault)) continue;
-    RunOptions fewer = options;
-    fewer.without.insert(fault);
-    if (RunAlone(seed, fewer, mutant, 0).failed) {
+    SweepOptions fewer = options;
+    fewer.run.without.insert(fault);
+    if (RunAlone(fewer).failed) {
       options = fewer;
     } else {
       needed.push_back(fault);

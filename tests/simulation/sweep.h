@@ -22,31 +22,32 @@ struct SweepOptions {
   bool printHashes = false;       // a line for each seed
   std::optional<double> minutes;  // takes no new seeds behind this
   size_t mostFailures = 5;        // ends the sweep
+  size_t historyLines = 60;       // of a failing seed
   std::string mutant;             // planted fault in force
 };
 
-struct SweepResult {
-  uint64_t seeds = 0;
-  RunFigures sum;           // over all seeds; the hash says nothing
-  double seconds = 0.0;     // of real time
-  double cpuSeconds = 0.0;  // of all children
-  std::vector<uint64_t> failures;
-};
-
-SweepResult Sweep(const SweepOptions& options);
-
-// What is known of a seed that fails.
-struct Failure {
+// What is known of a seed's run.
+struct Outcome {
+  uint64_t seed = 0;
   bool failed = false;
   std::string what;     // the invariant, or what ended the process
   std::string history;  // the last events, and what the process wrote
 };
-Failure RunAlone(uint64_t seed, const RunOptions& options, const std::string& mutant,
-                 size_t historyLines);
+
+struct SweepResult {
+  uint64_t seeds = 0;
+  RunFigures sum;                 // over all seeds; the hash says nothing
+  double seconds = 0.0;           // of real time
+  double cpuSeconds = 0.0;        // of all children
+  std::vector<Outcome> failures;  // by their seeds
+};
+
+SweepResult Sweep(const SweepOptions& options);
+// Runs the first of the seeds alone.
+Outcome RunAlone(const SweepOptions& options);
 
 // The faults of a failing seed without which it would not fail, found by switching off one after
-// the other; `options` then has the rest switched off.
-std::vector<Fault> FindSmallestFaults(uint64_t seed, RunOptions& options,
-                                      const std::string& mutant);
+// the other; `options.run` then has the rest switched off.
+std::vector<Fault> FindSmallestFaults(SweepOptions& options);
 
 }  // namespace rvx::soak

@@ -3,10 +3,9 @@
 #include <fmt/format.h>
 
 #include "tests/simulation/observer.h"
+#include "tests/support/unseen_guard.h"
 
 namespace rvx::soak {
-
-using platform::PlainGuard;
 
 namespace {
 
@@ -25,34 +24,34 @@ class SetAtEnd {
 }  // namespace
 
 void TrayRecord::Expect(std::map<int32_t, std::string> samples, int edits) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   samples_ = std::move(samples);
   edits_ = edits;
 }
 
 void TrayRecord::Refused() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   refused_ = true;
 }
 
 bool TrayRecord::isOpen() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return !refused_ && !finished_;
 }
 
 bool TrayRecord::hasFinished() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return finished_;
 }
 
 int TrayRecord::finishedSamples() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return finishedSamples_;
 }
 
 void TrayRecord::Enter(const std::string& call) {
   observer_.Note(fmt::format("watcher {}: {}", number_, call));
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   if (refused_) observer_.Break("a watcher of a refused start is called: " + call);
   if (finished_) observer_.Break("a watcher is called behind TrayFinished: " + call);
 }
@@ -60,7 +59,7 @@ void TrayRecord::Enter(const std::string& call) {
 void TrayRecord::TrayStarted(int32_t /*tray*/) {
   Enter("tray started");
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     if (started_) observer_.Break("TrayStarted a second time");
     started_ = true;
   }
@@ -70,7 +69,7 @@ void TrayRecord::TrayStarted(int32_t /*tray*/) {
 void TrayRecord::TrayFinished(int32_t /*tray*/) {
   Enter("tray finished");
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     finished_ = true;
   }
   const SetAtEnd end(finishedEvent_);
@@ -85,7 +84,7 @@ void TrayRecord::TrayPauseChanged(int32_t /*tray*/, int32_t paused) {
 void TrayRecord::SampleStarted(int32_t /*tray*/, int32_t position) {
   Enter(fmt::format("sample started {}", position));
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     if (!started_) observer_.Break("SampleStarted before TrayStarted");
     // The tray's own first and last stage report as position 0.
     const bool ownStage = position == 0;
@@ -98,7 +97,7 @@ void TrayRecord::SampleStarted(int32_t /*tray*/, int32_t position) {
   }
   const int errors = observer_.errors();
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     errorsAtStart_ = errors;
   }
   if (inside) inside(*this);
@@ -112,7 +111,7 @@ void TrayRecord::SampleStatus(int32_t /*tray*/, int32_t position, std::string te
 void TrayRecord::SampleFinished(int32_t /*tray*/, int32_t position) {
   Enter(fmt::format("sample finished {}", position));
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     if (position <= lastFinished_) observer_.Break("SampleFinished out of the tray's order");
     lastFinished_ = position;
     ++finishedSamples_;
@@ -128,7 +127,7 @@ void TrayRecord::CheckSamplesOf(int32_t position) {
   int edits = 0;
   int errors = 0;
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     const auto found = samples_.find(position);
     if (found == samples_.end()) return;
     sampleId = found->second;

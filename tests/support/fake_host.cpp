@@ -4,11 +4,12 @@
 #include <atomic>
 #include <cstdlib>
 
+#include "tests/support/unseen_guard.h"
+
 namespace rvx {
 namespace {
 
 using platform::Deadline;
-using platform::PlainGuard;
 
 std::atomic<FakeHost*> installedHost{nullptr};
 
@@ -29,13 +30,13 @@ FakeHost& Host() {
 }  // namespace
 
 void FailurePlan::FailNext(int count) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   remaining_ = count;
 }
 
 void FailurePlan::Check(const std::string& what) {
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     if (remaining_ == 0) return;
     if (remaining_ > 0) --remaining_;
   }
@@ -43,45 +44,45 @@ void FailurePlan::Check(const std::string& what) {
 }
 
 int32_t FakeInstrumentManager::RegisterMonitor(ViscometerArrayMonitor* monitor) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   monitors_[nextHandle_] = monitor;
   return nextHandle_++;
 }
 
 ViscometerInstrument* FakeInstrumentManager::GetInstrument(int32_t index) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   if (index < 0 || static_cast<size_t>(index) >= instruments_.size()) return nullptr;
   return instruments_[static_cast<size_t>(index)];
 }
 
 void FakeInstrumentManager::ReleaseFrame(int32_t index) {
-  platform::PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   releasedFrames_.push_back(index);
 }
 
 std::vector<int32_t> FakeInstrumentManager::releasedFrames() {
-  platform::PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return releasedFrames_;
 }
 
 void FakeInstrumentManager::ReportError(ActionException* error) {
   if (onError) onError(error->GetRecord());
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     errors_.push_back(error->GetRecord());
   }
   errorReported_.Set();
 }
 
 void FakeInstrumentManager::UnregisterMonitor(int32_t handle) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   monitors_.erase(handle);
 }
 
 void FakeInstrumentManager::NotifyInstrumentChanged() {
   std::map<int32_t, ViscometerArrayMonitor*> monitors;
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     ++notifications_;
     monitors = monitors_;
   }
@@ -93,17 +94,17 @@ int32_t FakeInstrumentManager::SelectInstrument(int32_t index, int32_t /*select*
 }
 
 void FakeInstrumentManager::SetInstruments(std::vector<ViscometerInstrument*> instruments) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   instruments_ = std::move(instruments);
 }
 
 std::vector<ActionErrorRecord> FakeInstrumentManager::errors() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return errors_;
 }
 
 int FakeInstrumentManager::notifications() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return notifications_;
 }
 
@@ -120,7 +121,7 @@ void FakeInstrumentArchive::LoadInstrument(const std::string& key, ViscometerIns
   loadFailures.Check("load of " + key);
   std::string text;
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     const auto found = texts_.find(key);
     if (found != texts_.end()) text = found->second;
   }
@@ -132,24 +133,24 @@ void FakeInstrumentArchive::StoreInstrument(const std::string& key,
                                             ViscometerInstrument* instrument) {
   storeFailures.Check("store of " + key);
   const std::string text = instrument->SaveSettingsText();
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   texts_[key] = text;
   ++stores_;
 }
 
 void FakeInstrumentArchive::SetText(const std::string& key, const std::string& text) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   texts_[key] = text;
 }
 
 std::string FakeInstrumentArchive::GetText(const std::string& key) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   const auto found = texts_.find(key);
   return found != texts_.end() ? found->second : std::string();
 }
 
 int FakeInstrumentArchive::stores() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return stores_;
 }
 
@@ -160,7 +161,7 @@ void FakeSampleArchive::QuerySamples(ArrayOfSamples& out, SampleArchiveFilter* f
   for (const Sample& sample : all) {
     if (filter->AcceptSample(sample)) out.push_back(sample);
   }
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   lastQuery_ = query;
 }
 
@@ -168,19 +169,19 @@ void FakeSampleArchive::StoreSample(const Sample& sample) {
   if (beforeStore) beforeStore(sample);
   storeFailures.Check("store of a sample");
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     samples_.push_back(sample);
   }
   stored_.Set();
 }
 
 ArrayOfSamples FakeSampleArchive::samples() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return samples_;
 }
 
 std::string FakeSampleArchive::lastQuery() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return lastQuery_;
 }
 
@@ -196,7 +197,7 @@ void FakeAnalysisArchive::ReadAnalysisText(const std::string& name, const std::s
                                            std::string& text) {
   readFailures.Check("read of " + name);
   {
-    const PlainGuard guard(lock_);
+    const UnseenGuard guard(lock_);
     const auto found = texts_.find({name, section});
     text = found != texts_.end() ? found->second : std::string();
   }
@@ -206,32 +207,32 @@ void FakeAnalysisArchive::ReadAnalysisText(const std::string& name, const std::s
 void FakeAnalysisArchive::WriteAnalysisText(const std::string& name, const std::string& section,
                                             const std::string& text) {
   writeFailures.Check("write of " + name);
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   texts_[{name, section}] = text;
 }
 
 void FakeArchiveManager::GetDefaultName(std::string& text) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   text = folder_;
 }
 
 void FakeArchiveManager::SetDefaultName(const std::string& folder) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   folder_ = folder;
 }
 
 void FakeSecurityManager::GetUserName(std::string& text) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   text = name_;
 }
 
 int32_t FakeSecurityManager::GetAccessLevel() {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   return level_;
 }
 
 void FakeSecurityManager::SetUser(const std::string& name, int32_t level) {
-  const PlainGuard guard(lock_);
+  const UnseenGuard guard(lock_);
   name_ = name;
   level_ = level;
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "tests/support/unseen_guard.h"
+
 namespace rvx {
 
 using platform::Deadline;
@@ -22,6 +24,8 @@ FakePort::~FakePort() {
 }
 
 void FakePort::Write(std::span<const uint8_t> bytes) {
+  // What hears the bytes is another machine: that it answers orders no threads of this one.
+  const UnseenScope scope;
   std::shared_ptr<const Script> script;
   {
     const PlainGuard guard(lock_);
@@ -51,6 +55,7 @@ void FakePort::SetScript(Script script) {
 }
 
 void FakePort::Reply(std::string_view bytes, platform::Milliseconds delay) {
+  const UnseenScope scope;
   if (filter_ == nullptr) {
     Deliver(bytes, delay);
     return;
