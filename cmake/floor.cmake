@@ -13,13 +13,20 @@ function(floor_library name)
   endif()
 endfunction()
 
-# floor_test(NAME SOURCES ... LINKS ...) makes one test program and hands its cases to CTest.
+# floor_test(NAME SOURCES ... LINKS ...) makes one test program and hands its cases to CTest. With a
+# sanitizer, where a process takes longer to start than most cases to run, it hands over the program as a
+# whole; OWN_PROCESSES says that each case needs a process.
 function(floor_test name)
-  cmake_parse_arguments(TEST "" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(TEST "OWN_PROCESSES" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name} ${TEST_SOURCES})
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE ${TEST_LINKS} GTest::gmock_main)
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300)
+  if(RVX_SANITIZE AND NOT TEST_OWN_PROCESSES)
+    add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
+    set_tests_properties(${name} PROPERTIES TIMEOUT 900)
+  else()
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300)
+  endif()
 endfunction()
 
 # floor_gui_test(NAME SOURCES ... LINKS ...): the same for a program whose tests open windows, drawn

@@ -12,7 +12,8 @@ struct MutantEntry {
   std::string_view what;  // the fault that it plants
 };
 
-// Empty in a program that was built without them.
+// Under the thread sanitizer those that only it finds. Empty in a program that was built without
+// them.
 std::span<const MutantEntry> AllMutants();
 
 // Puts a planted fault into force in this process; the empty name none.
