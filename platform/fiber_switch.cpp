@@ -76,25 +76,24 @@ FiberContext* TakeIdle() {
   return fiber;
 }
 
-[[noreturn]] void RunTasks(FiberContext& self) {
-  AnnounceArrival(self.sanitized);
-  for (;;) {
-    auto* next = static_cast<FiberContext*>(self.entry(self.argument));
-    KeepIdle(self);
-    SwitchFibers(self, *next);
-  }
-}
-
-// Nor is a stack used again under the thread sanitizer, to which it is one thread: it would see no
-// race between two tasks of the same stack. Ends the stack, and goes on with the next task.
-ctx::fiber RunOneTask(FiberContext* self) {
-  AnnounceArrival(self->sanitized);
-  auto* next = static_cast<FiberContext*>(self->entry(self->argument));
-  SwapExceptionGlobals(self->exceptions, next->exceptions);
-  AnnounceSwitch(self->sanitized, next->sanitized);
+// Gives up the stack of a task that is over; what it returns is where to go on.
+ctx::fiber LeaveForEver(FiberContext* self, FiberContext& next) {
+  SwapExceptionGlobals(self->exceptions, next.exceptions);
+  AnnounceSwitch(self->sanitized, next.sanitized);
   self->sanitized.Forget();
   delete self;
-  return std::move(next->fiber);
+  return std::move(next.fiber);
+}
+
+ctx::fiber RunTasks(FiberContext* self) {
+  AnnounceArrival(self->sanitized);
+  for (;;) {
+    auto* next = static_cast<FiberContext*>(self->entry(self->argument));
+    // To the thread sanitizer a stack is one thread: it would see no race between two tasks of it.
+    if (kFindsRaces) return LeaveForEver(self, *next);
+    KeepIdle(*self);
+    SwitchFibers(*self, *next);
+  }
 }
 
 FiberContext* MakeFiber() {
@@ -108,11 +107,9 @@ FiberContext* MakeFiber() {
   }
   auto* const context = new FiberContext;
   context->sanitized.Describe(static_cast<char*>(stack.sp) - stack.size, stack.size);
-  context->fiber = ctx::fiber(std::allocator_arg, ctx::preallocated(stack.sp, stack.size, stack),
-                              allocator, [context](ctx::fiber&& /*left*/) -> ctx::fiber {
-                                if constexpr (kFindsRaces) return RunOneTask(context);
-                                RunTasks(*context);
-                              });
+  context->fiber =
+      ctx::fiber(std::allocator_arg, ctx::preallocated(stack.sp, stack.size, stack), allocator,
+                 [context](ctx::fiber&& /*left*/) { return RunTasks(context); });
   return context;
 }
 
