@@ -124,6 +124,11 @@ int RunReal(const std::function<int()>& program) {
 
 int RunUnderTimeBase(const TimeBaseOptions& options, const std::function<int()>& program) {
   Check(options);
+  if (options.kind == TimeBaseKind::Virtual) {
+    for (const std::string& left : detail::AwaitRealThreads(Deadline::After(kLastThreadsTimeout))) {
+      throw std::logic_error("thread \"" + left + "\" runs already, and no virtual base guides it");
+    }
+  }
   const ProgramScope scope(options);
   if (options.kind != TimeBaseKind::Virtual) return RunReal(program);
   detail::VirtualBase base(options);
