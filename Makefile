@@ -54,6 +54,7 @@ fuzz: install-packages
 coverage: install-packages
 	cmake --preset coverage
 	cmake --build --preset coverage
+	rm -rf build/coverage/profiles
 	ctest --preset coverage
 	scripts/coverage build/coverage --uncovered
 

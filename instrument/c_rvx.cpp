@@ -402,7 +402,9 @@ void C_RVX::RefuseDestruction() {
     SendFrame(MakeFrame(AbortCommand(GetAddress())));  // the queue has nobody who would send it
   } else {
     SendAbort(nullptr);  // also for a test outside the tray
-    conversation_->WaitUntilIdle(platform::Deadline::After(kLastCommands));
+    // Commands before it are left out: no reply to them can be read if this thread reads them, and
+    // one of them may start something. A limit, since the caller may hold what the thread wants.
+    conversation_->StopWithin(platform::Deadline::After(kLastCommands));
   }
   platform::EndProgram(
       "an instrument is destroyed from inside a call that it makes (a watcher's, or the report of an "

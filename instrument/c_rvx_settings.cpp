@@ -127,15 +127,15 @@ void C_RVX::ReloadStandards() {
 }
 
 bool C_RVX::LoadStandards() {
-  bool lowTemperature = false;
-  {
-    ConfigurationGuard guard(configuration_);
-    lowTemperature = configuration_.GetSlotCount() == kCalibrationSlots;
-  }
   uint64_t read = 0;
   {
     platform::PlainGuard guard(standardsLock_);
     read = ++standardsReads_;
+  }
+  bool lowTemperature = false;
+  {
+    ConfigurationGuard guard(configuration_);
+    lowTemperature = configuration_.GetSlotCount() == kCalibrationSlots;
   }
   std::unique_ptr<CStandardsMap> list;
   try {

@@ -48,6 +48,11 @@ void Conversation::Stop() {
   thread_.reset();
 }
 
+bool Conversation::StopWithin(const platform::Deadline& deadline) {
+  stop_.Set();
+  return !thread_ || ended_.Wait(deadline);
+}
+
 void Conversation::Queue(const std::string& text, CommandClient* client) {
   auto command = std::make_unique<Command>(Command{text, client});
   if (platform::IsPlanted("locks-reversed")) {
@@ -139,6 +144,7 @@ void Conversation::RunThread() {
     }
   }
   SendLastAbort();
+  ended_.Set();
 }
 
 // Whoever closes an instrument waits for its last commands for some seconds only, and this thread

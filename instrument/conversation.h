@@ -53,8 +53,10 @@ class Conversation : private FrameHandler {
   // Starts the communications thread. If the system has no thread left, no communication ever
   // happens.
   void Start();
-  // Ends the thread and waits for its end.
+  // Ends the thread and waits for its end. Of what is still queued only an abort goes out.
   void Stop();
+  // The same for a caller that must not wait for ever: false at the deadline.
+  bool StopWithin(const platform::Deadline& deadline);
 
   // Queues a command; returns at once. `client` must not be null. Any thread.
   void Queue(const std::string& text, CommandClient* client);
@@ -67,8 +69,9 @@ class Conversation : private FrameHandler {
   // Behind the queueing of CAR: polling stops at once when Auto Report is asked for, and goes on
   // with the first status frame that shows it off.
   void SetAutoReportAsked(bool asked);
-  // Whether the caller is the communications thread, or that or inside Receive.
+  // Whether the caller is the communications thread.
   bool IsOnSender() const;
+  // Whether it is that thread or inside Receive.
   bool IsOnItsThreads() const;
   // Waits until nothing is queued and no reply is awaited: false at the deadline.
   bool WaitUntilIdle(const platform::Deadline& deadline);
@@ -146,6 +149,7 @@ class Conversation : private FrameHandler {
   platform::Event reply_{"conversation: reply"};  // a frame has been processed
   platform::Event becameIdle_{"conversation: idle"};
   platform::Event stop_{"conversation: stop", platform::Event::Mode::ManualReset};
+  platform::Event ended_{"conversation: ended", platform::Event::Mode::ManualReset};
   std::shared_ptr<platform::Thread> thread_;  // set by Start, taken by Stop
 };
 

@@ -22,8 +22,8 @@ void Pass(BatonContext& to, BatonContext* finished) {
 }
 
 // Waits for the baton. A task that ended in giving it may still run destructors of its thread_local
-// objects: they are over before anybody else goes on. The join is unseen too, because whoever is next
-// need not be the one that waits for the task's end.
+// objects: they are over before anybody else goes on. The join is unseen too, because whoever is
+// next need not be the one that waits for the task's end.
 void Await(BatonContext& self) {
   const UnseenScope scope;
   self.baton.acquire();

@@ -40,8 +40,9 @@ struct TimeBaseOptions {
 // Runs a program under a time base: `program` runs as the first thread ("main"), and its result is
 // returned. One call at a time in a process; calls may follow one another. When `program` returns,
 // all threads that StartThread made must have ended: in virtual time one that is left is reported
-// with its name, and the process ends (exit code 70). The caller's own thread runs `program`. Raises
-// std::logic_error if a program runs already, and for virtual time if any thread of StartThread's does.
+// with its name, and the process ends (exit code 70). The caller's own thread runs `program`.
+// Raises std::logic_error if a program runs already, and for virtual time if any thread of
+// StartThread's does.
 int RunUnderTimeBase(const TimeBaseOptions& options, const std::function<int()>& program);
 
 // The base in force; Real outside of RunUnderTimeBase.

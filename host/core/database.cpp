@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <sqlite3.h>
 
+#include <string_view>
+
 #include "host/core/like_pattern.h"
 #include "host/core/schema.h"
 
@@ -24,8 +26,11 @@ int ReadVersion(SQLite::Database& connection) {
 }
 
 void CheckVersion(SQLite::Database& connection, const std::string& file) {
+  // First: the version of a new database comes with its tables, perhaps right now from another
+  // process.
+  const bool hasTables = connection.execAndGet("SELECT count(*) FROM sqlite_master").getInt() > 0;
   const int version = ReadVersion(connection);
-  if (version < 0) {
+  if (version < 0 || (version == 0 && hasTables)) {
     throw HostError(
         HostErrorKind::Database,
         fmt::format("The database {} is damaged or belongs to another program (its tables are of "
@@ -127,6 +132,16 @@ void Transaction::SetFlush(bool flush) {
   connection_.tryExec(flush ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = NORMAL");
 }
 
+namespace {
+
+// SQLite has one code for this and for whatever else it can't do.
+bool TellsOfTables(std::string_view message) {
+  return message.starts_with("no such table") || message.starts_with("no such column") ||
+         message.find("has no column named") != std::string_view::npos;
+}
+
+}  // namespace
+
 std::string DescribeDatabaseError(const SQLite::Exception& error) {
   switch (error.getErrorCode() & 0xFF) {
     case SQLITE_BUSY:
@@ -146,10 +161,13 @@ std::string DescribeDatabaseError(const SQLite::Exception& error) {
     case SQLITE_NOTADB:
       return "the file is damaged or is no database; put it aside and restore a copy of it";
     case SQLITE_ERROR:
-      return fmt::format(
-          "its tables are not as this program made them ({}); put the file aside "
-          "and restore a copy of it",
-          error.what());
+      if (TellsOfTables(error.what())) {
+        return fmt::format(
+            "its tables are not as this program made them ({}); put the file aside "
+            "and restore a copy of it",
+            error.what());
+      }
+      [[fallthrough]];
     default:
       return fmt::format("{}; try again, and ask your service engineer if it fails again",
                          error.what());

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/core/database.h"
+#include "host/core/host_error.h"
 #include "host/core/run_marks.h"
 #include "platform/log.h"
 #include "platform/time_base.h"
@@ -135,7 +136,11 @@ int64_t TrayJournal::Begin(const TrayPlan& plan) {
     }
     run = InsertRun(database_, plan);
     // Before other processes can see the row, so that it never looks interrupted.
-    marks_->Take(run);
+    if (!marks_->Take(run)) {
+      throw HostError(HostErrorKind::Database,
+                      "The tray was not started, since another program on this data folder is just "
+                      "giving up a run of the same number. Nothing was changed. Start it again.");
+    }
     transaction.Commit();
 
     LiveRun live;

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "host/core/database.h"
+#include "host/core/host_error.h"
 #include "host/core/row_binding.h"
 #include "host/core/sample_rows.h"
 #include "host/core/sample_store.h"
@@ -41,6 +42,8 @@ const char* OrderColumn(SampleQuery::Order order) {
   return "\"Timestamp\"";
 }
 
+constexpr size_t kLongestSearchText = 1000;  // bytes; the database has a limit of its own
+
 // A text to be found anywhere, taken letter by letter.
 std::string AnywherePattern(const std::string& text) {
   std::string pattern = "%";
@@ -62,6 +65,13 @@ struct Condition {
 };
 
 Condition ConditionOf(const SampleQuery& wanted) {
+  const size_t longest = std::max(wanted.instrument.size(), wanted.sampleId.size());
+  if (longest > kLongestSearchText) {
+    throw HostError(HostErrorKind::BadInput,
+                    fmt::format("The text to be searched for has {} letters, more than the {} that "
+                                "can be looked for. Nothing was searched. Shorten it.",
+                                longest, kLongestSearchText));
+  }
   Condition condition;
   if (!wanted.instrument.empty()) {
     condition.And("\"Instrument\" LIKE ? ESCAPE '\\'", AnywherePattern(wanted.instrument));

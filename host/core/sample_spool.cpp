@@ -52,7 +52,7 @@ Json ToJson(const ColumnValue& value) {
 
 class DamagedLine : public std::runtime_error {
  public:
-  DamagedLine() : std::runtime_error("a number that is not written there") {}
+  DamagedLine() : std::runtime_error("a value that is not written there") {}
 };
 
 // A number that fits; the library would cut off what does not.
@@ -71,6 +71,7 @@ ColumnValue FromJson(const Json& json) {
   if (json.is_number()) return WholeOf<int64_t>(json);
   if (json.is_string()) return json.get<std::string>();
   if (json.contains("bits")) return std::bit_cast<double>(WholeOf<uint64_t>(json.at("bits")));
+  if (!json.at("bytes").is_array()) throw DamagedLine();
   std::string bytes;
   for (const Json& byte : json.at("bytes")) bytes += static_cast<char>(WholeOf<uint8_t>(byte));
   return bytes;
@@ -147,6 +148,13 @@ std::string AppendLine(const std::string& path, const std::string& line) {
   return SystemError();
 }
 
+// Whether a file ends with these lines.
+bool IsEndOf(const std::string& path, const std::string& lines) {
+  const FileHandle file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  std::string text;
+  return file.IsOpen() && ReadAll(file.get(), text) && text.ends_with(lines);
+}
+
 }  // namespace
 
 void SampleSpool::Prepare() {
@@ -192,10 +200,15 @@ SampleSpool::Outcome SampleSpool::TakeIn(
     }
   }
   take(samples);
-  if (!damaged.empty()) outcome.notPutAside = AppendLine(file_ + ".damaged", damaged);
-  // A spool that stays does no harm: what has been taken in is recognised by its id next time.
+  if (!damaged.empty() && !IsEndOf(file_ + ".damaged", damaged)) {
+    outcome.notPutAside = AppendLine(file_ + ".damaged", damaged);
+  }
+  // A spool that stays does no harm: what has been taken in is recognised by its id next time, and
+  // what was put aside by its text.
   if (outcome.notPutAside.empty()) {
-    unlink(file_.c_str());
+    if (unlink(file_.c_str()) != 0) {
+      platform::Log(platform::LogLevel::Error, "The spool could not be removed: " + SystemError());
+    }
     SyncFolderOf(file_);
   }
   return outcome;

@@ -43,7 +43,8 @@ TEST(Host, SaysWhyAFolderCantBeOpened) {
 
 TEST(Host, LeavesAFolderOfAnUnknownVersionAlone) {
   for (const auto& [version, kind] :
-       {std::pair("99", HostErrorKind::NewerVersion), std::pair("-1", HostErrorKind::Database)}) {
+       {std::pair("99", HostErrorKind::NewerVersion), std::pair("-1", HostErrorKind::Database),
+        std::pair("0", HostErrorKind::Database)}) {  // tables of nobody knows whom
     TempFolder folder;
     {
       const auto host = OpenHost(folder);

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "host/core/run_marks.h"
 #include "host/core/sample_spool.h"
 #include "tests/core/temp_folder.h"
 
@@ -91,6 +92,20 @@ TEST(Journal, AStartWithoutAResultTakesNothingBack) {
   const auto tray = OpenHost(folder)->journal().InterruptedOf("RVXCOM1:0");
   ASSERT_TRUE(tray);
   EXPECT_EQ(tray->positions[0].state, PositionState::Measured);
+}
+
+// Another process can hold the mark of a number for a moment, when its own run could not be noted.
+// A run without a mark would look interrupted to everybody.
+TEST(Journal, ARunThatCannotBeMarkedDoesNotBegin) {
+  TempFolder folder;
+  const auto host = OpenHost(folder);
+  const int64_t run = host->journal().Begin(MakePlan());
+  host->journal().End(run, "ended");
+  RunMarks others(folder / "trays.lock");
+  ASSERT_TRUE(others.Take(run + 1));
+  EXPECT_EQ(KindRaisedBy([&] { host->journal().Begin(MakePlan()); }), HostErrorKind::Database);
+  others.Release(run + 1);
+  EXPECT_EQ(host->journal().Begin(MakePlan()), run + 1);
 }
 
 TEST(Journal, AnEndedRunAndAReplacedOneAreNotOffered) {

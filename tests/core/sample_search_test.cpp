@@ -134,6 +134,14 @@ TEST_F(SampleSearch, DaysCountWholeAndVerifiedOilsApart) {
   }
 }
 
+TEST_F(SampleSearch, ATextTooLongForTheDatabaseIsRefused) {
+  SampleQuery wanted;
+  wanted.sampleId.assign(1000, '%');
+  EXPECT_EQ(Find(wanted), "");
+  wanted.sampleId += '%';
+  EXPECT_EQ(KindRaisedBy([&] { Find(wanted); }), HostErrorKind::BadInput);
+}
+
 TEST_F(SampleSearch, RowsAreReadAsTheyAreAskedForAndMissingOnesLeftOut) {
   for (int i = 0; i < 3; ++i) Store(std::to_string(i));
   std::string ids;

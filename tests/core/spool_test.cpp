@@ -186,6 +186,7 @@ TEST(Spool, LinesDamagedInEachWayArePutAside) {
       {"{\"bits\":", "{\"bit\":"},
       {"{\"bytes\":[255,", "{\"bytes\":[256,"},
       {"{\"bytes\":[255,", "{\"bytes\":[\"\","},
+      {"{\"bytes\":[255,0,10]}", "{\"bytes\":66}"},
       {"2026-01-31T16:05:06", "2026-01-31"},
       {"2026-01-31T16:05:06", "Invalid DateTime"},
       {"0.1,", "true,"},

@@ -255,7 +255,8 @@ TEST(InstrumentTest, AReadingOfTheStandardsThatComesTooLateIsNotTaken) {
     bench.instrument->ReloadStandards();
     mayEnd.Set();
     slow->Join();
-    EXPECT_EQ(bench.instrument->GetStandards()->GetStandardNames(), std::vector<std::string>{"NEW"});
+    EXPECT_EQ(bench.instrument->GetStandards()->GetStandardNames(),
+              std::vector<std::string>{"NEW"});
   });
 }
 

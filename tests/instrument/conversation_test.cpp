@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "platform/thread.h"
 #include "tests/instrument/instrument_fixture.h"
 
 namespace rvx {
@@ -359,49 +358,6 @@ TEST(ConversationTest, AWithdrawnCommandIsNeitherSentNorAnswered) {
   });
 }
 
-// Closing waits some seconds for the last commands. A thread that is held up for longer (here by its
-// own port) must not take the abort with it, or the instrument goes on alone.
-TEST(ConversationTest, AnAbortGoesOutHoweverLateTheThreadIs) {
-  for (const bool answers : {true, false}) {
-    RunVirtual([&] {
-      InstrumentBench bench;
-      ASSERT_TRUE(bench.WaitForStatus(2));
-      bench.controller.SetSilent(!answers);
-      bench.controller.OnCommand([](const std::string& tag, const std::string&) {
-        if (tag == "AI") platform::Sleep(20s);
-      });
-      bench.instrument->SetInjection(true, nullptr);
-      ASSERT_TRUE(bench.port.WaitForWritten("CAI", 1, 10s));
-      // On a silent line these take the time that closing waits.
-      for (int i = 0; i < 2; ++i) bench.instrument->SetInjection(false, nullptr);
-      bench.instrument->SendAbort(nullptr);
-      bench.instrument->SetInjection(false, nullptr);
-      bench.instrument.reset();
-      EXPECT_EQ(CountOf(bench.controller.commands(), "0CAB"), 1) << answers;
-    });
-  }
-}
-
-using ConversationDeathTest = testing::Test;
-
-// The thread that sends is the one that asks for the end: the abort goes out all the same.
-TEST(ConversationDeathTest, DestroyedFromTheReportOfASilenceItAborts) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_DEATH(RunVirtual([] {
-                 InstrumentBench bench;
-                 bench.port.SetScript([](FakePort&, std::span<const uint8_t> bytes) {
-                   if (bytes.size() > 4 && bytes[3] == 'A' && bytes[4] == 'B') {
-                     std::fputs("aborted\n", stderr);
-                   }
-                 });
-                 bench.host.instruments.onError = [&](const ActionErrorRecord&) {
-                   bench.instrument.reset();
-                 };
-                 platform::Sleep(1min);
-               }),
-               "aborted.*destroyed from inside a call that it makes");
-}
-
 TEST(ConversationTest, AutoReportStopsThePollingAndItsEndResumesIt) {
   RunVirtual([] {
     InstrumentBench bench;
@@ -440,19 +396,6 @@ TEST(ConversationTest, ReportsThatNeverBeginAreAskedFor) {
     platform::Sleep(19s);
     EXPECT_TRUE(bench.port.written().empty());
     EXPECT_TRUE(bench.port.WaitForWritten("/0QST\r", 1, 2s));
-  });
-}
-
-TEST(ConversationTest, WithoutAThreadAnInstrumentIsSilentAndCloses) {
-  RunVirtual([] {
-    InstrumentBench bench;
-    bench.instrument.reset();
-    const size_t before = bench.port.written().size();
-    platform::FailThreadStarts(1);
-    bench.instrument = std::make_unique<C_RVX>("COM1", 0, kModelFour, PlainActions());
-    bench.instrument->SetInjection(true, nullptr);
-    bench.instrument.reset();
-    EXPECT_EQ(bench.port.written().size(), before);
   });
 }
 

@@ -71,7 +71,7 @@ class Child {
   }
 
  private:
-  // The sanitizer's look at the end of a process, which _Exit leaves out.
+  // Here, so that the page tells of it: the look at the process's own end gives an exit code only.
   void LookForLeaks() {
 #if defined(PLATFORM_ADDRESS_SANITIZER)
     if (__lsan_do_recoverable_leak_check() != 0)
