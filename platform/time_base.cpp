@@ -16,6 +16,8 @@ namespace {
 
 // How long a program under the real base waits at its end for threads that are just ending.
 constexpr Milliseconds kLastThreadsTimeout{2000};
+// Likewise a virtual one before it begins.
+constexpr Milliseconds kEarlierThreadsTimeout{200};
 constexpr int kMostPace = 1000;
 
 int64_t SystemMilliseconds() {
@@ -125,7 +127,8 @@ int RunReal(const std::function<int()>& program) {
 int RunUnderTimeBase(const TimeBaseOptions& options, const std::function<int()>& program) {
   Check(options);
   if (options.kind == TimeBaseKind::Virtual) {
-    for (const std::string& left : detail::AwaitRealThreads(Deadline::After(kLastThreadsTimeout))) {
+    for (const std::string& left :
+         detail::AwaitRealThreads(Deadline::After(kEarlierThreadsTimeout))) {
       throw std::logic_error("thread \"" + left + "\" runs already, and no virtual base guides it");
     }
   }

@@ -8,6 +8,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/event.h"
@@ -245,10 +246,18 @@ TEST_P(SwitchTest, ThousandsOfThreadsTakeNoMoreMemoryThanAFew) {
   EXPECT_LT(CountMappings(), before + 100);
 }
 
+TEST(VirtualBase, IsRefusedBesideAThreadThatItDoesNotGuide) {
+  Event end("test: end");
+  const auto real = StartThread("real", [&end] { end.Wait(); });
+  EXPECT_THROW(RunVirtual(1, [] {}), std::logic_error);
+  end.Set();
+  real->Join();
+}
+
 TEST(VirtualBase, RunsFromAnyThreadOfTheSystem) {
   RunVirtual(1, [] { StartThread("first", [] { Sleep(Milliseconds(1)); })->Join(); });
   // The stacks of the first program go on on another thread of the system.
-  const auto other = StartThread("outside", [] {
+  std::thread other([] {
     RunVirtual(1, [] {
       EXPECT_EQ("main", CurrentThreadName());
       StartThread("second", [] {
@@ -260,8 +269,7 @@ TEST(VirtualBase, RunsFromAnyThreadOfTheSystem) {
       })->Join();
     });
   });
-  other->Join();
-  EXPECT_EQ("outside", other->name());
+  other.join();
 }
 
 }  // namespace
