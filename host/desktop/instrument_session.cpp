@@ -30,7 +30,16 @@ InstrumentSession::~InstrumentSession() { closing_ = true; }
 
 void InstrumentSession::EndRun(const std::function<void()>& done) {
   closing_ = true;
-  waiting_.clear();  // a start among them would begin a run behind the one that ends here
+  const auto over = [this, done] {
+    // Edits that wait for each other are put in first. Behind an open dialog they would wait for
+    // ever.
+    if (dialogOpen_) {
+      done();
+      return;
+    }
+    waiting_.push_back(done);
+    RunWaiting();
+  };
   worker_->Do(
       this,
       [this] {
@@ -38,7 +47,7 @@ void InstrumentSession::EndRun(const std::function<void()>& done) {
         if (runner_ && !runner_->HasFinished()) runner_->Abort();
         runner_.reset();
       },
-      done, [done](const QString&) { done(); });
+      over, [over](const QString&) { over(); });
 }
 
 void InstrumentSession::Finish() {
@@ -160,6 +169,10 @@ void InstrumentSession::Start() {
 }
 
 void InstrumentSession::StartNow() {
+  if (closing_) {  // it would begin a run behind the one that was ended
+    starting_ = false;
+    return;
+  }
   auto plan = std::make_shared<std::vector<TrayPosition>>();
   failures_.clear();
   pauseRequested_ = false;
@@ -293,13 +306,15 @@ void InstrumentSession::EditInDialog(std::function<std::shared_ptr<rvx::Action>(
         // The module's dialogs stand on the window's thread. What they edit stands in no tray until
         // it is accepted, so nothing has to be taken back.
         TrayEdit edit;
+        dialogOpen_ = true;
         try {
-          if ((*action)->Edit() != 0) {
+          if (!closing_ && (*action)->Edit() != 0) {
             for (const int position : positions) edit[position] = CellOf(**action);
           }
         } catch (...) {
           Q_EMIT Failed(DescribeRaised());
         }
+        dialogOpen_ = false;
         dialogAsked_ = false;
         Change([edit](const std::vector<TrayCell>&) { return edit; });
       },
@@ -311,7 +326,7 @@ void InstrumentSession::AskInDialog(std::function<void()> ask) {
   if (std::exchange(dialogAsked_, true)) return;
   WhenIdle([this, ask = std::move(ask)] {
     dialogAsked_ = false;
-    if (run_ == nullptr && !starting_) ask();
+    if (run_ == nullptr && !starting_ && !closing_) ask();
   });
 }
 

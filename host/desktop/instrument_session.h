@@ -51,9 +51,9 @@ class InstrumentSession : public QObject {
   int EstimatedSeconds() const { return estimatedSeconds_; }
   bool CanUndo() const { return !undo_.empty(); }
 
-  // Aborts what runs, or what a start that is still on its way has set going, as the last thing that
-  // is done here. Finish waits for it.
-  // `done` runs on the window's thread.
+  // Aborts what runs, or what a start that is still on its way has set going, and puts in the edits
+  // that are on their way; nothing else begins any more. Finish waits for the abort. `done` runs on
+  // the window's thread.
   void EndRun(const std::function<void()>& done);
   // Ends this object's threads, behind what was given to them. Not on the window's thread, whose
   // events a run's end needs.
@@ -148,6 +148,7 @@ class InstrumentSession : public QObject {
   bool preparing_ = false;
   bool starting_ = false;
   bool dialogAsked_ = false;  // a dialog is open or about to be
+  bool dialogOpen_ = false;
   std::atomic<bool> closing_{false};  // tells a preparation to end
 
   RunEventQueue events_;

@@ -28,6 +28,7 @@
 #include "host/desktop/user_dialogs.h"
 #include "host/desktop/window_start.h"
 #include "host/tray/message_advice.h"
+#include "platform/log.h"
 
 namespace torvell {
 namespace {
@@ -345,7 +346,10 @@ void MainWindow::ShowNotice(const QString& text) {
 }
 
 void MainWindow::ShowFailure(const QString& text) {
-  if (closing_) return;
+  if (closing_) {  // nobody looks any more
+    platform::Log(platform::LogLevel::Error, text.toStdString());
+    return;
+  }
   // One box, however much goes wrong at once: a pile of them would bury Pause and Abort.
   if (!failures_.isNull() && failures_->isVisible()) {
     const QString shown = failures_->text();

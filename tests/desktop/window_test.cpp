@@ -196,6 +196,21 @@ TEST_F(WindowTest, AWindowThatClosesWhileARunStartsEndsIt) {
   EXPECT_EQ(answered_, 1);
 }
 
+TEST_F(WindowTest, ClosingPutsInTheEditsThatWaitAndStartsNothing) {
+  bench_.LoadTray(std::string(kHeading) +
+                  "1,measure,A,-20,,,,\n2,measure,B,-20,,,,\n3,measure,C,-20,,,,\n");
+  bench_.PrepareInstrument();
+  view().selectRow(2);
+  for (int i = 0; i < 2; ++i) view().MoveUp();
+  session().Start();  // waits behind them
+  bool ended = false;
+  session().EndRun([&ended] { ended = true; });
+  ASSERT_TRUE(DesktopBench::Until([&ended] { return ended; }));
+  EXPECT_EQ(SampleId(0), "C");
+  EXPECT_EQ(session().run(), nullptr);
+  EXPECT_FALSE(session().IsRunning());
+}
+
 TEST_F(WindowTest, AFreshDemonstrationHasStandardsToVerifyWith) {
   bench_.LoadTray(std::string(kHeading) + "1,verify,CRM-25,-25,,,,\n");
   const std::vector<TrayPosition> tray = ReadTray(session().entry());
