@@ -21,17 +21,14 @@ void CMSStateMachine::SetState(State state) {
   NoteProgress();
 }
 
-platform::Deadline CMSStateMachine::NextDeadline() const {
+platform::Deadline CMSStateMachine::StateDeadline() const {
   switch (state_) {
     case State::AwaitReply:
-    case State::AwaitAbort:
       return ResponseDeadline();
     case State::Start:
     case State::AwaitStart:
     case State::AwaitEnd:
     case State::End:
-    case State::Abort:
-    case State::ResendAbort:
       return platform::Deadline::Never();
   }
   return platform::Deadline::Never();
@@ -57,19 +54,6 @@ int32_t CMSStateMachine::Act() {
     case State::End:
       SetState(State::Start);
       return 0;
-    case State::Abort:
-      AbortAndRaise();
-    case State::ResendAbort:
-      AbortForResend();
-      SetState(State::AwaitAbort);
-      return 1;
-    case State::AwaitAbort:
-      // Ended by the time: the abort's reply goes to the instrument itself.
-      if (IsResponseOverdue()) {
-        Tick();
-        SetState(State::Start);
-      }
-      return 1;
   }
   return 1;
 }
@@ -90,7 +74,7 @@ void CMSStateMachine::Start() {
 void CMSStateMachine::AwaitReply() {
   const Reply reply = LookForReply(kMoveToPositionTag, kMoveCommand);
   if (reply == Reply::Come) SetState(State::AwaitStart);
-  if (reply == Reply::MustResend) SetState(State::ResendAbort);
+  if (reply == Reply::Resend) SetState(State::Start);
 }
 
 void CMSStateMachine::AwaitStart() {

@@ -13,24 +13,20 @@ class CMSStateMachine final : public Sequencer {
   explicit CMSStateMachine(LaunchRecord& launch);
   ~CMSStateMachine() override { Detach(); }
 
-  platform::Deadline NextDeadline() const override;
-
  private:
   enum class State {
-    Start,        // sends CMP: AwaitReply; Abort if the instrument is not idle
-    AwaitReply,   // for "MP": AwaitStart; overdue: ResendAbort, and Abort when no re-send is left
-    AwaitStart,   // for no stepper moving: End; for any operation: AwaitEnd. No time limit
-    AwaitEnd,     // for no operation: End. No time limit
-    End,          // the end
-    Abort,        // sends CAB and raises the failure
-    ResendAbort,  // sends CAB: AwaitAbort
-    AwaitAbort    // overdue: Start
+    Start,       // sends CMP: AwaitReply; fails if the instrument is not idle
+    AwaitReply,  // for "MP": AwaitStart; overdue: an abort and Start, and fails without a re-send
+                 // left
+    AwaitStart,  // for no stepper moving: End; for any operation: AwaitEnd. No time limit
+    AwaitEnd,    // for no operation: End. No time limit
+    End          // the end
   };
 
   void SetState(State state);
   int32_t Act() override;
+  platform::Deadline StateDeadline() const override;
   void EnterStart() override { SetState(State::Start); }
-  void EnterAbort() override { SetState(State::Abort); }
   void EnterEnd() override { SetState(State::End); }
 
   void Start();

@@ -28,12 +28,11 @@ void CPMStateMachine::SetState(State state) {
   NoteProgress();
 }
 
-platform::Deadline CPMStateMachine::NextDeadline() const {
+platform::Deadline CPMStateMachine::StateDeadline() const {
   switch (state_) {
     case State::AwaitControlOn:
     case State::AwaitControlOff:
     case State::AwaitMotorReply:
-    case State::AwaitAbort:
       return ResponseDeadline();
     case State::SeekTemperature:
       return AfterState(kLongestSeek);
@@ -45,8 +44,6 @@ platform::Deadline CPMStateMachine::NextDeadline() const {
     case State::AwaitMotor:
     case State::AwaitMotorEnd:
     case State::End:
-    case State::Abort:
-    case State::ResendAbort:
       return platform::Deadline::Never();
   }
   return platform::Deadline::Never();
@@ -87,16 +84,6 @@ int32_t CPMStateMachine::Act() {
     case State::End:
       SetState(State::Start);
       return 0;
-    case State::Abort:
-      AbortAndRaise();
-    case State::ResendAbort:
-      AbortForResend();
-      SetState(State::AwaitAbort);
-      return 1;
-    case State::AwaitAbort:
-      // Ended by the time: the abort's reply goes to the instrument itself.
-      GoOnIf(IsResponseOverdue(), State::Start);
-      return 1;
   }
   return 1;
 }
@@ -159,7 +146,7 @@ void CPMStateMachine::StartMotor() {
 void CPMStateMachine::AwaitReply(std::string_view tag, int command, State next) {
   const Reply reply = LookForReply(tag, command);
   if (reply == Reply::Come) SetState(next);
-  if (reply == Reply::MustResend) SetState(State::ResendAbort);
+  if (reply == Reply::Resend) SetState(State::Start);
 }
 
 }  // namespace rvx

@@ -13,11 +13,9 @@ class CPMStateMachine final : public Sequencer {
   explicit CPMStateMachine(LaunchRecord& launch);
   ~CPMStateMachine() override { Detach(); }
 
-  platform::Deadline NextDeadline() const override;
-
  private:
   enum class State {
-    Start,             // End if no precondition time is set; Abort if the instrument is not idle;
+    Start,             // End if no precondition time is set; fails if the instrument is not idle;
                        // with a warm cell sends CTC on: AwaitControlOn; else StartMotor
     AwaitControlOn,    // for "TC": SeekTemperature
     SeekTemperature,   // for the target: Hold; after five minutes: SwitchControlOff all the same
@@ -28,18 +26,15 @@ class CPMStateMachine final : public Sequencer {
     AwaitMotorReply,   // for "PM": AwaitMotor
     AwaitMotor,        // for any operation: AwaitMotorEnd. No time limit
     AwaitMotorEnd,     // for no operation: End. No time limit
-    End,               // the end
-    Abort,             // sends CAB and raises the failure
-    ResendAbort,       // sends CAB: AwaitAbort
-    AwaitAbort         // overdue: Start, the whole procedure again
+    End                // the end
   };
-  // The three states that await a reply go to ResendAbort when it is overdue, and to Abort when no
-  // re-send is left.
+  // The three states that await a reply lead to an abort and to Start when it is overdue, the whole
+  // procedure again, and fail when no re-send is left.
 
   void SetState(State state);
   int32_t Act() override;
+  platform::Deadline StateDeadline() const override;
   void EnterStart() override { SetState(State::Start); }
-  void EnterAbort() override { SetState(State::Abort); }
   void EnterEnd() override { SetState(State::End); }
 
   void Start();

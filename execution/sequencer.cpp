@@ -46,7 +46,34 @@ int32_t Sequencer::Step() {
   // Behind the machine status: an error says more, so its text wins.
   if (status_.errorCode != 0) Fail(instrument_.GetErrorText(status_.errorCode));
   ReportOperation();
+  switch (interlude_) {
+    case Interlude::Abort:
+      AbortAndRaise();
+    case Interlude::ResendAbort:
+      AbortForResend();
+      return 1;
+    case Interlude::AwaitAbort:
+      // The abort is the instrument's own command, so its reply does not come here; what ends this
+      // is the time, which lets the controller settle before the command goes out again.
+      if (IsResponseOverdue()) {
+        Tick();
+        SetInterlude(Interlude::None);
+      }
+      return 1;
+    case Interlude::None:
+      break;
+  }
   return Act();
+}
+
+platform::Deadline Sequencer::NextDeadline() const {
+  if (interlude_ == Interlude::None) return StateDeadline();
+  return interlude_ == Interlude::AwaitAbort ? ResponseDeadline() : platform::Deadline::Never();
+}
+
+void Sequencer::SetInterlude(Interlude interlude) {
+  interlude_ = interlude;
+  NoteProgress();
 }
 
 bool Sequencer::ReadPresentStatus() {
@@ -59,6 +86,8 @@ void Sequencer::SendAbort() {
   launch_.SendUnlessStopped([this] { instrument_.SendAbort(nullptr); });
 }
 
+// What the run has sent so far is taken back: a computer that was held up would send it behind the
+// abort, as a start of its own, or take its late reply for the answer to the next one.
 void Sequencer::AbortForResend() {
   instrument_.WithdrawCommands(this);
   {
@@ -67,10 +96,12 @@ void Sequencer::AbortForResend() {
   }
   SendAbort();
   Tick();
+  SetInterlude(Interlude::AwaitAbort);
 }
 
 void Sequencer::AbortRun() {
   SendAbort();
+  SetInterlude(Interlude::None);
   EnterStart();
   ReportOperation();
 }
@@ -130,7 +161,7 @@ Sequencer::Reply Sequencer::LookForReply(std::string_view tag, int command) {
     EndCommand(command);
     return Reply::Come;
   }
-  return IsResponseOverdue() && UseRetry(command) ? Reply::MustResend : Reply::Awaited;
+  return IsResponseOverdue() && Resend(command) ? Reply::Resend : Reply::Awaited;
 }
 
 void Sequencer::EndCommand(int command) {
@@ -139,7 +170,7 @@ void Sequencer::EndCommand(int command) {
   Tick();
 }
 
-bool Sequencer::UseRetry(int command) {
+bool Sequencer::Resend(int command) {
   if (retries_ == 0) {
     FailNoReply();
     return false;
@@ -148,13 +179,14 @@ bool Sequencer::UseRetry(int command) {
   if (failedCommand_ < command) failedCommand_ = command;
   failedRetries_ = retries_;
   Tick();
+  SetInterlude(Interlude::ResendAbort);
   return true;
 }
 
 void Sequencer::Fail(const std::string& message) {
   abortMessage_ = message;
   Tick();
-  EnterAbort();
+  SetInterlude(Interlude::Abort);
 }
 
 void Sequencer::AbortAndRaise() {
@@ -164,6 +196,7 @@ void Sequencer::AbortAndRaise() {
   record.kind = 0;
   record.sampleFailure = 1;
   CompleteFailure(record);
+  SetInterlude(Interlude::None);
   EnterEnd();
   ReportOperation();
   throw new ActionException(std::move(record));

@@ -35,7 +35,7 @@ class Sequencer : public UserInterfaceClient, public CommandClient {
   // Set when there is something new to look at: a status, a reply.
   platform::Event& wakeEvent() { return wakeEvent_; }
   // When Step has to look again though nothing new has come.
-  virtual platform::Deadline NextDeadline() const = 0;
+  platform::Deadline NextDeadline() const;
 
   void CommandReply(const std::string& tag) override;
   FrameWindow* PerformCreation() override { return nullptr; }
@@ -47,8 +47,9 @@ class Sequencer : public UserInterfaceClient, public CommandClient {
 
   // Acts on the present state; the result is Step's.
   virtual int32_t Act() = 0;
+  // NextDeadline of the present state.
+  virtual platform::Deadline StateDeadline() const = 0;
   virtual void EnterStart() = 0;
-  virtual void EnterAbort() = 0;
   // The state in which a failed run is left behind.
   virtual void EnterEnd() = 0;
   // Adds what a kind of run knows about itself to its failure.
@@ -60,10 +61,6 @@ class Sequencer : public UserInterfaceClient, public CommandClient {
   bool ReadPresentStatus();
   // Sends CAB, unless the run was stopped: then that has been done.
   void SendAbort();
-  // The same before a command is sent again. What the run has sent so far is taken back: a computer
-  // that was held up would send it behind the abort, as a start of its own, or take its late reply
-  // for the answer to the next one.
-  void AbortForResend();
 
   // Notes a change of state or a reading taken.
   void NoteProgress() { progressed_ = true; }
@@ -91,26 +88,32 @@ class Sequencer : public UserInterfaceClient, public CommandClient {
   // failed runs on, so that a run with a deaf instrument ends.
   void BeginRetries(int command);
   // What a run finds while it waits for a reply.
-  enum class Reply { Awaited, Come, MustResend };
-  // Whether the reply `tag` of command number `command` has come, or is overdue and the command has
-  // to be sent again. Without a re-send left the run fails, and the reply is still awaited.
+  enum class Reply { Awaited, Come, Resend };
+  // Whether the reply `tag` of command number `command` has come. If it is overdue, as Resend.
   Reply LookForReply(std::string_view tag, int command);
   // The reply has come, by its tag or by what the instrument does.
   void EndCommand(int command);
-  // The reply is overdue: false if no re-send is left, and the run fails.
-  bool UseRetry(int command);
+  // The reply is overdue. True: the instrument is told to abort, and a response time-out later the
+  // run goes on in the state that the caller sets, which sends the command again. False: no re-send
+  // is left, and the run fails.
+  bool Resend(int command);
 
   void Fail(const std::string& message);
   void FailNoReply() { Fail(noReplyText_); }
   void FailInUse() { Fail(inUseText_); }
-  // Aborts the instrument and raises the failure under way.
-  [[noreturn]] void AbortAndRaise();
 
   C_RVX& instrument_;
   LaunchRecord& launch_;
   MonitorReadings status_;  // of the present Step
 
  private:
+  // What comes before the state of a kind of run: a failure, or an abort for a re-send.
+  enum class Interlude { None, Abort, ResendAbort, AwaitAbort };
+
+  void SetInterlude(Interlude interlude);
+  // Aborts the instrument and raises the failure under way.
+  [[noreturn]] void AbortAndRaise();
+  void AbortForResend();
   void ReportOperation();
 
   const int noReplyTextId_;
@@ -121,6 +124,7 @@ class Sequencer : public UserInterfaceClient, public CommandClient {
 
   // Only the run's thread.
   bool progressed_ = false;
+  Interlude interlude_ = Interlude::None;
   uint64_t statusSequence_;  // number of the status frame of the present Step
   uint8_t reportedOperation_ = 0;
   platform::Microseconds stateTime_{0};

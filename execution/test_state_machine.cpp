@@ -54,11 +54,10 @@ void CTestStateMachine::SetState(State state) {
   NoteProgress();
 }
 
-platform::Deadline CTestStateMachine::NextDeadline() const {
+platform::Deadline CTestStateMachine::StateDeadline() const {
   switch (state_) {
     case State::AwaitReply:
     case State::AwaitInjectionEnd:
-    case State::AwaitAbort:
       return ResponseDeadline();
     case State::Start:
     case State::AwaitOperation:
@@ -66,8 +65,6 @@ platform::Deadline CTestStateMachine::NextDeadline() const {
     case State::AwaitRun:
     case State::Collect:
     case State::AwaitIdle:
-    case State::Abort:
-    case State::ResendAbort:
       return platform::Deadline::Never();
   }
   return platform::Deadline::Never();
@@ -105,20 +102,6 @@ int32_t CTestStateMachine::Act() {
       if (status_.operation != 0) return 1;
       SetState(State::Start);
       return 0;
-    case State::Abort:
-      AbortAndRaise();
-    case State::ResendAbort:
-      AbortForResend();
-      SetState(State::AwaitAbort);
-      return 1;
-    case State::AwaitAbort:
-      // The abort is the instrument's own command, so its reply does not come here; what ends this
-      // is the time, which lets the controller settle before the command goes out again.
-      if (IsResponseOverdue()) {
-        Tick();
-        SetState(returnState_);
-      }
-      return 1;
   }
   return 1;
 }
@@ -160,9 +143,9 @@ void CTestStateMachine::AwaitReply() {
     return;
   }
   const int command = returnState_ == State::Start ? kStartTestCommand : kAcknowledgeCommand;
-  if (!UseRetry(command)) return;
+  if (!Resend(command)) return;
   abortedAcknowledge_ = command == kAcknowledgeCommand;
-  SetState(State::ResendAbort);
+  SetState(returnState_);
 }
 
 // The reply to the acknowledgement is lost and it was obeyed all the same. An abort would now end a

@@ -23,30 +23,26 @@ class CTestStateMachine final : public Sequencer {
   const std::vector<double>* GetSpeeds() const;        // rpm/1000
   const std::vector<double>* GetTemperatures() const;  // degrees C
 
-  platform::Deadline NextDeadline() const override;
   int32_t LoadResources() override;
 
  private:
   enum class State {
-    Start,              // sends CST: AwaitReply; Abort if the instrument is not idle
+    Start,              // sends CST: AwaitReply; fails if the instrument is not idle
     AwaitReply,         // for "ST": AwaitOperation; for "UA": AwaitInjectionEnd; overdue:
-                        // AwaitRun while the instrument still prompts, else ResendAbort, and Abort
-                        // when no re-send is left
+                        // AwaitRun while the instrument still prompts, else an abort and the state
+                        // that sends the command again; fails when no re-send is left
     AwaitOperation,     // for any operation: AwaitRun. No time limit
     AwaitPromptAnswer,  // for the user's OK: AwaitReply
     AwaitInjectionEnd,  // for the prompt to fall, or overdue: AwaitRun
     AwaitRun,           // for Run Test: Collect; for the prompt: AwaitPromptAnswer. No time limit
     Collect,            // readings until all are in or the instrument is idle: AwaitIdle
-    AwaitIdle,          // for no operation: the end
-    Abort,              // sends CAB and raises the failure
-    ResendAbort,        // sends CAB: AwaitAbort
-    AwaitAbort          // overdue: the state in which the command is sent again
+    AwaitIdle           // for no operation: the end
   };
 
   void SetState(State state);
   int32_t Act() override;
+  platform::Deadline StateDeadline() const override;
   void EnterStart() override { SetState(State::Start); }
-  void EnterAbort() override { SetState(State::Abort); }
   void EnterEnd() override { SetState(State::AwaitIdle); }
   void CompleteFailure(ActionErrorRecord& record) override;
 
