@@ -16,7 +16,7 @@ namespace {
 // Positions shown around the running one, so that the block fits on a small terminal.
 constexpr int kPositionsBefore = 4;
 constexpr int kPositionsBehind = 8;
-constexpr int kBarWidth = 30;
+constexpr int kBarWidth = 12;  // leaves the expected end its place in 80 columns
 constexpr platform::Milliseconds kRefresh{500};
 // Under virtual time a second costs nothing, and drawing would be all that the program does.
 constexpr platform::Milliseconds kVirtualRefresh{20000};
@@ -48,6 +48,15 @@ std::string ReadingsLine(const RunState& run, const rvx::InstrumentReadings& rea
                      FixedNumber(readings.temperature, 2), FixedNumber(readings.speed, 5));
 }
 
+// The time of day, with the day if that is another one.
+std::string EndText(const platform::Date& end, const platform::Date& now) {
+  const platform::Date::Fields at = end.fields();
+  const std::string time = fmt::format("{:02}:{:02}", at.hour, at.minute);
+  const platform::Date::Fields today = now.fields();
+  if (at.day == today.day && at.month == today.month) return time;
+  return fmt::format("{:02}-{:02} {}", at.month, at.day, time);
+}
+
 std::string ProgressLine(const RunState& run, platform::Microseconds now,
                          const platform::Date& timeOfDay) {
   const double part = run.PartDone(now);
@@ -60,7 +69,7 @@ std::string ProgressLine(const RunState& run, platform::Microseconds now,
   if (run.paused()) return progress + ", paused";
   const long left = std::lround(run.SecondsLeft(now));
   return progress + fmt::format(", {} left, expected end {}", DurationText(left),
-                                TimeText(timeOfDay.PlusMilliseconds(left * 1000)));
+                                EndText(timeOfDay.PlusMilliseconds(left * 1000), timeOfDay));
 }
 
 std::string Clipped(const std::string& line, size_t width) {

@@ -340,23 +340,29 @@ class Terminal(Case):
         self.assertEqual(dialogue, [], shown[-2000:])
         return os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]), shown
 
+    # Long enough that the terminal's buffer fills, and the program waits, before the run is over.
+    POSITIONS = 20
+
+    def long_tray(self):
+        return self.tray(*[f"{n},measure,oil {n},-20,30,,60,30" for n in range(1, self.POSITIONS + 1)])
+
     def test_a_run_is_drawn_paused_and_resumed(self):
         self.calibrate(-20)
-        path = self.tray("1,measure,oil 1,-20,30,,60,30", "2,measure,oil 2,-20,30,,60,30")
+        path = self.long_tray()
         code, shown = self.talk(["run", path, "--prepare"],
                                 [("Injection", "\x03"), ("press r", "r")])
         self.assertEqual(code, 0, shown[-2000:])
         self.assertIn("\x1b[", shown)
         for part in ("oil 1", "waiting", "remaining", "degC", "rpm/1000", "expected end"):
             self.assertIn(part, shown)
-        self.assertEqual(len(self.sample_ids()), 2)
+        self.assertEqual(len(self.sample_ids()), self.POSITIONS)
 
     def test_a_paused_run_can_be_aborted(self):
         self.calibrate(-20)
-        path = self.tray("1,measure,oil 1,-20,30,,60,30", "2,measure,oil 2,-20,30,,60,30")
+        path = self.long_tray()
         code, _ = self.talk(["run", path, "--prepare"], [("Injection", "\x03"), ("press r", "a")])
         self.assertEqual(code, 130)
-        self.assertEqual(len(self.sample_ids()), 1)
+        self.assertIn(len(self.sample_ids()), range(1, self.POSITIONS))
 
     def test_passwords_are_asked_for_and_not_shown(self):
         code, shown = self.talk(["users", "add", "anna", "100"],

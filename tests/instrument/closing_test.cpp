@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
+#include <functional>
 
 #include "platform/thread.h"
 #include "tests/instrument/instrument_fixture.h"
@@ -36,22 +38,37 @@ TEST(ClosingTest, AnAbortGoesOutHoweverLateTheThreadIs) {
 
 using ClosingDeathTest = testing::Test;
 
+// A bench whose host destroys the instrument from inside its first report, behind `before`.
+struct DestroyingBench : InstrumentBench {
+  explicit DestroyingBench(const std::function<void(C_RVX&)>& before) {
+    instrument.reset();
+    // Before there are threads.
+    host.instruments.onError = [this, before](const ActionErrorRecord&) {
+      before(*instrument);
+      instrument.reset();
+    };
+    port.SetScript([this](FakePort& line, std::span<const uint8_t> bytes) {
+      const std::string frame(bytes.begin(), bytes.end());
+      if (frame[2] == 'C') std::fputs((frame.substr(3, 2) + " ").c_str(), stderr);
+      if (answers) line.Reply(StatusReply('0', status));
+    });
+    instrument = std::make_unique<C_RVX>("COM1", 0, kModelFour, PlainActions());
+    EXPECT_TRUE(WaitForStatus(2));
+  }
+
+  std::atomic<bool> answers{true};
+  StatusBytes status{};
+};
+
 // The thread that sends is the one that asks for the end: the abort goes out all the same.
 TEST(ClosingDeathTest, DestroyedFromTheReportOfASilenceItAborts) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_DEATH(RunVirtual([] {
-                 InstrumentBench bench;
-                 bench.port.SetScript([](FakePort&, std::span<const uint8_t> bytes) {
-                   if (bytes.size() > 4 && bytes[3] == 'A' && bytes[4] == 'B') {
-                     std::fputs("aborted\n", stderr);
-                   }
-                 });
-                 bench.host.instruments.onError = [&](const ActionErrorRecord&) {
-                   bench.instrument.reset();
-                 };
+                 DestroyingBench bench([](C_RVX&) {});
+                 bench.answers = false;
                  platform::Sleep(1min);
                }),
-               "aborted.*destroyed from inside a call that it makes");
+               "AB .*destroyed from inside a call that it makes");
 }
 
 // Likewise the thread that reads replies: none can come any more, so what stands in the queue
@@ -59,20 +76,16 @@ TEST(ClosingDeathTest, DestroyedFromTheReportOfASilenceItAborts) {
 TEST(ClosingDeathTest, DestroyedWhileAReplyIsReadItAbortsAndStartsNothing) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_DEATH(RunVirtual([] {
-                 InstrumentBench bench;
-                 ASSERT_TRUE(bench.WaitForStatus(2));
-                 bench.controller.OnCommand([](const std::string& tag, const std::string&) {
-                   std::fputs((tag + " ").c_str(), stderr);
-                 });
-                 bench.host.instruments.onError = [&](const ActionErrorRecord&) {
+                 DestroyingBench bench([](C_RVX& instrument) {
                    TestRecord test;
-                   for (int i = 0; i < 3; ++i) bench.instrument->StartTest(i, 0, test, nullptr);
-                   bench.instrument.reset();
-                 };
-                 bench.controller.SetByte(12, 0x06);  // steppers not initialised
+                   for (int i = 0; i < 3; ++i) instrument.StartTest(i, 0, test, nullptr);
+                 });
+                 StatusBytes uninitialised = bench.status;
+                 uninitialised[12] = 0x06;
+                 bench.port.Reply(StatusReply('0', uninitialised));
                  platform::Sleep(1min);
                }),
-               "^(ST )?AB [^S]*destroyed from inside a call that it makes");
+               "TC (ST )?AB [^S]*destroyed from inside a call that it makes");
 }
 
 TEST(ClosingTest, WithoutAThreadAnInstrumentIsSilentAndCloses) {
