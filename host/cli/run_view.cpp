@@ -34,7 +34,7 @@ std::string Results(const RunPosition& position) {
 
 std::string PositionText(const RunPosition& position, bool current) {
   const char* state = position.finished ? "done" : current ? "running" : "waiting";
-  return fmt::format("{} {:>2}  {:<16}  {:<22}  {:<7}  {}", current ? ">" : " ",
+  return fmt::format("{} {:>2}  {:<16} {:<22} {:<7} {}", current ? ">" : " ",
                      position.plan.position + 1, Printable(position.plan.sampleId),
                      position.plan.label, state, Results(position));
 }
