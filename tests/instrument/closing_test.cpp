@@ -53,7 +53,8 @@ struct DestroyingBench : InstrumentBench {
       if (answers) line.Reply(StatusReply('0', status));
     });
     instrument = std::make_unique<C_RVX>("COM1", 0, kModelFour, PlainActions());
-    EXPECT_TRUE(WaitForStatus(2));
+    // From here on `instrument` is the thread's that destroys it.
+    EXPECT_TRUE(port.WaitForWritten("QST", 3, 10s));
   }
 
   std::atomic<bool> answers{true};
