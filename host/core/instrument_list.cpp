@@ -130,24 +130,24 @@ int32_t InstrumentList::SelectedInstrument() {
 }
 
 void InstrumentList::LineBroken(const std::string& port, const std::string& reason) {
-  // First the pause, then the words.
-  bool paused = false;
+  std::vector<rvx::ViscometerInstrument*> running;
   ErrorReport report;
   report.source = "port " + port;
   for (const InstrumentEntry& entry : Entries()) {
     if (entry.identity.portName != port) continue;
     report.instrument = entry.instrument;
-    if (entry.instrument->IsTrayActive() == 0) continue;
-    entry.instrument->PauseTray(0, 1);
-    paused = true;
+    if (entry.instrument->IsTrayActive() != 0) running.push_back(entry.instrument);
   }
+  const bool paused = !running.empty();
   report.time = platform::LocalNow();
   report.kind = 1;
   report.message = fmt::format(
       "The line of {} broke: {}. {}Plug the device in again; the line then opens by itself{}.",
       port, reason, paused ? "The tray that was running there is paused. " : "",
       paused ? ", and the tray goes on when you resume it" : "");
+  // First the words: a run without a person ends at its pause, and would end without its reason.
   errors_.Report(report);
+  for (rvx::ViscometerInstrument* instrument : running) instrument->PauseTray(0, 1);
 }
 
 void InstrumentList::LineRestored(const std::string& port) {
