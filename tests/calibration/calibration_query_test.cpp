@@ -2,10 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
-
 #include "calibration/calibration_temperatures.h"
 #include "instrument/host/exceptions.h"
+#include "tests/platform/german_locale.h"
 
 namespace rvx {
 namespace {
@@ -37,12 +36,9 @@ void CheckAllTexts() {
 
 TEST(CalibrationQuery, IsTheSameTextInEveryLocale) {
   CheckAllTexts();
-  // The one thing here that only the process's own locale can show.
-  const std::string before = std::setlocale(LC_ALL, nullptr);
-  ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr) << "locales-all is missing";
+  const platform::GermanLocale german;
+  ASSERT_TRUE(german.set()) << "the machine lacks the locale de_DE.UTF-8";
   CheckAllTexts();
-  EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "de_DE.UTF-8");
-  std::setlocale(LC_ALL, before.c_str());
 }
 
 TEST(CalibrationQuery, HoursReachOverMonthsAndLeapDays) {

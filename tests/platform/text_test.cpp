@@ -4,28 +4,13 @@
 #include <rapidcheck/gtest.h>
 
 #include <climits>
-#include <clocale>
 #include <cmath>
 #include <cstdlib>
 
+#include "tests/platform/german_locale.h"
+
 namespace platform {
 namespace {
-
-// The process stands under a locale with a comma as decimal sign for a scope.
-class GermanLocale {
- public:
-  GermanLocale() : before_(std::setlocale(LC_ALL, nullptr)) {
-    set_ = std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
-  }
-  ~GermanLocale() { std::setlocale(LC_ALL, before_.c_str()); }
-  GermanLocale(const GermanLocale&) = delete;
-  GermanLocale& operator=(const GermanLocale&) = delete;
-  bool set() const { return set_; }
-
- private:
-  std::string before_;
-  bool set_ = false;
-};
 
 TEST(Text, NumbersHaveAPointUnderEveryLocale) {
   const GermanLocale german;
