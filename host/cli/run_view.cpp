@@ -51,7 +51,7 @@ std::string ReadingsLine(const RunState& run, const rvx::InstrumentReadings& rea
 // The time of day, with the day if that is another one.
 std::string EndText(const platform::Date& end, const platform::Date& now) {
   const platform::Date::Fields at = end.fields();
-  const std::string time = fmt::format("{:02}:{:02}", at.hour, at.minute);
+  std::string time = fmt::format("{:02}:{:02}", at.hour, at.minute);
   const platform::Date::Fields today = now.fields();
   if (at.day == today.day && at.month == today.month) return time;
   return fmt::format("{:02}-{:02} {}", at.month, at.day, time);
@@ -63,7 +63,7 @@ std::string ProgressLine(const RunState& run, platform::Microseconds now,
   const int filled = static_cast<int>(std::lround(part * kBarWidth));
   const std::string bar = std::string(static_cast<size_t>(filled), '#') +
                           std::string(static_cast<size_t>(kBarWidth - filled), '.');
-  const std::string progress = fmt::format("[{}] {:.0f} %, {} of {} samples", bar, part * 100.0,
+  std::string progress = fmt::format("[{}] {:.0f} %, {} of {} samples", bar, part * 100.0,
                                            run.samples(), run.SamplesDue());
   if (run.finished()) return progress;
   if (run.paused()) return progress + ", paused";
