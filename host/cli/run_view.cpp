@@ -64,7 +64,7 @@ std::string ProgressLine(const RunState& run, platform::Microseconds now,
   const std::string bar = std::string(static_cast<size_t>(filled), '#') +
                           std::string(static_cast<size_t>(kBarWidth - filled), '.');
   std::string progress = fmt::format("[{}] {:.0f} %, {} of {} samples", bar, part * 100.0,
-                                           run.samples(), run.SamplesDue());
+                                     run.samples(), run.SamplesDue());
   if (run.finished()) return progress;
   if (run.paused()) return progress + ", paused";
   const long left = std::lround(run.SecondsLeft(now));
