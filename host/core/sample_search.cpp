@@ -68,8 +68,8 @@ Condition ConditionOf(const SampleQuery& wanted) {
   const size_t longest = std::max(wanted.instrument.size(), wanted.sampleId.size());
   if (longest > kLongestSearchText) {
     throw HostError(HostErrorKind::BadInput,
-                    fmt::format("The text to be searched for has {} letters, more than the {} that "
-                                "can be looked for. Nothing was searched. Shorten it.",
+                    fmt::format("The text to be searched for is too long: {} bytes, of which at most "
+                                "{} can be looked for. Nothing was searched. Shorten it.",
                                 longest, kLongestSearchText));
   }
   Condition condition;

@@ -292,6 +292,19 @@ TEST(TestStateMachineTest, NothingButTheRunOrATroubleEndsTheWaits) {
 
 // --- Models on which the user lowers the tube ---------------------------------------------------
 
+// A test that has begun on a controller which a test moves by hand; the prompt comes next.
+struct BenchBeforeThePrompt : Bench {
+  BenchBeforeThePrompt() : Bench('1') {
+    controller.SetPlaying(false);
+    driver.RunUntil([this] { return controller.CountCommands("ST") == 1; });
+    controller.SetOperation(5);
+    driver.Show();
+  }
+
+  TestRecord test = ShortTest(2);
+  TestDriver driver{*this, test, 0};
+};
+
 TEST(ManualInjectionTest, AsksTheUserOnce) {
   InVirtualTime([] {
     Bench bench('1');
@@ -311,12 +324,8 @@ TEST(ManualInjectionTest, AsksTheUserOnce) {
 // The answer belongs to the prompt that stood; a prompt that rises behind it is another one.
 TEST(ManualInjectionTest, APromptThatRisesAgainIsAskedAgain) {
   InVirtualTime([] {
-    Bench bench('1');
-    bench.controller.SetPlaying(false);
-    TestRecord test = ShortTest(2);
-    TestDriver driver(bench, test, 0);
-    driver.RunUntil([&] { return bench.controller.CountCommands("ST") == 1; });
-    bench.controller.SetOperation(5);
+    BenchBeforeThePrompt bench;
+    TestDriver& driver = bench.driver;
     for (int prompt = 1; prompt <= 2; ++prompt) {
       bench.controller.SetPromptFlag(1);
       driver.RunUntil([&] { return bench.controller.CountCommands("UA") == prompt; });
@@ -344,13 +353,8 @@ TEST(ManualInjectionTest, AnUnheardAnswerIsAskedForAgain) {
 // The controller took the answer, but its reply was lost: the prompt is down, so nobody is asked.
 TEST(ManualInjectionTest, ALostReplyToTheAnswerAbortsTheInjection) {
   InVirtualTime([] {
-    Bench bench('1');
-    bench.controller.SetPlaying(false);
-    TestRecord test = ShortTest(2);
-    TestDriver driver(bench, test, 0);
-    driver.RunUntil([&] { return bench.controller.CountCommands("ST") == 1; });
-    bench.controller.SetOperation(5);
-    driver.Show();
+    BenchBeforeThePrompt bench;
+    TestDriver& driver = bench.driver;
     bench.controller.Ignore("UA", 1);
     bench.prompts.whileOpen = [&] { bench.controller.SetPromptFlag(0); };
     bench.controller.SetPromptFlag(1);
@@ -367,13 +371,8 @@ TEST(ManualInjectionTest, ALostReplyToTheAnswerAbortsTheInjection) {
 // The abort that the lost reply leads to ends the test; nobody waits for its readings then.
 TEST(ManualInjectionTest, ATestThatItHasAbortedItselfFails) {
   InVirtualTime([] {
-    Bench bench('1');
-    bench.controller.SetPlaying(false);
-    TestRecord test = ShortTest(2);
-    TestDriver driver(bench, test, 0);
-    driver.RunUntil([&] { return bench.controller.CountCommands("ST") == 1; });
-    bench.controller.SetOperation(5);
-    driver.Show();
+    BenchBeforeThePrompt bench;
+    TestDriver& driver = bench.driver;
     bench.controller.Ignore("UA", 1);
     bench.prompts.whileOpen = [&] { bench.controller.SetPromptFlag(0); };
     bench.controller.SetPromptFlag(1);
@@ -401,13 +400,8 @@ TEST(ManualInjectionTest, AnInstrumentThatGoesOnHasHeardTheAnswer) {
 // A report that is on its way when the answer goes out ends the wait for its reply.
 TEST(ManualInjectionTest, AReportInPlaceOfTheReplyCountsOnceThePromptHasFallen) {
   InVirtualTime([] {
-    Bench bench('1');
-    bench.controller.SetPlaying(false);
-    TestRecord test = ShortTest(2);
-    TestDriver driver(bench, test, 0);
-    driver.RunUntil([&] { return bench.controller.CountCommands("ST") == 1; });
-    bench.controller.SetOperation(5);
-    driver.Show();
+    BenchBeforeThePrompt bench;
+    TestDriver& driver = bench.driver;
     bench.controller.Ignore("UA", 1);
     bench.controller.SetPromptFlag(1);
     driver.RunUntil([&] { return !bench.prompts.texts.empty(); });
