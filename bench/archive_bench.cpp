@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "bench/measure.h"
-#include "calibration/calibration_query.h"
 #include "host/core/database.h"
 #include "host/core/file_handle.h"
 #include "host/core/host.h"
 #include "host/core/sample_columns.h"
+#include "module/calibration/calibration_query.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // What a fit of the cell's constants costs.
 #include <benchmark/benchmark.h>
 
-#include "calibration/calibration_fit.h"
+#include "module/calibration/calibration_fit.h"
 
 namespace rvx {
 namespace {

@@ -18,11 +18,11 @@
 
 #include "bench/measure.h"
 #include "bench/pty_line.h"
-#include "execution/action_classes.h"
 #include "host/core/host.h"
 #include "host/core/serial_device.h"
-#include "instrument/c_rvx.h"
-#include "instrument/protocol/frames.h"
+#include "module/execution/action_classes.h"
+#include "module/instrument/c_rvx.h"
+#include "module/protocol/frames.h"
 #include "platform/event.h"
 
 namespace {

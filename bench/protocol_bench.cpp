@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "bench/pty_line.h"
-#include "instrument/protocol/reply_reader.h"
-#include "instrument/protocol/status_record.h"
+#include "module/protocol/reply_reader.h"
+#include "module/protocol/status_record.h"
 
 namespace rvx {
 namespace {

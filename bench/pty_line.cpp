@@ -10,8 +10,8 @@
 #include <cerrno>
 
 #include "bench/measure.h"
-#include "instrument/protocol/frames.h"
-#include "instrument/protocol/status_record.h"
+#include "module/protocol/frames.h"
+#include "module/protocol/status_record.h"
 
 namespace bench {
 namespace {

@@ -11,7 +11,7 @@
 #include "bench/measure.h"
 #include "host/core/database.h"
 #include "platform/time_base.h"
-#include "tests/desktop/desktop_bench.h"
+#include "tests/host/desktop/desktop_bench.h"
 
 namespace torvell {
 namespace {

@@ -43,8 +43,8 @@ function(floor_gui_test name)
     "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/gui_leaks.txt")
 endfunction()
 
-# Lets a floor include <ui_NAME.h> for the forms of resources/forms.
+# Lets a floor include <ui_NAME.h> for the forms of module/resources/forms.
 function(floor_forms name)
   set_target_properties(${name} PROPERTIES
-    AUTOUIC ON AUTOUIC_SEARCH_PATHS ${CMAKE_SOURCE_DIR}/resources/forms)
+    AUTOUIC ON AUTOUIC_SEARCH_PATHS ${CMAKE_SOURCE_DIR}/module/resources/forms)
 endfunction()

@@ -1,9 +1,9 @@
 // The stored text of a sample action.
 #include <algorithm>
 
-#include "execution/sample_result.h"
-#include "execution/visc_state_text.h"
 #include "fuzz/require.h"
+#include "module/execution/sample_result.h"
+#include "module/execution/visc_state_text.h"
 #include "tests/support/fake_host.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "fuzz/require.h"
-#include "instrument/configuration_record.h"
+#include "module/instrument/configuration_record.h"
 #include "tests/support/fake_host.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

@@ -1,6 +1,6 @@
 // What a port receives while nobody knows yet whether there is an instrument.
 #include "fuzz/require.h"
-#include "instrument/protocol/identification.h"
+#include "module/protocol/identification.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   rvx::IdentificationListener listener;

@@ -1,8 +1,8 @@
 // The file of standard groups, which somebody wrote with whatever editor.
 #include <algorithm>
 
-#include "calibration/standard_group_file.h"
 #include "fuzz/require.h"
+#include "module/calibration/standard_group_file.h"
 
 namespace {
 

@@ -4,10 +4,10 @@
 #include <vector>
 
 #include "fuzz/require.h"
-#include "instrument/protocol/frames.h"
-#include "instrument/protocol/identification.h"
-#include "instrument/protocol/reply_reader.h"
-#include "instrument/protocol/status_record.h"
+#include "module/protocol/frames.h"
+#include "module/protocol/identification.h"
+#include "module/protocol/reply_reader.h"
+#include "module/protocol/status_record.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // A settings text that somebody imports into an instrument: taken over as a whole or not at all.
-#include "execution/action_classes.h"
 #include "fuzz/require.h"
+#include "module/execution/action_classes.h"
+#include "module/scripting/scriptable_instrument.h"
 #include "platform/time_base.h"
-#include "scripting/scriptable_instrument.h"
 #include "tests/support/fake_host.h"
 
 namespace {

@@ -4,10 +4,10 @@
 #include <vector>
 
 #include "fuzz/require.h"
-#include "instrument/protocol/reply_reader.h"
-#include "instrument/protocol/status_record.h"
+#include "module/protocol/reply_reader.h"
+#include "module/protocol/status_record.h"
+#include "module/simulator/sim_link.h"
 #include "platform/time_base.h"
-#include "simulator/sim_link.h"
 
 namespace {
 

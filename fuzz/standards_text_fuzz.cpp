@@ -1,10 +1,10 @@
 // The stored text of the calibration standards.
 #include <algorithm>
 
-#include "calibration/standards_map.h"
+#include "boundary/exceptions.h"
+#include "boundary/standards_text.h"
 #include "fuzz/require.h"
-#include "instrument/host/exceptions.h"
-#include "instrument/host/standards_text.h"
+#include "module/calibration/standards_map.h"
 
 namespace {
 

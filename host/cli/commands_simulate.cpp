@@ -3,6 +3,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "boundary/host.h"
+#include "boundary/simulated_oils_text.h"
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
 #include "host/cli/oils_file.h"
@@ -11,8 +13,6 @@
 #include "host/cli/table.h"
 #include "host/core/users.h"
 #include "host/tray/number_text.h"
-#include "instrument/host/host.h"
-#include "instrument/host/simulated_oils_text.h"
 
 namespace torvell {
 

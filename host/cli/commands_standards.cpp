@@ -3,6 +3,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "boundary/host.h"
+#include "boundary/standards_text.h"
 #include "host/cli/arguments.h"
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
@@ -12,8 +14,6 @@
 #include "host/core/users.h"
 #include "host/tray/number_text.h"
 #include "host/tray/tray_access.h"
-#include "instrument/host/host.h"
-#include "instrument/host/standards_text.h"
 #include "platform/text.h"
 
 namespace torvell {

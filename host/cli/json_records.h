@@ -1,10 +1,10 @@
 // The JSON of instruments, readings, samples and reports: keys are a contract with scripts.
 #pragma once
 
+#include "boundary/instrument_scripting.h"
 #include "host/cli/output.h"
 #include "host/core/error_store.h"
 #include "host/core/sample_store.h"
-#include "instrument/host/instrument_scripting.h"
 
 namespace torvell {
 

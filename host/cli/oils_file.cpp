@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <optional>
 
+#include "boundary/simulated_oils_text.h"
+#include "boundary/standards_text.h"
 #include "host/tray/number_text.h"
-#include "instrument/host/simulated_oils_text.h"
-#include "instrument/host/standards_text.h"
 #include "platform/text.h"
 
 namespace torvell {

@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "boundary/instrument_scripting.h"
+#include "boundary/viscometer_instrument.h"
 #include "host/cli/console_prompter.h"
 #include "host/cli/exit_codes.h"
 #include "host/cli/options.h"
 #include "host/cli/output.h"
 #include "host/core/host.h"
-#include "instrument/host/instrument_scripting.h"
-#include "instrument/host/viscometer_instrument.h"
 
 namespace torvell {
 

@@ -6,7 +6,7 @@
 #include <map>
 #include <utility>
 
-#include "instrument/host/standards_text.h"
+#include "boundary/standards_text.h"
 #include "platform/text.h"
 
 namespace torvell {

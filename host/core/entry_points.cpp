@@ -1,9 +1,9 @@
 // The entries that the module looks up by name.
 #include <atomic>
 
+#include "boundary/host.h"
 #include "host/core/current_host.h"
 #include "host/core/host.h"
-#include "instrument/host/host.h"
 
 namespace rvx {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "boundary/exceptions.h"
 #include "host/core/listener_list.h"
-#include "instrument/host/exceptions.h"
 #include "platform/date.h"
 
 namespace rvx {

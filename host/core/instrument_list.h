@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "boundary/host.h"
+#include "boundary/instrument_scripting.h"
 #include "host/core/error_store.h"
 #include "host/core/listener_list.h"
 #include "host/core/lock_ranks.h"
 #include "host/core/ports.h"
-#include "instrument/host/host.h"
-#include "instrument/host/instrument_scripting.h"
 
 namespace torvell {
 

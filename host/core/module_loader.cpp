@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "instrument/host/exceptions.h"
+#include "boundary/exceptions.h"
 #include "platform/library.h"
 #include "platform/thread.h"
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "instrument/host/viscometer_instrument.h"
+#include "boundary/viscometer_instrument.h"
 
 namespace torvell {
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
+#include "boundary/host.h"
 #include "host/core/listener_list.h"
-#include "instrument/host/host.h"
 
 namespace torvell {
 

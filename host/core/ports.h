@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "boundary/host.h"
 #include "host/core/listener_list.h"
 #include "host/core/lock_ranks.h"
 #include "host/core/port_settings.h"
-#include "instrument/host/host.h"
 #include "platform/lock.h"
 
 namespace torvell {

@@ -7,7 +7,7 @@
 #include <variant>
 #include <vector>
 
-#include "instrument/host/sample.h"
+#include "boundary/sample.h"
 
 namespace torvell {
 

@@ -15,9 +15,9 @@
 #include <stdexcept>
 #include <utility>
 
+#include "boundary/sample_constants.h"
 #include "host/core/file_handle.h"
 #include "host/core/sample_columns.h"
-#include "instrument/host/sample_constants.h"
 #include "platform/log.h"
 
 namespace torvell {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "instrument/host/sample.h"
+#include "boundary/sample.h"
 
 namespace torvell {
 

@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "boundary/host.h"
 #include "host/core/listener_list.h"
 #include "host/core/sample_columns.h"
 #include "host/core/sample_spool.h"
-#include "instrument/host/host.h"
 
 namespace torvell {
 

@@ -6,8 +6,8 @@
 #include <set>
 #include <string>
 
+#include "boundary/host.h"
 #include "host/core/lock_ranks.h"
-#include "instrument/host/host.h"
 #include "platform/lock.h"
 
 namespace torvell {

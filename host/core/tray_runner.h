@@ -5,11 +5,11 @@
 #include <memory>
 #include <string>
 
+#include "boundary/tray.h"
 #include "host/core/error_store.h"
 #include "host/core/instrument_list.h"
 #include "host/core/listener_list.h"
 #include "host/core/sample_store.h"
-#include "instrument/host/tray.h"
 #include "platform/event.h"
 
 namespace torvell {

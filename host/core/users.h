@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "boundary/host.h"
 #include "host/core/lock_ranks.h"
-#include "instrument/host/host.h"
 #include "platform/lock.h"
 
 namespace torvell {
@@ -25,8 +25,8 @@ struct User {
 };
 
 // The users of a data folder, and who acts: set when the host opens, and by a window whenever its
-// person changes. With no user in the folder the local person acts at level 100; else the named user
-// at the level that is stored; a name that is unknown, or none, is level 0. Any thread.
+// person changes. With no user in the folder the local person acts at level 100; else the named
+// user at the level that is stored; a name that is unknown, or none, is level 0. Any thread.
 class Users : public rvx::SecurityManager {
  public:
   explicit Users(Database& database);

@@ -4,8 +4,8 @@
 
 #include <filesystem>
 
+#include "boundary/standards_text.h"
 #include "host/tray/csv.h"
-#include "instrument/host/standards_text.h"
 
 namespace torvell {
 namespace {

@@ -5,8 +5,8 @@
 #include <functional>
 #include <memory>
 
+#include "boundary/viscometer_instrument.h"
 #include "host/core/user_interface.h"
-#include "instrument/host/viscometer_instrument.h"
 
 class QWidget;
 

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <optional>
 
+#include "boundary/instrument_scripting.h"
 #include "host/desktop/theme.h"
-#include "instrument/host/instrument_scripting.h"
 #include "platform/time_base.h"
 
 namespace torvell {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "instrument/host/action.h"
+#include "boundary/action.h"
 
 namespace torvell {
 namespace {

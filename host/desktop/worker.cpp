@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "boundary/exceptions.h"
 #include "host/core/host_error.h"
-#include "instrument/host/exceptions.h"
 
 namespace torvell {
 

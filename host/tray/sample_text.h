@@ -3,8 +3,8 @@
 
 #include <string>
 
+#include "boundary/sample.h"
 #include "host/tray/number_text.h"
-#include "instrument/host/sample.h"
 
 namespace torvell {
 

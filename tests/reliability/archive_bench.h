@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/core/temp_folder.h"
+#include "tests/host/core/temp_folder.h"
 
 namespace torvell {
 

@@ -3,18 +3,18 @@
 #include <QListWidget>
 #include <QMessageBox>
 
-#include "calibration/editlist/edit_list.h"
-#include "calibration/standards_map.h"
-#include "execution/editors/check_visc_list.h"
-#include "execution/editors/sample_tests_editor.h"
-#include "instrument/views/custom_status_wnd.h"
-#include "resources/string_ids.h"
-#include "resources/string_table.h"
-#include "tests/editors/editor_bench.h"
+#include "module/calibration/standards_map.h"
+#include "module/resources/string_ids.h"
+#include "module/resources/string_table.h"
+#include "module/screens/samples/check_visc_list.h"
+#include "module/screens/samples/sample_tests_editor.h"
+#include "module/screens/status/custom_status_wnd.h"
+#include "module/toolkit/controls.h"
+#include "module/toolkit/editlist/edit_list.h"
+#include "module/toolkit/pause_tray_query.h"
+#include "module/toolkit/qt_prompter.h"
+#include "tests/module/screens/samples/editor_bench.h"
 #include "tests/screenshots/shoot.h"
-#include "toolkit/controls.h"
-#include "toolkit/pause_tray_query.h"
-#include "toolkit/qt_prompter.h"
 
 namespace rvx {
 namespace {

@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "instrument/host/host.h"
-#include "simulator/simulated_instrument.h"
+#include "boundary/host.h"
+#include "module/simulator/simulated_instrument.h"
 #include "tests/simulation/observer.h"
 #include "tests/simulation/scenario.h"
 #include "tests/support/fake_port.h"

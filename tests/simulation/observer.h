@@ -14,9 +14,9 @@
 #include <string_view>
 #include <vector>
 
-#include "instrument/host/exceptions.h"
-#include "instrument/host/host.h"
-#include "instrument/host/sample.h"
+#include "boundary/exceptions.h"
+#include "boundary/host.h"
+#include "boundary/sample.h"
 #include "platform/lock.h"
 #include "tests/simulation/line_reader.h"
 #include "tests/simulation/run_page.h"
@@ -129,7 +129,7 @@ class Observer {
   bool suppliesSteady_ GUARDED_BY(lock_) = true;
   std::array<uint8_t, 4> supplies_ GUARDED_BY(lock_){};
   int64_t lastFrame_ GUARDED_BY(lock_) = 0;
-  int openAborts_ GUARDED_BY(lock_) = 0;  // CABs without their answer
+  int openAborts_ GUARDED_BY(lock_) = 0;   // CABs without their answer
   int64_t cabDue_ GUARDED_BY(lock_) = -1;  // by when a CAB must have gone out
   bool outageReported_ GUARDED_BY(lock_) = false;
   bool outageExcused_ GUARDED_BY(lock_) = false;  // a second report, by the frame under way

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "instrument/host/exceptions.h"
+#include "boundary/exceptions.h"
 #include "tests/simulation/expected_result.h"
 #include "tests/support/unseen_guard.h"
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "execution/visc_action.h"
-#include "instrument/c_rvx.h"
+#include "module/execution/visc_action.h"
+#include "module/instrument/c_rvx.h"
 #include "platform/thread.h"
 #include "tests/simulation/faulty_line.h"
 #include "tests/simulation/host_faults.h"

@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include "instrument/host/tray.h"
+#include "boundary/tray.h"
 #include "platform/event.h"
 #include "platform/lock.h"
 

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "execution/action_classes.h"
+#include "module/execution/action_classes.h"
 #include "platform/key_store.h"
 #include "tests/simulation/expected_result.h"
 

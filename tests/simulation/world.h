@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "instrument/c_rvx.h"
+#include "module/instrument/c_rvx.h"
 #include "tests/simulation/controllers.h"
 #include "tests/simulation/faulty_line.h"
 #include "tests/simulation/host_faults.h"

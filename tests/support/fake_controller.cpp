@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "instrument/protocol/frames.h"
+#include "module/protocol/frames.h"
 
 namespace rvx {
 

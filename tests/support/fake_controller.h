@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "instrument/protocol/status_record.h"
+#include "module/protocol/status_record.h"
 #include "platform/lock.h"
 #include "tests/support/fake_port.h"
 

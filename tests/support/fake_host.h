@@ -20,7 +20,7 @@
 #include <utility>
 #include <vector>
 
-#include "instrument/host/host.h"
+#include "boundary/host.h"
 #include "platform/event.h"
 #include "platform/lock.h"
 #include "tests/support/fake_port.h"

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "instrument/host/host.h"
+#include "boundary/host.h"
 #include "platform/event.h"
 #include "platform/lock.h"
 #include "platform/thread.h"

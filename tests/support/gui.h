@@ -14,10 +14,10 @@
 #include <string>
 #include <vector>
 
+#include "module/toolkit/gui_thread.h"
 #include "platform/prompt.h"
 #include "platform/thread.h"
 #include "platform/time_base.h"
-#include "toolkit/gui_thread.h"
 
 // So that a failed comparison can be read.
 inline void PrintTo(const QString& text, std::ostream* out) {

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "instrument/protocol/conversions.h"
-#include "instrument/protocol/frames.h"
+#include "module/protocol/conversions.h"
+#include "module/protocol/frames.h"
 
 namespace rvx {
 

@@ -1,0 +1,27 @@
+#include "module/entry/screens.h"
+
+#include <QApplication>
+
+#include "module/execution/sample_action_editor.h"
+#include "module/screens/samples/sample_editor.h"
+#include "module/screens/status/custom_status_wnd.h"
+#include "module/toolkit/qt_prompter.h"
+#include "platform/prompt.h"
+
+namespace rvx {
+
+void InstallScreens() {
+  if (dynamic_cast<QApplication*>(QCoreApplication::instance()) == nullptr) return;
+  // What is set here is never destroyed, because threads may use it while the process ends.
+  if (!platform::HasPrompter()) {
+    auto* prompter = new QtPrompter;
+    platform::SetPrompter(prompter);
+    // Behind the event loop's end a thread that asks would wait for ever.
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, [prompter] { prompter->Close(); });
+  }
+  static SampleEditor* const editor = new SampleEditor;
+  SetSampleActionEditor(editor);
+  SetStatusWindowMaker(MakeStatusWindow);
+}
+
+}  // namespace rvx

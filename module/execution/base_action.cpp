@@ -1,0 +1,183 @@
+#include "module/execution/base_action.h"
+
+#include <limits>
+#include <system_error>
+#include <utility>
+
+#include "module/execution/context.h"
+#include "module/execution/view_action.h"
+#include "module/instrument/c_rvx.h"
+#include "module/instrument/watcher_call.h"
+#include "module/resources/string_ids.h"
+#include "module/resources/string_table.h"
+#include "platform/mutant.h"
+
+namespace rvx {
+namespace {
+
+// People count trays and positions from 1.
+int32_t CountFromOne(int number) {
+  return number == std::numeric_limits<int>::max() ? number : number + 1;
+}
+
+std::string InsertName(std::string text, const std::string& name) {
+  const size_t place = text.find("%s");
+  if (place != std::string::npos) text.replace(place, 2, name);
+  return text;
+}
+
+void TellFinished(LaunchRecord& record, ActionWatcher& watcher) {
+  CallWatcher(&record.instrument, "ActionFinished",
+              [&] { watcher.ActionFinished(record.context); });
+}
+
+}  // namespace
+
+CBaseAction::CBaseAction(C_RVX& instrument, int labelId)
+    : instrument_(instrument), labelId_(labelId) {
+  ExecuteLoadResources(this);
+}
+
+CBaseAction::~CBaseAction() { StopRun(); }
+
+int32_t CBaseAction::LoadResources() {
+  invalidContextText_ = LoadResourceString(kTextInvalidContext);
+  runningText_ = LoadResourceString(kTextActionRunning);
+  computerErrorText_ = LoadResourceString(kTextComputerError);
+  label_ = LoadResourceString(labelId_);
+  return 0;
+}
+
+void CBaseAction::Start(ActionWatcher* watcher, const std::string& context) {
+  StartFailure failure;
+  int32_t tray = 0;
+  int32_t position = 0;
+  {
+    platform::RecursiveGuard guard(lock_);
+    if (const auto place = ParseContext(context)) {
+      tray = tray_ = CountFromOne(place->tray);
+      position = position_ = CountFromOne(place->position);
+    }
+    // A screen has time: measuring threads go first.
+    failure = Launch(watcher, context, tray_, position_, "screen", platform::ThreadPriority::Lowest,
+                     ViewThread, RunKind::Screen);
+  }
+  if (failure == StartFailure::None) return;
+  ActionErrorRecord record = instrument_.MakeErrorRecord();
+  record.tray = tray;
+  record.position = position;
+  Raise(std::move(record), GetFailureText(failure));
+}
+
+CBaseAction::StartFailure CBaseAction::Launch(ActionWatcher* watcher, const std::string& context,
+                                              int tray, int position, const char* threadName,
+                                              platform::ThreadPriority priority, RunFunction run,
+                                              RunKind kind) {
+  if (launch_ != nullptr) return StartFailure::Running;
+  auto record = std::make_shared<LaunchRecord>(instrument_, this, watcher, context, tray, position,
+                                               kind == RunKind::DrivesInstrument);
+  // Made here and not on the thread, so that the instrument can't be gone before the thread begins;
+  // it goes with the thread's function.
+  auto use = std::make_shared<InstrumentUse>(instrument_);
+  launch_ = record;
+  try {
+    platform::StartThread(
+        threadName,
+        [record, use = std::move(use), run] {
+          use->NoteOwnThread();
+          run(*record);
+        },
+        priority);
+  } catch (const std::system_error&) {
+    launch_.reset();
+    return StartFailure::NoThread;
+  }
+  return StartFailure::None;
+}
+
+std::string CBaseAction::GetFailureText(StartFailure failure) {
+  switch (failure) {
+    case StartFailure::None:
+      return std::string();
+    case StartFailure::Running:
+      return InsertName(runningText_, GetClassName());
+    case StartFailure::BadContext:
+      return InsertName(invalidContextText_, GetClassName());
+    case StartFailure::NoThread:
+      return InsertName(computerErrorText_, GetClassName());
+  }
+  return std::string();
+}
+
+void CBaseAction::Raise(ActionErrorRecord record, const std::string& message) {
+  record.message = message;
+  throw new ActionException(std::move(record));
+}
+
+void CBaseAction::Stop() { StopRun(); }
+
+void CBaseAction::StopRun() {
+  std::shared_ptr<LaunchRecord> launch;
+  {
+    platform::RecursiveGuard guard(lock_);
+    launch = launch_;
+  }
+  if (launch == nullptr) return;
+  ActionWatcher* watcher;
+  {
+    // Whoever takes the watcher out of the record, a stopper or the thread, tells it of the end, so
+    // it hears that once. The record's lock comes before the action's, hence the two separate
+    // holds.
+    platform::RecursiveGuard guard(launch->lock);
+    watcher = launch->watcher;
+    if (!platform::IsPlanted("end-told-twice")) launch->watcher = nullptr;
+    const bool runs = std::exchange(launch->action, nullptr) != nullptr;
+    launch->stopped = true;
+    const bool sends = runs && launch->drivesInstrument;
+    if (sends && !platform::IsPlanted("stop-without-cab")) instrument_.SendAbort(nullptr);
+  }
+  launch->stopEvent.Set();
+  {
+    platform::RecursiveGuard guard(lock_);
+    if (launch_ == launch) launch_.reset();
+  }
+  if (watcher != nullptr) TellFinished(*launch, *watcher);
+}
+
+void CBaseAction::FinishRun(LaunchRecord& record) {
+  platform::RecursiveGuard guard(record.lock);
+  ActionWatcher* watcher = std::exchange(record.watcher, nullptr);
+  if (platform::IsPlanted("end-not-told")) watcher = nullptr;
+  if (watcher != nullptr) TellFinished(record, *watcher);
+  CBaseAction* action = std::exchange(record.action, nullptr);
+  if (action == nullptr) return;
+  platform::RecursiveGuard actionGuard(action->lock_);
+  if (action->launch_.get() == &record) action->launch_.reset();
+}
+
+int32_t CBaseAction::IsConfigured() {
+  platform::RecursiveGuard guard(lock_);
+  return configured_;
+}
+
+int32_t CBaseAction::HasRun() {
+  platform::RecursiveGuard guard(lock_);
+  return hasRun_;
+}
+
+std::string CBaseAction::GetSampleId() {
+  platform::RecursiveGuard guard(lock_);
+  return sampleId_;
+}
+
+int32_t CBaseAction::IsRunning() {
+  platform::RecursiveGuard guard(lock_);
+  return launch_ != nullptr ? 1 : 0;
+}
+
+void CBaseAction::SetSampleId(const std::string& text) {
+  platform::RecursiveGuard guard(lock_);
+  sampleId_ = text;
+}
+
+}  // namespace rvx

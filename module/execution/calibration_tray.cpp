@@ -1,0 +1,65 @@
+#include "module/execution/calibration_tray.h"
+
+#include <memory>
+#include <utility>
+
+#include "module/execution/visc_action.h"
+#include "module/instrument/c_rvx.h"
+
+namespace rvx {
+namespace {
+
+constexpr int32_t kEmptyKind = 0;
+// Without constants the first kind of sample action is the one for oils that are known.
+constexpr int32_t kFirstKind = 1;
+constexpr int32_t kSecondKind = 2;
+
+int32_t GetRotorTime(C_RVX& instrument) {
+  ConfigurationGuard guard(instrument.configuration());
+  return instrument.configuration().testRecord.rotorOnTimes[0];
+}
+
+std::shared_ptr<Action> MakeStandardAction(C_RVX& instrument,
+                                           const CalibrationTrayPosition& position) {
+  const int32_t kind = instrument.HasCellConstants(kAnyTemperature) ? kSecondKind : kFirstKind;
+  std::shared_ptr<Action> action(instrument.CreateSampleAction(kind));
+  action->SetSampleId(position.sampleId);
+  auto* sample = dynamic_cast<C_RVXViscAction*>(action.get());
+  for (size_t i = 0; sample != nullptr && i < position.points.size(); ++i) {
+    const CalibrationTrayPoint& point = position.points[i];
+    sample->SetTestPoint(static_cast<int>(i), point.temperature, point.viscosity,
+                         GetRotorTime(instrument));
+  }
+  return action;
+}
+
+}  // namespace
+
+bool FillCalibrationTray(C_RVX& instrument, const CalibrationTrayPlan& plan) {
+  TrayOfSampleActions& tray = *instrument.GetTray(0);
+  size_t size = 0;
+  {
+    TrayGuard guard(tray);
+    size = static_cast<size_t>(tray.GetSize());
+  }
+  if (plan.positions.size() > size) return false;
+  // Made before the lock is taken, which making an action must not wait for.
+  std::vector<std::shared_ptr<Action>> actions;
+  for (size_t i = 0; i < size; ++i) {
+    if (i < plan.positions.size()) {
+      actions.push_back(MakeStandardAction(instrument, plan.positions[i]));
+      continue;
+    }
+    actions.emplace_back(instrument.CreateSampleAction(kEmptyKind));
+    actions.back()->SetSampleId("");
+  }
+  {
+    TrayGuard guard(tray);
+    actions = tray.ReplaceAll(std::move(actions));
+  }
+  for (const std::shared_ptr<Action>& removed : actions) removed->Stop();
+  GetInstrumentManager()->NotifyInstrumentChanged();
+  return true;
+}
+
+}  // namespace rvx

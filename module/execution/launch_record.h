@@ -1,0 +1,67 @@
+// What an action and the thread of its run share.
+#pragma once
+
+#include <string>
+
+#include "boundary/action.h"
+#include "module/instrument/lock_ranks.h"
+#include "platform/event.h"
+#include "platform/lock.h"
+
+namespace rvx {
+
+class C_RVX;
+class CBaseAction;
+
+// Made by Start, held by the action and by the thread, so that it outlives an action that is
+// stopped or destroyed while its thread still runs. The instrument outlives the thread, since the
+// thread is registered there from before its start to its very end.
+//
+// The lock is held over the watcher's calls, so that a stopper who has detached the watcher knows
+// that no call is under way or to come. A watcher may stop or destroy the action from inside a call
+// (the lock is recursive), so after each call the thread looks at `watcher` and `action` again.
+struct LaunchRecord {
+  LaunchRecord(C_RVX& ownInstrument, CBaseAction* ownAction, ActionWatcher* ownWatcher,
+               std::string ownContext, int ownTray, int ownPosition, bool drives = true);
+  LaunchRecord(const LaunchRecord&) = delete;
+  LaunchRecord& operator=(const LaunchRecord&) = delete;
+
+  // Tell the watcher, if one is still attached. On the run's thread.
+  void ReportStarted();
+  void ReportStatus(const std::string& text);
+
+  // Calls `send` with the lock held, unless the run was stopped: false. Behind a stop nothing that
+  // starts something can follow its CAB.
+  template <class Send>
+  bool SendUnlessStopped(const Send& send) {
+    platform::RecursiveGuard guard(lock);
+    if (stopped) return false;
+    send();
+    return true;
+  }
+
+  // True once the action was stopped or destroyed.
+  bool IsDetached();
+
+  // Constant after construction.
+  C_RVX& instrument;
+  const std::string context;
+  const int tray;      // raw number of the context; sample and move actions only
+  const int position;  // raw number of the context; sample and move actions only
+
+  // Whether the run gives the instrument something to do, which a stop then has to end.
+  const bool drivesInstrument;
+
+  // Set once by the stopper; it stays set, so that nobody has to hand it on.
+  platform::Event stopEvent{"action stop", platform::Event::Mode::ManualReset};
+
+  platform::RecursiveLock lock{"launch record", kLaunchRecordLockRank};
+  ActionWatcher* watcher GUARDED_BY(lock);  // not owned; null once detached
+  CBaseAction* action GUARDED_BY(lock);     // not owned; null once detached
+  // Behind a stop the run sends nothing any more. The stopper has queued the CAB himself, since the
+  // run's thread may be held up for long (by a question to the user, say) and its CAB would then
+  // end a run that has been started meanwhile.
+  bool stopped GUARDED_BY(lock) = false;
+};
+
+}  // namespace rvx

@@ -1,0 +1,99 @@
+// Everything that is remembered about an instrument.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include "boundary/host.h"
+#include "module/calibration/calibration_temperatures.h"
+#include "module/instrument/lock_ranks.h"
+#include "module/instrument/test_record.h"
+#include "platform/date.h"
+#include "platform/lock.h"
+
+namespace rvx {
+
+// For HasCellConstants: any temperature.
+inline constexpr double kAnyTemperature = 1.7976931348623157e+308;
+// A samples-since-check of this or more: no check standard was ever run.
+inline constexpr int32_t kNeverChecked = 10000;
+
+// What FromText takes over beside the configuration id.
+enum SettingsFlag : int32_t {
+  kLoadTray = 1,
+  kLoadRunParameters = 2,
+  kLoadCalibration = 4,
+  kLoadIdentity = 8,
+  kLoadAll = 15
+};
+
+enum RunFlag : uint32_t { kTrayRunning = 1, kTrayPaused = 2, kPauseRequested = 4 };
+
+// A part of C_RVX, where its lock is the configuration lock; other copies are plain working copies.
+// The fields are public, to be read and written between Lock and Unlock; the operations take the
+// lock themselves.
+class CAPABILITY("mutex") ConfigurationRecord {
+ public:
+  ConfigurationRecord();
+  ConfigurationRecord(const ConfigurationRecord& other);
+  ConfigurationRecord& operator=(const ConfigurationRecord& other);
+
+  void Lock() const ACQUIRE() NO_THREAD_SAFETY_ANALYSIS;
+  void Unlock() const RELEASE() NO_THREAD_SAFETY_ANALYSIS;
+
+  // Sets instrument id, tray positions, time-out, period, injection temperature (by the present
+  // model code), check-standard fields and the test record to their defaults; the rest stays.
+  void SetDefaults();
+  // Copies everything but the lock.
+  void Assign(const ConfigurationRecord& other);
+  // The text form: 52 fields, 0x0B behind each.
+  std::string ToText() const;
+  // Takes over what `flags` select. False, and nothing is changed, for fewer than 44 fields.
+  bool FromText(const std::string& text, int32_t flags);
+
+  std::string GetInstrumentId() const;  // trimmed
+  void SetInstrumentId(const std::string& text);
+  std::string GetConfigurationId() const;  // trimmed
+
+  // 9 with the low temperature option, else 8.
+  int GetSlotCount() const;
+  // The slot in use whose temperature range holds `temperature` (degrees C).
+  int SelectCalibrationSlot(double temperature) const;
+  void GetCellConstants(double temperature, double& b0Out, double& b1Out, double& b2Out) const;
+  // Whether that slot, or for kAnyTemperature any slot in use, is not empty.
+  bool HasCellConstants(double temperature) const;
+
+  std::string instrumentId;        // use GetInstrumentId
+  std::string configurationId;     // use GetConfigurationId
+  int32_t responseTimeout = 6000;  // ms
+  std::string serialNumber;
+  std::string firmwareVersion;
+  int32_t trayPositions = 30;
+  int32_t statusPeriod = 495;  // ms
+  std::string probeId;
+  double a0 = 1.292035, a1 = 0.22621, a2 = 0.000210003;  // probe
+  std::array<double, kCalibrationSlots> b0{}, b1{}, b2{};
+  uint8_t checkStandardFlag = 0;
+  int32_t checkStandardInterval = 25;  // samples
+  int32_t samplesSinceCheck = kNeverChecked;
+  double injectionTemperature = -5.0;  // degrees C
+  std::array<platform::Date, kCalibrationSlots> calibrationDates;
+  TestRecord testRecord;
+  double temperatureOffset = 0.0;  // degrees C, models "3" and "4"
+  std::string portName = "COM2";
+  uint8_t address = 0;
+  char modelCode = 0;  // '1' to '4'
+  uint8_t optionByte = 0;
+  uint16_t selfTestWord = 0;
+  uint8_t latchedMachineStatus = 0;
+  std::string lastReply;
+  uint32_t runFlags = 0;  // RunFlag
+  Port* port = nullptr;   // not owned
+
+ private:
+  mutable platform::RecursiveLock lock_{"configuration", kConfigurationLockRank};
+};
+using ConfigurationGuard = platform::LockGuard<const ConfigurationRecord>;
+
+}  // namespace rvx

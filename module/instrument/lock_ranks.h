@@ -1,0 +1,32 @@
+// The order of the module's locks: a thread takes them in rising rank only. The table in
+// ARCHITECTURE.md says what each guards and why it stands where it stands.
+#pragma once
+
+#include "boundary/tray.h"
+#include "platform/lock.h"
+
+namespace rvx {
+
+inline constexpr platform::LockRank kStatusWindowLockRank = 100;
+// A launch record is held over the watcher calls of a run and over the storing of a sample, so
+// everything those reach comes behind it.
+inline constexpr platform::LockRank kLaunchRecordLockRank = 200;
+inline constexpr platform::LockRank kTrayRunRecordLockRank = 300;   // TrayRun
+inline constexpr platform::LockRank kTrayRunPointerLockRank = 400;  // C_RVX's pointer to it
+// kTrayLockRank = 600: boundary/tray.h
+inline constexpr platform::LockRank kActionLockRank = 700;
+// Held while a CommandClient is called; a client may queue from inside.
+inline constexpr platform::LockRank kDeliveryLockRank = 800;
+inline constexpr platform::LockRank kErrorClientsLockRank = 850;
+inline constexpr platform::LockRank kQueueLockRank = 900;
+inline constexpr platform::LockRank kPendingLockRank = 1000;
+inline constexpr platform::LockRank kAutoReportLockRank = 1100;
+inline constexpr platform::LockRank kConfigurationLockRank = 1200;
+inline constexpr platform::LockRank kTestRecordLockRank = 1300;
+inline constexpr platform::LockRank kStatusLockRank = 1400;
+// The host's own locks start here (host/core/lock_ranks.h): the module calls the host with some of
+// its locks held, never the other way round.
+inline constexpr platform::LockRank kFirstHostLockRank = 5000;
+static_assert(kTrayRunPointerLockRank < kTrayLockRank && kTrayLockRank < kActionLockRank);
+
+}  // namespace rvx

@@ -1,0 +1,47 @@
+#include "module/instrument/save_cell_constants.h"
+
+#include "boundary/host.h"
+#include "module/instrument/c_rvx.h"
+
+namespace rvx {
+
+SavedConstants SaveCellConstants(C_RVX& instrument, std::optional<int> temperatureIndex,
+                                 int dateIndex, const CalibrationTexts& texts,
+                                 const platform::Date& now) {
+  const int first = temperatureIndex.value_or(0);
+  if (first < 0 || first >= kCalibrationSlots || dateIndex < 0 || dateIndex >= kCalibrationSlots) {
+    throw new InvalidException;
+  }
+  SavedConstants saved;
+  saved.values = ConstantsOf(texts);
+  const bool cleared = saved.values.b0 == 0.0 && saved.values.b1 == 0.0 && saved.values.b2 == 0.0;
+  saved.date = cleared ? NeverCalibrated() : now;
+  const auto dateSlot = static_cast<size_t>(dateIndex);
+  ConfigurationRecord& record = instrument.configuration();
+  platform::Date oldDate;
+  {
+    ConfigurationGuard guard(record);
+    const int end = temperatureIndex ? first + 1 : record.GetSlotCount();
+    oldDate = record.calibrationDates[dateSlot];
+    for (size_t slot = static_cast<size_t>(first); slot < static_cast<size_t>(end); ++slot) {
+      record.b0[slot] = saved.values.b0;
+      record.b1[slot] = saved.values.b1;
+      record.b2[slot] = saved.values.b2;
+      record.calibrationDates[slot] = saved.date;
+    }
+  }
+  try {
+    GetInstrumentArchive()->StoreInstrument(instrument.GetArchiveKey(), &instrument);
+    GetInstrumentManager()->NotifyInstrumentChanged();
+    saved.stored = true;
+  } catch (ArchiveException* refused) {
+    saved.reason = refused->GetRecord().message;
+    delete refused;
+    ConfigurationGuard guard(record);
+    record.calibrationDates[dateSlot] = oldDate;
+    saved.date = oldDate;
+  }
+  return saved;
+}
+
+}  // namespace rvx

@@ -1,0 +1,36 @@
+// Puts the constants of a calibration into force.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "module/calibration/calibration_fit.h"
+#include "platform/date.h"
+
+namespace rvx {
+
+class C_RVX;
+
+struct SavedConstants {
+  CellConstantValues values;  // what the report prints and recalculates with
+  platform::Date date;        // to be shown: the new one, or the old one when nothing was stored
+  bool stored = false;
+  std::string reason;  // the archive's, when it was not stored
+};
+
+// Reads B0, B1 and B2 from their texts and puts them with the date `now` (local time) into a slot
+// of kCalibrationTemperatures, or into all that the instrument offers; constants that are all
+// exactly 0 get the date of a cell that was never calibrated. Then stores the instrument and tells
+// the host. When the archive refuses, `dateIndex` gets its old date back; constants and other dates
+// are in force all the same, and closing the instrument stores them if the archive works by then.
+// Whoever called tells the user, and may put the constants back. `dateIndex` is
+// the temperature that a screen shows: the slot itself unless all are meant. Any thread. The rights
+// are the caller's to check. InvalidException for an index that is no slot.
+SavedConstants SaveCellConstants(C_RVX& instrument, std::optional<int> temperatureIndex,
+                                 int dateIndex, const CalibrationTexts& texts,
+                                 const platform::Date& now);
+
+// The date of constants that were never calibrated.
+inline platform::Date NeverCalibrated() { return platform::Date(1938, 1, 1); }
+
+}  // namespace rvx

@@ -1,0 +1,20 @@
+// What the simulated instrument has in its tray.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string_view>
+
+#include "module/simulator/oil_rotor.h"
+
+namespace rvx {
+
+// The rows of the stored text (boundary/simulated_oils_text.h) by tray position. Rows that
+// are damaged or out of every range are left out.
+std::map<int, simulator::OilCurve> ParseSimulatedOils(std::string_view text);
+
+// The rotor for the oils that are stored; null, for the usual one, when there are none or they
+// can't be read. It sees the temperature that a new instrument's settings make of the probe.
+std::unique_ptr<simulator::RotorModel> MakeStoredRotor();
+
+}  // namespace rvx

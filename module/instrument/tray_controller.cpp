@@ -1,0 +1,156 @@
+#include "module/instrument/tray_controller.h"
+
+#include <system_error>
+
+#include "module/instrument/c_rvx.h"
+#include "module/instrument/tray_thread.h"
+#include "module/resources/string_ids.h"
+#include "platform/mutant.h"
+#include "platform/prompt.h"
+#include "platform/thread.h"
+
+namespace rvx {
+namespace {
+
+// A tray is not started above this cell temperature, in degrees C.
+constexpr double kWarmestStart = 10.0;
+
+[[noreturn]] void Raise(ActionErrorRecord record, std::string message, int32_t kind) {
+  record.message = std::move(message);
+  record.kind = kind;
+  record.sampleFailure = 1;
+  throw new ActionException(std::move(record));
+}
+
+}  // namespace
+
+int32_t TrayController::Start(TrayWatcher* watcher) {
+  const ActionErrorRecord record = instrument_.MakeErrorRecord();
+  if (CurrentRun()) Raise(record, instrument_.Text(kTextTrayInUse), 0);
+  // Asked this way round: a temperature that is no number is not below the limit.
+  if (!(instrument_.GetTemperature() < kWarmestStart)) {
+    Raise(record, instrument_.Text(kTextCellTooWarm), 0);
+  }
+  auto run = std::make_shared<TrayRun>(runsLock_);
+  {
+    platform::RecursiveGuard guard(run->lock);
+    run->watcher = watcher;
+    run->instrument = &instrument_;
+  }
+  {
+    // Two starts at once may both have passed the first test.
+    platform::PlainGuard guard(runLock_);
+    if (!run_) run_ = run;
+  }
+  if (CurrentRun() != run) Raise(record, instrument_.Text(kTextTrayInUse), 0);
+  {
+    ConfigurationRecord& configuration = instrument_.configuration();
+    ConfigurationGuard guard(configuration);
+    configuration.runFlags = kTrayRunning;
+  }
+  try {
+    auto use = std::make_shared<InstrumentUse>(instrument_);
+    platform::StartThread("tray", [this, run, use = std::move(use)] {
+      use->NoteOwnThread();
+      TrayThread(*this, run).Run();
+    });
+  } catch (const std::system_error&) {
+    {
+      ConfigurationRecord& configuration = instrument_.configuration();
+      ConfigurationGuard guard(configuration);
+      configuration.runFlags &= ~static_cast<uint32_t>(kTrayRunning);
+    }
+    ForgetRun(run.get());
+    Raise(record, instrument_.Text(kTextNoThread), 1);
+  }
+  return 1;
+}
+
+void TrayController::Pause(bool now) {
+  platform::PlainGuard guard(runLock_);
+  {
+    ConfigurationRecord& configuration = instrument_.configuration();
+    ConfigurationGuard configurationGuard(configuration);
+    if ((configuration.runFlags & (kTrayRunning | kTrayPaused)) != kTrayRunning) return;
+    if (!now) configuration.runFlags |= kPauseRequested;
+  }
+  if (!run_) return;
+  (now ? run_->pauseNow : run_->pauseAfter).Set();
+  (now ? run_->pauseAfter : run_->pauseNow).Reset();
+  run_->resume.Reset();
+}
+
+void TrayController::Resume() {
+  platform::PlainGuard guard(runLock_);
+  {
+    ConfigurationRecord& configuration = instrument_.configuration();
+    ConfigurationGuard configurationGuard(configuration);
+    if ((configuration.runFlags & kTrayPaused) == 0) return;
+  }
+  if (!run_) return;
+  run_->pauseAfter.Reset();
+  run_->pauseNow.Reset();
+  if (!platform::IsPlanted("resume-lost")) run_->resume.Set();
+}
+
+void TrayController::Abort() {
+  const std::shared_ptr<TrayRun> run = CurrentRun();
+  if (!run) return;
+  TrayWatcher* watcher = nullptr;
+  std::vector<std::shared_ptr<Action>> empty = instrument_.MakeEmptyTray();
+  std::vector<std::shared_ptr<Action>> removed;
+  {
+    platform::RecursiveGuard guard(run->lock);
+    if (run->instrument == nullptr) return;  // it ended, or another abort came first
+    watcher = std::exchange(run->watcher, nullptr);
+    run->instrument = nullptr;
+    // First: a host that sees no run any more fills the tray anew.
+    removed = instrument_.EmptyTray(std::move(empty));
+    {
+      ConfigurationRecord& configuration = instrument_.configuration();
+      ConfigurationGuard configurationGuard(configuration);
+      configuration.runFlags = 0;
+    }
+    ForgetRun(run.get());
+    if (platform::IsPlanted("end-told-early") && watcher != nullptr) {
+      run->watcher = watcher;
+      std::exchange(watcher, nullptr)->TrayFinished(0);
+    }
+  }
+  run->abort.Set();
+  // Behind the locks: a running action's thread may be in a call to the watcher, which wants the
+  // TrayRun's lock, and stopping it waits for that call.
+  for (const std::shared_ptr<Action>& action : removed) action->Stop();
+  removed.clear();
+  if (watcher != nullptr) {
+    CallWatcher(&instrument_, "TrayFinished", [&] { watcher->TrayFinished(0); });
+  }
+  GetInstrumentManager()->NotifyInstrumentChanged();
+}
+
+bool TrayController::QueryPause() {
+  const std::shared_ptr<TrayRun> run = CurrentRun();
+  if (run && run->inStage) {
+    Pause(true);
+    return true;
+  }
+  if (instrument_.IsTrayActive() == 0) return false;
+  // No lock is held while the question stands: the tray thread goes on meanwhile.
+  const std::optional<int> choice =
+      platform::GetPrompter().Choose("Pause Tray", {"Now", "After sample is complete"}, 0);
+  if (!choice) return false;
+  Pause(*choice == 0);
+  return true;
+}
+
+std::shared_ptr<TrayRun> TrayController::CurrentRun() {
+  platform::PlainGuard guard(runLock_);
+  return run_;
+}
+
+void TrayController::ForgetRun(const TrayRun* run) {
+  platform::PlainGuard guard(runLock_);
+  if (run_.get() == run) run_.reset();
+}
+
+}  // namespace rvx

@@ -1,0 +1,34 @@
+// What may stand in the tests of a Measure Viscosity action.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "module/toolkit/editlist/available_data.h"
+
+namespace rvx {
+
+class C_RVXViscAction;
+
+// The rotor ON time of a test, in seconds, as it may be typed.
+inline constexpr int kShortestRotorTime = 30;
+inline constexpr int kLongestRotorTime = 255;
+
+// Only temperatures at which the cell is calibrated can be chosen. Columns: temperature, rotor ON
+// time.
+class CAvailMeasViscData final : public CICAvailableData {
+ public:
+  // Collects the temperatures. `action` is not owned and must outlive it.
+  explicit CAvailMeasViscData(C_RVXViscAction& action);
+
+  std::string GetListItem(int row, int column, int index) override;
+  std::string GetDefaultText(int row, int column) override;
+  void GetDoubleRange(int row, int column, DoubleRange& range, int& decimals) override;
+  void GetIntRange(int row, int column, IntRange& range) override;
+
+ private:
+  C_RVXViscAction& action_;
+  std::vector<std::string> temperatures_;
+};
+
+}  // namespace rvx

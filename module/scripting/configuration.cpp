@@ -1,0 +1,225 @@
+// Constants and settings of an instrument by program.
+#include <algorithm>
+#include <cmath>
+
+#include "module/calibration/calibration_fit.h"
+#include "module/instrument/save_cell_constants.h"
+#include "module/protocol/identification.h"
+#include "module/scripting/problems.h"
+#include "module/scripting/scriptable_instrument.h"
+#include "module/scripting/settings_table.h"
+#include "platform/text.h"
+
+namespace rvx {
+namespace {
+
+constexpr size_t kConfigurationLine = 2;
+
+// What of a settings text no screen could have written, in words; empty if there is nothing.
+std::string FindDamage(const ConfigurationRecord& record) {
+  constexpr int32_t kMostPositions = 30;
+  if (record.trayPositions < 1 || record.trayPositions > kMostPositions) {
+    return platform::FormatText("has %d tray positions; accepted: 1 to %d", record.trayPositions,
+                                kMostPositions);
+  }
+  if (record.testRecord.testCount < 1 || record.testRecord.testCount > kMaxTests) {
+    return platform::FormatText("has %d tests; accepted: 1 to %d", record.testRecord.testCount,
+                                kMaxTests);
+  }
+  if (record.samplesSinceCheck < 0) return "has a negative number of samples since the last check";
+  const auto areFinite = [](const auto& values) {
+    return std::all_of(std::begin(values), std::end(values),
+                       [](double value) { return std::isfinite(value); });
+  };
+  const double probe[] = {record.a0, record.a1, record.a2};
+  if (!areFinite(record.b0) || !areFinite(record.b1) || !areFinite(record.b2) ||
+      !areFinite(probe) || !areFinite(record.testRecord.testTemperatures)) {
+    return "has a constant or a temperature that is no finite number";
+  }
+  return std::string();
+}
+
+std::string UnknownKeyMessage(const std::string& key) {
+  return "There is no setting \"" + key + "\". See \"torvell settings show\" for the keys.";
+}
+
+}  // namespace
+
+ScriptingResult ScriptableInstrument::MayConfigure(int32_t level) {
+  if (ScriptingResult problem = CheckLevel(level, "Changing the settings")) return problem;
+  if (IsTrayActive() == 0) return std::nullopt;
+  return Problem(ScriptingProblem::Kind::Busy,
+                 "The settings can't be changed while a tray is running. Nothing was changed. "
+                 "Pause the tray or wait for its end.");
+}
+
+ScriptingResult ScriptableInstrument::Store(const std::function<void()>& undo) {
+  GetInstrumentManager()->NotifyInstrumentChanged();
+  try {
+    GetInstrumentArchive()->StoreInstrument(GetArchiveKey(), this);
+    return std::nullopt;
+  } catch (ArchiveException* failure) {
+    const std::string reason = failure->GetRecord().message;
+    delete failure;
+    undo();
+    GetInstrumentManager()->NotifyInstrumentChanged();
+    return NotStored(reason);
+  }
+}
+
+std::vector<CellConstants> ScriptableInstrument::GetCellConstants() {
+  std::vector<CellConstants> all;
+  const ConfigurationRecord& record = configuration();
+  ConfigurationGuard guard(record);
+  for (int slot = 0; slot < record.GetSlotCount(); ++slot) {
+    const size_t i = static_cast<size_t>(slot);
+    CellConstants constants{kCalibrationTemperatures[i], record.b0[i], record.b1[i], record.b2[i],
+                            record.calibrationDates[i],  false};
+    constants.empty = constants.b0 == 0.0 && constants.b1 == 0.0 && constants.b2 == 0.0;
+    all.push_back(constants);
+  }
+  return all;
+}
+
+ScriptingResult ScriptableInstrument::FindSlot(double temperature, int& slot) {
+  const auto inUse = kCalibrationTemperatures.begin() + configuration().GetSlotCount();
+  const auto found = std::find(kCalibrationTemperatures.begin(), inUse, temperature);
+  slot = static_cast<int>(found - kCalibrationTemperatures.begin());
+  if (found != inUse) return std::nullopt;
+  std::string accepted;
+  for (auto t = kCalibrationTemperatures.begin(); t != inUse; ++t) {
+    accepted += platform::FormatText(accepted.empty() ? "%.f" : ", %.f", *t);
+  }
+  return BadValue(platform::FormatText("%g is no calibration temperature of this instrument. "
+                                       "Accepted: %s degC. Nothing was changed.",
+                                       temperature, accepted.c_str()),
+                  "temperature");
+}
+
+ScriptingResult ScriptableInstrument::SetCellConstants(double temperature, double b0, double b1,
+                                                       double b2) {
+  if (ScriptingResult problem = MayConfigure(kManagerLevel)) return problem;
+  int found = 0;
+  if (ScriptingResult problem = FindSlot(temperature, found)) return problem;
+  if (!std::isfinite(b0) || !std::isfinite(b1) || !std::isfinite(b2)) {
+    return BadValue("A constant is not a finite number. Nothing was changed.", "constants");
+  }
+  const auto slot = static_cast<size_t>(found);
+  const CellConstants before = GetCellConstants()[slot];
+  // As a fit shows them: whole numbers.
+  const CalibrationTexts texts = FormatFit({b0, b1, b2, 0.0, 0.0});
+  const SavedConstants saved = SaveCellConstants(*this, found, found, texts, platform::LocalNow());
+  if (saved.stored) return std::nullopt;
+  // The date is back already, and so go the constants: nothing of them was asked to be kept.
+  ConfigurationRecord& record = configuration();
+  ConfigurationGuard guard(record);
+  record.b0[slot] = before.b0;
+  record.b1[slot] = before.b1;
+  record.b2[slot] = before.b2;
+  return NotStored(saved.reason);
+}
+
+std::vector<InstrumentSetting> ScriptableInstrument::GetSettings() {
+  std::vector<InstrumentSetting> settings;
+  const ConfigurationRecord& record = configuration();
+  ConfigurationGuard guard(record);
+  for (const SettingEntry& entry : GetSettingsTable()) {
+    settings.push_back(
+        {entry.key, entry.get(record), entry.unit, entry.accepts, entry.description, entry.level});
+  }
+  return settings;
+}
+
+ScriptingResult ScriptableInstrument::SetSettings(
+    const std::vector<std::pair<std::string, std::string>>& values) {
+  if (ScriptingResult problem = MayConfigure(kManagerLevel)) return problem;
+  ConfigurationRecord trial = configuration();
+  for (const auto& [key, value] : values) {
+    const SettingEntry* entry = FindSetting(key);
+    if (entry == nullptr) return BadValue(UnknownKeyMessage(key), key);
+    if (entry->level == kNobodysLevel) {
+      return BadValue("\"" + key + "\" can't be changed here: it is " + entry->accepts +
+                          ". Nothing was changed.",
+                      key);
+    }
+    if (ScriptingResult problem = CheckLevel(entry->level, "Changing " + key)) {
+      problem->field = key;
+      return problem;
+    }
+    if (!entry->set(trial, value)) {
+      const std::string unit = entry->unit.empty() ? std::string() : " " + entry->unit;
+      return BadValue(
+          platform::FormatText("\"%s\" is not accepted for %s. Accepted: %s%s. Nothing "
+                               "was changed.",
+                               value.c_str(), key.c_str(), entry->accepts.c_str(), unit.c_str()),
+          key);
+    }
+  }
+  // Field by field, since the record also holds what the instrument's threads keep there.
+  ConfigurationRecord& record = configuration();
+  const ConfigurationRecord before = record;
+  const auto copyFrom = [&record, &values](const ConfigurationRecord& source) {
+    ConfigurationGuard guard(record);
+    for (const auto& [key, value] : values) FindSetting(key)->copy(record, source);
+  };
+  copyFrom(trial);
+  return Store([&] { copyFrom(before); });
+}
+
+ScriptingResult ScriptableInstrument::ImportSettings(const std::string& text) {
+  if (ScriptingResult problem = MayConfigure(kManagerLevel)) return problem;
+  const std::vector<std::string> lines = platform::SplitFields(text, '\n');
+  constexpr size_t kFewestLines = 4;
+  if (lines.size() < kFewestLines || lines.front() != GetTypeName()) {
+    return BadValue(
+        platform::FormatText(
+            "This is no settings text of an %s: it has %zu lines and begins with "
+            "\"%.40s\"; it should have at least %zu and begin with \"%s\". Nothing was "
+            "changed.",
+            GetTypeName().c_str(), lines.size(), lines.empty() ? "" : lines.front().c_str(),
+            kFewestLines, GetTypeName().c_str()),
+        "text");
+  }
+  ConfigurationRecord trial = configuration();
+  constexpr size_t kFewestFields = 44;
+  const size_t fields = platform::SplitFields(lines[kConfigurationLine], '\x0B').size();
+  if (fields < kFewestFields) {
+    return BadValue(platform::FormatText("Line 3 of the settings text has %zu fields; at least %zu "
+                                         "are needed. Nothing was changed.",
+                                         fields, kFewestFields),
+                    "text");
+  }
+  const ConfigurationRecord present = trial;
+  trial.FromText(lines[kConfigurationLine], kLoadAll);
+  if (const std::string wrong = FindDamage(trial); !wrong.empty()) {
+    return BadValue("The settings text " + wrong + ". Nothing was changed.", "text");
+  }
+  // What a text holds was never checked, so it is checked here like anything typed.
+  for (const SettingEntry& entry : GetSettingsTable()) {
+    if (!entry.set) continue;
+    const std::string value = entry.get(trial);
+    const bool changed = value != entry.get(present);
+    ConfigurationRecord probe = trial;
+    if (changed && !entry.set(probe, value)) {
+      return BadValue("The settings text has \"" + value + "\" for " + entry.key +
+                          ". Accepted: " + entry.accepts + ". Nothing was changed.",
+                      entry.key);
+    }
+    if (changed) {
+      if (ScriptingResult problem = CheckLevel(entry.level, "Changing " + entry.key)) {
+        problem->field = entry.key;
+        return problem;
+      }
+    }
+  }
+  const std::string old = SaveSettingsText();
+  LoadSettingsText(text, kLoadAll);
+  {
+    // What the instrument has said of itself, a text of another one does not change.
+    ConfigurationGuard guard(configuration());
+    configuration().serialNumber = present.serialNumber;
+  }
+  return Store([this, &old] { LoadSettingsText(old, kLoadAll); });
+}
+
+}  // namespace rvx

@@ -1,0 +1,91 @@
+#include "module/toolkit/child_frame.h"
+
+#include <QCloseEvent>
+#include <QPointer>
+#include <QStatusBar>
+#include <atomic>
+
+#include "boundary/host.h"
+#include "module/toolkit/form_view.h"
+#include "module/toolkit/gui_thread.h"
+
+namespace rvx {
+
+// What a handle knows of its frame, when the frame may be gone.
+struct CChildFrame::Link {
+  std::atomic<bool> open{true};  // until the object is gone; any thread
+  CChildFrame* frame = nullptr;  // GUI thread only; null when it is gone
+};
+
+class CChildFrame::Handle final : public FrameWindow {
+ public:
+  explicit Handle(std::shared_ptr<Link> link) : link_(std::move(link)) {}
+  bool Exists() override { return link_->open; }
+  void Destroy() override {
+    // Behind the wait nothing of the screen touches the instrument any more.
+    RunOnGuiThread([this] { delete link_->frame; });
+  }
+
+ private:
+  const std::shared_ptr<Link> link_;
+};
+
+CChildFrame::CChildFrame(int32_t frameIndex, QWidget* parent)
+    : QMainWindow(parent), frameIndex_(frameIndex), link_(std::make_shared<Link>()) {
+  AssertGuiThread("CChildFrame");
+  link_->frame = this;
+  setAttribute(Qt::WA_DeleteOnClose);
+  setFocusPolicy(Qt::StrongFocus);
+  statusBar();  // made by the first call
+}
+
+CChildFrame::~CChildFrame() {
+  // The view goes first: with the mark set, its action may end and take what the view uses.
+  delete view_;
+  link_->frame = nullptr;
+  link_->open = false;
+}
+
+void CChildFrame::AttachView(CFormView* view) {
+  view_ = view;
+  setCentralWidget(view);
+  setFocusProxy(view);
+}
+
+int32_t CChildFrame::QueryClose() { return view_ != nullptr ? view_->QueryClose() : 0; }
+
+void CChildFrame::RaiseToUser() {
+  if (isMinimized()) {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+  }
+  show();
+  raise();
+  activateWindow();
+  setFocus();
+}
+
+std::unique_ptr<FrameWindow> CChildFrame::MakeHandle() { return std::make_unique<Handle>(link_); }
+
+void CChildFrame::closeEvent(QCloseEvent* event) {
+  if (frameIndex_ != kNoFrameIndex) {
+    event->ignore();
+    GetInstrumentManager()->ReleaseFrame(frameIndex_);
+    return;
+  }
+  // The view may ask a person, and an instrument that goes meanwhile takes this frame along.
+  const QPointer<CChildFrame> self = this;
+  if (QueryClose() != 0) {
+    event->ignore();
+    return;
+  }
+  if (self.isNull()) return;
+  closed_ = true;
+  event->accept();
+}
+
+void CChildFrame::focusInEvent(QFocusEvent* event) {
+  QMainWindow::focusInEvent(event);
+  if (view_ != nullptr) view_->setFocus(event->reason());
+}
+
+}  // namespace rvx

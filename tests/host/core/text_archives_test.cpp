@@ -1,0 +1,180 @@
+// Settings texts and analysis texts, and what the audit trail keeps of their changes.
+#include "host/core/text_archives.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/host/core/fake_instrument.h"
+#include "tests/host/core/temp_folder.h"
+
+namespace torvell {
+namespace {
+
+constexpr char kKey[] = "RVXCOM1:0";
+
+TEST(InstrumentStore, ATextSurvivesAndMissingOnesRaise) {
+  TempFolder folder;
+  FakeInstrument instrument;
+  instrument.text = std::string(
+      "RVX\nid\nfield\x0B"
+      "1.500000000000000\x0B\xff",
+      30);
+  {
+    const auto host = OpenHost(folder);
+    EXPECT_NE(
+        ArchiveMessageOf([&] { GetInstrumentArchive()->LoadInstrument(kKey, &instrument, 15); }),
+        "");
+    GetInstrumentArchive()->StoreInstrument(kKey, &instrument);
+  }
+  const auto host = OpenHost(folder);
+  GetInstrumentArchive()->LoadInstrument(kKey, &instrument, 15);
+  EXPECT_EQ(instrument.loaded, instrument.SaveSettingsText());
+}
+
+TEST(InstrumentStore, TheTrailHasTheChangedFieldsAndNotTheTray) {
+  TempFolder folder;
+  const auto host = OpenHost(folder);
+  FakeInstrument instrument;
+  instrument.text =
+      "RVX\nid\na\x0B"
+      "b\x0B"
+      "c\t1\t2\t\x0B";
+  host->instrumentTexts().StoreInstrument(kKey, &instrument);
+  ASSERT_EQ(host->audit().Last(0).size(), 1u);
+
+  instrument.Fill("oil", 1);
+  host->instrumentTexts().StoreInstrument(kKey, &instrument);
+  EXPECT_EQ(host->audit().Last(0).size(), 1u) << "the tray is no setting";
+  EXPECT_NE(host->instrumentTexts().Read(kKey)->find("oil"), std::string::npos);
+
+  instrument.text =
+      "RVX\nid\na\x0B"
+      "B\x0B"
+      "c\t1\t3\t\x0B";
+  host->instrumentTexts().StoreInstrument(kKey, &instrument);
+  const auto rows = host->audit().Last(0);
+  ASSERT_EQ(rows.size(), 3u);
+  EXPECT_EQ(rows[1].object, "instrument RVXCOM1:0 line 3 field 2");
+  EXPECT_EQ(rows[1].oldValue + ">" + rows[1].newValue, "b>B");
+  EXPECT_EQ(rows[2].oldValue + ">" + rows[2].newValue, "2>3");
+
+  // Fields and lines that came are changes too, and so are those that went.
+  const std::string three = instrument.text;
+  instrument.text += "new\x0B\nline\x0B";
+  host->instrumentTexts().StoreInstrument(kKey, &instrument);
+  instrument.text = three;
+  host->instrumentTexts().StoreInstrument(kKey, &instrument);
+  std::string changes;
+  for (const AuditRow& row : host->audit().Last(4)) {
+    changes += row.object.substr(row.object.find("line")) + ": " + row.oldValue + ">" +
+               row.newValue + "; ";
+  }
+  EXPECT_EQ(changes,
+            "line 3 field 7: >new; line 4 field 1: >line; "
+            "line 3 field 7: new>; line 4 field 1: line>; ");
+}
+
+// A storing that began earlier and comes to the database later must not undo the later one.
+TEST(InstrumentStore, TheStoringThatBeganLastStays) {
+  TempFolder folder;
+  const auto host = OpenHost(folder);
+  class Slow : public FakeInstrument {
+   public:
+    std::string SaveSettingsText() override {
+      const std::string old = FakeInstrument::SaveSettingsText();
+      if (auto once = std::exchange(during, nullptr)) once();
+      return old;
+    }
+    std::function<void()> during;
+  };
+  Slow instrument;
+  instrument.text = "old";
+  instrument.during = [&] {
+    instrument.text = "new";
+    host->instrumentTexts().StoreInstrument(kKey, &instrument);
+  };
+  host->instrumentTexts().StoreInstrument(kKey, &instrument);
+  EXPECT_EQ(host->instrumentTexts().Read(kKey)->substr(0, 3), "new");
+
+  // But if the later one fails, the earlier one is the best there is.
+  instrument.during = [&] {
+    instrument.text = "refused";
+    ExecuteSql(host->database(), "ALTER TABLE AUDIT RENAME TO GONE");
+    EXPECT_NE(ArchiveMessageOf([&] { host->instrumentTexts().StoreInstrument(kKey, &instrument); }),
+              "");
+    ExecuteSql(host->database(), "ALTER TABLE GONE RENAME TO AUDIT");
+  };
+  instrument.text = "kept";
+  host->instrumentTexts().StoreInstrument(kKey, &instrument);
+  EXPECT_EQ(host->instrumentTexts().Read(kKey)->substr(0, 4), "kept");
+}
+
+// An instrument that could not read its settings goes on with its defaults; those must not take the
+// place of what is stored.
+TEST(InstrumentStore, SettingsThatCouldNotBeReadAreNotOverwritten) {
+  TempFolder folder;
+  const auto host = OpenHost(folder);
+  InstrumentStore& store = host->instrumentTexts();
+  FakeInstrument instrument;
+  instrument.text = "stored";
+  store.StoreInstrument(kKey, &instrument);
+  ExecuteSql(host->database(), "ALTER TABLE INSTRUMENTS RENAME TO GONE");
+  EXPECT_NE(ArchiveMessageOf([&] { store.LoadInstrument(kKey, &instrument, 15); }), "");
+  ExecuteSql(host->database(), "ALTER TABLE GONE RENAME TO INSTRUMENTS");
+
+  instrument.text = "default";
+  const std::string message = ArchiveMessageOf([&] { store.StoreInstrument(kKey, &instrument); });
+  EXPECT_NE(message.find("are not overwritten"), std::string::npos) << message;
+  EXPECT_EQ(store.Read(kKey)->substr(0, 6), "stored");
+  store.StoreInstrument("RVXCOM2:0", &instrument);
+
+  store.LoadInstrument(kKey, &instrument, 15);
+  EXPECT_EQ(instrument.loaded.substr(0, 6), "stored");
+  store.StoreInstrument(kKey, &instrument);
+  EXPECT_EQ(store.Read(kKey)->substr(0, 7), "default") << "they have been read by now";
+}
+
+TEST(AnalysisStore, ReadsBackAndTellsWhichRowsChanged) {
+  TempFolder folder;
+  const std::string first =
+      "N100\x0B- 5\x0B"
+      "1000\x0BL1\x0B\rN200\x0B-10\x0B"
+      "2000\x0B\x0B\r";
+  const std::string second =
+      "N200\x0B-10\x0B"
+      "2000\x0B\x0B\rN100\x0B- 5\x0B"
+      "1001\x0BL1\x0B\r";
+  const auto host = OpenHost(folder);
+  rvx::AnalysisArchive& archive = *GetAnalysisArchive();
+  std::string text = "x";
+  archive.ReadAnalysisText("Standards", "Oils", text);
+  EXPECT_EQ(text, "");
+  archive.WriteAnalysisText("Standards", "Oils", first);
+  archive.WriteAnalysisText("Standards", "Oils", second);
+  archive.WriteAnalysisText("Standards", "Oils", second);
+  archive.ReadAnalysisText("Standards", "Oils", text);
+  EXPECT_EQ(text, second);
+  archive.ReadAnalysisText("Standards", "Others", text);
+  EXPECT_EQ(text, "");
+  const auto rows = host->audit().Last(0);
+  ASSERT_EQ(rows.size(), 4u) << "two rows came, one went and one came, none for the same text";
+  EXPECT_EQ(rows[2].oldValue, "N100 | - 5 | 1000 | L1");
+  EXPECT_EQ(rows[3].newValue, "N100 | - 5 | 1001 | L1");
+}
+
+TEST(FileFolder, IsMadeWhenItIsAskedForAndEndsInItsSeparator) {
+  TempFolder folder;
+  const auto host = OpenHost(folder);
+  EXPECT_FALSE(std::filesystem::exists(folder / "files"));
+  std::string name;
+  GetArchiveManager()->GetDefaultName(name);
+  EXPECT_EQ(name, folder / "files/");
+  EXPECT_TRUE(std::filesystem::is_directory(name));
+  // Whoever writes there finds out that it can't be done, and says so.
+  std::filesystem::remove(folder / "files");
+  std::ofstream(folder / "files") << "x";
+  GetArchiveManager()->GetDefaultName(name);
+  EXPECT_EQ(name, folder / "files/");
+}
+
+}  // namespace
+}  // namespace torvell

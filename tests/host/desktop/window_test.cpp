@@ -1,0 +1,368 @@
+// The window as a person uses it, by mouse and keys.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QClipboard>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStatusBar>
+#include <set>
+
+#include "host/core/database.h"
+#include "tests/host/desktop/desktop_bench.h"
+
+namespace torvell {
+namespace {
+
+constexpr char kHeading[] =
+    "position,action,sample id,temperature,rotor on time,known viscosity,injection time,cool-down "
+    "time\n";
+
+class WindowTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    bench_.Open();
+    bench_.ActAs("martin");
+    bench_.window().activateWindow();
+    view().setFocus();
+  }
+
+  TrayView& view() { return *bench_.window().trayPage().view(); }
+  InstrumentSession& session() { return bench_.session(); }
+  QString SampleId(int position) {
+    return QString::fromStdString(session().cells()[static_cast<size_t>(position)].sampleId);
+  }
+  bool Settled() {
+    return DesktopBench::Until([this] { return !session().Situation().busy; });
+  }
+  template <class Button>
+  Button* Find(const QString& text) {
+    for (auto* each : bench_.window().findChildren<Button*>()) {
+      if (each->text().remove(QLatin1Char('&')) == text) return each;
+    }
+    return nullptr;
+  }
+  // Clicks a button of the next message box, seen by its label.
+  void Answer(const QString& label) {
+    bench_.WhenWindow<QMessageBox>([this, label](QMessageBox& box) {
+      for (QAbstractButton* button : box.buttons()) {
+        if (button->text().remove(QLatin1Char('&')) == label) {
+          ++answered_;
+          QTest::mouseClick(button, Qt::LeftButton);
+          return;
+        }
+      }
+      ADD_FAILURE() << "no button " << qPrintable(label);
+      box.close();
+    });
+  }
+  void StartRun(const char* lines) {
+    bench_.LoadTray(std::string(kHeading) + lines);
+    bench_.PrepareInstrument();
+    QTest::mouseClick(Find<QPushButton>("Start"), Qt::LeftButton);
+    ASSERT_TRUE(DesktopBench::Until([this] { return session().run() != nullptr; }));
+  }
+
+  DesktopBench bench_;
+  int answered_ = 0;
+};
+
+TEST_F(WindowTest, AllThirtyPositionsAreSeenAtTheUsualSize) {
+  bench_.window().resize(1280, 800);
+  QTest::qWait(50);
+  ASSERT_EQ(view().model()->rowCount(), 30);
+  const QRect last = view().visualRect(view().model()->index(29, 0));
+  EXPECT_TRUE(view().viewport()->rect().contains(last));
+}
+
+TEST_F(WindowTest, TheKeyboardFillsTheTray) {
+  bench_.LoadTray(std::string(kHeading) + "1,measure,FIRST,-20,,,,\n");
+  view().setFocus();
+  view().selectRow(1);
+  // A letter begins the sample id; the position becomes a copy of the one above.
+  QTest::keyClicks(&view(), "N");
+  auto* editor = view().findChild<QLineEdit*>();
+  ASSERT_NE(editor, nullptr);
+  EXPECT_EQ(editor->text().toStdString(), "N");
+  QTest::keyClicks(editor, "EW");
+  EXPECT_EQ(editor->text().toStdString(), "NEW");
+  QTest::keyClick(editor, Qt::Key_Return);
+  ASSERT_TRUE(DesktopBench::Until([&] { return SampleId(1) == "NEW"; }));
+
+  view().selectRow(1);
+  view().Copy();
+  view().selectRow(4);
+  view().Paste();
+  ASSERT_TRUE(DesktopBench::Until([&] { return SampleId(4) == "NEW"; }));
+  view().selectRow(0);
+  view().Clear();
+  ASSERT_TRUE(DesktopBench::Until([&] { return session().cells()[0].empty(); }));
+  ASSERT_TRUE(Settled());
+  session().Undo();
+  ASSERT_TRUE(DesktopBench::Until([&] { return SampleId(0) == "FIRST"; }));
+}
+
+TEST_F(WindowTest, EditsThatComeFasterThanTheInstrumentLoseNothing) {
+  std::string lines;
+  for (int i = 1; i <= 20; ++i) {
+    lines += std::to_string(i) + ",measure,S" + std::to_string(i) + ",-20,,,,\n";
+  }
+  bench_.LoadTray(kHeading + lines);
+  view().selectRow(19);
+  for (int i = 0; i < 12; ++i) view().MoveUp();
+  view().selectRow(0);
+  view().Paste();  // nothing on the clipboard that fits
+  view().selectRow(1);
+  view().Clear();
+  ASSERT_TRUE(
+      DesktopBench::Until([this] { return SampleId(1).isEmpty() && SampleId(7) == "S20"; }));
+  std::set<std::string> ids;
+  for (int i = 0; i < 20; ++i) ids.insert(SampleId(i).toStdString());
+  EXPECT_EQ(ids.size(), 20u);  // 19 samples and one empty position
+}
+
+TEST_F(WindowTest, AnArchiveThatFailsLeavesTheTrayAsItWas) {
+  bench_.LoadTray(std::string(kHeading) + "1,measure,FIRST,-20,,,,\n");
+  ExecuteSql(bench_.host().database(),
+             "CREATE TRIGGER FULL BEFORE INSERT ON INSTRUMENTS BEGIN SELECT RAISE(ABORT, 'full'); "
+             "END");
+  view().selectRow(0);
+  QString said;
+  bench_.WhenWindow<QMessageBox>([&said](QMessageBox& box) {
+    said = box.text();
+    box.close();
+  });
+  view().Clear();
+  ASSERT_TRUE(DesktopBench::Until([&said] { return !said.isEmpty(); }));
+  EXPECT_TRUE(said.contains("The tray is as it was")) << qPrintable(said);
+  ASSERT_TRUE(Settled());
+  EXPECT_EQ(SampleId(0), "FIRST");
+  ExecuteSql(bench_.host().database(), "DROP TRIGGER FULL");
+  view().Clear();
+  EXPECT_TRUE(DesktopBench::Until([this] { return SampleId(0).isEmpty(); }));
+}
+
+TEST_F(WindowTest, AnEditorThatIsCancelledChangesNothingAndOneThatIsAcceptedFillsThePositions) {
+  view().selectRow(0);
+  const auto answerEditor = [this](Qt::Key key) {
+    bench_.WhenWindow<QDialog>([this, key](QDialog& dialog) {
+      ++answered_;
+      QTest::keyClick(&dialog, key);
+    });
+  };
+  answerEditor(Qt::Key_Escape);
+  session().AddSample(1, {0, 1});
+  ASSERT_TRUE(DesktopBench::Until([this] { return answered_ == 1; }));
+  ASSERT_TRUE(Settled());
+  EXPECT_TRUE(session().cells()[0].empty());
+
+  bench_.WhenWindow<QDialog>([this](QDialog& dialog) {
+    ++answered_;
+    dialog.accept();
+  });
+  session().AddSample(1, {0, 1});
+  ASSERT_TRUE(DesktopBench::Until([this] { return !session().cells()[1].empty(); }));
+  EXPECT_FALSE(session().cells()[0].empty());
+  EXPECT_EQ(answered_, 2);
+}
+
+TEST_F(WindowTest, WhoIsNotLoggedInEmptiesNoTray) {
+  bench_.LoadTray(std::string(kHeading) + "1,measure,FIRST,-20,,,,\n");
+  bench_.ActAs("");
+  QString said;
+  bench_.WhenWindow<QMessageBox>([&said](QMessageBox& box) {
+    said = box.text();
+    box.close();
+  });
+  session().DropInterrupted();
+  ASSERT_TRUE(DesktopBench::Until([&said] { return !said.isEmpty(); }));
+  ASSERT_TRUE(Settled());
+  EXPECT_EQ(SampleId(0), "FIRST");
+}
+
+TEST_F(WindowTest, AWindowThatClosesWhileARunStartsEndsIt) {
+  bench_.LoadTray(std::string(kHeading) + "1,measure,OIL-A,-20,,,,\n");
+  bench_.PrepareInstrument();
+  session().Start();
+  // Asked, though nothing of the run has been seen yet; the end of the test waits for its abort.
+  Answer("Abort and Close");
+  bench_.window().close();
+  EXPECT_EQ(answered_, 1);
+}
+
+TEST_F(WindowTest, ClosingPutsInTheEditsThatWaitAndStartsNothing) {
+  bench_.LoadTray(std::string(kHeading) +
+                  "1,measure,A,-20,,,,\n2,measure,B,-20,,,,\n3,measure,C,-20,,,,\n");
+  bench_.PrepareInstrument();
+  view().selectRow(2);
+  for (int i = 0; i < 2; ++i) view().MoveUp();
+  session().Start();  // waits behind them
+  bool ended = false;
+  session().EndRun([&ended] { ended = true; });
+  ASSERT_TRUE(DesktopBench::Until([&ended] { return ended; }));
+  EXPECT_EQ(SampleId(0), "C");
+  EXPECT_EQ(session().run(), nullptr);
+  EXPECT_FALSE(session().IsRunning());
+}
+
+TEST_F(WindowTest, AFreshDemonstrationHasStandardsToVerifyWith) {
+  bench_.LoadTray(std::string(kHeading) + "1,verify,CRM-25,-25,,,,\n");
+  const std::vector<TrayPosition> tray = ReadTray(session().entry());
+  ASSERT_EQ(tray.size(), 1u);
+  EXPECT_EQ(tray.front().tests->tests.front().knownViscosity, 5400.0);
+}
+
+TEST_F(WindowTest, PastedTextOfAnyLengthIsCutAndSaid) {
+  bench_.LoadTray(std::string(kHeading) + "1,measure,FIRST,-20,,,,\n");
+  QApplication::clipboard()->setText(QString(10000, QLatin1Char('x')) + "\nSECOND\n");
+  view().selectRow(0);
+  view().Paste();
+  ASSERT_TRUE(DesktopBench::Until([&] { return SampleId(1) == "SECOND"; }));
+  EXPECT_EQ(SampleId(0).size(), kLongestSampleId);
+  EXPECT_TRUE(bench_.window().statusBar()->currentMessage().contains("cut"));
+
+  ASSERT_TRUE(Settled());
+  QApplication::clipboard()->setText("A\nB\nC\n");
+  view().selectRow(28);
+  view().Paste();
+  ASSERT_TRUE(DesktopBench::Until([&] { return SampleId(29) == "B"; }));
+  EXPECT_TRUE(bench_.window().statusBar()->currentMessage().contains("no place for 1"));
+}
+
+TEST_F(WindowTest, AFileWithAMistakeChangesNothing) {
+  bench_.LoadTray(std::string(kHeading) + "1,measure,FIRST,-20,,,,\n");
+  const std::string path = bench_.folder() + "/bad.csv";
+  WriteWholeFile(path, std::string(kHeading) + "1,measure,NEW,-20,,,,\n2,measure,X,warm,,,,\n");
+  session().LoadFile(QString::fromStdString(path));
+  auto* box = DesktopBench::WaitForWindow<QMessageBox>();
+  ASSERT_NE(box, nullptr);
+  EXPECT_TRUE(box->text().contains("line 3"));
+  box->close();
+  ASSERT_TRUE(Settled());
+  EXPECT_EQ(SampleId(0), "FIRST");
+}
+
+TEST_F(WindowTest, ATrayRunsFromTheButtonToItsSummary) {
+  StartRun("1,measure,OIL-A,-20,30,,20,10\n2,verify,CRM-25,-25,30,5400,20,10\n");
+  EXPECT_FALSE(Find<QPushButton>("Start")->isVisible());
+  EXPECT_FALSE(session().Situation().summaryOpen);
+  session().Start();  // a second start while one runs does nothing
+  ASSERT_TRUE(DesktopBench::Until([this] { return session().summary().has_value(); }));
+  EXPECT_EQ(session().summary()->samples, 2);
+  EXPECT_EQ(session().summary()->failedPositions, 0);
+  EXPECT_EQ(session().rows()[1].state, RowState::Done);
+  EXPECT_EQ(bench_.host().samples().Count(), 2);
+  SampleQuery others;
+  others.sampleId = "nothing of this run";
+  bench_.window().samplesPage().model().SetQuery(others);
+  const QString file = QString::fromStdString(bench_.folder() + "/run.csv");
+  QTimer::singleShot(0, &bench_.window(), [file] {
+    auto* dialog = DesktopBench::WaitForWindow<QFileDialog>();
+    ASSERT_NE(dialog, nullptr);
+    dialog->selectFile(file);
+    QMetaObject::invokeMethod(dialog, "accept");
+  });
+  Q_EMIT bench_.window().trayPage().ExportAsked();
+  ASSERT_TRUE(DesktopBench::Until([&] {
+    return bench_.window().statusBar()->currentMessage().startsWith("2 samples were written");
+  })) << bench_.window().statusBar()->currentMessage().toStdString();
+  ASSERT_TRUE(Find<QPushButton>("New Tray")->isVisible());
+  QTest::mouseClick(Find<QPushButton>("New Tray"), Qt::LeftButton);
+  ASSERT_TRUE(DesktopBench::Until([this] { return !session().rows()[0].filled(); }));
+}
+
+TEST_F(WindowTest, GoingBackFromAnAbortOrAClosingChangesNothing) {
+  StartRun("1,measure,OIL-A,-20,,,,\n1,measure,,-25,,,,\n");
+  Answer("Keep Running");
+  bench_.window().trayPage().AskAbort();
+  Answer("Keep Running");
+  bench_.window().close();
+  EXPECT_EQ(answered_, 2);
+  EXPECT_TRUE(session().IsRunning());
+  EXPECT_TRUE(bench_.window().isVisible());
+  EXPECT_TRUE(bench_.window().centralWidget()->isEnabled());
+
+  Answer("Abort the Run");
+  bench_.window().trayPage().AskAbort();
+  ASSERT_TRUE(DesktopBench::Until([this] { return session().summary().has_value(); }));
+  EXPECT_TRUE(session().summary()->aborted);
+  EXPECT_EQ(session().rows()[0].state, RowState::NotRun);
+}
+
+TEST_F(WindowTest, PauseAndResumeFollowTheInstrument) {
+  StartRun("1,measure,OIL-A,-20,30,,20,10\n2,measure,OIL-B,-20,30,,20,10\n");
+  session().PauseAfterSample();
+  ASSERT_TRUE(DesktopBench::Until([this] { return session().Situation().paused; }));
+  EXPECT_EQ(session().rows()[0].state, RowState::Done);
+  auto* resume = Find<QPushButton>("Resume");
+  ASSERT_TRUE(resume->isVisible());
+  QTest::mouseClick(resume, Qt::LeftButton);
+  ASSERT_TRUE(DesktopBench::Until([this] { return session().summary().has_value(); }));
+  EXPECT_EQ(session().summary()->samples, 2);
+}
+
+TEST_F(WindowTest, WhatALevelForbidsIsGreyAndNamesTheLevel) {
+  bench_.ActAs("");
+  QAbstractButton* start = Find<QPushButton>("Start");
+  EXPECT_FALSE(start->isEnabled());
+  EXPECT_TRUE(start->toolTip().contains("level 10"));
+  view().selectRow(0);
+  view().Paste();
+  ASSERT_TRUE(Settled());
+  bench_.ActAs("olga");
+  QAction* setup = nullptr;
+  ASSERT_TRUE(DesktopBench::Until([&] {
+    setup = Find<QAction>("RVX Setup");
+    return setup != nullptr && !setup->isEnabled() && setup->toolTip().contains("100");
+  }));
+  bench_.ActAs("sara");
+  EXPECT_TRUE(DesktopBench::Until([&] {
+    setup = Find<QAction>("RVX Setup");
+    return setup != nullptr && setup->isEnabled();
+  }));
+}
+
+TEST_F(WindowTest, TheMenusHaveTheModulesScreensInItsOrder) {
+  const auto labels = [this](const QString& title) {
+    std::vector<std::string> texts;
+    for (QAction* menu : bench_.window().menuBar()->actions()) {
+      if (menu->text().remove(QLatin1Char('&')) != title) continue;
+      for (QAction* action : menu->menu()->actions()) texts.push_back(action->text().toStdString());
+    }
+    return texts;
+  };
+  ASSERT_TRUE(DesktopBench::Until([&] { return labels("Configuration").size() == 8; }));
+  EXPECT_THAT(labels("Configuration"),
+              testing::ElementsAre("Print Instrument Settings", "Instrument Settings",
+                                   "Tray (Test) Settings", "Calibration",
+                                   "RVX Calibration Standards", "RVX Choose Calibration Standards",
+                                   "Current Cell Calibration Constants", "RVX Setup"));
+  EXPECT_THAT(labels("Service"), testing::ElementsAre("RVX Monitor", "RVX Sample List Service",
+                                                      "RVX Set Motor Current Service",
+                                                      "RVX Temperature Verification Service",
+                                                      "RVX Stepper Motor Service"));
+}
+
+TEST_F(WindowTest, AWrongPasswordChangesNobody) {
+  Worker worker(bench_.gui(), "login test");
+  LoginDialog dialog(bench_.host().users(), worker, QString(), QString(), &bench_.window());
+  dialog.show();
+  dialog.nameField().setText("sara");
+  dialog.passwordField().setText("wrong");
+  QTest::keyClick(&dialog.passwordField(), Qt::Key_Return);
+  ASSERT_TRUE(DesktopBench::Until([&] { return dialog.passwordField().text().isEmpty(); }));
+  EXPECT_EQ(bench_.host().users().ActingUser(), "martin");
+  dialog.passwordField().setText("sara");
+  QTest::keyClick(&dialog.passwordField(), Qt::Key_Return);
+  ASSERT_TRUE(DesktopBench::Until([&] { return dialog.result() == QDialog::Accepted; }));
+  EXPECT_EQ(bench_.host().users().ActingUser(), "sara");
+}
+
+}  // namespace
+}  // namespace torvell

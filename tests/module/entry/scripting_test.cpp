@@ -1,0 +1,202 @@
+// What a program may do with an instrument, and what it is refused.
+#include <gtest/gtest.h>
+
+#include "module/scripting/scriptable_instrument.h"
+#include "tests/module/entry/tray_fixture.h"
+
+namespace rvx {
+namespace {
+
+using Kind = ScriptingProblem::Kind;
+
+struct ScriptingBench {
+  ScriptingBench() : controller(host.ports.Add("COM1")) {
+    instrument = std::make_unique<ScriptableInstrument>(
+        "COM1", uint8_t{0}, controller.identification(), GetActionTable());
+    EXPECT_TRUE(instrument->WaitForReadings(1, platform::Deadline::After(60s)));
+  }
+  std::string Value(const std::string& key) {
+    for (const InstrumentSetting& setting : instrument->GetSettings()) {
+      if (setting.key == key) return setting.value;
+    }
+    return "no such key";
+  }
+
+  FakeHost host;
+  ScriptedController controller;
+  std::unique_ptr<ScriptableInstrument> instrument;
+};
+
+TEST(ScriptingTest, SettingsAreTakenAllOrNoneAndStored) {
+  RunVirtual([] {
+    ScriptingBench bench;
+    ScriptableInstrument& instrument = *bench.instrument;
+    EXPECT_FALSE(instrument.SetSettings({{"injection-time", "30"}, {"save-csv", "on"}}));
+    EXPECT_EQ(bench.Value("injection-time"), "30");
+    EXPECT_NE(bench.host.instrumentArchive.GetText("RVXCOM1:0")
+                  .find("\x0B"
+                        "30\t"),
+              std::string::npos);
+    for (const auto& [key, value] :
+         std::vector<std::pair<std::string, std::string>>{{"injection-time", "256"},
+                                                          {"injection-time", "3x"},
+                                                          {"tolerance", "0,1"},
+                                                          {"instrument-id", ""},
+                                                          {"instrument-id",
+                                                           "a\x0B"
+                                                           "b"},
+                                                          {"injection-temperature", "7"},
+                                                          {"save-location", "/no/such/folder"},
+                                                          {"serial-number", "1"},
+                                                          {"nonsense", "1"}}) {
+      const ScriptingResult problem =
+          instrument.SetSettings({{"cool-down-time", "99"}, {key, value}});
+      ASSERT_TRUE(problem) << key << "=" << value;
+      EXPECT_EQ(problem->kind, Kind::BadValue);
+      EXPECT_EQ(problem->field, key);
+      EXPECT_EQ(bench.Value("cool-down-time"), "180");
+    }
+    bench.host.instrumentArchive.storeFailures.FailNext(1);
+    const ScriptingResult failed = instrument.SetSettings({{"injection-time", "31"}});
+    ASSERT_TRUE(failed);
+    EXPECT_EQ(failed->kind, Kind::Archive);
+    EXPECT_EQ(bench.Value("injection-time"), "30");
+  });
+}
+
+TEST(ScriptingTest, RightsAreCheckedWhereTheChangeIsMade) {
+  RunVirtual([] {
+    ScriptingBench bench;
+    ScriptableInstrument& instrument = *bench.instrument;
+    bench.host.security.SetUser("manager", 50);
+    EXPECT_FALSE(instrument.SetSettings({{"injection-time", "30"}}));
+    EXPECT_EQ(instrument.SetSettings({{"temperature-offset", "0.5"}})->kind, Kind::NotAllowed);
+    const std::string text = instrument.SaveSettingsText();
+    bench.host.security.SetUser("service", 100);
+    EXPECT_FALSE(instrument.SetSettings({{"temperature-offset", "0.5"}}));
+    bench.host.security.SetUser("manager", 50);
+    // A text that would bring the old offset back needs the same right.
+    EXPECT_EQ(instrument.ImportSettings(text)->kind, Kind::NotAllowed);
+    EXPECT_EQ(bench.Value("temperature-offset"), "0.50");
+    bench.host.security.SetUser("operator", 10);
+    EXPECT_EQ(instrument.SetCellConstants(-20, 1, 2, 3)->kind, Kind::NotAllowed);
+    EXPECT_EQ(instrument.SetSettings({{"injection-time", "31"}})->kind, Kind::NotAllowed);
+    EXPECT_FALSE(instrument.SetSwitch(ServiceSwitch::Motor, true));
+    bench.host.security.SetUser("", 0);
+    EXPECT_EQ(instrument.SetHomeFlag()->kind, Kind::NotAllowed);
+  });
+}
+
+TEST(ScriptingTest, ConstantsAreRoundedDatedAndLimitedToTheTemperaturesInUse) {
+  RunVirtual([] {
+    ScriptingBench bench;
+    ScriptableInstrument& instrument = *bench.instrument;
+    EXPECT_FALSE(instrument.SetCellConstants(-20, 1234.6, -7.4, 0.4));
+    const std::vector<CellConstants> constants = instrument.GetCellConstants();
+    ASSERT_EQ(constants.size(), 8u);  // this instrument has no low temperature option
+    EXPECT_EQ(constants[4].b0, 1235.0);
+    EXPECT_EQ(constants[4].b1, -7.0);
+    EXPECT_EQ(constants[4].date.fields().year, 2026);
+    EXPECT_TRUE(constants[3].empty);
+    EXPECT_EQ(instrument.SetCellConstants(-40, 1, 1, 1)->field, "temperature");
+    EXPECT_EQ(instrument.SetCellConstants(-21, 1, 1, 1)->kind, Kind::BadValue);
+    EXPECT_FALSE(instrument.SetCellConstants(-20, 0, 0, 0));
+    EXPECT_EQ(instrument.GetCellConstants()[4].date, platform::Date(1938, 1, 1));
+  });
+}
+
+TEST(ScriptingTest, ImportRefusesWhatItCanNotTakeWhole) {
+  RunVirtual([] {
+    ScriptingBench bench;
+    ScriptableInstrument& instrument = *bench.instrument;
+    const std::string good = instrument.SaveSettingsText();
+    std::string outOfRange = good;
+    outOfRange.replace(outOfRange.find("240\t25\t"), 4, "999\t");
+    for (const std::string& bad :
+         {std::string(), std::string("RVX\nRVX\nshort\nTray 0\n"), "X" + good, outOfRange}) {
+      const ScriptingResult problem = instrument.ImportSettings(bad);
+      ASSERT_TRUE(problem);
+      EXPECT_EQ(problem->kind, Kind::BadValue);
+      EXPECT_EQ(instrument.SaveSettingsText(), good);
+    }
+    std::string changed = good;
+    changed.replace(changed.find("240\t25\t"), 4, "111\t");
+    EXPECT_FALSE(instrument.ImportSettings(changed));
+    EXPECT_EQ(bench.Value("injection-time"), "111");
+  });
+}
+
+TEST(ScriptingTest, TestsOfASampleAreCheckedLikeInItsDialog) {
+  RunVirtual([] {
+    ScriptingBench bench;
+    ScriptableInstrument& instrument = *bench.instrument;
+    instrument.SetCellConstants(-20, 1, 2, 3);
+    const std::unique_ptr<Action> measure(instrument.CreateActionByIndex(kMeasureViscAction));
+    const std::unique_ptr<Action> verify(instrument.CreateActionByIndex(kCheckViscAction));
+    SampleTests good;
+    good.tests = {{-20.0, 45, {}}, {-20.0, {}, {}}};
+    good.injectionTime = 10;
+    EXPECT_FALSE(instrument.SetSampleTests(*measure, good));
+    const SampleTests back = *instrument.GetSampleTests(*measure);
+    ASSERT_EQ(back.tests.size(), 2u);
+    EXPECT_EQ(back.tests[0].rotorOnTime, 45);
+    EXPECT_EQ(back.tests[1].rotorOnTime, 60);
+    EXPECT_EQ(back.injectionTime, 10);
+    EXPECT_EQ(measure->IsConfigured(), 1);
+
+    const auto problemOf = [&](Action& action, std::vector<SampleTest> tests) {
+      SampleTests wrong;
+      wrong.tests = std::move(tests);
+      const ScriptingResult problem = instrument.SetSampleTests(action, wrong);
+      return problem ? problem->field : std::string("none");
+    };
+    EXPECT_EQ(problemOf(*measure, {{-30.0, {}, {}}}), "temperature");  // no constants
+    EXPECT_EQ(problemOf(*measure, {{5.0, {}, {}}}), "temperature");
+    EXPECT_EQ(problemOf(*measure, {{-20.0, 29, {}}}), "rotor on time");
+    EXPECT_EQ(problemOf(*measure, {{-20.0, {}, 2000.0}}), "known viscosity");
+    EXPECT_EQ(problemOf(*measure, std::vector<SampleTest>(21, {-20.0, {}, {}})), "temperature");
+    EXPECT_EQ(problemOf(*measure, {}), "temperature");
+    EXPECT_EQ(problemOf(*verify, {{-30.0, {}, {}}}), "known viscosity");
+    EXPECT_EQ(problemOf(*verify, {{-30.0, {}, 999.0}}), "known viscosity");
+    EXPECT_EQ(problemOf(*verify, {{-30.0, {}, 3000.0}}), "none");
+
+    bench.host.analysis.WriteAnalysisText("Standards.RVX Oil Standards", "RVX Standards",
+                                          "CL20\x0B-20\x0B"
+                                          "4321.5\x0B"
+                                          "L1\x0B\r");
+    instrument.ReloadStandards();
+    verify->SetSampleId("CL20");
+    EXPECT_EQ(problemOf(*verify, {{-20.0, {}, {}}}), "none");
+    EXPECT_EQ(instrument.GetSampleTests(*verify)->tests[0].knownViscosity, 4321.5);
+    EXPECT_EQ(problemOf(*verify, {{-20.0, {}, 4000.0}}), "known viscosity");
+
+    bench.host.security.SetUser("operator", 10);
+    EXPECT_EQ(problemOf(*measure, {{-20.0, {}, {}}}), "none");
+    EXPECT_EQ(problemOf(*measure, {{-20.0, 61, {}}}), "");  // times are the manager's
+  });
+}
+
+TEST(ScriptingTest, ServiceCommandsSayWhatTheInstrumentAnswered) {
+  RunVirtual([] {
+    ScriptingBench bench;
+    ScriptableInstrument& instrument = *bench.instrument;
+    EXPECT_FALSE(instrument.SetHomeFlag());
+    EXPECT_FALSE(instrument.SetTemperature(-15.0));
+    EXPECT_EQ(instrument.SetTemperature(300.0)->kind, Kind::BadValue);
+    EXPECT_EQ(instrument.JogAxis(ServiceAxis::Tube, 943)->kind, Kind::BadValue);
+    EXPECT_FALSE(instrument.JogAxis(ServiceAxis::Trolley, 405));
+    bench.controller.Refuse("AV", 0x83, 1);
+    const ScriptingResult refused = instrument.SetSwitch(ServiceSwitch::Cooling, true);
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->kind, Kind::Refused);
+    EXPECT_NE(refused->message.find("Thermoelectrics may not be"), std::string::npos);
+    EXPECT_TRUE(bench.host.instruments.errors().empty());  // told once, to the one who asked
+    bench.controller.Refuse("AV", 0x80, -1);
+    EXPECT_EQ(instrument.SetSwitch(ServiceSwitch::Cooling, true)->kind, Kind::Refused);
+    bench.controller.SetSilent(true);
+    EXPECT_EQ(instrument.AbortOperation()->kind, Kind::NoAnswer);
+  });
+}
+
+}  // namespace
+}  // namespace rvx

@@ -1,0 +1,98 @@
+// Questions in windows, asked from either side.
+#include <QAbstractButton>
+#include <QMessageBox>
+#include <QRadioButton>
+
+#include "module/toolkit/controls.h"
+#include "module/toolkit/pause_tray_query.h"
+#include "module/toolkit/qt_prompter.h"
+#include "tests/support/gui.h"
+
+namespace rvx {
+namespace {
+
+using platform::MessageAnswer;
+using platform::MessageButtons;
+using platform::MessageIcon;
+
+void Click(QMessageBox& box, QMessageBox::StandardButton button) {
+  QTest::mouseClick(box.button(button), Qt::LeftButton);
+}
+
+TEST(PrompterTest, TheGuiThreadIsAnsweredInsideItsCall) {
+  QtPrompter prompter;
+  WhenShown<QMessageBox>([](QMessageBox& box) {
+    EXPECT_EQ(box.text(), "Do you wish to stop running samples now?");
+    Click(box, QMessageBox::Yes);
+  });
+  EXPECT_EQ(prompter.ShowMessage("Do you wish to stop running samples now?", MessageButtons::YesNo,
+                                 MessageIcon::Question),
+            MessageAnswer::Yes);
+  WhenShown<QMessageBox>([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); });
+  EXPECT_EQ(prompter.ShowMessage("Stop?", MessageButtons::YesNo, MessageIcon::Question),
+            MessageAnswer::No);
+}
+
+TEST(PrompterTest, AnotherThreadWaitsWhileTheWindowsStayUsable) {
+  QtPrompter prompter;
+  QWidget window;
+  window.show();
+  MessageAnswer answer = MessageAnswer::No;
+  WhenShown<QMessageBox>([&](QMessageBox& box) {
+    EXPECT_FALSE(box.isModal());
+    Click(box, QMessageBox::Yes);
+  });
+  RunBeside([&] {
+    answer = prompter.ShowMessage("Stop?", MessageButtons::YesNo, MessageIcon::Question);
+  });
+  EXPECT_EQ(answer, MessageAnswer::Yes);
+}
+
+TEST(PrompterTest, AboveAModalDialogAQuestionCanStillBeAnswered) {
+  QtPrompter prompter;
+  QDialog dialog;
+  dialog.setModal(true);
+  dialog.show();
+  WhenShown<QMessageBox>([&](QMessageBox& box) {
+    EXPECT_TRUE(box.isModal());
+    dialog.close();  // and it outlives the dialog
+    Click(box, QMessageBox::Ok);
+  });
+  RunBeside([&] { prompter.ShowMessage("Lower it.", MessageButtons::Ok, MessageIcon::Warning); });
+}
+
+TEST(PrompterTest, AtItsEndNothingIsConfirmed) {
+  QtPrompter prompter;
+  WhenShown<QMessageBox>([&](QMessageBox&) { prompter.Close(); });
+  for (int i = 0; i < 2; ++i) {  // while it stands, and behind the end
+    MessageAnswer answer = MessageAnswer::Yes;
+    RunBeside([&] {
+      answer = prompter.ShowMessage("Stop?", MessageButtons::YesNo, MessageIcon::Question);
+    });
+    EXPECT_EQ(answer, MessageAnswer::No);
+  }
+}
+
+TEST(PauseTrayQueryTest, NowIsSetAndOkTellsTheChoice) {
+  QtPrompter prompter;
+  const std::vector<std::string> answers = {"Now", "After sample is complete"};
+  WhenShown<CPauseTrayQuery>([](CPauseTrayQuery& dialog) {
+    EXPECT_EQ(dialog.windowTitle(), "Pause Tray");
+    EXPECT_TRUE(FindControl<QRadioButton>(dialog, 1165)->isChecked());
+    QTest::keyClick(&dialog, Qt::Key_Return);
+  });
+  EXPECT_EQ(prompter.Choose("Pause Tray", answers, 0), 0);
+  WhenShown<CPauseTrayQuery>([](CPauseTrayQuery& dialog) {
+    QTest::mouseClick(FindControl<>(dialog, 1166), Qt::LeftButton);
+    QTest::mouseClick(FindControl<>(dialog, kOkId), Qt::LeftButton);
+  });
+  EXPECT_EQ(prompter.Choose("Pause Tray", answers, 0), 1);
+  WhenShown<CPauseTrayQuery>([](CPauseTrayQuery& dialog) {
+    QTest::mouseClick(FindControl<>(dialog, 1166), Qt::LeftButton);
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+  });
+  EXPECT_EQ(prompter.Choose("Pause Tray", answers, 0), std::nullopt);
+}
+
+}  // namespace
+}  // namespace rvx
