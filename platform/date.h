@@ -30,7 +30,9 @@ class Date {
   Date PlusDays(double days) const;
   Date PlusMilliseconds(int64_t milliseconds) const;
 
-  struct Fields { int year, month, day, hour, minute, second, millisecond, weekday /*0 Sunday*/; };
+  struct Fields {
+    int year, month, day, hour, minute, second, millisecond, weekday /*0 Sunday*/;
+  };
   Fields fields() const;  // all 0 unless valid
 
   bool operator==(const Date& other) const {
@@ -43,8 +45,8 @@ class Date {
   int64_t milliseconds_ = 0;
 };
 
-// The fixed English form of stored texts, "1/31/2026 4:05:06 PM", in every locale. A null date gives
-// the empty text, an invalid one "Invalid DateTime".
+// The fixed English form of stored texts, "1/31/2026 4:05:06 PM", in every locale. A null date
+// gives the empty text, an invalid one "Invalid DateTime".
 std::string FormatEnglishDate(const Date& date);
 
 // Reads the fixed English form, and the forms that older texts may hold: without AM or PM

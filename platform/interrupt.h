@@ -1,5 +1,5 @@
-// Ctrl+C, a request to end and a closed terminal (SIGINT, SIGTERM, SIGHUP), as an event that a thread
-// can wait for.
+// Ctrl+C, a request to end and a closed terminal (SIGINT, SIGTERM, SIGHUP), as an event that a
+// thread can wait for.
 #pragma once
 
 #include <memory>

@@ -15,8 +15,9 @@ void SetKeyStoreFile(const std::string& path);
 void OverrideKeyValue(const std::string& key, const std::string& name,
                       std::optional<uint32_t> value);
 
-// The 32-bit value `name` under `key` ("HKEY_LOCAL_MACHINE\\SOFTWARE\\..."); nothing if key or value
-// is missing, is of another type, or the file can't be read. The file is read afresh each time.
+// The 32-bit value `name` under `key` ("HKEY_LOCAL_MACHINE\\SOFTWARE\\..."); nothing if key or
+// value is missing, is of another type, or the file can't be read. The file is read afresh each
+// time.
 std::optional<uint32_t> ReadKeyValue(const std::string& key, const std::string& name);
 
 // Writes a value, making the key; false if the file can't be written. Other values stay.

@@ -33,8 +33,8 @@ void FailThreadStarts(int count);
 // The name of the calling thread; "main" for the first, "" for one that the platform did not start.
 std::string CurrentThreadName();
 
-// A number that tells the calling thread (in virtual time: task) from all others that live, and that
-// is not used again; never 0. Threads that the platform did not start have one too.
+// A number that tells the calling thread (in virtual time: task) from all others that live, and
+// that is not used again; never 0. Threads that the platform did not start have one too.
 using ThreadId = uint64_t;
 ThreadId CurrentThreadId();
 

@@ -65,7 +65,8 @@ Date LocalNow();
 Date UtcNow();
 
 // Moves the time of day, as if somebody had set the computer's clock; for tests only. Durations and
-// waits are not touched, nor is a clock that follows the system's. The end of RunUnderTimeBase takes it back.
+// waits are not touched, nor is a clock that follows the system's. The end of RunUnderTimeBase
+// takes it back.
 void MoveTimeOfDay(Milliseconds by);
 
 // A moment to wait until, in the base's time.
@@ -119,8 +120,9 @@ struct TimeBaseFigures {
 };
 TimeBaseFigures GetTimeBaseFigures();
 
-// From here on virtual time holds up no thread; one that is held up already gets on within 30 s. For
-// the end of a simulated run, when everything has to settle. Any thread; nothing on other bases.
+// From here on virtual time holds up no thread; one that is held up already gets on within 30 s.
+// For the end of a simulated run, when everything has to settle. Any thread; nothing on other
+// bases.
 void EndStalls();
 
 }  // namespace platform

@@ -87,15 +87,13 @@ void AddSettingsCommands(CLI::App& app, Invocation& invocation) {
   CLI::App* exported = settings->add_subcommand("export", "print the whole settings text");
   exported->callback([&invocation] { invocation.command = ExportSettings; });
 
-  CLI::App* import = settings->add_subcommand("import", "take a settings text over (level 50)");
+  CLI::App* imported = settings->add_subcommand("import", "take a settings text over (level 50)");
   const auto path = std::make_shared<std::string>();
-  import->add_option("FILE", *path, "what settings export has printed; - for standard input")
+  imported->add_option("FILE", *path, "what settings export has printed; - for standard input")
       ->required();
-  import->callback([&invocation, path] {
-    invocation.command = [path](Session& session) { return ImportSettings(session, *path);
-};
-}  // namespace torvell
-);
+  imported->callback([&invocation, path] {
+    invocation.command = [path](Session& session) { return ImportSettings(session, *path); };
+  });
 }
 
 }  // namespace torvell

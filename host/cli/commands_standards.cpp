@@ -191,19 +191,17 @@ void AddStandardsCommands(CLI::App& app, Invocation& invocation) {
   CLI::App* list = standards->add_subcommand("list", "list them");
   list->callback([&invocation] { invocation.command = ListStandards; });
 
-  CLI::App* import =
+  CLI::App* imported =
       standards->add_subcommand("import", "replace the whole list by a file's (level 50)");
   const auto path = std::make_shared<std::string>();
-  import->add_option("FILE", *path, "CSV: name,temperature,known viscosity,lot")->required();
-  import->callback([&invocation, path] {
-    invocation.command = [path](Session& session) { return ImportStandards(session, *path);
-};
-}  // namespace torvell
-);
+  imported->add_option("FILE", *path, "CSV: name,temperature,known viscosity,lot")->required();
+  imported->callback([&invocation, path] {
+    invocation.command = [path](Session& session) { return ImportStandards(session, *path); };
+  });
 
-CLI::App* exported = standards->add_subcommand("export", "print them as such a file");
-exported->callback([&invocation] { invocation.command = ExportStandards; });
-AddConformityCommands(*standards, invocation);
+  CLI::App* exported = standards->add_subcommand("export", "print them as such a file");
+  exported->callback([&invocation] { invocation.command = ExportStandards; });
+  AddConformityCommands(*standards, invocation);
 }
 
 }  // namespace torvell

@@ -13,7 +13,6 @@ namespace torvell {
 
 namespace {
 
-
 bool IsVirtual() { return platform::CurrentTimeBase() == platform::TimeBaseKind::Virtual; }
 
 ExitCode CodeOf(rvx::ScriptingProblem::Kind kind) {
@@ -86,8 +85,7 @@ std::string ActingUserOf(const GlobalOptions& options, Users& users) {
     const char* name = std::getenv("TORVELL_USER");
     return name == nullptr ? "" : name;
   }
-  const std::string password =
-      NextPassword(options, fmt::format("Password of {}: ", options.user));
+  const std::string password = NextPassword(options, fmt::format("Password of {}: ", options.user));
   if (!users.Authenticate(options.user, password)) {
     throw CommandFailure(ExitCode::NotAllowed,
                          fmt::format("\"{}\" was not accepted: there is no such user, or the "

@@ -67,10 +67,11 @@ struct Condition {
 Condition ConditionOf(const SampleQuery& wanted) {
   const size_t longest = std::max(wanted.instrument.size(), wanted.sampleId.size());
   if (longest > kLongestSearchText) {
-    throw HostError(HostErrorKind::BadInput,
-                    fmt::format("The text to be searched for is too long: {} bytes, of which at most "
-                                "{} can be looked for. Nothing was searched. Shorten it.",
-                                longest, kLongestSearchText));
+    throw HostError(
+        HostErrorKind::BadInput,
+        fmt::format("The text to be searched for is too long: {} bytes, of which at most "
+                    "{} can be looked for. Nothing was searched. Shorten it.",
+                    longest, kLongestSearchText));
   }
   Condition condition;
   if (!wanted.instrument.empty()) {

@@ -6,9 +6,9 @@
 namespace torvell {
 
 // Stands before the prompter that the module has installed. The window asks in its own words before
-// it aborts a run; the module asks once more, and the thread that aborts gets a Yes without a second
-// box. All other questions go on to the module's prompter. Made and destroyed on the window's
-// thread; any thread may ask.
+// it aborts a run; the module asks once more, and the thread that aborts gets a Yes without a
+// second box. All other questions go on to the module's prompter. Made and destroyed on the
+// window's thread; any thread may ask.
 class AbortConsent : public platform::Prompter {
  public:
   AbortConsent() = default;

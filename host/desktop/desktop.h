@@ -12,7 +12,7 @@ namespace torvell {
 struct DesktopOptions {
   std::string dataFolder;  // empty: the default one, or with `simulate` the demonstration's
   bool simulate = false;
-  bool demo = false;     // fill a fresh data folder as a demonstration
+  bool demo = false;  // fill a fresh data folder as a demonstration
   // Says who acts, once the folder is open, by the command line's rules; null or a name that may do
   // nothing: the window asks.
   // What it raises ends the program.

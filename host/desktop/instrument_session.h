@@ -68,8 +68,9 @@ class InstrumentSession : public QObject {
   void Abort();
   void Prepare();
   void AcknowledgeSummary();
-  // Asks `make` for an edit of the tray and puts it in: at once, or behind what is on its way, since
-  // an edit that was made from an older tray would lose samples. Nothing happens once a run began.
+  // Asks `make` for an edit of the tray and puts it in: at once, or behind what is on its way,
+  // since an edit that was made from an older tray would lose samples. Nothing happens once a run
+  // began.
   using EditMaker = std::function<TrayEdit(const std::vector<TrayCell>& tray)>;
   void Change(EditMaker make);
   void Undo();

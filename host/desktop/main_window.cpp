@@ -412,8 +412,8 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   centralWidget()->setEnabled(false);
   menuBar()->setEnabled(false);
   statusBar()->showMessage(QStringLiteral("Closing ..."));
-  // Before the event loop ends, which answers every question that stands: an injection prompt that is
-  // answered while its run goes on would begin an injection.
+  // Before the event loop ends, which answers every question that stands: an injection prompt that
+  // is answered while its run goes on would begin an injection.
   auto left = std::make_shared<size_t>(sessions_.size() + 1);
   const auto done = [this, left] {
     if (--*left == 0) Q_EMIT Closed();

@@ -56,7 +56,8 @@ class PlotWidget : public QWidget, public Plot {
   void Add(double seconds, double left, double right) override {
     points_.push_back({seconds, left, right});
     if (points_.size() > kMostPoints) points_.pop_front();
-    // Drawing is most of what the window costs during a run, and nobody sees more pictures a second.
+    // Drawing is most of what the window costs during a run, and nobody sees more pictures a
+    // second.
     if (std::exchange(drawingDue_, true)) return;
     QTimer::singleShot(kDrawingMilliseconds, this, [this] {
       drawingDue_ = false;
@@ -221,8 +222,7 @@ void PlotWidget::DrawGrid(QPainter& painter, const QRectF& frame, const PlotAxis
 void PlotWidget::DrawCurve(QPainter& painter, const QRectF& frame, const PlotRange& shown,
                            const PlotAxis& axis, double Point::*value, const QPen& pen) const {
   const auto isShown = [&](const Point& point) {
-    return point.seconds >= shown.low && point.seconds <= shown.high &&
-           std::isfinite(point.*value);
+    return point.seconds >= shown.low && point.seconds <= shown.high && std::isfinite(point.*value);
   };
   // A pen's dashes follow the line, and a speed that goes on and off makes that line thousands of
   // pixels long. Dense points are dashed along the time instead, which costs nothing.

@@ -7,9 +7,9 @@
 
 namespace rvx {
 
-// GUI thread. A derived class sets up its form in the constructor. Its action may be stopped, and the
-// view destroyed, whenever events are handled: behind a modal dialog a view looks whether it is still
-// there (a QPointer to itself) before it touches anything.
+// GUI thread. A derived class sets up its form in the constructor. Its action may be stopped, and
+// the view destroyed, whenever events are handled: behind a modal dialog a view looks whether it is
+// still there (a QPointer to itself) before it touches anything.
 class CFormView : public QWidget {
  public:
   explicit CFormView(QWidget* parent = nullptr);

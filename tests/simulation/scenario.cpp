@@ -147,10 +147,10 @@ Milliseconds DrawDuration(Draws& draws, Fault fault) {
 }
 
 void DrawMishaps(Scenario& scenario) {
-  for (const Fault fault : {Fault::CutLine, Fault::Silent, Fault::Refuses, Fault::NotReady,
-                            Fault::SteppersLost, Fault::GoesIdle, Fault::PowerCycle,
-                            Fault::NeverSettles, Fault::CountJumps, Fault::CountRepeats,
-                            Fault::ArchiveReadOnly, Fault::ClockJumps}) {
+  for (const Fault fault :
+       {Fault::CutLine, Fault::Silent, Fault::Refuses, Fault::NotReady, Fault::SteppersLost,
+        Fault::GoesIdle, Fault::PowerCycle, Fault::NeverSettles, Fault::CountJumps,
+        Fault::CountRepeats, Fault::ArchiveReadOnly, Fault::ClockJumps}) {
     if (!scenario.rates.Has(fault)) continue;
     Draws draws(scenario.seed, StreamId::Instrument, KindOf(fault).name);
     const int count = static_cast<int>(scenario.rates[fault]);
