@@ -6,7 +6,6 @@
 
 namespace torvell {
 
-inline constexpr platform::LockRank kHostLockRank = 5000;  // whose host is open in this process
 inline constexpr platform::LockRank kUserInterfaceLockRank = 5100;  // jobs waiting
 inline constexpr platform::LockRank kInstrumentListLockRank = 5200;
 inline constexpr platform::LockRank kTrayRunnerLockRank = 5300;
