@@ -73,10 +73,13 @@ build-soak: install-packages
 	@cmake --preset soak > /dev/null
 	@cmake --build --preset soak
 
-# What CI checks beside the tests: the folder graph and clang-tidy.
+# What can be checked without a build: the tables of ARCHITECTURE.md, the format, the scripts' syntax.
 check: install-packages
 	scripts/check_floors
+	scripts/check_format
+	scripts/check_scripts
 
+# clang-tidy over the whole tree: a quarter of an hour.
 tidy: install-packages
 	cmake --preset asan
 	cmake --build --preset asan
