@@ -10,10 +10,10 @@ namespace {
 struct BatonContext final : TaskContext {
   std::binary_semaphore baton{0};
   std::thread thread;                // none for the main context
-  BatonContext* finished = nullptr;  // the task whose end gave the baton to this one
+  BatonContext* finished = nullptr;  // the task that gave the baton to this one by ending
 };
 
-// That the baton goes round is no order that the program may rely on: races must be found in spite
+// The passing of the baton is no order that the program may rely on: races must be found in spite
 // of it.
 void Pass(BatonContext& to, BatonContext* finished) {
   const UnseenScope scope;
@@ -21,9 +21,9 @@ void Pass(BatonContext& to, BatonContext* finished) {
   to.baton.release();
 }
 
-// Waits for the baton. A task that ended in giving it may still run destructors of its thread_local
-// objects: they are over before anybody else goes on. The join is unseen too, because whoever is
-// next need not be the one that waits for the task's end.
+// Waits for the baton. A task that gives it by ending may still run destructors of its thread_local
+// objects: they are over before anybody else runs. The sanitizer does not see the join either,
+// because the next task need not be the one that waits for this task's end.
 void Await(BatonContext& self) {
   const UnseenScope scope;
   self.baton.acquire();

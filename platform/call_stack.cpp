@@ -26,7 +26,8 @@ struct Frame {
   const void* returnAddress;
 };
 
-// A broken chain may lead anywhere, so the system reads for us and says no where there is nothing.
+// A broken chain may lead anywhere, so the system does the reading and fails where there is no
+// memory.
 bool ReadFrame(const void* address, Frame& frame) {
   const iovec to{&frame, sizeof frame};
   const iovec from{const_cast<void*>(address), sizeof frame};
@@ -43,7 +44,7 @@ struct Call {
   std::string place;     // "file.cpp:12", or "library.so+0x1234"
 };
 
-// Without the folders, and without what addr2line says of a line's parts.
+// Without the folders, and without what addr2line adds about parts of a line.
 std::string FileOf(std::string_view path) {
   path = path.substr(0, path.find(" (discriminator"));
   const size_t slash = path.rfind('/');
@@ -76,7 +77,7 @@ std::vector<std::string> AskAddr2line(const Module& module) {
   return lines;
 }
 
-// A return address stands behind the call, perhaps already on the next line.
+// A return address is the place after the call, perhaps already on the next line.
 const char* CallSite(const void* address) { return static_cast<const char*>(address) - 1; }
 
 std::map<const void*, Call> NameCalls(std::span<const CallStack> stacks) {
@@ -114,7 +115,7 @@ bool IsOfThePlatform(const void* address) {
          dladdr(CallSite(address), &there) != 0 && here.dli_fbase == there.dli_fbase;
 }
 
-// What stands between the program's own functions and tells nobody anything.
+// Functions between the program's own that say nothing about where it is.
 bool IsBetween(const Call& call) {
   constexpr std::array<std::string_view, 5> kStarts = {"std::", "int std::__invoke",
                                                        "void std::__invoke", "platform::Lock",

@@ -1,4 +1,4 @@
-// Where a thread stands, for reports of a run that is given up.
+// Where in the program a thread is, for reports of a run that is given up.
 #pragma once
 
 #include <cstddef>
@@ -20,9 +20,9 @@ using CallStack = std::vector<const void*>;
 CallStack WalkFrames(const void* frame);
 
 // For each stack the innermost calls outside of the platform and the standard library, as lines of
-// people's text: the function, its file and its line if the program has debug information and the
-// system has addr2line, else the library and the offset. Starts a process: for a program that is
-// about to end.
+// text for people: the function, its file and its line if the program has debug information and the
+// system has addr2line, else the library and the offset. It starts a process, so it is for a
+// program that is about to end.
 std::vector<std::vector<std::string>> DescribeCalls(std::span<const CallStack> stacks);
 
 }  // namespace platform::detail

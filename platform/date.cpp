@@ -36,8 +36,8 @@ bool IsCivilDate(int year, int month, int day) {
       .ok();
 }
 
-// Reads a text from the front, piece by piece. Each Take answers whether the piece was there;
-// after a failure the place is unspecified.
+// Reads a text from the front, piece by piece. Each Take returns whether the piece was there; after
+// a failure the place is unspecified.
 class Reader {
  public:
   explicit Reader(std::string_view text) : rest_(text) {}
@@ -120,7 +120,7 @@ bool ReadEnglish(std::string_view text, Parts& parts) {
   return true;
 }
 
-// "Sat Jan  1 00:00:00 1938". The weekday is not held against the date.
+// "Sat Jan  1 00:00:00 1938". The weekday is not compared with the date.
 bool ReadClassic(std::string_view text, Parts& parts) {
   Reader reader(text);
   int weekday = 0;

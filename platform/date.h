@@ -9,7 +9,7 @@
 namespace platform {
 
 // A civil date and time without a time zone. Whether it is local time or UTC is said where it is
-// kept. Range: years 100 to 9999, like the date type of the desktop that the format comes from.
+// kept. Range: years 100 to 9999, like the desktop date type from which the format comes.
 class Date {
  public:
   enum class State { Valid, Null, Invalid };

@@ -1,5 +1,5 @@
-// Waiting tasks by the moment at which they wake, the earliest on top; of equal moments the one
-// that began to wait first.
+// Waiting tasks by the moment at which they wake, the earliest on top. Of equal moments the task
+// that began to wait first is on top.
 #pragma once
 
 #include <cstddef>

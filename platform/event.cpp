@@ -15,7 +15,7 @@ namespace platform {
 namespace {
 
 int WaitUnderBase(std::span<EventState* const> events, const Deadline& deadline) {
-  // Nearly every wait is for a few events; their nodes stand on the stack.
+  // Nearly every wait is for a few events; their nodes are on the stack.
   constexpr size_t kFew = 8;
   std::array<detail::WaitNode, kFew> few;
   std::vector<detail::WaitNode> many;

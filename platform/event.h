@@ -52,7 +52,7 @@ inline int WaitForAny(std::initializer_list<Event*> events, const Deadline& dead
   return WaitForAny(std::span<Event* const>(events.begin(), events.size()), deadline);
 }
 
-// Gives the time away for a duration of the base's time.
+// Sleeps for a duration of the base's time.
 void Sleep(Milliseconds duration);
 
 }  // namespace platform

@@ -8,7 +8,7 @@ namespace platform::detail {
 // Exit code of a run that the virtual base gave up: deadlock, livelock, a thread left over.
 inline constexpr int kAbandonedRunExitCode = 70;
 
-// Writes the text to standard error and aborts: for use of the platform against its rules.
+// Writes the text to standard error and aborts. For uses of the platform that break its rules.
 [[noreturn]] void Fatal(const std::string& message);
 
 // Writes the text to standard error and ends the process without unwinding or exit handlers, since

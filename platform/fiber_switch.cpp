@@ -34,15 +34,15 @@ void SwapExceptionGlobals(ExceptionGlobals& save, const ExceptionGlobals& load) 
 }
 
 struct FiberContext final : TaskContext {
-  ctx::fiber fiber;  // where it stands; empty while it runs
+  ctx::fiber fiber;  // where it goes on; empty while it runs
   ExceptionGlobals exceptions;
   TaskEntry entry = nullptr;
   void* argument = nullptr;
   SanitizedStack sanitized;
 };
 
-// Goes on with `to`; returns when somebody goes on with `from`, which may be on another thread of
-// the system if a new program runs there.
+// Switches to `to`. Returns when somebody switches to `from`, which may be on another thread of the
+// system if a new program runs there.
 void SwitchFibers(FiberContext& from, FiberContext& to) {
   SwapExceptionGlobals(from.exceptions, to.exceptions);
   AnnounceSwitch(from.sanitized, to.sanitized);
@@ -53,9 +53,9 @@ void SwitchFibers(FiberContext& from, FiberContext& to) {
   AnnounceArrival(from.sanitized);
 }
 
-// The stacks that no task uses at present. A stack runs one task after another, which costs no
-// calls to the system and keeps memory from growing. Never destroyed: the fibers on them are in the
-// middle of their loop.
+// The stacks that no task uses at present. A stack runs one task after another, which needs no
+// calls to the system and keeps memory from growing. The list is never destroyed, because the
+// fibers on the stacks are in the middle of their loop.
 std::vector<FiberContext*>& IdleFibers() {
   static auto* const idle = new std::vector<FiberContext*>;
   return *idle;
@@ -76,7 +76,7 @@ FiberContext* TakeIdle() {
   return fiber;
 }
 
-// Gives up the stack of a task that is over; what it returns is where to go on.
+// Gives up the stack of a task that is over. Returns the context that runs next.
 ctx::fiber LeaveForEver(FiberContext* self, FiberContext& next) {
   SwapExceptionGlobals(self->exceptions, next.exceptions);
   AnnounceSwitch(self->sanitized, next.sanitized);

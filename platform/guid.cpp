@@ -23,7 +23,7 @@ void FillFromSystem(Guid& guid) {
     if (count > 0) {
       filled += static_cast<size_t>(count);
     } else if (errno != EINTR) {
-      // An identifier that may repeat would overwrite somebody's results.
+      // An identifier that repeats would overwrite a stored result.
       detail::Fatal("the system gives no random numbers");
     }
   }

@@ -9,14 +9,14 @@
 namespace platform::detail {
 namespace {
 
-// A process that was stopped for a while counts at most one of them for it.
+// A process that was stopped for a while counts at most one look for that time.
 constexpr int kLooks = 10;
 
 std::array<void*, 40> interruptedCalls;
 int interruptedCount = 0;
 std::binary_semaphore interrupted{0};
 
-// What may not be done in a handler is done all the same: the thread goes nowhere any more.
+// The handler does what a handler may not do: the thread that it interrupts never runs again.
 void TakeStack(int /*signal*/) {
   interruptedCount = backtrace(interruptedCalls.data(), static_cast<int>(interruptedCalls.size()));
   interrupted.release();
@@ -56,7 +56,7 @@ CallStack InterruptAndWalk(pthread_t thread) {
   sigemptyset(&action.sa_mask);
   if (sigaction(signal, &action, nullptr) != 0 || pthread_kill(thread, signal) != 0) return {};
   if (!interrupted.try_acquire_for(std::chrono::seconds(1))) return {};
-  // The handler itself and the system's frame of the signal are of no interest.
+  // Leaves out the handler itself and the system's frame of the signal.
   constexpr int kOwnFrames = 2;
   CallStack stack;
   for (int i = kOwnFrames; i < interruptedCount; ++i) {

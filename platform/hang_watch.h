@@ -1,5 +1,5 @@
-// A look from outside at a run under virtual time: a task that neither waits nor ends stops all
-// others, and none of them can say so.
+// Watches a run under virtual time from outside. A task that neither waits nor ends stops all
+// others, so none of them can report it.
 #pragma once
 
 #include <atomic>
@@ -31,8 +31,8 @@ class HangWatch {
   std::thread thread_;
 };
 
-// Where another thread of the system is just now. Empty if it does not answer within a second.
-// Interrupts that thread by a signal: for a program that is about to end.
+// Where another thread of the system is at present. Empty if it does not reply within a second. It
+// interrupts that thread by a signal, so it is for a program that is about to end.
 CallStack InterruptAndWalk(pthread_t thread);
 
 }  // namespace platform::detail

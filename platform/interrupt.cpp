@@ -26,7 +26,7 @@ constexpr std::array<int, 3> kSignals = {SIGINT, SIGTERM, SIGHUP};
 constexpr char kSignalByte = 's';
 constexpr char kQuitByte = 'q';
 
-// What the handler may touch: lock-free numbers alone.
+// What the handler may touch: lock-free numbers only.
 std::atomic<int> pipeToWatch{-1};    // real base: where a byte is written for each signal
 std::atomic<int> signalsNotSeen{0};  // virtual base: signals since the scheduler last looked
 
@@ -83,7 +83,7 @@ class InterruptWatch::State {
   std::atomic<int> count_{0};
 
  private:
-  // A signal handler may do next to nothing, so it writes a byte, and a thread does the rest.
+  // A signal handler may do very little, so it writes a byte, and a thread does the rest.
   void StartThread() {
     if (pipe2(pipe_.data(), O_CLOEXEC) != 0) {
       throw std::system_error(errno, std::generic_category(), "no pipe for signals");
@@ -115,7 +115,7 @@ class InterruptWatch::State {
     sigemptyset(&action.sa_mask);
     for (size_t i = 0; i < kSignals.size(); ++i) {
       sigaction(kSignals[i], &action, &before_[i]);
-      // Started to outlive its terminal (nohup): the hang-up stays ignored.
+      // The program was started to outlive its terminal (nohup): it goes on ignoring the hang-up.
       const bool ignored = before_[i].sa_handler == SIG_IGN;
       if (kSignals[i] == SIGHUP && ignored) sigaction(SIGHUP, &before_[i], nullptr);
     }
@@ -123,7 +123,7 @@ class InterruptWatch::State {
 
   std::array<struct sigaction, kSignals.size()> before_{};
   std::array<int, 2> pipe_{-1, -1};
-  std::shared_ptr<Thread> thread_;  // real and paced base alone
+  std::shared_ptr<Thread> thread_;  // real and paced base only
 };
 
 InterruptWatch::InterruptWatch() {

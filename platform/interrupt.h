@@ -14,7 +14,7 @@ void HandSignalsOn();
 
 // One at a time, made and ended by the program's own threads. Catches the signals from its
 // construction to its destruction. Real and paced base: a thread of its own waits for them. Virtual
-// base: they are seen at the next scheduling point.
+// base: the scheduler sees them at its next point.
 class InterruptWatch {
  public:
   InterruptWatch();

@@ -73,7 +73,7 @@ std::optional<std::string> SectionOf(const std::string& line) {
   return Trim(std::string_view(trimmed).substr(1, trimmed.size() - 2));
 }
 
-// What stands behind `"Name"=`; nothing for other lines.
+// The text after `"Name"=`; nothing for other lines.
 std::optional<std::string> AssignedText(const std::string& line, const std::string& name) {
   const std::string trimmed = Trim(line);
   if (trimmed.size() < 2 || trimmed.front() != '"') return std::nullopt;
@@ -99,10 +99,10 @@ std::optional<uint32_t> ParseDword(const std::string& text) {
   return value;
 }
 
-// Where a value stands and where a new one of its key would go.
+// Where a value is and where a new one of its key would go.
 struct Place {
   std::optional<size_t> value;  // line of the value; the last one counts, as in an import
-  std::optional<size_t> end;    // line behind the last line of the key's section
+  std::optional<size_t> end;    // line after the last line of the key's section
 };
 
 Place Find(const std::vector<std::string>& lines, const std::string& key, const std::string& name) {
@@ -130,8 +130,8 @@ bool WriteAll(int file, std::string_view text) {
   return true;
 }
 
-// Writes a new file beside the old one and puts it in its place, so that a reader, and a machine
-// that fails in between, sees the one or the other whole.
+// Writes a new file beside the old one and puts it in its place, so that a reader, or a machine
+// that fails in between, finds either the old or the new file, and finds it whole.
 bool ReplaceFile(const std::string& path, const std::string& text) {
   const std::string temporary = path + ".new";
   const int file = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
@@ -186,7 +186,7 @@ bool WriteKeyValue(const std::string& key, const std::string& name, uint32_t val
   struct stat status {};
   const bool exists = stat(store.path.c_str(), &status) == 0;
   auto read = ReadLines(store.path);
-  // A file that is there and can't be read holds values that writing would lose.
+  // Writing would lose the values of a file that exists and can't be read.
   if (exists && !read) return false;
   std::vector<std::string> lines = read ? std::move(*read) : std::vector<std::string>();
 

@@ -11,13 +11,13 @@ namespace platform {
 // Names the file; it need not exist. Without a file every key is missing.
 void SetKeyStoreFile(const std::string& path);
 
-// Sets a value for this process alone, before what the file says; nothing takes it back.
+// Sets a value for this process only. It takes precedence over the file for as long as the process
+// runs.
 void OverrideKeyValue(const std::string& key, const std::string& name,
                       std::optional<uint32_t> value);
 
 // The 32-bit value `name` under `key` ("HKEY_LOCAL_MACHINE\\SOFTWARE\\..."); nothing if key or
-// value is missing, is of another type, or the file can't be read. The file is read afresh each
-// time.
+// value is missing, is of another type, or the file can't be read. Each call reads the file.
 std::optional<uint32_t> ReadKeyValue(const std::string& key, const std::string& name);
 
 // Writes a value, making the key; false if the file can't be written. Other values stay.

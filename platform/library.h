@@ -10,7 +10,7 @@ using LibraryHandle = void*;
 
 // Loads "TORVCORE.DLL" as libtorvcore.so, "rvx.dll" as librvx.so, and so on; a name with a "/" is
 // taken as a path. Looks where the system's loader looks. Null if it can't be loaded. Each success
-// counts once more: the library goes when FreeLibrary was called as often.
+// counts: the library is unloaded when FreeLibrary has been called as often.
 LibraryHandle LoadLibrary(const std::string& name);
 
 // Address of an entry, or null.

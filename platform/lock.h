@@ -17,7 +17,8 @@ inline constexpr LockRank kLeafRank = 10000;
 
 class LockState;
 
-// A lock that its holder may take again. Fair to nobody; held for a copy, never across a wait.
+// A lock that its holder may take again. It gives no thread precedence. Hold it for a copy, never
+// across a wait.
 class CAPABILITY("mutex") RecursiveLock {
  public:
   // `name` must live as long as the lock; a literal does.
@@ -32,7 +33,7 @@ class CAPABILITY("mutex") RecursiveLock {
   std::unique_ptr<LockState> state_;
 };
 
-// A lock that is taken once. Taking it twice on one thread stops debug and virtual builds.
+// A lock that a thread takes once. Taking it twice on one thread stops debug and virtual builds.
 class CAPABILITY("mutex") PlainLock {
  public:
   PlainLock(const char* name, LockRank rank);

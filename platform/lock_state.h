@@ -1,5 +1,5 @@
-// What stands behind both kinds of lock. The same object serves every base: `mutex` blocks under
-// the real one, the list of waiting tasks under the virtual one.
+// The state of both kinds of lock. The same object serves every base: `mutex` blocks under the real
+// base, the list of waiting tasks under the virtual one.
 #pragma once
 
 #include <atomic>
@@ -24,7 +24,7 @@ class LockState {
   const bool recursive;
 
   // The holder, null when free. Only a thread itself writes or clears its own record here, so
-  // comparing it with the calling thread's record needs no other order.
+  // comparing it with the calling thread's record needs no stronger memory order.
   std::atomic<detail::ThreadRecord*> owner{nullptr};
   int depth = 0;  // how often its holder has taken it; only the holder looks
 
@@ -37,8 +37,8 @@ class LockState {
 
 namespace detail {
 
-// Stops the process if the thread may not take `lock` with the locks that it holds. Not for a lock
-// that it holds already.
+// Stops the process if the thread may not take `lock` with the locks that it holds. Not to be
+// called for a lock that the thread holds already.
 void CheckRank(const ThreadRecord& thread, const LockState& lock);
 
 [[noreturn]] void FailTakenTwice(const ThreadRecord& thread, const LockState& lock);

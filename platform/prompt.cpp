@@ -7,7 +7,7 @@
 namespace platform {
 namespace {
 
-// Answers where nobody sits: nothing is confirmed that a person would have to confirm.
+// Answers where there is no person: it confirms nothing that a person would have to confirm.
 class SilentPrompter final : public Prompter {
  public:
   MessageAnswer ShowMessage(const std::string& text, MessageButtons buttons,

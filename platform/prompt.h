@@ -1,5 +1,5 @@
-// Questions and notices to the person in front of the program. What answers them is set by the
-// program: a window, a terminal, or fixed answers where nobody sits.
+// Questions and notices to the person in front of the program. The program sets what answers them:
+// a window, a terminal, or fixed answers where there is no person.
 #pragma once
 
 #include <optional>
@@ -12,13 +12,14 @@ enum class MessageButtons { Ok, YesNo };
 enum class MessageAnswer { Ok, Yes, No };
 enum class MessageIcon { Information, Question, Warning };
 
-// Who answers. Calls come from any thread and may block it until the person has answered.
+// Puts questions to a person. Any thread may call it, and is blocked until the person has answered.
 class Prompter {
  public:
   virtual ~Prompter() = default;
   virtual MessageAnswer ShowMessage(const std::string& text, MessageButtons buttons,
                                     MessageIcon icon) = 0;
-  // A choice among `options`, `initial` the one set at the start; nothing if cancelled.
+  // A choice among `options`, with `initial` chosen at the start. Returns its index, or nothing if
+  // the person cancels.
   virtual std::optional<int> Choose(const std::string& title,
                                     const std::vector<std::string>& options, int initial) = 0;
   virtual void Beep() = 0;
@@ -31,7 +32,7 @@ Prompter& GetPrompter();
 // Whether one is set.
 bool HasPrompter();
 
-// Sets it; null takes it away again. The caller keeps it alive while it is set.
+// Sets the prompter; null removes it. The caller keeps it alive while it is set.
 void SetPrompter(Prompter* prompter);
 
 }  // namespace platform

@@ -1,6 +1,6 @@
 // Random numbers that a seed decides, the same on every machine and with every compiler. Each kind
-// of chance in a run has a stream of its own, so that one can be switched off and the others still
-// draw what they drew before.
+// of chance in a run has a stream of its own, so that one can be switched off while the others draw
+// the same numbers as before.
 #pragma once
 
 #include <cstdint>
@@ -32,7 +32,8 @@ class RandomStream {
                      detail::Mix64(static_cast<uint64_t>(stream))) {}
 
   // A stream of its own for a part, by a number that the caller chooses (the kind of a fault, an
-  // instrument). Does not draw from this one: it is the same whatever was drawn before.
+  // instrument). It does not draw from this stream, so it is the same whatever this stream drew
+  // before.
   constexpr RandomStream Part(uint64_t number) const {
     return RandomStream(detail::Mix64(origin_ + detail::kGoldenGamma * (2 * number + 1)));
   }
@@ -44,7 +45,7 @@ class RandomStream {
     return static_cast<uint32_t>(((Next() >> 32) * bound) >> 32);
   }
 
-  // least to most, both of them possible.
+  // From least to most, both included.
   constexpr int Between(int least, int most) {
     return least + static_cast<int>(Below(static_cast<uint32_t>(most - least) + 1));
   }

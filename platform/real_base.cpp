@@ -29,7 +29,7 @@ timespec ToSystemTime(const Deadline& deadline) {
   constexpr int64_t kFarAway = int64_t{1} << 61;
   const int64_t microseconds = deadline.moment().count();
   int64_t moment = clockStart.load(std::memory_order_relaxed);
-  // Rounded up: a wait that ended early would have to go round once more.
+  // Rounded up: a wait that ended early would have to be repeated.
   const int pace = clockPace.load(std::memory_order_relaxed);
   moment += microseconds > kFarAway / 1000 ? kFarAway : (microseconds * 1000 + pace - 1) / pace;
   if (moment < 0) moment = 0;
@@ -96,8 +96,8 @@ bool MarkAwake(ThreadRecord& thread) {
 }
 
 // Collects the threads to wake while the event mutex is held, and wakes them. The first one is
-// woken behind the mutex, so that it does not run straight into it; the others, which only a manual
-// event has, at once.
+// woken after the mutex is released, so that it does not block on it at once. The others, which
+// only a manual event has, are woken immediately.
 class Waker {
  public:
   void operator()(ThreadRecord& thread) {

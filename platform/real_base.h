@@ -1,5 +1,5 @@
 // Locks, events and the clock with the system's own threads: the real base, and the paced one,
-// which differs in the clock alone.
+// which differs in its clock only.
 #pragma once
 
 #include <semaphore.h>
@@ -12,8 +12,8 @@
 
 namespace platform::detail {
 
-// A thread of the system, with what it sleeps on. Records are used again and never freed: whoever
-// wakes a thread does so after releasing the event mutex, when that thread may have ended.
+// A thread of the system, with what it sleeps on. Records are used again and never freed: a thread
+// is woken after the event mutex is released, when it may already have ended.
 struct RealRecord : ThreadRecord {
   RealRecord() { sem_init(&wakeUp, 0, 0); }
   sem_t wakeUp;

@@ -30,7 +30,7 @@ Census& TheCensus() {
   return *census;
 }
 
-// Numbers of nice; on this system they belong to a thread and not to its process.
+// Nice values; on this system they belong to a thread and not to its process.
 int NicenessOf(ThreadPriority priority) {
   switch (priority) {
     case ThreadPriority::Normal:
@@ -57,7 +57,7 @@ class RealThread final : public Thread {
  public:
   explicit RealThread(const std::string& name) : name_(name) {}
 
-  // The one who lets go last may be the thread itself.
+  // The thread itself may be the last to release this object.
   ~RealThread() override {
     if (thread_.joinable()) thread_.detach();
   }
@@ -68,7 +68,7 @@ class RealThread final : public Thread {
     if (&CurrentRealRecord() == record_.load()) {
       Fatal("thread \"" + name_ + "\" waits for its own end");
     }
-    // Others who join meanwhile wait for the same end.
+    // Other threads that join meanwhile wait for the same end.
     const std::lock_guard<std::mutex> guard(joinMutex_);
     if (thread_.joinable()) thread_.join();
   }

@@ -1,4 +1,4 @@
-// What the sanitizers have to be told of virtual time, where one thread of the system goes on with
+// What the sanitizers have to be told about virtual time, where one thread of the system runs on
 // one stack after the other. Empty in builds without them.
 #pragma once
 
@@ -12,7 +12,7 @@
 #endif
 #endif
 #if defined(PLATFORM_THREAD_SANITIZER)
-// Said by the build, for a file that is itself left out of the instrumentation.
+// Defined by the build for a file that is itself left out of the instrumentation.
 #elif defined(__SANITIZE_THREAD__)
 #define PLATFORM_THREAD_SANITIZER 1
 #elif defined(__has_feature)
@@ -65,7 +65,7 @@ class SanitizedStack {
 #endif
   }
 
-  // The stack that was described is gone; it is not the one that runs.
+  // The described stack is gone; it is not the running one.
   void Forget() {
 #if defined(PLATFORM_THREAD_SANITIZER)
     __tsan_destroy_fiber(fiber_);
@@ -110,7 +110,7 @@ class SanitizedStack {
   __sanitizer_start_switch_fiber(&from.fakeStack_, to.bottom_, to.size_);
 #endif
 #if defined(PLATFORM_THREAD_SANITIZER)
-  // Without synchronisation: that one task runs at a time is no order that the program may rely on.
+  // Without synchronisation: the program may not rely on the fact that one task runs at a time.
   // What does order its tasks is announced for each lock, event, start and join.
   __tsan_switch_to_fiber(to.fiber_, __tsan_switch_to_fiber_no_sync);
 #endif
@@ -152,9 +152,10 @@ class SchedulerScope {
   SchedulerScope& operator=(const SchedulerScope&) = delete;
 };
 
-// What happens in here orders nothing, as the thread sanitizer sees it, and is no part of a race:
-// neither locks and events nor what is read and written. For whoever passes the turn from task to
-// task, and for a test that stands beside a program and would order its threads by its own locks.
+// The thread sanitizer sees nothing of what happens in this scope: its locks and events order
+// nothing, and what it reads and writes is part of no race. For the code that passes the turn from
+// task to task, and for a test whose own locks would order the threads of the program that it
+// tests.
 class UnseenScope {
  public:
 #if defined(PLATFORM_THREAD_SANITIZER)
@@ -174,8 +175,8 @@ class UnseenScope {
   UnseenScope& operator=(const UnseenScope&) = delete;
 };
 
-// What one task did before AnnounceRelease, another may rely on behind AnnounceAcquire of the same
-// object: a set event, a started or ended thread.
+// A task that has called AnnounceAcquire may rely on what another task did before AnnounceRelease
+// of the same object: a set event, a started or ended thread.
 inline void AnnounceRelease([[maybe_unused]] const void* object) {
 #if defined(PLATFORM_THREAD_SANITIZER)
   __tsan_release(const_cast<void*>(object));
@@ -188,7 +189,7 @@ inline void AnnounceAcquire([[maybe_unused]] const void* object) {
 #endif
 }
 
-// The running task has just taken `lock`, is about to release it.
+// To be called when the running task has just taken `lock`, or is about to release it.
 inline void AnnounceLocked([[maybe_unused]] void* lock) {
 #if defined(PLATFORM_THREAD_SANITIZER)
   __tsan_mutex_pre_lock(lock, __tsan_mutex_not_static);

@@ -23,7 +23,7 @@ ScheduleFaults::ScheduleFaults(const VirtualOptions& options, uint64_t seed)
       late_(seed, StreamId::LateWakeUps),
       spurious_(seed, StreamId::SpuriousWakeUps) {
   if (options.stalls) PlaceStalls(options);
-  // Some runs are disturbed at every few steps and others hardly ever.
+  // Some runs are disturbed every few steps, others almost never.
   if (options.lateWakeUps) lateOneIn_ = static_cast<uint32_t>(late_.LogUniform(4, 256));
   if (options.spuriousWakeUps)
     spuriousOneIn_ = static_cast<uint32_t>(spurious_.LogUniform(16, 2048));

@@ -16,7 +16,7 @@ class ScheduleFaults {
 
   // How long the running thread is held up at the scheduling point that it passes; mostly 0.
   Microseconds StallHere() { return ++points_ == nextStall_ ? DrawStall() : Microseconds(0); }
-  // How far a jump of time goes behind its deadline; mostly 0.
+  // How far a jump of time goes beyond its deadline; mostly 0.
   Microseconds Overshoot();
   // Whether a waiting thread wakes for nothing at this step.
   bool WakesForNothing() { return spuriousOneIn_ != 0 && spurious_.OneIn(spuriousOneIn_); }

@@ -72,9 +72,9 @@ class PriorityPolicy final : public SchedulePolicy {
 
  private:
   static constexpr uint32_t kWindow = 500;                    // choices
-  static constexpr uint64_t kLeastDrawn = uint64_t{1} << 32;  // above all that stood back
+  static constexpr uint64_t kLeastDrawn = uint64_t{1} << 32;  // above all that became the last
 
-  // True if the one who would go on falls behind at this choice.
+  // True if the task that would continue becomes the last in priority at this choice.
   bool CountChoice() {
     if (choice_ >= kWindow) return false;
     ++choice_;
@@ -101,14 +101,14 @@ class PriorityPolicy final : public SchedulePolicy {
   int changesPerWindow_ = 0;
   uint64_t window_ = 1;            // number of the present or last window
   uint32_t choice_ = 0;            // choices made in it
-  std::vector<uint32_t> changes_;  // choices at which somebody falls behind
-  uint64_t lowest_ = kLeastDrawn;  // the priority given last to one that stood back
+  std::vector<uint32_t> changes_;  // choices at which a task becomes the last
+  uint64_t lowest_ = kLeastDrawn;  // the priority given last to such a task
 };
 
 class UniformPolicy final : public SchedulePolicy {
  public:
   explicit UniformPolicy(uint64_t seed) : draws_(seed, StreamId::Schedule) {}
-  // The one that leaves is among those to choose from.
+  // The task that leaves is among those to choose from.
   bool LeavesEarly(Task& /*running*/, std::span<Task* const> /*ready*/) override { return true; }
   size_t Choose(std::span<Task* const> ready, uint32_t /*previous*/) override {
     return draws_.Below(static_cast<uint32_t>(ready.size()));

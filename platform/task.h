@@ -19,10 +19,11 @@ namespace platform::detail {
 enum class TaskState {
   Ready,    // could run, and will when it is chosen
   Running,  // the one that runs
-  Waiting   // for a lock, events or a moment; whoever ends the wait makes it ready
+  Waiting   // for a lock, events or a moment; what ends the wait makes it ready
 };
 
-// All fields are the scheduler's: only the running task touches them, its own and others'.
+// All fields belong to the scheduler: only the running task touches them, its own and those of
+// others.
 class Task final : public Thread, public ThreadRecord {
  public:
   static constexpr size_t kNotInHeap = static_cast<size_t>(-1);
@@ -47,7 +48,7 @@ class Task final : public Thread, public ThreadRecord {
 
   size_t heapIndex = kNotInHeap;              // place among the deadlines
   Task* nextWaiting = nullptr;                // next task that waits for the same lock
-  LockState* wantedLock = nullptr;            // null unless it stands in the list of that lock
+  LockState* wantedLock = nullptr;            // null unless it is in the list of that lock
   std::span<EventState* const> wantedEvents;  // empty unless it waits for events
   Task* joined = nullptr;                     // null unless it waits for the end of that thread
   Deadline deadline = Deadline::Never();      // of its wait; meaningful while it waits

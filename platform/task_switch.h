@@ -6,7 +6,7 @@
 
 namespace platform::detail {
 
-// Where a task stands while it does not run. Belongs to the switcher that made it.
+// Where a task continues when it runs again. Belongs to the switcher that made it.
 class TaskContext {
  public:
   TaskContext() = default;
@@ -24,11 +24,10 @@ class TaskSwitcher {
   // The context of the thread that made the switcher, which is the one that runs.
   virtual TaskContext* Main() = 0;
   // A context that runs `entry(argument)` when it is switched to for the first time, which has to
-  // happen before the switcher ends. It is gone when the entry has returned. Raises
+  // happen before the switcher ends. It is gone when the entry has returned. Throws
   // std::system_error if the system has no room for it.
   virtual TaskContext* Create(TaskEntry entry, void* argument) = 0;
-  // Leaves `from`, which is running, and goes on with `to`. Returns when somebody goes on with
-  // `from`.
+  // Leaves `from`, which is running, and runs `to`. Returns when somebody switches back to `from`.
   virtual void Switch(TaskContext* from, TaskContext* to) = 0;
 };
 

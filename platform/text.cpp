@@ -33,7 +33,7 @@ class PointLocaleScope {
   locale_t before_;
 };
 
-// What isspace answers in the "C" locale.
+// What isspace returns in the "C" locale.
 bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 char LowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }

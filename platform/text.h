@@ -29,8 +29,8 @@ std::string Trim(std::string_view text);
 // The text without any blank.
 std::string RemoveBlanks(std::string_view text);
 
-// Cuts at each separator, at most `most` pieces (0: no limit); what stands behind the last piece
-// taken is dropped. A separator at the very end makes no empty last piece.
+// Cuts at each separator, at most `most` pieces (0: no limit); what follows the last piece taken is
+// dropped. A separator at the very end makes no empty last piece.
 std::vector<std::string> SplitFields(std::string_view text, char separator, size_t most = 0);
 
 // ASCII only: "abc" and "ABC" are equal, order of bytes otherwise. <0, 0, >0.

@@ -1,4 +1,5 @@
-// Threads of the program: each has a name, is logged at its start and end, and lets nothing escape.
+// Threads of the program: each has a name, is logged at its start and end, and lets no exception
+// escape.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +11,7 @@ namespace platform {
 
 enum class ThreadPriority { Normal, BelowNormal, Lowest };
 
-// One started thread. Shared by its starter and the thread itself, so either may let go first.
+// One started thread. Its starter and the thread itself share it, so either may release it first.
 class Thread {
  public:
   virtual ~Thread() = default;
@@ -22,7 +23,7 @@ class Thread {
 };
 
 // Starts a thread. The name is for people: logs, reports of a deadlock, the table of threads in
-// ARCHITECTURE.md. An exception that leaves `body` is logged and ends the process. Raises
+// ARCHITECTURE.md. An exception that leaves `body` is logged and ends the process. Throws
 // std::system_error when the system has no thread left. Any thread may call it.
 std::shared_ptr<Thread> StartThread(const std::string& name, std::function<void()> body,
                                     ThreadPriority priority = ThreadPriority::Normal);

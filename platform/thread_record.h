@@ -1,5 +1,5 @@
-// What the platform knows of a thread, whichever base runs it. It stands with the thread and not in
-// thread_local storage, because under virtual time many threads share one of the system's.
+// What the platform knows of a thread, whichever base runs it. It belongs to the thread and is not
+// thread_local, because under virtual time many threads share one of the system's.
 #pragma once
 
 #include <array>
@@ -26,7 +26,7 @@ class HeldLocks {
   LockState* last() const { return locks_[count_ - 1]; }
 
  private:
-  // More locks at once than any order of ranks has places for is a fault of its own.
+  // No order of ranks has room for more locks at once, so more of them are a fault.
   static constexpr size_t kMost = 24;
   std::array<LockState*, kMost> locks_{};
   size_t count_ = 0;

@@ -16,7 +16,7 @@ namespace {
 
 // How long a program under the real base waits at its end for threads that are just ending.
 constexpr Milliseconds kLastThreadsTimeout{2000};
-// Likewise a virtual one before it begins.
+// Likewise a program under the virtual base before it begins.
 constexpr Milliseconds kEarlierThreadsTimeout{200};
 constexpr int kMostPace = 1000;
 
@@ -26,7 +26,7 @@ int64_t SystemMilliseconds() {
   return int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
 }
 
-// The system's time of day where the computer stands.
+// The system's time of day in its time zone.
 Date SystemLocal(int64_t utcMilliseconds) {
   const int64_t millisecond = utcMilliseconds % 1000;
   const auto seconds = static_cast<time_t>(utcMilliseconds / 1000);
@@ -42,7 +42,7 @@ Date SystemLocal(int64_t utcMilliseconds) {
           static_cast<int>(millisecond)};
 }
 
-// Where the time of day stands at the start of the base. Written between programs only.
+// The time of day at the start of the base. Written between programs only.
 struct ClockStart {
   bool followsSystem =
       true;  // the real base without a given start: no other clock than the system's
@@ -63,7 +63,7 @@ void StartClockOfDay(const TimeBaseOptions& options) {
   clockStart.utc = options.startOfClock ? *options.startOfClock : Date::FromMilliseconds(now);
 }
 
-// What the time of day has moved on since the start of the base.
+// How far the time of day has moved since the start of the base.
 int64_t ElapsedOfDay() { return MonotonicTime().count() / 1000 + movedBy; }
 
 int64_t ElapsedMilliseconds() { return MonotonicTime().count() / 1000; }
@@ -77,7 +77,7 @@ void Check(const TimeBaseOptions& options) {
   }
 }
 
-// One program at a time; the real base is back in force behind it.
+// One program at a time; after it the real base is in force again.
 class ProgramScope {
  public:
   explicit ProgramScope(const TimeBaseOptions& options) {

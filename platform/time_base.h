@@ -41,8 +41,8 @@ struct TimeBaseOptions {
 // returned. One call at a time in a process; calls may follow one another. When `program` returns,
 // all threads that StartThread made must have ended: in virtual time one that is left is reported
 // with its name, and the process ends (exit code 70). The caller's own thread runs `program`.
-// Raises std::logic_error if a program runs already, and for virtual time if any thread of
-// StartThread's does.
+// Throws std::logic_error if a program runs already, and for virtual time also if a thread that
+// StartThread made still runs.
 int RunUnderTimeBase(const TimeBaseOptions& options, const std::function<int()>& program);
 
 // The base in force; Real outside of RunUnderTimeBase.
@@ -66,7 +66,7 @@ Date UtcNow();
 
 // Moves the time of day, as if somebody had set the computer's clock; for tests only. Durations and
 // waits are not touched, nor is a clock that follows the system's. The end of RunUnderTimeBase
-// takes it back.
+// undoes it.
 void MoveTimeOfDay(Milliseconds by);
 
 // A moment to wait until, in the base's time.
@@ -74,7 +74,7 @@ class Deadline {
  public:
   static Deadline Never() { return Deadline(); }
   static Deadline Now() { return Deadline(MonotonicTime()); }
-  // A duration of centuries means for ever: added up it would not fit.
+  // A duration of centuries means for ever: the sum would not fit.
   static Deadline After(Milliseconds duration) {
     if (duration >= kForEver) return Never();
     return Deadline(MonotonicTime() + duration);
@@ -120,9 +120,9 @@ struct TimeBaseFigures {
 };
 TimeBaseFigures GetTimeBaseFigures();
 
-// From here on virtual time holds up no thread; one that is held up already gets on within 30 s.
-// For the end of a simulated run, when everything has to settle. Any thread; nothing on other
-// bases.
+// From this call on virtual time holds up no thread; one that is held up already continues within
+// 30 s. For the end of a simulated run, when everything has to settle. Any thread may call it; it
+// does nothing on other bases.
 void EndStalls();
 
 }  // namespace platform

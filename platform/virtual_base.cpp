@@ -12,11 +12,11 @@
 namespace platform::detail {
 namespace {
 
-// A program that goes on for so long without letting time pass never will.
+// A program that has run for so many steps without letting time pass never will.
 constexpr uint64_t kMostStepsAtOneTime = 100'000;
 constexpr uint64_t kMostPointsAtOneTime = 100'000'000;
 
-// For a question without a time-out while somebody is held up.
+// The price of a question without a time-out while a thread is held up.
 constexpr Microseconds kAskingTime{1000};
 
 }  // namespace
@@ -123,7 +123,7 @@ TaskContext* VirtualBase::End(Task& task) {
   self->hasEnded = true;
   AnnounceRelease(&self->ended);
   self->ended.Signal([this](ThreadRecord& thread) { Wake(static_cast<Task&>(thread)); });
-  // What it leaves may be the last reference to its own object.
+  // What it releases may be the last reference to its own object.
   self.reset();
   policy_->OpenWindow();
   running_ = nullptr;
@@ -180,7 +180,7 @@ void VirtualBase::StandBack() {
     Yield();
     return;
   }
-  // What it asks for may have to come from the one that is held up, and asking takes time.
+  // What it asks for may have to come from a thread that is held up, and asking takes time.
   const Microseconds end = now_ + kAskingTime;
   do {
     Block(Deadline::At(end));

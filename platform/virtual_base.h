@@ -1,7 +1,7 @@
 // Virtual time: one task runs at a time, and when all wait, time jumps to the earliest deadline.
 // Who runs next among the ready is drawn from a seed, so a run is repeated exactly by its seed.
 //
-// All of this is plain data that only the running task touches. A task changes places with another
+// All of this is plain data that only the running task touches. A task gives its turn to another
 // only inside GiveWay.
 #pragma once
 
@@ -58,7 +58,7 @@ class VirtualBase {
 
   void OpenWindow();
   bool watchesForLostSignals() const { return options_.lostSignals; }
-  // The running task's wait for the event timed out although what the event announces is so.
+  // The running task's wait for the event timed out although what the event announces has happened.
   void Suspect(EventState& event);
   // The event has been set, or ends.
   void Clear(const EventState& event);

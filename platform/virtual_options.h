@@ -12,9 +12,9 @@ namespace platform {
 
 // Who runs next among the threads that could.
 enum class ScheduleStrategy {
-  Sticky,      // a thread goes on unless a draw says otherwise; then all have the same chance
+  Sticky,      // a thread continues unless a draw says otherwise; then all have the same chance
   Priority,    // the highest of drawn priorities; in windows of at most 500 choices the running
-               // thread falls behind all others at a few drawn moments
+               // thread becomes the last at a few drawn moments
   StallHeavy,  // as Sticky, with many more stalls if stalls are on
   Uniform,     // all have the same chance at each point
   RoundRobin   // one after the other, at each point
@@ -25,24 +25,26 @@ const char* NameOf(ScheduleStrategy strategy);
 
 struct VirtualOptions {
   ScheduleStrategy strategy = ScheduleStrategy::Sticky;
-  // Sticky and StallHeavy: a thread that could go on is left once in so many points. 0: 5, 20 or
+  // Sticky and StallHeavy: a thread that could continue is left once in so many points. 0: 5, 20 or
   // 100, by the seed.
   int leaveOneIn = 0;
-  // Priority: how often in a window the running thread falls behind. 0: 2, 3, 5 or 10, by the seed.
+  // Priority: how often in a window the running thread becomes the last. 0: 2, 3, 5 or 10, by the
+  // seed.
   int priorityChanges = 0;
 
-  // Unkindness. Each draws from a stream of its own, so none of them moves the others.
+  // Unkindness. Each draws from a stream of its own, so switching one off changes none of the
+  // others.
   bool stalls = false;  // a thread is held up for 1 ms to 2 s, rarely up to 30 s; 1 to 20 a run
   bool lateWakeUps = false;  // a jump of time goes 1 to 64 ms too far and wakes all that are due
   bool spuriousWakeUps = false;  // a wait inside the platform wakes for nothing and waits on
 
   // Scheduling points that a run is expected to have (TimeBaseFigures::points), at least 1. Stalls
-  // are spread over them; a run that turns out longer has none behind them.
+  // are spread over them; a run that turns out longer has none after them.
   uint64_t expectedPoints = 20'000;
 
   // Watches. A run that fails one of them is reported, and the process ends with exit code 70.
   bool lostSignals = false;  // see ExpectNoLostSignal in lost_signal.h
-  // Real time without a step of any thread; 0 watches for nothing. A debugger wants it off.
+  // Real time without a step of any thread; 0 switches the watch off, as a debugger requires.
   std::chrono::milliseconds hangAfter{0};
 
   // For reports: the command that repeats the run ("" leaves only the seed), and what a harness
@@ -60,7 +62,7 @@ struct TimeBaseOptions;
 // The start of the time of day is left to the caller.
 TimeBaseOptions DrawTimeBaseOptions(uint64_t seed);
 
-// Says that something has just begun in whose course a race is likely: an operator acts, an error
+// Announces that something has just begun during which a race is likely: an operator acts, an error
 // is reported. Opens a window of the strategy Priority unless one is open; without effect
 // otherwise. Starts and ends of threads open one by themselves. Any thread of the program may call
 // it.

@@ -1,4 +1,4 @@
-// What the virtual base says when it gives a run up.
+// What the virtual base reports when it gives a run up.
 #include <fmt/format.h>
 
 #include <algorithm>

@@ -43,8 +43,8 @@ void VirtualBase::Release(LockState& lock) {
   }
 }
 
-// Waits until the lock has been released once. A task that came too late for the lock after waiting
-// for it goes in front of the others.
+// Waits until the lock has been released once. A task that has waited for the lock and found it
+// taken again goes to the front of the list.
 void VirtualBase::WaitForLock(LockState& lock, bool goesFirst) {
   Task& self = *running_;
   if (lock.firstWaiting == nullptr) {
@@ -73,7 +73,7 @@ static const Task* WaitsOnlyFor(const Task& task) {
   return task.joined;
 }
 
-// Others may tick on while some wait for each other in a circle.
+// Other tasks may go on while some wait for each other in a circle.
 void VirtualBase::CheckCircle() const {
   std::string circle = "\"" + running_->threadName + "\"";
   for (const Task* task = WaitsOnlyFor(*running_); task != nullptr; task = WaitsOnlyFor(*task)) {
@@ -122,7 +122,7 @@ int VirtualBase::Await(std::span<EventState* const> events, std::span<WaitNode> 
     return set;
   }
   if (!deadline.IsNever() && deadline.moment() <= now_) {
-    // Somebody else has to get his turn, or a thread that asks again and again would stop all.
+    // Another task has to get its turn, or a thread that keeps asking would stop all of them.
     StandBack();
     return TakeFirst(events);
   }
@@ -154,13 +154,13 @@ void VirtualBase::SleepUntil(const Deadline& deadline) {
 
 // Lost signals.
 
-// Longer than whoever announces something can be held up before the announcement.
+// Longer than a thread can be held up before it announces something.
 static constexpr Microseconds kMostWithoutSignal{60'000'000};
 
 void VirtualBase::Suspect(EventState& event) {
   const SchedulerScope scope;
   Clear(event);
-  // It came between the time-out and the question.
+  // The signal came between the time-out and the question.
   if (event.set) return;
   suspicions_.push_back({&event, running_->threadName, now_});
 }
