@@ -1,5 +1,5 @@
 // A run as a calibration's list and its printed report show it: figures with a point in every
-// locale, its moment in the form of whoever shows it.
+// locale, its date and time in a form that the caller chooses.
 #pragma once
 
 #include <functional>
@@ -10,7 +10,7 @@
 
 namespace rvx {
 
-// How a valid moment is written: as the user's locale has it on a screen and on paper.
+// How a valid date and time is written: as in the user's locale on a screen and on paper.
 struct MomentFormat {
   std::function<std::string(const platform::Date&)> time;  // of day
   std::function<std::string(const platform::Date&)> date;

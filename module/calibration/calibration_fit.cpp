@@ -107,8 +107,7 @@ double PercentDiff(double recalculated, double known) {
 }
 
 double SpeedVariationPercent(const Sample& sample) {
-  // The count is a column like any other: one that no run can have reads no further than there are
-  // readings.
+  // The count is a stored column and may be damaged, so no more readings are read than there are.
   const double stored = sample.constants[kConstantAveragingCount];
   const int n = stored > 0.0 ? static_cast<int>(std::min<double>(stored, kStoredSpeeds)) : 0;
   double squares = 0.0;

@@ -13,17 +13,17 @@
 
 namespace rvx {
 
-// What the fit reads of a run.
+// The values of a run that the fit uses.
 struct CalibrationPoint {
   double speed = 0.0;           // rpm/1000
   double knownViscosity = 0.0;  // mPa*s
 };
 CalibrationPoint PointOf(const Sample& sample);
 
-// Constants that rest on fewer different speeds than this mean nothing: any others through the same
-// points are as good, and the fit gives them only because its arithmetic is not exact.
+// With fewer different speeds than this the constants mean nothing: other constants fit the same
+// points as well, and the fit returns some only because its arithmetic is not exact.
 inline constexpr int kFewestSpeeds = 3;
-// Counts no further than that.
+// Stops counting at that number.
 int CountDifferentSpeeds(const std::vector<CalibrationPoint>& points);
 
 struct CellConstantValues {
@@ -37,15 +37,15 @@ struct CalibrationFitResult {
 };
 
 // The least squares fit, with the sums in the order of the points. Nothing for fewer than three
-// points or when the normal equations have a determinant of exactly 0, which points of too few
-// different speeds need not give: ask CountDifferentSpeeds. R is not a number when all
-// points have one viscosity * speed; points that are not finite give results that are not.
+// points, or if the determinant of the normal equations is exactly 0. Points of too few different
+// speeds need not give a determinant of 0, so call CountDifferentSpeeds too. R is not a number when
+// all points have one viscosity * speed; points that are not finite give results that are not
+// finite.
 std::optional<CalibrationFitResult> FitCalibrationConstants(
     const std::vector<CalibrationPoint>& points);
 
-// A result as it stands in the fields of a screen, with a point in every locale. What is
-// recalculated and stored are the constants of these texts: so everybody who sees them can repeat
-// the figures.
+// A result as the fields of a screen show it, with a point in every locale. Recalculation and
+// storing use the constants of these texts, so everybody who sees them can repeat the figures.
 struct CalibrationTexts {
   std::string b0, b1, b2;  // whole numbers when they come from a fit; as typed otherwise
   std::string r;           // six decimals

@@ -7,8 +7,8 @@
 namespace rvx {
 namespace {
 
-// A run is of a temperature when its average is nearer to it than this; the last digit lets an
-// average of exactly 0.05 degrees C beside it take part whatever its binary form is.
+// A run belongs to a temperature if its average differs by less than this. The last digit includes
+// an average that differs by exactly 0.05 degrees C, whatever its binary form is.
 constexpr double kReach = 0.051;  // degrees C
 constexpr double kHoursOfDay = 24.0;
 

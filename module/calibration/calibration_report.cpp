@@ -11,7 +11,7 @@ namespace {
 
 constexpr int32_t kFirstPageBlock = 28;
 
-// A font without a height is no reason to crash.
+// A font may report a height of 0, by which nothing can be divided.
 int32_t AtLeastOne(int32_t value) { return std::max(value, int32_t{1}); }
 
 }  // namespace

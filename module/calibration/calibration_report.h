@@ -1,5 +1,5 @@
-// Texts and page rules of the printed report of a calibration; its rows stand in
-// calibration_cells.h. Lengths are whole hundredths of an inch. Any thread.
+// Texts and page rules of the printed report of a calibration; its rows are in calibration_cells.h.
+// Lengths are whole hundredths of an inch. Any thread.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@
 
 namespace rvx {
 
-// What a calibration is for: "-20" (degrees C) for a slot of kCalibrationTemperatures,
-// "All Temperatures" for nothing. InvalidException for an index that is no slot.
+// What a calibration is for: "-20" (degrees C) for a slot of kCalibrationTemperatures, "All
+// Temperatures" without a value. Throws InvalidException for an index that is no slot.
 std::string CalibrationTargetText(std::optional<int> temperatureIndex);
 
 // "RVX-A Mark 2" for the model code '1'; the empty text for a code that is none.
@@ -26,8 +26,8 @@ ProbeTexts FormatProbeConstants(double a0, double a1, double a2);
 // edge, with `lineStep` (1 and more) from one line to the next. Negative on a page of no room.
 int32_t ReportLinesOfPage(int32_t pageHeight, int32_t topOffset, int32_t lineStep);
 
-// Whether a page takes no further row. `y` is where the next one would stand; it is 0 at the top of
-// the page and negative below.
+// Whether a page has no room for a further row. `y` is where the next one would be; it is 0 at the
+// top of the page and negative below.
 bool IsReportPageFull(int32_t y, int32_t lineStep, int32_t linesOfPage);
 
 // Pages of a report of so many rows, `linesOfPage` (1 and more) lines to a page. The first page's

@@ -16,7 +16,8 @@ constexpr size_t kMostOfLine = 63;
 constexpr size_t kFieldCount = 3;
 constexpr char kNoTemperature[] = "777";
 
-// Takes the next piece off the front: up to and with a newline, or the most of a line.
+// Takes the next piece off the front: up to and including a newline, or the longest piece of a
+// line.
 std::string_view TakePiece(std::string_view& bytes) {
   std::string_view piece = bytes.substr(0, kMostOfLine);
   const size_t newline = piece.find('\n');
@@ -77,7 +78,7 @@ std::string StandardGroupPath(const std::string& defaultFolder) {
 }
 
 std::vector<StandardGroupRow> ReadStandardGroups(const std::string& path) {
-  // A pipe or a device of that name would hold up its reader.
+  // Reading from a pipe or a device of that name would block.
   std::error_code error;
   if (!std::filesystem::is_regular_file(path, error)) return {};
   std::ifstream file(path, std::ios::binary);

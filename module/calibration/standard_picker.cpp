@@ -127,7 +127,7 @@ void CStandardPicker::TakeFromWorkingSet(const std::string& name, const std::str
   try {
     working_.RemoveStandardRecord(name, temperature);
   } catch (InvalidException* unknown) {
-    delete unknown;  // a row without its mark has no records there
+    delete unknown;  // a row that is not checked has no records there
   }
 }
 
@@ -226,7 +226,7 @@ CalibrationTrayPlan CStandardPicker::MakePlan() const {
     delete unknown;
     plan.positions.clear();
   }
-  // Names that begin alike but for upper and lower case, or that hold a parenthesis, would bring
+  // Names that begin alike but for upper and lower case, or that contain a parenthesis, would bring
   // another oil into the tray than the one that was chosen.
   if (plan.positions.size() != working_.GetStandardNames().size()) {
     plan.positions.clear();

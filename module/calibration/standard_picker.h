@@ -30,18 +30,18 @@ struct CalibrationTrayPlan {
   std::string problem;  // why no tray can be made of the choice, for people; empty: it can
 };
 
-// Whether a standard has a usable record at a temperature text; false for a name that is not there.
+// Whether a standard has a usable record at a temperature text; false for an unknown name.
 bool IsUsableAt(const CStandardsMap& standards, const std::string& name,
                 const std::string& temperature);
 
-// No lock: one thread, the one on which the standards may be read.
+// It has no lock: only the thread on which the standards may be read calls it.
 class CStandardPicker {
  public:
   struct Row {
     std::string text;
     bool checked = false;
   };
-  // Gives the instrument's standards, null if they can't be read; asked anew in each operation,
+  // Returns the instrument's standards, null if they can't be read. Each operation calls it anew,
   // since they may be loaded again meanwhile.
   using StandardsSource = std::function<const CStandardsMap*()>;
 
@@ -54,18 +54,17 @@ class CStandardPicker {
   // The standards of the checked temperatures (standard_row.h), in the order of their bytes.
   const std::vector<Row>& standards() const { return standards_; }
 
-  // Whether there is a standard of each of the groups A, B and C at a temperature text, the one of
-  // group B not being the last one of group A before it: among those with a usable record, or among
-  // the checked rows of standards().
+  // Whether each of the groups A, B and C has a standard at a temperature text, where that of group
+  // B must not be the last one found for group A. Counts either the standards with a usable record,
+  // or only the checked rows of standards().
   bool ConformsToD5293(const std::string& temperature, bool onlyChecked) const;
-  // The groups that the standards with a usable record lack for that, by their letters; empty if
-  // the temperature conforms or there are no standards to read.
+  // The letters of the groups that the standards with a usable record lack for a conforming set.
+  // Empty if the temperature conforms or no standards can be read.
   std::vector<std::string> LackingGroups(const std::string& temperature) const;
 
   // Check marks, by indexes of the lists above; setting one that is set already does nothing.
-  // Checking a temperature brings in its standards, checked: false if they can't be read, and then
-  // none comes. Taking the mark off a standard also takes it off each temperature that does not
-  // conform any more.
+  // Checking a temperature adds its standards, checked; returns false, and adds none, if they can't
+  // be read. Unchecking a standard also unchecks each temperature that does not conform any more.
   bool CheckTemperature(size_t index);
   void UncheckTemperature(size_t index);
   void CheckStandard(size_t index);

@@ -19,7 +19,7 @@ struct StandardRowText {
   std::vector<std::string> pieces;  // contents without the parentheses: "-20 A"
 };
 
-// The name is what stands before the first "(", less the one blank in front of it.
+// The name is the text before the first "(", without the one blank in front of it.
 StandardRowText ParseStandardRow(std::string_view text);
 // The pieces in ascending order of their bytes, which is the order of falling temperatures.
 std::string FormatStandardRow(StandardRowText row);

@@ -1,7 +1,6 @@
 // The calibration standards of one instrument: oils of known viscosity, by name.
 //
-// Nothing here has a lock: a map belongs to the user-interface thread, or to a thread that nobody
-// shares it with.
+// Nothing here has a lock: a map belongs to the user-interface thread, or to another single thread.
 #pragma once
 
 #include <cstdint>
@@ -17,8 +16,8 @@ namespace rvx {
 inline constexpr int32_t kLastRecord = -1;
 
 // The records of one standard, one for each temperature at which the oil is certified. A record is
-// a text of three fields, 0x0B behind each: temperature text, known viscosity (decimal text, mPa*s;
-// "0" or empty: not usable), lot. A field that has no 0x0B behind it is empty.
+// a text of three fields, each followed by 0x0B: temperature text, known viscosity (decimal text,
+// mPa*s; "0" or empty: not usable), lot. A field without its 0x0B is empty.
 class CStandardInfoArray {
  public:
   int32_t GetSize() const { return static_cast<int32_t>(records_.size()); }
@@ -26,7 +25,7 @@ class CStandardInfoArray {
   // `index` from 0 to GetSize() - 1.
   void RemoveAt(int32_t index) { records_.erase(records_.begin() + index); }
 
-  // Each raises InvalidException for an index beyond the records; the fields take kLastRecord too.
+  // Each throws InvalidException for an index beyond the records; the fields take kLastRecord too.
   const std::string& GetRecord(int32_t index) const;
   std::string GetTemperature(int32_t index) const { return GetField(index, 0); }
   std::string GetViscosityText(int32_t index) const { return GetField(index, 1); }
@@ -42,15 +41,15 @@ class CStandardInfoArray {
   std::vector<std::string> records_;
 };
 
-// Name (compared exactly) to records. Operations that name a standard which is not there raise
-// InvalidException (by pointer, the catcher deletes it), and so do those that name a record beyond
-// its last one: an ordinary way to find the end of a list.
+// Name (compared exactly) to records. Operations on an unknown name, or on a record after the last
+// one, throw InvalidException by pointer, and the catcher deletes it. That is an ordinary way to
+// find the end of a list.
 class CStandardsMap {
  public:
   explicit CStandardsMap(bool lowTemperatureOption) : lowTemperature_(lowTemperatureOption) {}
 
-  // Appends a record, making the standard if it is new; a second record of one temperature is
-  // dropped and the first stays. The number of records of the name.
+  // Appends a record and makes the standard if it is new. A second record of one temperature is
+  // dropped and the first stays. Returns the number of records of the name.
   int32_t AddStandardRecord(const std::string& name, const std::string& record);
   // The whole record.
   std::string GetStandardRecord(const std::string& name, int32_t index) const;
@@ -64,10 +63,10 @@ class CStandardsMap {
   // The same, for a usable record only.
   int32_t FindUsableTemperature(const std::string& name, const std::string& temperature) const;
   // Whether the standard has a usable record at one of the temperatures of this instrument; false
-  // for a name that is not there.
+  // for an unknown name.
   bool HasUsableRecord(const std::string& name) const;
-  // The number of records left, or -1 if there was none of that temperature. A standard without
-  // records leaves the map.
+  // Returns the number of records left, or -1 if there was none of that temperature. A standard
+  // without records is removed.
   int32_t RemoveStandardRecord(const std::string& name, const std::string& temperature);
   // In ascending order, upper and lower case alike.
   std::vector<std::string> GetStandardNames() const;
@@ -86,8 +85,8 @@ class CStandardsMap {
   std::map<std::string, CStandardInfoArray> standards_;
 };
 
-// The order of lists of standards: ascending, upper and lower case alike; equal ones stay as they
-// stand.
+// The order of lists of standards: ascending, upper and lower case alike; equal ones keep their
+// order.
 void SortNoCase(std::vector<std::string>& texts);
 
 // One record from its fields.

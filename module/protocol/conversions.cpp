@@ -15,8 +15,8 @@ constexpr double kConverterCounts = 65536.0;
 constexpr double kConverterRange = 20.0;
 constexpr double kConverterLow = 10.0;
 
-// The bridge: the probe in series with two resistors between the supplies, tapped over the second
-// and amplified. Ohms.
+// The bridge, in ohms: the probe in series with two resistors between the supplies. The voltage
+// over the second resistor is amplified.
 constexpr double kBridgeGain = 11.0;
 constexpr double kBridgeTap = 525930.0;
 constexpr double kBridgeSeries = 462000.0;
@@ -28,7 +28,7 @@ constexpr double kKelvin = 273.0;
 
 constexpr int kMaxSearchSteps = 100;
 constexpr double kSearchTolerance = 1e-06;
-// The highest count that stands for a temperature; the next means off.
+// The highest count that is a temperature; the next one means off.
 constexpr double kHighestCounts = 65534.0;
 
 constexpr double kSpeedScaleCoarse = 0.06;  // rpm a count
@@ -59,7 +59,7 @@ double TemperatureToCounts(double temperature, const ProbeConstants& probe,
   const double goal = 1000.0 / (temperature + kKelvin);
   double l = (goal - probe.a0) / probe.a1;
   // A constant slope in place of the derivative: it converges more slowly, but the result has to
-  // agree with what the instruments were calibrated with.
+  // agree with the one that the instruments were calibrated with.
   const double slope = probe.a1 + 3.0 * probe.a2;
   bool found = false;
   for (int step = 0; step < kMaxSearchSteps; ++step) {

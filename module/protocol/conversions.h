@@ -9,14 +9,14 @@
 namespace rvx {
 
 // The thermistor's polynomial: 1000 / T = a0 + a1 L + a2 L^3, L the natural logarithm of its
-// resistance in ohms, T in kelvin. Kept for each instrument.
+// resistance in ohms, T in kelvin. Each instrument has its own.
 struct ProbeConstants {
   double a0 = 1.292035;
   double a1 = 0.22621;
   double a2 = 0.000210003;
 };
 
-// The supply voltages that the probe's bridge stands on, in volts.
+// The supply voltages of the probe's bridge, in volts.
 struct SupplyPair {
   double plus = 15.0;
   double minus = -15.0;
@@ -48,8 +48,9 @@ double SpeedScale(uint8_t optionByte);
 double SpeedFromCounts(uint16_t counts, uint8_t optionByte);
 
 // Rolling means over the last 20 supply readings, and the pair that temperatures are converted
-// with. The two are apart so that a shown temperature and the target that was sent rest on the same
-// voltages: the pair changes only when Latch is called. No lock: its owner has one.
+// with. The means and the pair are separate so that a shown temperature and the target that was
+// sent use the same voltages: the pair changes only when Latch is called. No lock: its owner has
+// one.
 class SupplyMeans {
  public:
   // One status record's two readings, volts.

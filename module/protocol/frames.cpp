@@ -13,7 +13,7 @@ namespace {
 
 constexpr size_t kSerialNumberSize = 16;
 
-// Where a value stands in a payload.
+// Where a value is in a payload.
 struct Field {
   size_t offset;
   size_t size;
@@ -97,11 +97,11 @@ std::string SwitchCommand(uint8_t address, std::string_view tag, bool on) {
   return Text(address, kCommandKind, tag, on ? "01" : "00");
 }
 
-// A time or a number of minutes. One that fits in no byte becomes the nearest that does: wrapped
-// around, 300 s would run as 44 s.
+// A time or a number of minutes. A value that does not fit in a byte becomes the nearest that does,
+// because wrapped around 300 s would run as 44 s.
 uint16_t ByteOf(int value) { return static_cast<uint16_t>(std::clamp(value, 0, 0xFF)); }
 
-// A position is never moved to a neighbour: one that fits in no byte has to be refused.
+// A position is never moved to a neighbour: one that does not fit in a byte has to be refused.
 uint16_t PositionByte(int position) {
   return static_cast<uint16_t>(position >= 0 && position <= 0xFF ? position : 0xFF);
 }

@@ -13,7 +13,7 @@
 //
 // Numbers of two bytes travel high byte first. The text of a command is the frame without "/" and
 // CR: that is what waits in the queue. Everything here is a plain function of its arguments, safe
-// on any thread, and raises nothing.
+// on any thread, and throws nothing.
 #pragma once
 
 #include <cstdint>
@@ -60,9 +60,9 @@ inline constexpr double kCountsOffValue = 65535.0;
 char AddressCharacter(uint8_t address);
 
 // Whether a reply with this address character comes from the instrument at `address`. Instruments
-// answer with the digit's row ("0" + address) or the letters' row ("A" + address), whatever the
-// address; above 9 the character of the request is taken too, since there an instrument that merely
-// repeats it would otherwise never be heard.
+// reply with "0" + address or with "A" + address, whatever the address. Above 9 the character of
+// the request is accepted too, because an instrument that repeats it would otherwise never be
+// heard.
 bool IsOwnAddress(uint8_t character, uint8_t address);
 
 // Two upper-case hex digits for each byte.
@@ -122,8 +122,8 @@ std::string MoveToPositionCommand(uint8_t address, int position);               
 // speed in rpm, sent as the counts of the instrument's scale, truncated.
 std::string PreconditionCommand(uint8_t address, int minutes, double speed,
                                 uint8_t optionByte);  // CPM
-// The option bits go out as the character "0" with the bits or-ed in, and only to firmware from
-// 2.17 on; older firmware knows the model alone.
+// The option bits are sent as the character "0" with the bits or-ed in, and only to firmware from
+// 2.17 on; older firmware knows only the model.
 std::string ModelCommand(uint8_t address, char modelCode, uint8_t optionBits,
                          double firmwareNumber);  // CSM
 // The text cut or padded with blanks to 16 characters.

@@ -19,7 +19,7 @@ constexpr size_t kSerialNumberSize = 10;
 // The address character and the reply reader's 25 bytes.
 constexpr size_t kTextSize = 26;
 
-// A part of the text up to a NUL; what lies beyond the end is empty.
+// A part of the text up to a NUL; a part beyond the end is empty.
 std::string_view Part(std::string_view text, size_t offset, size_t size) {
   if (offset >= text.size()) return {};
   const std::string_view part = text.substr(offset, size);

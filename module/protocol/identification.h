@@ -1,6 +1,6 @@
 // The identification reply: who an instrument is, and the listener that hears it during discovery.
 //
-// Identification text: the address character and what stands behind it in the reply, plain:
+// Identification text: the address character and the plain characters that follow it in the reply:
 //
 //   offset  size  content
 //   0       1     address character
@@ -32,7 +32,7 @@ enum OptionBit : uint8_t {
 // The first firmware that knows the option byte.
 inline constexpr double kFirmwareWithOptions = 2.17;
 
-// What the built-in simulator is taken to have answered. It has no reply of its own.
+// The identification that is used for the built-in simulator, which has no reply of its own.
 inline constexpr std::string_view kSimulatorIdentification{
     "FQMTRVX 4\x02"
     "02.17Simulator ",
@@ -53,7 +53,7 @@ Identification ParseIdentification(std::string_view text);
 std::string IdentificationText(char addressCharacter, std::span<const uint8_t> frame);
 
 // Whether an identity frame names this instrument family and holds model code, option byte and
-// firmware version; one that lost some of them on the way would make another model of it.
+// firmware version. A frame that has lost some of them would name another model.
 bool IsWholeIdentification(std::span<const uint8_t> frame);
 
 // "RVX-D TX"; the empty text for a code that is none.
@@ -74,14 +74,15 @@ constexpr bool UsesTemperatureOffset(char modelCode) {
 // it belongs to the port's thread.
 class IdentificationListener {
  public:
-  // Takes one byte. When it ends a frame of this instrument family: the identification text, 25
-  // characters with zeros where the frame was shorter. Whose it is stands at its front: compare it
-  // by IsOwnAddress with the address under trial.
+  // Takes one byte. Returns the identification text if the byte ends a frame of this instrument
+  // family, else nothing. The text has 25 characters, with zeros where the frame was shorter. Its
+  // first character is the sender's address: compare it by IsOwnAddress with the address that is
+  // tried.
   std::optional<std::string> Feed(uint8_t c);
 
  private:
   static constexpr size_t kCapacity = 25;
-  bool inFrame_ = false;  // behind a "-", until CR or a frame that grows too long
+  bool inFrame_ = false;  // after a "-", until CR or a frame that grows too long
   std::array<char, kCapacity> buffer_{};
   size_t fill_ = 0;
 };

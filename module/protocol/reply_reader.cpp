@@ -8,8 +8,8 @@
 namespace rvx {
 namespace {
 
-// The value of a hex digit; above 15 for what is none, lower-case letters among it. The characters
-// between "9" and "A" count as the digits that they follow on from, as the controllers read them.
+// The value of a hex digit; above 15 for other characters, lower-case letters included. The
+// characters between "9" and "A" count as the values after 9, as the controllers read them.
 unsigned DigitValue(uint8_t c) { return static_cast<unsigned>(c) - (c < 0x41 ? 0x30u : 0x37u); }
 
 bool HasTag(std::span<const uint8_t> frame, std::string_view tag) {

@@ -18,7 +18,7 @@
 
 namespace rvx {
 
-// Bytes of a frame behind the address character, decoded: kind, tag and data.
+// Bytes of a frame after the address character, decoded: kind, tag and data.
 inline constexpr size_t kReplyCapacity = 25;
 // Bytes of kind and tag, which are never in hex.
 inline constexpr size_t kReplyHead = 3;
@@ -32,15 +32,14 @@ class FrameHandler {
 };
 
 // The state machine. It has no lock: it belongs to the thread that feeds it. After any CR it waits
-// for the next frame, so noise costs at most the frame it stands in.
+// for the next frame, so noise costs at most the frame in which it occurs.
 class ReplyReader {
  public:
   // `handler` is not owned and must outlive the reader.
   ReplyReader(uint8_t address, FrameHandler* handler) : address_(address), handler_(handler) {}
 
   // Takes what has been received and calls the handler for each frame that ends in it. Frames of
-  // other senders, with more than kReplyCapacity bytes or a digit that is none are dropped
-  // silently.
+  // other senders, with more than kReplyCapacity bytes, or with a wrong digit are dropped silently.
   void Feed(std::span<const uint8_t> bytes);
 
   // Forgets a frame that has begun.
@@ -50,7 +49,7 @@ class ReplyReader {
   enum class State {
     Waiting,  // for "-"; everything else is skipped
     Address,  // for the address character: this instrument's leads to Data, any other to Waiting
-    Data      // kind, tag and data up to CR; CR and whatever breaks the frame lead to Waiting
+    Data      // kind, tag and data up to CR; CR and anything that breaks the frame lead to Waiting
   };
   void FeedByte(uint8_t c);
   void FeedData(uint8_t c);
@@ -61,7 +60,7 @@ class ReplyReader {
   State state_ = State::Waiting;
   std::array<uint8_t, kReplyCapacity> buffer_{};
   size_t fill_ = 0;
-  bool halfByte_ = false;  // the high nibble of buffer_[fill_] stands, the low one is due
+  bool halfByte_ = false;  // the high nibble of buffer_[fill_] is there, the low one is due
 };
 
 // What a complete frame is.
@@ -73,7 +72,7 @@ enum class ReplyKind {
 };
 ReplyKind ClassifyReply(std::span<const uint8_t> frame);
 
-// The data behind kind and tag; empty for a frame without any.
+// The data after kind and tag; empty for a frame without any.
 std::span<const uint8_t> ReplyData(std::span<const uint8_t> frame);
 
 }  // namespace rvx

@@ -101,8 +101,8 @@ class StatusRecord {
  public:
   StatusRecord() = default;
 
-  // The record of a status frame's data. Nothing if there are fewer than 19 bytes: such a frame has
-  // lost some on the way, and zeros in their place would read as an idle instrument.
+  // The record of a status frame's data. Nothing if there are fewer than 19 bytes: zeros in place
+  // of the lost ones would read as an idle instrument.
   static std::optional<StatusRecord> FromData(std::span<const uint8_t> data);
   // The same for the built-in simulator, which sends the low byte of each pair first.
   static std::optional<StatusRecord> FromSimulatorData(std::span<const uint8_t> data);
@@ -135,8 +135,8 @@ class StatusRecord {
 
 // String table ids. An operation beyond the table gives the one of "Unknown Op".
 int OperationTextId(uint8_t operation);
-// 0 for a code without a message (0, 0x43, 0x44); kUnknownErrorTextId for one in no row, whose text
-// is a format that takes the code.
+// 0 for a code without a message (0, 0x43, 0x44). kUnknownErrorTextId for a code that has no row;
+// its text is a format for the code.
 int ErrorTextId(uint8_t code);
 inline constexpr int kUnknownErrorTextId = 345;
 // In the order in which they are joined: one for each set bit from bit 0 up, bit 7 has none.

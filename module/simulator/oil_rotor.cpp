@@ -26,7 +26,7 @@ constexpr double kLagSeconds = 1.0;
 // Standard deviations: of a speed reading, relative; of the probe's reading, counts.
 constexpr double kSpeedNoise = 0.001;
 constexpr double kTemperatureNoise = 3.0;
-// Noise beyond this would be a fault and no noise.
+// Noise beyond this would be a fault.
 constexpr double kMostDeviations = 4.0;
 
 constexpr uint64_t kNext = 0x9E3779B97F4A7C15ULL;  // keeps zeros apart from what follows them
@@ -99,7 +99,7 @@ uint16_t OilRotor::SpeedCounts(const RotorConditions& conditions) {
   const auto passed = static_cast<double>(conditions.tick - tick_);
   tick_ = conditions.tick;
   counts_ = target + (counts_ - target) * std::exp(-passed * kTickSeconds / kLagSeconds);
-  // A rotor that stands has none, nor has one whose speed does not come from an oil.
+  // There is no noise for a rotor at rest, nor for one whose speed does not come from an oil.
   if (!conditions.on || oils_.count(conditions.oil) == 0) {
     return static_cast<uint16_t>(std::lround(counts_));
   }

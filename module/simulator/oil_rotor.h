@@ -1,5 +1,5 @@
-// Physics of a rotor in real oils: for rehearsing measurements and calibrations whose truth is
-// known.
+// Physics of a rotor in real oils, for rehearsing measurements and calibrations whose true results
+// are known.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ namespace rvx::simulator {
 
 // The true constants of the simulated cell at a temperature in degrees C:
 //   viscosity = b0 / speed + b1 + b2 * speed, with mPa*s and rpm/1000.
-// Whoever calibrates the cell has to find them.
+// A calibration of the cell has to find them.
 struct TrueCellConstants {
   double b0 = 0.0, b1 = 0.0, b2 = 0.0;
 };
@@ -30,8 +30,8 @@ using OilCurve = std::map<double, double>;
 // beyond the first and the last of them; a curve of one point falls as engine oils do.
 double ViscosityAt(const OilCurve& oil, double celsius);
 
-// Turns as the oil in the cell lets it, with a lag and a little noise. In an oil that nobody has
-// described it comes to the speed of a SteadyRotor, without noise.
+// Turns as fast as the oil in the cell allows, with a lag and a little noise. In an oil that is not
+// described it reaches the speed of a SteadyRotor, without noise.
 class OilRotor : public RotorModel {
  public:
   // Degrees C of the cell at a reading of its probe.

@@ -33,7 +33,7 @@ void PulseTrain::Serve(int64_t rounds) {
 }
 
 uint16_t PulseTrain::Cut() {
-  // A move of no steps has none to leave out; it ends by itself with its round.
+  // A move of no steps has no step to leave out; it ends by itself with its round.
   if (!busy_ || steps_ == 0) return 0;
   const auto remaining = static_cast<uint16_t>(steps_ - 1);
   steps_ = 1;

@@ -21,8 +21,8 @@ class PulseTrain {
   // Serves a number of rounds at once, with the result of serving them one by one.
   void Serve(int64_t rounds);
 
-  // Ends the move with the step that is under way. Gives the steps that will not be made; 0 without
-  // a move.
+  // Ends the move with the step that is under way. Returns the steps that will not be made; 0
+  // without a move.
   uint16_t Cut();
 
   bool busy() const { return busy_; }

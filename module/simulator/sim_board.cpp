@@ -59,7 +59,7 @@ SimCell SimBoard::Cell() {
 
 void SimBoard::SetTarget(uint16_t counts) {
   platform::PlainGuard guard(temperatureLock_);
-  // The steps that are due were made towards the old target.
+  // The steps that are due go towards the old target, so they are made first.
   CatchUpCell();
   cell_.target = counts;
 }

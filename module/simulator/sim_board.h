@@ -13,7 +13,7 @@
 
 namespace rvx::simulator {
 
-// A temperature and where it goes, in ADC counts.
+// A temperature and its target, in ADC counts.
 struct SimCell {
   uint16_t actual = 0xE200;  // -2.2 degrees C with the probe constants of a new instrument
   uint16_t target = 0xFFFF;
@@ -26,34 +26,34 @@ struct SimOutputs {
       0;  // a flag of the thermoelectrics; the model follows its target anyway
   uint8_t rotor = 0;
   uint8_t cooling = 0;
-  uint8_t sample = 0;  // tray position (from 1) that stands under the tube; 0: none yet
+  uint8_t sample = 0;  // tray position (from 1) that is under the tube; 0: none yet
 };
 
 // Nothing here runs by itself: the clock is brought up to the present by the simulator's main
-// thread, the temperature follows the clock, and the motion is caught up whenever somebody looks,
-// with the result that a round-by-round service would have had. The board's thread only tells the
-// end of a move.
+// thread, the temperature follows the clock, and the motion is brought up to date when it is read,
+// with the same result as if each round had been served on time. The board's thread only announces
+// the end of a move.
 class SimBoard {
  public:
   static constexpr platform::Microseconds kTick = platform::Milliseconds(500);
 
-  // `ownStop` ends Run. A null `rotorModel` stands for SteadyRotor.
+  // `ownStop` ends Run. A null `rotorModel` means SteadyRotor.
   SimBoard(platform::Event& ownStop, std::unique_ptr<RotorModel> rotorModel);
 
   // The board's thread: returns when `ownStop` is set.
   void Run();
 
-  // Brings the clock up to now and gives its ticks, half seconds since the board was made. The
-  // temperature makes its steps by the same clock. With `stepwise` it advances by one tick at most,
-  // and a thread that was held up stretches the clock: whoever counts the ticks must see each of
-  // them, or a run would end before its readings are complete. Main thread of the simulator only.
+  // Brings the clock up to date and returns its ticks, half seconds since the board was made. The
+  // temperature makes its steps by the same clock. With `stepwise` the clock advances by one tick
+  // at most, so a thread that was held up stretches it: a run counts the ticks and must see each of
+  // them, or it would end before its readings are complete. Main thread of the simulator only.
   int64_t AdvanceClock(bool stepwise) EXCLUDES(temperatureLock_);
   // The moment of the next tick. Main thread only.
   platform::Microseconds NextTick() const { return lastTick_ + kTick; }
 
   // Main thread of the simulator only.
   SimOutputs& outputs() { return outputs_; }
-  // The oil is as cold as the cell is, whatever the noise of the probe makes of that.
+  // The oil is as cold as the cell really is; the noise of the probe does not change it.
   uint16_t RotorSpeedCounts() EXCLUDES(temperatureLock_);
 
   // The cell at the clock's present tick, as its probe reads it; any thread.
@@ -63,7 +63,7 @@ class SimBoard {
   // Begins a move of `steps` steps, 10 ms each. False while a move is under way. Any thread.
   bool StartMove(SimAxis axis, bool up, uint16_t steps) EXCLUDES(motionLock_);
   bool IsMoving() EXCLUDES(motionLock_);
-  // Ends the move with the step under way; gives the steps that will not be made.
+  // Ends the move with the step under way. Returns the steps that will not be made.
   uint16_t CutMove() EXCLUDES(motionLock_);
   // Set once after each move has come to its end.
   platform::Event& moveEnded() { return moveEnded_; }
@@ -89,7 +89,8 @@ class SimBoard {
   platform::PlainLock motionLock_{"simulator motion", platform::kLeafRank};
   PulseTrain train_ GUARDED_BY(motionLock_);
   platform::Microseconds servedUntil_ GUARDED_BY(motionLock_){0};
-  bool endToTell_ GUARDED_BY(motionLock_) = false;  // a move was begun and its end not yet told
+  bool endToTell_ GUARDED_BY(motionLock_) =
+      false;  // a move was begun and its end is not announced yet
 
   platform::Event motionChanged_{"simulator motion changed"};
   platform::Event moveEnded_{"simulator move ended"};

@@ -34,7 +34,8 @@ class SimFirmware {
   // another pass at the same moment may act on.
   bool Pass(uint16_t intCount);
 
-  // Commands. Each answers what the status frame will carry. Values are the bytes of the command.
+  // Commands. Each returns the error code of the status frame that answers it. Values are the bytes
+  // of the command.
   void EndRun();
   SimError SetHome();
   SimError SwitchInjection(uint8_t value);
@@ -70,7 +71,7 @@ class SimFirmware {
     WaitForWarm,    // until the cell is at the injection temperature; then the return step
     LowerTube,      // until the tube may start down
     AwaitTubeDown,  // until it is down; then the injection
-    Burst,          // injection phases, round and round until the injection time is up
+    Burst,          // injection phases, repeated until the injection time is up
     Pause,
     Purge,
     RaiseTube,    // until the tube may start up; the cell begins to cool
@@ -184,7 +185,7 @@ class SimFirmware {
   uint16_t tableTarget_ = 0;
   uint16_t trolleyTarget_ = 0;
   Axis* movingAxis_ = nullptr;  // the axis whose steps are not yet in its position
-  // Until they are homed, the axes are taken to stand at their far ends.
+  // Until they are homed, the axes are taken to be at their far ends.
   Axis tube_;
   Axis table_;
   Axis trolley_;

@@ -20,8 +20,7 @@ uint16_t TicksOfMinutes(uint8_t minutes) { return static_cast<uint16_t>(minutes 
 
 }  // namespace
 
-// What a command's tag leads to. The payload stands behind the tag and has to have just this
-// length.
+// What a command's tag leads to. The payload follows the tag and must have exactly this length.
 struct SimLink::Command {
   char tag[3];
   size_t payload;
@@ -111,7 +110,7 @@ void SimLink::Accept(uint8_t c) {
   }
 }
 
-// False when the frame cannot be right any more.
+// False when the frame can't be valid any more.
 bool SimLink::TakeFrameCharacter(uint8_t c) {
   if (inputCount_ >= kMaxRequestBytes) return false;
   if (inputCount_ < kTagBytes) {
@@ -151,7 +150,7 @@ void SimLink::ExecuteFrame() {
 SimError SimLink::ExecuteCommand() {
   for (const Command& command : kCommands) {
     if (input_[1] != command.tag[0] || input_[2] != command.tag[1]) continue;
-    // A half byte that stands alone in front of the CR spoils the length as well.
+    // A single half byte before the CR makes the length wrong as well.
     const bool fits =
         command.payload == kAnyLength || (inputCount_ == kTagBytes + command.payload && !halfByte_);
     return fits ? command.run(*this) : SimError::BadCommand;

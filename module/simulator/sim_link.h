@@ -19,18 +19,19 @@ class SimLink {
  public:
   SimLink(SimStopHandle& stop, SimBoard& board, SimFirmware& firmware);
 
-  // Takes one character of the line. A frame that it completes or spoils is answered before it
-  // returns.
+  // Takes one character of the line. A frame that the character completes or breaks is answered
+  // before the call returns.
   void Accept(uint8_t c);
 
-  // Brings the status record up to date behind a pass of the firmware, and sends it if auto report
-  // asks for it.
+  // Brings the status record up to date after a pass of the firmware, and sends it if auto report
+  // is on.
   void StatusPass(uint16_t intCount);
 
   // True while the next tick of the clock has to be reported, so that passes are due at each tick.
   bool WantsTick() const { return firmware_.autoReport() || lastReportPending_; }
 
-  // Puts a code into the status record, or behind others that wait: one leaves with each frame.
+  // Puts a code into the status record, or into the queue of codes that wait: each frame carries
+  // one.
   void RaiseError(SimError error);
 
  private:

@@ -55,8 +55,8 @@ enum class SimOperation : uint8_t {
 inline constexpr uint8_t kMachineNotReady = 0x02;
 inline constexpr uint8_t kMachineInitSteppers = 0x04;
 
-// Status record: offset of each field. Two-byte fields stand low byte first here, unlike in the
-// controllers of metal.
+// Status record: offset of each field. Two-byte fields have the low byte first here, unlike in real
+// controllers.
 struct SimStatusOffset {
   static constexpr size_t kIntCount = 0;
   static constexpr size_t kActualTemperature = 2;

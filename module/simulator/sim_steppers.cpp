@@ -22,7 +22,7 @@ void SimFirmware::AskForMove(Axis& axis, Stepper start, uint16_t target) {
   SetStepper(start);
 }
 
-// The three moves answer whether the move was started or is not needed.
+// The three moves return whether the move was started or is not needed.
 bool SimFirmware::MoveTube(uint16_t target) {
   if (!StepperIdle()) return false;
   if (homed_ && tube_.position == target) return true;
@@ -43,7 +43,7 @@ bool SimFirmware::MoveUnderTube(Axis& axis, Stepper start, uint16_t target) {
   if (homed_ && axis.position == target) return true;
   AskForMove(axis, start, target);
   if (homed_ && tube_.position != 0) {
-    // Nothing may pass under a lowered tube: it comes up first.
+    // Nothing may pass under a lowered tube: it is raised first.
     stepperNext_ = start;
     AskForMove(tube_, Stepper::TubeStart, 0);
   }
@@ -111,7 +111,7 @@ void SimFirmware::AbortMove() {
         static_cast<uint16_t>(movingAxis_->position + (movingAxis_->up ? made : -made));
   }
   movingAxis_ = nullptr;
-  // A second leg that waited for this one dies with it.
+  // A second leg that waited for this one is dropped with it.
   stepperNext_ = Stepper::Finishing;
   SetStepper(Stepper::Finishing);
 }

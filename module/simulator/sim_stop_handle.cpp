@@ -13,8 +13,8 @@ void SimStopHandle::RequestStop() {
 }
 
 void SimStopHandle::Deliver(std::span<const uint8_t> frame) {
-  // Held over the call on purpose: this is what lets RequestStop promise that no frame is on its
-  // way to an instrument that is being taken down.
+  // Held over the call on purpose: this is what lets RequestStop promise that no frame is being
+  // delivered to an instrument that is being destroyed.
   platform::PlainGuard guard(lock_);
   if (!stopped_) receiver_.Receive(frame);
 }

@@ -1,5 +1,5 @@
-// The string by which an instrument holds its simulator: the way for reply frames to the
-// instrument, and the way to stop.
+// Connects an instrument with its simulator: carries reply frames to the instrument, and stops the
+// simulator.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,8 @@
 
 namespace rvx::simulator {
 
-// Whoever hears the simulated controller, as a port's watcher hears a line.
+// Receives what the simulated controller sends, as a port's watcher receives what comes from a
+// line.
 class SimReceiver {
  public:
   virtual ~SimReceiver() = default;
@@ -22,7 +23,7 @@ class SimReceiver {
 };
 
 // Comes before all locks of the instrument, since a receiver takes those while a frame is handed
-// over. For the same reason nobody may hold one of them when asking for a stop.
+// over. For the same reason RequestStop must not be called with one of them held.
 inline constexpr platform::LockRank kSimStopLockRank = 50;
 
 // Owned by the instrument; outlives the simulator.

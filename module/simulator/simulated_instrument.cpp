@@ -5,9 +5,9 @@
 namespace rvx::simulator {
 namespace {
 
-// A sequence settles in a handful of passes; the longest, the search for the speed of a
-// precondition, takes some thirty. Only phases of no length could go round for ever: then the
-// machines get a pause each millisecond, like any controller.
+// A sequence settles in a few passes; the longest, the search for the speed of a precondition,
+// takes about thirty. Only phases of no length could repeat for ever: then the machines pause for a
+// millisecond at a time, like any controller.
 constexpr int kMostPassesAtOnce = 64;
 constexpr platform::Milliseconds kPassPause{1};
 
@@ -45,7 +45,7 @@ void SimulatedInstrument::Feed(const std::string& text) {
   inputEvent_.Set();
 }
 
-// Runs the machines until nothing changes any more at this moment. Gives the moment of the next
+// Runs the machines until nothing changes any more at this moment. Returns the moment of the next
 // pass that is due without an input or the end of a move.
 platform::Deadline SimulatedInstrument::Settle() {
   for (int passes = 0; passes < kMostPassesAtOnce; ++passes) {
@@ -73,7 +73,7 @@ bool SimulatedInstrument::ServeInput() {
 void SimulatedInstrument::RunMain() {
   int woken = 0;
   do {
-    // First what would have been done before the input came, so that it meets a present state.
+    // First does what was due before the input came, so that the input meets an up-to-date state.
     platform::Deadline nextPass = Settle();
     if (ServeInput()) nextPass = Settle();
     woken = platform::WaitForAny({&stop_.event(), &inputEvent_, &board_->moveEnded()}, nextPass);

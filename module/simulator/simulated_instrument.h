@@ -1,5 +1,5 @@
-// A complete controller in software: it is fed with request frames in place of a serial port and
-// answers with reply frames, so that everything above the line runs without an instrument.
+// A complete controller in software. It takes request frames in place of a serial port and sends
+// reply frames, so that everything above the line runs without an instrument.
 #pragma once
 
 #include <memory>
@@ -20,13 +20,13 @@ namespace rvx::simulator {
 class SimulatedInstrument {
  public:
   // Builds the controller and starts its two threads. With `simulate` false nothing is built or
-  // started, and what is fed is dropped. `stop` must outlive this object. A null `rotorModel`
-  // stands for SteadyRotor. Raises std::system_error when the system has no thread left; nothing is
-  // left running then.
+  // started, and input is dropped. `stop` must outlive this object. A null `rotorModel` means
+  // SteadyRotor. Throws std::system_error when the system has no thread left; then nothing keeps
+  // running.
   explicit SimulatedInstrument(SimStopHandle& stop, bool simulate = true,
                                std::unique_ptr<RotorModel> rotorModel = nullptr);
 
-  // Asks for the stop if nobody has, and waits for both threads. Not from inside
+  // Requests the stop if nobody has, and waits for both threads. Not to be called from inside
   // SimReceiver::Receive, nor with a lock held that a receiver takes.
   ~SimulatedInstrument();
 

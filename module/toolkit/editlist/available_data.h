@@ -1,4 +1,4 @@
-// What an editable table asks about its cells.
+// What an editable table has to know about its cells.
 #pragma once
 
 #include <cstdint>
@@ -28,8 +28,8 @@ using IntRange = CICDataPoint<int, int>;
 using DoubleRange = CICDataPoint<double, double>;
 
 // Knows what may go into each cell of a table; each screen has its own. Rows and columns count from
-// 0. Number texts have the user's decimal sign. Each operation raises InvalidException (by pointer,
-// the catcher deletes it) where there is no answer. GUI thread.
+// 0. Number texts have the user's decimal sign. Each operation throws InvalidException (by pointer,
+// the catcher deletes it) where there is no result. GUI thread.
 class CICAvailableData {
  public:
   virtual ~CICAvailableData() = default;

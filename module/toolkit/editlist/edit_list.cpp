@@ -139,7 +139,7 @@ void CICEditList::EditEnded(const CellEdit& edit, const std::optional<std::strin
   viewport()->update();
 }
 
-// Behind the click that may have ended the edit: a cell must not move away under the mouse.
+// After the click that may have ended the edit: a cell must not move away under the mouse.
 void CICEditList::ShowAddRowSoon() {
   const auto show = [this] {
     if (editor_ == nullptr) scrollToItem(item(table_.rowCount() - 1, 0));
@@ -150,7 +150,8 @@ void CICEditList::ShowAddRowSoon() {
 void CICEditList::EndEdit() {
   if (editor_ == nullptr) return;
   setFocus();
-  // A window in the background gives nobody the focus, and a list of choices ends with its window.
+  // In a window in the background nothing gets the focus, and a list of choices closes with its
+  // window.
   if (editor_ != nullptr) editor_->hide();
 }
 
@@ -220,7 +221,7 @@ void CICEditList::OpenMenu(int row, const QPoint& place) {
 // --- Keyboard
 
 bool CICEditList::event(QEvent* event) {
-  // Ahead of the buttons and accelerators of the dialog around the list.
+  // Before the buttons and accelerators of the dialog around the list.
   if (event->type() == QEvent::ShortcutOverride) {
     switch (static_cast<QKeyEvent*>(event)->key()) {
       case Qt::Key_Return:

@@ -19,10 +19,10 @@ class CICEditList final : public QTableWidget, private EditTableObserver {
   ~CICEditList() override;
 
   void SetAvailableData(CICAvailableData* available) { table_.SetAvailableData(available); }
-  // Columns count from 0; one that stood at this number or behind moves up, and a number behind the
-  // next free one changes nothing. All share the width equally.
+  // Columns count from 0. The columns from this number on move up; a number above the next free one
+  // changes nothing. All share the width equally.
   void InsertColumn(int number, tagCICELTYPE type, const std::string& heading);
-  // At any time: how a screen follows the rights of its user.
+  // At any time: a screen uses it to follow the rights of its user.
   void SetColumnType(int number, tagCICELTYPE type) { table_.SetColumnType(number, type); }
   void DeleteColumn(int number);
 

@@ -11,7 +11,8 @@ namespace rvx {
 // texts cut, the add row in grey, a focus rectangle on the current cell. GUI thread.
 class EditListDelegate final : public QStyledItemDelegate {
  public:
-  // `table` must outlive it. `owner` is the list, whose focus decides about the focus rectangle.
+  // `table` must outlive it. `owner` is the list: the focus rectangle is drawn while it has the
+  // focus.
   EditListDelegate(const EditTable& table, QWidget* owner);
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option,

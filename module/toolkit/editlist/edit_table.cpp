@@ -9,7 +9,7 @@
 namespace rvx {
 namespace {
 
-// Calls `ask`, which may have no answer: false then.
+// Calls `ask`; returns false if it has no result.
 template <class Ask>
 bool HasAnswer(const Ask& ask) {
   try {
@@ -36,7 +36,7 @@ int FindChoice(const std::vector<std::string>& choices, const std::string& text)
   return -1;
 }
 
-// More choices than a person can look through mean data that never says that it has ended.
+// More choices than a person can look through come from data whose end is never reported.
 constexpr int kMostChoices = 10000;
 
 }  // namespace
@@ -148,7 +148,7 @@ std::optional<CellEdit> EditTable::BeginEdit(int row, int column) {
     if (!edit.startText.empty()) {
       edit.selected = FindChoice(edit.choices, edit.startText);
     } else if (edit.startText.empty() && !edit.choices.empty()) {
-      // Behind the choice of the row before: tests are mostly entered in their order.
+      // The choice after that of the row before: tests are mostly entered in their order.
       const int next = firstColumnChoice_ + 1;
       edit.selected = next < static_cast<int>(edit.choices.size()) ? next : 0;
     }
@@ -169,7 +169,7 @@ std::vector<std::string> EditTable::CollectChoices(int row, int column) const {
 void EditTable::AcceptEdit(int row, int column, const std::string& text) {
   if (row < 0 || row >= rowCount() || column < 0 || column >= columnCount_) return;
   const bool filledAddRow = IsAddRow(row) && !text.empty();
-  // The name of the add row is not data, and must not become any.
+  // The name of the add row is not data and must not become data.
   if (IsAddRow(row) && (text.empty() || text == kAddRowText)) return;
   rows_[static_cast<size_t>(row)][static_cast<size_t>(column)] = text;
   if (column == 0) {

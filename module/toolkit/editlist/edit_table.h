@@ -11,10 +11,11 @@
 
 namespace rvx {
 
-// The first cell of the add row: the last row, which stands for adding one and is never data.
+// The text in the first cell of the add row: the last row, by which a row is added and which is
+// never data.
 inline constexpr char kAddRowText[] = "Click here to add new item";
 
-// Hears of changes. Called behind each of them.
+// Is told of changes, after each of them.
 class EditTableObserver {
  public:
   virtual ~EditTableObserver() = default;
@@ -46,9 +47,8 @@ class EditTable {
   // More data rows than this are refused.
   void SetMaximumRows(int rows) { maximumRows_ = rows; }
 
-  // --- Columns, numbered from 0
-  // In front of the column that has this number, or behind the last one; any other number changes
-  // nothing.
+  // --- Columns, numbered from 0 Inserts before the column that has this number, or after the last
+  // one; any other number changes nothing.
   void InsertColumn(int number, tagCICELTYPE type);
   void SetColumnType(int number, tagCICELTYPE type) { types_[number] = type; }
   void DeleteColumn(int number);
@@ -63,7 +63,7 @@ class EditTable {
   const std::string& text(int row, int column) const;
   // Sets a cell without any consequence.
   void SetText(int row, int column, const std::string& text);
-  // Appends a data row in front of nothing: a screen calls it before AppendAddRow.
+  // Appends a data row at the end: a screen calls it before AppendAddRow.
   void AppendRow(const std::vector<std::string>& texts);
   void AppendAddRow();
   void Clear();
@@ -78,19 +78,18 @@ class EditTable {
   void PageUp(int topVisible, int visibleRows);
   void PageDown(int topVisible, int visibleRows);
 
-  // --- Editing
-  // Whether an edit may begin here at all: on the add row only in its first cell, and only while
-  // there is room.
+  // --- Editing Whether an edit may begin here: on the add row only in its first cell, and only
+  // while there is room.
   bool MayEdit(int row, int column);
   // What to edit: nothing for a read-only column. Call it where MayEdit allows.
   std::optional<CellEdit> BeginEdit(int row, int column);
   // The end of an edit with a text (a dropped one changes nothing): the row takes its defaults if
-  // it was its first cell, and a new add row comes behind one that was filled.
+  // it was its first cell, and a new add row follows one that was filled.
   void AcceptEdit(int row, int column, const std::string& text);
-  // Inserts an empty data row in front of this one: false on the add row and when the table is
+  // Inserts an empty data row before this one. Returns false on the add row and when the table is
   // full.
   bool InsertNew(int row);
-  // Removes a data row: false on the add row.
+  // Removes a data row. Returns false on the add row.
   bool Delete(int row);
 
  private:

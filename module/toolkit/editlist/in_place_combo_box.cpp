@@ -32,7 +32,7 @@ CInPlaceComboBox::CInPlaceComboBox(QWidget* parent, QWidget* list, const QRect& 
   choices_->installEventFilter(this);
   FillChoices(cell.height());
   connect(choices_, &QListWidget::itemClicked, this, [this](QListWidgetItem* clicked) {
-    // A disabled line is clicked too, while the current one stays another.
+    // A click on a disabled line arrives here too, while another line stays the current one.
     if (!clicked->text().isEmpty()) Take(clicked);
   });
   setGeometry(PlaceAt(QRect(parent->mapToGlobal(cell.topLeft()), cell.size())));
@@ -44,7 +44,7 @@ CInPlaceComboBox::CInPlaceComboBox(QWidget* parent, QWidget* list, const QRect& 
 QRect CInPlaceComboBox::PlaceAt(const QRect& cell) const {
   const int rows = std::min<int>(kCellsHigh, static_cast<int>(edit_.choices.size()) + 1);
   QRect place(cell.topLeft(), QSize(cell.width(), rows * cell.height()));
-  // Of a cell low on the screen it lies higher than its cell, so that each choice can be reached.
+  // For a cell low on the screen the list is above its cell, so that each choice can be reached.
   const QRect screen = list_->screen()->availableGeometry();
   place.moveBottom(std::min(place.bottom(), screen.bottom()));
   place.moveTop(std::max(place.top(), screen.top()));
@@ -55,7 +55,7 @@ void CInPlaceComboBox::FillChoices(int height) {
   for (const std::string& choice : edit_.choices) {
     auto* item = new QListWidgetItem(QString::fromStdString(choice), choices_);
     item->setSizeHint(QSize(0, height));
-    // A line without a text keeps its place, but is no choice.
+    // A line without a text keeps its place but can't be chosen.
     if (choice.empty()) item->setFlags(Qt::NoItemFlags);
   }
   choices_->setCurrentRow(edit_.selected);
@@ -87,7 +87,7 @@ bool CInPlaceComboBox::eventFilter(QObject* watched, QEvent* event) {
 
 void CInPlaceComboBox::hideEvent(QHideEvent* event) {
   QFrame::hideEvent(event);
-  // Closed from outside. What the cell holds already is no new choice.
+  // Closed from outside. The text that the cell has already is no new choice.
   const bool moved = choices_->currentRow() != edit_.selected || edit_.startText.empty();
   if (moved) {
     Take(choices_->currentItem());

@@ -11,7 +11,7 @@ class QListWidgetItem;
 namespace rvx {
 
 // Opens at once. Enter and a click take a choice, a click elsewhere keeps the one that is selected,
-// Escape drops the edit, Tab beeps. It owns itself and goes when it closes. GUI thread.
+// Escape drops the edit, Tab beeps. It deletes itself when it closes. GUI thread.
 class CInPlaceComboBox final : public QFrame {
  public:
   // `cell` in the coordinates of `parent`, over which it opens; the focus goes back to `list`.
@@ -28,7 +28,8 @@ class CInPlaceComboBox final : public QFrame {
   void FillChoices(int height);
   // `cell` and the answer on the screen.
   QRect PlaceAt(const QRect& cell) const;
-  // Ends the edit with this choice; without one, or with one that has no text, it is dropped.
+  // Ends the edit with this choice; without a choice, or with one that has no text, the edit is
+  // dropped.
   void Take(const QListWidgetItem* item);
   void End(const std::optional<std::string>& text);
 

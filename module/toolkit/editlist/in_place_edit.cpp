@@ -18,7 +18,7 @@ bool IsEnter(const QKeyEvent& event) {
   return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
 }
 
-// A key that puts a character in, and no command.
+// A key that inserts a character and is no command.
 bool IsCharacter(const QKeyEvent& event) {
   return !event.text().isEmpty() && event.text().front().isPrint() &&
          (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) == 0;
@@ -35,7 +35,7 @@ CInPlaceStrEdit::CInPlaceStrEdit(QWidget* parent, QWidget* list, const QRect& ce
   setGeometry(cell);
   setFont(list->font());
   setFrame(false);
-  // As the cell has it, so that the text does not jump when it is edited.
+  // As in the cell, so that the text does not jump when it is edited.
   if (edit.column > 0) setAlignment(Qt::AlignRight);
   setAutoFillBackground(true);
   connect(this, &QLineEdit::textChanged, this, [this] { GrowToText(); });
@@ -45,7 +45,7 @@ CInPlaceStrEdit::CInPlaceStrEdit(QWidget* parent, QWidget* list, const QRect& ce
 }
 
 bool CInPlaceStrEdit::event(QEvent* event) {
-  // These come here ahead of the accelerators and the buttons of the dialog around the table.
+  // These arrive here before the accelerators and the buttons of the dialog around the table.
   if (event->type() == QEvent::ShortcutOverride) {
     const auto* key = static_cast<QKeyEvent*>(event);
     if (IsEnter(*key) || key->key() == Qt::Key_Escape || key->key() == Qt::Key_Delete ||
@@ -69,7 +69,7 @@ void CInPlaceStrEdit::keyPressEvent(QKeyEvent* event) {
     }
   } else {
     QLineEdit::keyPressEvent(event);
-    // What the field has no use for must not move or delete rows of the list below it.
+    // Keys that the field does not use must not move or delete rows of the list below it.
     if (!event->matches(QKeySequence::HelpContents)) event->accept();
   }
 }
@@ -80,7 +80,7 @@ void CInPlaceStrEdit::focusOutEvent(QFocusEvent* event) {
   if (event->reason() != Qt::PopupFocusReason) End();
 }
 
-// Also where the window is not the active one and nobody has the focus.
+// Also in a window that is not active, in which nothing has the focus.
 void CInPlaceStrEdit::hideEvent(QHideEvent* event) {
   QLineEdit::hideEvent(event);
   End();

@@ -13,15 +13,16 @@
 
 namespace rvx {
 
-// Hears once how an edit has ended: with a text, or without one if it was dropped. The editor goes
-// by itself behind that.
+// Is called once with the end of an edit: with its text, or without one if it was dropped. After
+// that the editor deletes itself.
 using EditEnd = std::function<void(const CellEdit& edit, const std::optional<std::string>& text)>;
 
-// Any text. It owns itself and ends when it loses the focus; an empty text is dropped. GUI thread.
+// A field for any text. It deletes itself, and ends when it loses the focus; an empty text is
+// dropped. GUI thread.
 class CInPlaceStrEdit : public QLineEdit {
  public:
-  // `parent` is what the field lies on, `cell` the cell's rectangle there. Escape and Enter give
-  // the focus to `list`.
+  // `parent` is the widget that the field lies on, `cell` the cell's rectangle there. Escape and
+  // Enter give the focus to `list`.
   CInPlaceStrEdit(QWidget* parent, QWidget* list, const QRect& cell, const CellEdit& edit,
                   EditEnd end);
 
@@ -45,8 +46,8 @@ class CInPlaceStrEdit : public QLineEdit {
   bool ended_ = false;
 };
 
-// A number, whose typing is checked; a refused key beeps and changes nothing. The allowed range is
-// shown under the cell.
+// A field for a number, which checks each key; a refused one beeps and changes nothing. The allowed
+// range is shown under the cell.
 class CInPlaceNumberEdit : public CInPlaceStrEdit {
  public:
   ~CInPlaceNumberEdit() override;
@@ -63,7 +64,7 @@ class CInPlaceNumberEdit : public CInPlaceStrEdit {
 
  private:
   bool HandleCharacter(const QString& typed);
-  // Takes back what came in another way than by typing and does not fit.
+  // Undoes an input that did not come by typing and does not fit.
   void CheckText(const QString& now);
 
   const CellNumberFilter filter_;

@@ -12,7 +12,7 @@ CNumEdit::CNumEdit(QWidget* parent) : QLineEdit(parent) {
   setAlignment(Qt::AlignRight);
   setInputMethodHints(Qt::ImhFormattedNumbersOnly);
   connect(this, &QLineEdit::textChanged, this, [this] {
-    // A user's change is looked at first, below; what the program sets stands as it is.
+    // A user's change is checked first, below; what the program sets is not checked.
     if (!isModified()) acceptedText_ = text();
   });
   connect(this, &QLineEdit::textEdited, this, [this](const QString& now) { CheckText(now); });
@@ -81,7 +81,7 @@ void CNumEdit::Backspace() {
   if (GetRules().AcceptsRemoval(field.Remaining())) {
     Apply(field.Remaining(), field.start);
   } else {
-    // Past what can't go, so that the user can go on deleting.
+    // Moves past what can't be deleted, so that the user can continue deleting.
     setCursorPosition(field.start);
   }
 }
@@ -101,7 +101,7 @@ void CNumEdit::Apply(const QString& now, int caret) {
   setCursorPosition(caret);
 }
 
-// What came in another way than by typing: the clipboard, a drop, an input method.
+// Input that does not come by typing: the clipboard, a drop, an input method.
 void CNumEdit::CheckText(const QString& now) {
   if (now == acceptedText_ || GetRules().AcceptsText(now)) {
     acceptedText_ = now;

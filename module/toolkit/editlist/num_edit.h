@@ -10,7 +10,7 @@
 namespace rvx {
 
 // Checks what is typed; a refused key changes nothing. An empty field is always allowed, and so is
-// whatever the program sets. GUI thread.
+// any number that the program sets. GUI thread.
 class CNumEdit : public QLineEdit {
  public:
   explicit CNumEdit(QWidget* parent = nullptr);

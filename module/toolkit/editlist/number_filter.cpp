@@ -19,7 +19,7 @@ bool FitsPlace(const FieldText& field, QChar key, QChar decimalSign) {
   return key != decimalSign || !remaining.contains(decimalSign);
 }
 
-// Whether each character could be typed behind the ones before it, limits apart.
+// Whether each character could be typed after the ones before it, limits apart.
 template <class FitsShape>
 bool EachFits(const QString& text, const FitsShape& fits) {
   for (qsizetype i = 0; i < text.size(); ++i) {
@@ -45,7 +45,7 @@ bool CellNumberFilter::FitsRange(const QString& text) const {
   if (text == kMinus) return true;  // no number yet
   const double value = ReadNumber(text, decimalSign_);
   if (value < 0.0 && value < minimum_) return false;
-  // Below a negative maximum the first digits of a good number stand above it.
+  // Below a negative maximum the first digits of a good number are above it.
   return value <= maximum_ || (value < 0.0 && maximum_ < 0.0);
 }
 
@@ -57,8 +57,7 @@ bool CellNumberFilter::AcceptsKey(const FieldText& field, QChar key) const {
 }
 
 bool CellNumberFilter::AcceptsText(const QString& text) const {
-  // The limit of what can be typed grows with the range; no number that a person means is this
-  // long.
+  // What can be typed grows with the range; nobody needs a number of this length.
   constexpr int kLongest = 32;
   if (text.size() > kLongest) return false;
   const auto fits = [this](const FieldText& field, QChar key) { return FitsShape(field, key); };
@@ -66,7 +65,7 @@ bool CellNumberFilter::AcceptsText(const QString& text) const {
 }
 
 int CellNumberFilter::GetMaximumLength() const {
-  // Generous, by the size of the maximum; without a range what a number can sensibly have.
+  // Generous, by the size of the maximum; without a range as many as a sensible number has.
   constexpr int kWithoutRange = 30;
   if (!HasRange()) return kWithoutRange;
   const int limit = static_cast<int>(maximum_) / 10 + (wholeOnly_ ? 1 : 3);

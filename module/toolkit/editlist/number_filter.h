@@ -28,10 +28,10 @@ class CellNumberFilter {
   CellNumberFilter(bool wholeOnly, double minimum, double maximum, QChar decimalSign)
       : wholeOnly_(wholeOnly), minimum_(minimum), maximum_(maximum), decimalSign_(decimalSign) {}
 
-  // Whether typing this character is taken. A positive number below the minimum is, so that the
-  // first digits of a good one can be typed.
+  // Whether typing this character is accepted. A positive number below the minimum is accepted, so
+  // that the first digits of a good one can be typed.
   bool AcceptsKey(const FieldText& field, QChar key) const;
-  // Whether a text that was put in as a whole, pasted for example, may stand in the field.
+  // Whether a text that was inserted as a whole, pasted for example, may be in the field.
   bool AcceptsText(const QString& text) const;
   // The most characters that the field holds.
   int GetMaximumLength() const;
@@ -47,7 +47,7 @@ class CellNumberFilter {
   const QChar decimalSign_;
 };
 
-// The number field that stands on a form. Both limits lie outside of what is allowed.
+// The number field that is part of a form. Both limits lie outside of what is allowed.
 struct NumEditRules {
   int integerDigits = 0;
   int decimalDigits = 0;
@@ -56,7 +56,7 @@ struct NumEditRules {
   QChar decimalSign = u'.';
 
   bool AcceptsKey(const FieldText& field, QChar key) const;
-  // Whether what remains behind a removal may stand there.
+  // Whether the text that remains after a removal is allowed.
   bool AcceptsRemoval(const QString& remaining) const;
   // A text that was put in as a whole.
   bool AcceptsText(const QString& text) const;
