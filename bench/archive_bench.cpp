@@ -1,6 +1,6 @@
-// What it costs to store a sample for good, beside an append of as many bytes to a file on the same
-// disk; and the newest page of an archive of 100,000 samples.
-// Usage: archive_bench FOLDER [STORES]
+// What it costs to store a sample durably, compared with an append of as many bytes to a file on
+// the same disk; and to read the newest page of an archive of 100,000 samples. Usage: archive_bench
+// FOLDER [STORES]
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -21,7 +21,7 @@ constexpr size_t kAppendBytes = 600;
 constexpr int64_t kManySamples = 100'000;
 constexpr int kPage = 50;
 
-// A result as a run stores it.
+// A sample as a run stores it.
 rvx::Sample MakeSample(int number) {
   rvx::Sample sample;
   sample.sampleId = "10W-30 batch " + std::to_string(number);

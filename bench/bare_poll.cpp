@@ -1,6 +1,6 @@
 // The least that a program can do to keep a line polled: one thread, one poll/write/read for each
-// period. What an idle instrument costs is shown beside it. Runs until it is killed.
-// Usage: bare_poll DEVICE PERIOD_MS
+// period. The cost of an idle instrument is compared with it. Runs until it is killed. Usage:
+// bare_poll DEVICE PERIOD_MS
 #include <poll.h>
 #include <unistd.h>
 

@@ -1,6 +1,6 @@
-// What a queued command costs from QueueCommand to CommandReply over a real line, beside a bare
-// exchange of the same bytes; and how long a command waits behind a poll.
-// Usage: conversation_bench FOLDER [EXCHANGES [POLLS]]
+// What a queued command costs from QueueCommand to CommandReply over a real line, compared with a
+// bare exchange of the same bytes; and how long a command waits for a poll to end. Usage:
+// conversation_bench FOLDER [EXCHANGES [POLLS]]
 #include <fcntl.h>
 #include <poll.h>
 #include <sched.h>
@@ -75,7 +75,7 @@ class Line {
   std::unique_ptr<rvx::C_RVX> instrument_;  // before the host
 };
 
-// Lets the threads that still have something to do behind an exchange do it, on the one CPU.
+// Lets threads that still have work after an exchange finish it, on the one CPU.
 void Settle() {
   for (int i = 0; i < 50; ++i) sched_yield();
 }
@@ -102,7 +102,8 @@ std::optional<double> QueuedExchange(rvx::C_RVX& instrument, Client& client,
   return *end - start;
 }
 
-// Adds the figures with `suffix` behind their names. The number of commands that were lost.
+// Adds the figures, with `suffix` at the end of their names. Returns the number of commands that
+// were lost.
 int MeasureExchanges(const std::string& folder, int count, const std::string& suffix,
                      bench::Report& report) {
   const std::string text = rvx::InjectionCommand(0, false);
@@ -139,8 +140,8 @@ int MeasureExchanges(const std::string& folder, int count, const std::string& su
   return lost;
 }
 
-// The controller holds back the reply to a poll until a command is queued behind it. The number
-// of commands that were lost.
+// The controller holds back the reply to a poll until a command is queued after it. Returns the
+// number of commands that were lost.
 int MeasureBehindPoll(const std::string& folder, int count, bench::Report& report) {
   std::atomic<bool> armed{false};
   std::binary_semaphore pollSeen{0}, commandQueued{0}, commandSeen{0};

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What an instrument costs that does nothing, and one that runs, under the real clock.
+"""What an idle instrument costs, and one that runs, under the real clock.
 
 Usage: idle_bench.py FOLDER_OF_PROGRAMS WORK_FOLDER [--seconds N]
 

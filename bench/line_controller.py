@@ -1,4 +1,4 @@
-"""A controller on a pseudo-terminal for the benchmarks: answers at once, and runs a test that never ends."""
+"""A controller on a pseudo-terminal for the benchmarks: it replies at once, and runs a test that never ends."""
 import os
 import pty
 import select

@@ -1,5 +1,5 @@
-// What the benchmarks with a main of their own share: a folder for their files, figures of a
-// series, and the one line of JSON that scripts/bench reads.
+// Shared by the benchmarks with a main of their own: a folder for their files, figures of a series,
+// and the line of JSON that scripts/bench reads.
 #pragma once
 
 #include <atomic>
@@ -10,7 +10,7 @@
 
 namespace bench {
 
-// A folder below `parent`, which decides the disk; removed behind it. Ends the program if it can't
+// A folder below `parent`, which decides the disk; removed afterwards. Ends the program if it can't
 // be made.
 class WorkFolder {
  public:
@@ -36,7 +36,7 @@ inline double Median(std::vector<double> values) { return Quantile(std::move(val
 void PinToOneCpu();
 
 // Keeps every other CPU of the process busy while it lives, so that the kernel's own threads, which
-// carry the bytes of a pseudo-terminal, have to work where the process is pinned. Made behind
+// carry the bytes of a pseudo-terminal, have to work where the process is pinned. Make it after
 // PinToOneCpu.
 class BusyOthers {
  public:

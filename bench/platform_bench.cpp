@@ -25,7 +25,7 @@ void EachBase(benchmark::internal::Benchmark* bench) {
   bench->ArgName("real0_fibers1_threads2")->Arg(0)->Arg(1)->Arg(2)->UseRealTime();
 }
 
-// Two threads hand an event to and fro: two waits, each with a deadline, two changes of thread.
+// Two threads pass an event back and forth: two waits, each with a deadline, two changes of thread.
 void MeasureRoundTrips(benchmark::State& state, const TimeBaseOptions& options) {
   RunUnderTimeBase(options, [&] {
     Event ask("ask"), answer("answer"), stop("stop");
@@ -52,7 +52,7 @@ void BM_EventRoundTrip(benchmark::State& state) {
 }
 BENCHMARK(BM_EventRoundTrip)->Apply(EachBase);
 
-// Likewise as a test harness runs it: everything unkind, everything watched, fibers.
+// The same as a test harness runs it: all unkindness and all watches on, fibers.
 void BM_UnkindRoundTrip(benchmark::State& state) {
   TimeBaseOptions options = DrawTimeBaseOptions(1);
   options.virtualTime.strategy = static_cast<ScheduleStrategy>(state.range(0));
@@ -64,7 +64,7 @@ BENCHMARK(BM_UnkindRoundTrip)
     ->Arg(static_cast<int64_t>(ScheduleStrategy::Priority))
     ->UseRealTime();
 
-// Under virtual time: a wait that ends by its deadline, with as many others waiting behind it.
+// Under virtual time: a wait that ends by its deadline, while as many others wait for later ones.
 void BM_DeadlineWait(benchmark::State& state) {
   RunUnderTimeBase(OptionsOf(1), [&] {
     Event never("never"), stop("stop", Event::Mode::ManualReset);

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kFrames = 1000;
 
-// Takes each frame as the conversation does: what it is, and its record.
+// Handles each frame as the conversation does: classifies it and reads its record.
 class Counter : public FrameHandler {
  public:
   void FrameReceived(std::span<const uint8_t> frame) override {

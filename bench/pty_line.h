@@ -19,14 +19,14 @@ class PtyLine {
 
  private:
   int farEnd_ = -1;
-  int keptOpen_ = -1;  // a near end, so that the far one hears no hang-up between two openings
+  int keptOpen_ = -1;  // a near end, so that the far one gets no hang-up between two openings
   std::string device_;
 };
 
 // A status frame at address 0 with this tag as the command that it answers: an idle instrument.
 std::string StatusFrame(const std::string& tag);
 
-// Reads requests on a thread and answers each with a status frame as soon as its CR is there.
+// Reads requests on a thread and replies to each with a status frame as soon as its CR has arrived.
 class InstantController {
  public:
   // Called on the controller's thread with the text of each request ("0QST"), before its reply.

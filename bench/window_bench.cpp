@@ -1,4 +1,4 @@
-// The host's window: how soon it is there, what it costs while a tray runs, how it scrolls.
+// The host's window: how long it takes to appear, what it costs while a tray runs, how it scrolls.
 #include <sys/resource.h>
 
 #include <QApplication>
@@ -56,7 +56,7 @@ void FillArchive(Host& host) {
                  columns + " FROM N, SAMPLES WHERE SAMPLES.rowid = 1");
 }
 
-// CPU while a tray runs, and how late the window's thread takes what is given to it.
+// CPU while a tray runs, and how late the window's thread handles an event.
 void WatchRun(DesktopBench& bench, bench::Report& report) {
   bench.LoadTray(kTray);
   bench.PrepareInstrument();
@@ -64,7 +64,7 @@ void WatchRun(DesktopBench& bench, bench::Report& report) {
   if (!DesktopBench::Until([&] { return bench.session().IsRunning(); })) {
     bench::Fail("the tray did not start");
   }
-  const auto delays = std::make_shared<std::vector<double>>();  // the last ones come in behind
+  const auto delays = std::make_shared<std::vector<double>>();  // the last ones arrive afterwards
   QTimer clicks;
   QObject::connect(&clicks, &QTimer::timeout, [&] {
     const double given = bench::Now();
@@ -112,7 +112,7 @@ int Measure(double programStart) {
   bench::Report report;
   DesktopBench bench;
   bench.window().show();
-  // An offscreen window is painted as soon as its events have been looked at.
+  // An offscreen window is painted when its events have been handled.
   QCoreApplication::processEvents();
   bench.window().grab();
   report.Add("first_paint_ms", (bench::Now() - programStart) * 1e3);

@@ -1,5 +1,5 @@
 # A folder is one floor and one target. floor_library(NAME SOURCES ... LINKS ...) makes the static
-# library of a floor; headers are included by their path from the project's root.
+# library of a floor. Headers are included by their path from the project's root.
 function(floor_library name)
   cmake_parse_arguments(FLOOR "" "" "SOURCES;LINKS" ${ARGN})
   if(FLOOR_SOURCES)
@@ -30,7 +30,7 @@ function(floor_test name)
 endfunction()
 
 # floor_gui_test(NAME SOURCES ... LINKS ...): the same for a program whose tests open windows, drawn
-# into memory. Not under the thread sanitizer, which knows nothing of the toolkit's own locking.
+# into memory. Not under the thread sanitizer, which does not know the toolkit's own locking.
 function(floor_gui_test name)
   if(RVX_SANITIZE MATCHES "thread")
     return()

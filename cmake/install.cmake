@@ -1,6 +1,6 @@
 # What an installation consists of, and the package of it: cpack in a release build makes a .deb.
 include(GNUInstallDirs)
-# Our libraries stand in a folder of their own: nobody else is to link them.
+# Our libraries are in a folder of their own: no other program is to link them.
 set(private_libraries ${CMAKE_INSTALL_LIBDIR}/torvell)
 
 install(TARGETS torvell RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})

@@ -26,7 +26,7 @@ if(RVX_SANITIZE)
   add_link_options(-fsanitize=${RVX_SANITIZE})
 endif()
 if(RVX_FUZZ)
-  # Every floor counts its branches, so that the fuzzers see where an input leads.
+  # Every floor counts its branches, so that the fuzzers see what an input reaches.
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 if(RVX_COVERAGE)

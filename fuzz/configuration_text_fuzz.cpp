@@ -1,5 +1,5 @@
-// The stored text of an instrument's configuration. The first byte of the input chooses what is
-// taken over of the text.
+// The stored text of an instrument's configuration. The first byte of the input chooses which parts
+// of the text are used.
 #include <algorithm>
 
 #include "fuzz/require.h"

@@ -1,4 +1,4 @@
-// What a port receives while nobody knows yet whether there is an instrument.
+// What a port receives before it is known whether there is an instrument.
 #include "fuzz/require.h"
 #include "module/protocol/identification.h"
 
@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Require(reply->compare(4, 4, "RVX ") == 0, "only this instrument family is heard");
   }
 
-  // A text of any length can be asked who it is, the stored ones among it.
+  // A text of any length can be parsed as an identification, stored ones included.
   const rvx::Identification found = rvx::ParseIdentification(fuzz::ToText(data, size));
   fuzz::Require(found.firmwareVersion.size() <= 5 && found.serialNumber.size() <= 10,
                 "a field keeps to its place");

@@ -72,7 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   fuzz::Require(whole.all == pieces.all, "frames do not depend on how the bytes arrive");
   for (const Bytes& frame : whole.all) Look(frame);
 
-  // Whatever came, a line end and a good frame behind it are understood.
+  // Whatever came, a line end and a good frame after it are understood.
   Bytes status(rvx::kStatusRecordSize);
   for (size_t i = 0; i < status.size(); ++i) status[i] = static_cast<uint8_t>(i * 13);
   const std::string good = std::string("\r-") + static_cast<char>('0' + address) + "QST" +

@@ -1,4 +1,4 @@
-// What every fuzz target needs.
+// The entry point and the assertion of every fuzz target.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// A settings text that somebody imports into an instrument: taken over as a whole or not at all.
+// A settings text that somebody imports into an instrument: it is taken as a whole or not at all.
 #include "fuzz/require.h"
 #include "module/execution/action_classes.h"
 #include "module/scripting/scriptable_instrument.h"

@@ -1,5 +1,5 @@
-// What the simulated controller hears. A byte from 0xF0 up lets time pass, any other stands on the
-// line.
+// What the simulated controller receives. A byte from 0xF0 up lets time pass, any other is sent on
+// the line.
 #include <algorithm>
 #include <vector>
 
@@ -13,7 +13,7 @@ namespace {
 
 using namespace rvx::simulator;
 
-// The module's own reader hears the controller: the two know nothing of each other's code.
+// The module's own reader reads the controller's frames: the two share no code.
 class Module : public SimReceiver, public rvx::FrameHandler {
  public:
   void Receive(std::span<const uint8_t> frame) override {
@@ -36,7 +36,7 @@ class Module : public SimReceiver, public rvx::FrameHandler {
   rvx::ReplyReader reader_{0, this};
 };
 
-// The controller without its threads: the time passes where the input says so.
+// The controller without its threads: time passes where the input says so.
 struct Controller {
   Module module;
   SimStopHandle stop{module};

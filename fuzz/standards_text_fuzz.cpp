@@ -28,8 +28,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   first.LoadFromText(fuzz::ToText(data, size));
   const std::string written = first.ToText();
 
-  // A row end inside a name is written as a blank, and two names may become one by that: in a text
-  // that no program has written, and once.
+  // A row end inside a name is written as a blank, by which two names may become one. That can
+  // happen once, in a text that no program has written.
   const std::vector<std::string> names = first.GetStandardNames();
   const bool isOdd = std::any_of(names.begin(), names.end(), [](const std::string& name) {
     return name.find(rvx::kStandardsRowEnd) != std::string::npos;
@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   fuzz::Require(third.ToText() == second.ToText(), "a text that was written once stays as it is");
 
   for (const std::string& name : second.GetStandardNames()) LookAt(second, name);
-  // Taking out every record that can be named leaves nothing.
+  // After every record that can be named is removed, nothing is left.
   for (const std::string& name : second.GetStandardNames()) {
     int32_t left = 1;
     while (left > 0)

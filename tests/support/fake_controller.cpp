@@ -119,7 +119,7 @@ std::string FakeController::MakeReply(char kind, const std::string& tag, uint8_t
 
 void FakeController::Answer(std::span<const uint8_t> bytes) {
   const std::string frame(bytes.begin(), bytes.end());
-  // "/", address, kind, tag, CR at the least; other instruments' frames are none of its business.
+  // "/", address, kind, tag, CR at the least; frames for other instruments are ignored.
   if (frame.size() < 6 || frame[1] != AddressCharacter(address_)) return;
   const char kind = frame[2];
   const std::string tag = frame.substr(3, 2);

@@ -23,8 +23,8 @@ using StatusBytes = std::array<uint8_t, kStatusRecordSize>;
 // "-", address character, "QST", the record in hex, CR.
 std::string StatusReply(char addressCharacter, const StatusBytes& status);
 
-// Answers QST and every command with a status frame, QTR with the self-test word, QMT with the
-// identification. Any thread may call it. The port must outlive it or be scripted anew.
+// Replies to QST and every command with a status frame, to QTR with the self-test word, to QMT with
+// the identification. Any thread may call it. The port must outlive it or get another script.
 class FakeController {
  public:
   explicit FakeController(FakePort& port, uint8_t address = 0);
@@ -36,10 +36,10 @@ class FakeController {
   void SetByte(size_t offset, uint8_t value);
   // What the status shows; the error byte and the last tag belong to the single reply.
   StatusBytes status();
-  // The data of the identity reply behind "QMT": "RVX 4" ...
+  // The data of the identity reply after "QMT": "RVX 4" ...
   void SetIdentification(const std::string& data);
   void SetSelfTestWord(uint16_t word);
-  // While silent it hears everything and answers nothing.
+  // While silent it receives everything and replies to nothing.
   void SetSilent(bool silent);
   void SetReplyDelay(platform::Milliseconds delay);
   // The next `count` requests with this tag are answered with the error code; -1: all.

@@ -266,7 +266,7 @@ rvx::InstrumentManager* GetInstrumentManager() { return &rvx::Host().instruments
 rvx::PortManager* GetPortManager() { return &rvx::Host().ports; }
 rvx::SampleArchive* GetSampleArchive() { return &rvx::Host().samples; }
 rvx::SecurityManager* GetSecurityManager() { return &rvx::Host().security; }
-// Nothing is known of these two but that they are passed on.
+// Of these two it is only known that they are passed on.
 rvx::AnalysisManager* GetAnalysisManager() { return nullptr; }
 rvx::ErrorArchive* GetErrorArchive() { return nullptr; }
 }

@@ -7,9 +7,9 @@
 //   ...
 //   EXPECT_TRUE(host.instruments.WaitForErrors(1, 30s));
 //
-// Under virtual time make it inside the program that RunUnderTimeBase runs, and before whatever
-// calls it. One at a time in a process. Without one the entry points raise InvalidException, as
-// they do when the host library is missing.
+// Under virtual time make it inside the program that RunUnderTimeBase runs, and before everything
+// that calls it. One at a time in a process. Without one the entry points throw InvalidException,
+// as they do when the host library is missing.
 #pragma once
 
 #include <cstdint>
@@ -32,7 +32,7 @@ class FailurePlan {
  public:
   // The next `count` calls fail; -1: all from now on.
   void FailNext(int count);
-  // Raises the exception if this call is to fail.
+  // Throws the exception if this call is to fail.
   void Check(const std::string& what);
 
  private:
@@ -59,7 +59,7 @@ class FakeInstrumentManager : public InstrumentManager {
   std::vector<ActionErrorRecord> errors();
   int notifications();
   std::vector<int32_t> releasedFrames();
-  // Until at least `count` errors have been reported: false at the deadline.
+  // Waits until at least `count` errors have been reported. Returns false at the deadline.
   bool WaitForErrors(size_t count, platform::Milliseconds timeout);
 
  private:
@@ -99,7 +99,7 @@ class FakeSampleArchive : public SampleArchive {
 
   ArrayOfSamples samples();
   std::string lastQuery();
-  // Until at least `count` samples are stored: false at the deadline.
+  // Waits until at least `count` samples are stored. Returns false at the deadline.
   bool WaitForSamples(size_t count, platform::Milliseconds timeout);
   // Called first in each StoreSample, on its thread, without a lock: to delay it, or to let
   // something happen in the middle. Set it before there are threads.
@@ -123,8 +123,8 @@ class FakeAnalysisArchive : public AnalysisArchive {
 
   FailurePlan readFailures;
   FailurePlan writeFailures;
-  // Called last in each ReadAnalysisText, on its thread, without a lock: what was read is old by
-  // then if it takes long. Set it before there are threads.
+  // Called last in each ReadAnalysisText, on its thread, without a lock: if it takes long, the text
+  // that was read is old when the call returns. Set it before there are threads.
   std::function<void()> afterRead;
 
  private:
@@ -161,8 +161,8 @@ class FakeHost {
   FakeHost(const FakeHost&) = delete;
   FakeHost& operator=(const FakeHost&) = delete;
 
-  // What ExecutePerformCreation and ExecuteLoadResources do: the job on the caller's thread, or
-  // where `userInterface` takes it. Set that before there are threads.
+  // What ExecutePerformCreation and ExecuteLoadResources do: they run the job on the caller's
+  // thread, or where `userInterface` runs it. Set that before there are threads.
   void RunOnUserInterface(const std::function<void()>& job) {
     userInterface ? userInterface(job) : job();
   }

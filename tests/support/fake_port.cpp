@@ -24,7 +24,7 @@ FakePort::~FakePort() {
 }
 
 void FakePort::Write(std::span<const uint8_t> bytes) {
-  // What hears the bytes is another machine: that it answers orders no threads of this one.
+  // The other end is another machine: its reply is no synchronisation between threads of this one.
   const UnseenScope scope;
   std::shared_ptr<const Script> script;
   {
@@ -233,7 +233,7 @@ void FakePortManager::SetPortSettings(const std::string& name, const std::string
 FakePort& FakePortManager::Add(const std::string& name) {
   auto port = std::make_unique<FakePort>(name);
   const PlainGuard guard(lock_);
-  // An earlier port of the name stays: somebody may hold it.
+  // An earlier port of the name stays, because it may still be in use.
   return *ports_.try_emplace(name, std::move(port)).first->second;
 }
 

@@ -18,23 +18,23 @@
 
 namespace rvx {
 
-// Stands on the line between the two ends and decides what of the bytes arrives, and when. Called
-// without a lock, on the sender's thread.
+// Is on the line between the two ends and decides which bytes arrive, and when. Called without a
+// lock, on the sender's thread.
 class LineFilter {
  public:
   using Hear = std::function<void(std::span<const uint8_t> bytes)>;
   using Deliver = std::function<void(std::string_view bytes, platform::Milliseconds delay)>;
 
   virtual ~LineFilter() = default;
-  // The bytes of one Write; `hear` is the other end.
+  // The bytes of one Write; `hear` gives them to the other end.
   virtual void FromHost(std::span<const uint8_t> bytes, const Hear& hear) = 0;
-  // What the other end sends; `deliver` brings it to the watchers.
+  // The bytes that the other end sends; `deliver` gives them to the watchers.
   virtual void FromInstrument(std::string_view bytes, platform::Milliseconds delay,
                               const Deliver& deliver) = 0;
 };
 
-// One port. While it is open a thread of its own hands what the other end sends to the watchers, as
-// a real port's does; so a port is opened only where threads can be started.
+// One port. While it is open, a thread of its own gives the watchers what the other end sends, like
+// that of a real port. So a port can be opened only where threads can be started.
 class FakePort : public Port {
  public:
   // What the other end does with the bytes of one Write; called on the writer's thread, without a
@@ -50,9 +50,11 @@ class FakePort : public Port {
 
   // --- The other end and the test. Any thread.
   void SetScript(Script script);
-  // Puts a filter on the line, or with null takes it away; not owned. Between the uses of the port.
+  // Puts a filter on the line, or with null removes it; not owned. Call it between the uses of the
+  // port.
   void SetFilter(LineFilter* filter) { filter_ = filter; }
-  // The texts of `written` are kept unless this says otherwise; a run of days would pile them up.
+  // The texts of `written` are kept unless this switches it off; a run of days would collect too
+  // many.
   void KeepWritten(bool keep) { keepsWritten_ = keep; }
   // Sends bytes to the watchers, `delay` after now, in the order of the calls. Dropped if the port
   // is closed by then.
@@ -60,7 +62,8 @@ class FakePort : public Port {
   // The texts written so far, one for each Write, CR included.
   std::vector<std::string> written();
   void ClearWritten();
-  // Until at least `count` texts have been written that contain `part`: false at the deadline.
+  // Waits until at least `count` texts have been written that contain `part`. Returns false at the
+  // deadline.
   bool WaitForWritten(std::string_view part, size_t count, platform::Milliseconds timeout);
   int purges();
   bool IsOpen();

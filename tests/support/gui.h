@@ -1,5 +1,5 @@
-// What tests of windows share: waiting for a state while the windows live, and an instrument behind
-// them.
+// What tests of windows share: waiting for a state while events are handled, and an instrument for
+// the windows.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -26,13 +26,13 @@ inline void PrintTo(const QString& text, std::ostream* out) {
 
 namespace rvx {
 
-// Lets the windows live until the state is reached: false after a time that means that something
-// hangs.
+// Handles events until the state is reached. Returns false after a time so long that something must
+// hang.
 inline bool PumpUntil(const std::function<bool()>& reached) {
   return QTest::qWaitFor(reached, 60000);
 }
 
-// Runs a job on another thread and lets the windows live until it has ended.
+// Runs a job on another thread and handles events until it has ended.
 inline void RunBeside(const std::function<void()>& job) {
   const auto thread = platform::StartThread("beside the windows", job);
   EXPECT_TRUE(PumpUntil([&] { return thread->HasEnded(); }));
@@ -54,7 +54,7 @@ void WhenShown(const std::function<void(Window&)>& act) {
   });
 }
 
-// Threads of an instrument run in paced time beside the event loop, which has the real one.
+// Threads of an instrument run in paced time beside the event loop, which runs in real time.
 inline void InPacedTime(const std::function<void()>& body) {
   platform::TimeBaseOptions options;
   options.kind = platform::TimeBaseKind::Paced;
@@ -65,7 +65,7 @@ inline void InPacedTime(const std::function<void()>& body) {
   });
 }
 
-// Counts beeps and keeps the texts of messages, so that no box waits for anybody.
+// Counts beeps and keeps the texts of messages, so that no message box waits for a person.
 class BeepCounter : public platform::Prompter {
  public:
   BeepCounter() { platform::SetPrompter(this); }

@@ -4,7 +4,7 @@
 #include <QLocale>
 
 int main(int argc, char** argv) {
-  // Also when it is started by hand: no test opens a window on somebody's desk.
+  // Also when it is started by hand: no test opens a window on a person's screen.
   qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);

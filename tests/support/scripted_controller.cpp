@@ -43,7 +43,7 @@ int Word(const std::vector<uint8_t>& payload, size_t offset) {
   return payload.at(offset) << 8 | payload.at(offset + 1);
 }
 
-// What the bytes behind a command's tag must be, as far as it matters here; -1 for any number.
+// How many bytes follow a command's tag, where it matters here; -1 for any number.
 int PayloadSize(std::string_view tag) {
   static const std::map<std::string_view, int> kSizes = {
       {kAbortTag, 0},          {kStartTestTag, 15},         {kPreconditionTag, 3},

@@ -8,7 +8,7 @@
 //   controller.Ignore("ST", 2);                        // the first two CST are lost
 //   controller.AtOperation(13, [&] { controller.RaiseError(0xE1); });
 //
-// With SetPlaying(false) it answers and nothing else: the test moves every field by hand.
+// With SetPlaying(false) it only replies: the test sets every field by hand.
 #pragma once
 
 #include <cstdint>
@@ -37,7 +37,7 @@ class ScriptedController {
   ScriptedController(const ScriptedController&) = delete;
   ScriptedController& operator=(const ScriptedController&) = delete;
 
-  // The text that a discovery would hand to the instrument.
+  // The text that a discovery would pass to the instrument.
   std::string identification() const;
 
   // --- The status, shown by the next frame.
@@ -54,20 +54,20 @@ class ScriptedController {
   void SetStartCount(uint16_t count);
   // Sends a status frame that nobody asked for.
   void Report();
-  // Sends one with an error code; the frames behind it have none.
+  // Sends one with an error code; the frames after it have none.
   void RaiseError(uint8_t code);
   StatusBytes status();
 
-  // --- What happens to the next `count` (-1: all) requests of a tag. The last word counts.
-  void Ignore(const std::string& tag, int count);  // heard, neither obeyed nor answered
+  // --- What happens to the next `count` (-1: all) requests of a tag. The last call counts.
+  void Ignore(const std::string& tag, int count);  // received, neither carried out nor answered
   void Refuse(const std::string& tag, uint8_t code, int count);
   void Delay(const std::string& tag, platform::Milliseconds delay, int count);
-  // Hears everything, obeys and answers nothing.
+  // Receives everything, carries out and replies to nothing.
   void SetSilent(bool silent);
 
   // --- The play of sequences; on at first.
   void SetPlaying(bool playing);
-  // Off: a CTC changes the target and not the cell's temperature, which else jumps to it.
+  // Off: a CTC changes the target and not the cell's temperature, which otherwise jumps to it.
   void SetFollowing(bool following);
   // Calls `hook` once when the play next enters an operation, before the frame that shows it.
   void AtOperation(uint8_t operation, std::function<void()> hook);
@@ -79,8 +79,8 @@ class ScriptedController {
   int CountCommands(const std::string& tag);
   // When each command of a tag came.
   std::vector<platform::Microseconds> CommandTimes(const std::string& tag);
-  // Until at least `count` commands of a tag have been heard: false at the deadline. One thread at
-  // a time.
+  // Waits until at least `count` commands of a tag have been received. Returns false at the
+  // deadline. One thread at a time.
   bool WaitForCommands(const std::string& tag, int count, platform::Milliseconds timeout);
   void ForgetCommands();
 
@@ -107,7 +107,7 @@ class ScriptedController {
 
   void RunThread();
   void Hear(std::span<const uint8_t> bytes);
-  // Why a sound command can't be carried out now: its error code, or 0.
+  // Why a valid command can't be carried out now: its error code, or 0.
   uint8_t ReasonToRefuse(const std::string& tag) REQUIRES(lock_);
   void Obey(const std::string& tag, const std::vector<uint8_t>& payload) REQUIRES(lock_);
   void PlayTest(const std::vector<uint8_t>& payload) REQUIRES(lock_);
@@ -133,8 +133,8 @@ class ScriptedController {
   const uint8_t address_;
   platform::Event changed_{"scripted controller"};
   platform::Event heard_{"scripted controller heard"};
-  // Comes before the port's: frames go out under it, so that they leave in the order in which they
-  // were made, as from the one serial line of a real controller.
+  // Taken before the port's lock: frames are sent under it, so that they leave in the order in
+  // which they were made, as on the one serial line of a real controller.
   platform::PlainLock lock_{"scripted controller", 5650};
   StatusBytes status_ GUARDED_BY(lock_){};
   platform::Microseconds lastTick_ GUARDED_BY(lock_){0};
@@ -150,7 +150,7 @@ class ScriptedController {
   std::map<std::string, Disturbance> disturbances_ GUARDED_BY(lock_);
   std::multimap<uint8_t, std::function<void()>> hooks_ GUARDED_BY(lock_);
   std::vector<std::pair<platform::Microseconds, std::string>> commands_ GUARDED_BY(lock_);
-  // Replies that wait longer than the line does, so that others may pass them.
+  // Replies that are delayed longer than the line's other bytes, so that others may pass them.
   std::multimap<platform::Microseconds, std::string> lateReplies_ GUARDED_BY(lock_);
   bool stop_ GUARDED_BY(lock_) = false;
   std::shared_ptr<platform::Thread> thread_;

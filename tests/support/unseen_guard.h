@@ -1,6 +1,6 @@
-// What stands beside the module in a test (the host, the line, an observer) has locks of its own.
-// To the thread sanitizer each would order the module's threads, and so hide races that a
-// laboratory would have.
+// What surrounds the module in a test (the host, the line, an observer) has locks of its own. To
+// the thread sanitizer each of them would order the module's threads, and so hide races that occur
+// in a laboratory.
 #pragma once
 
 #include "platform/lock.h"
