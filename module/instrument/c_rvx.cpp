@@ -7,8 +7,8 @@
 #include <system_error>
 
 #include "module/calibration/standards_map.h"
-#include "module/instrument/hidden_window.h"
 #include "module/instrument/own_client.h"
+#include "module/instrument/posted_jobs.h"
 #include "module/instrument/simulate_setting.h"
 #include "module/instrument/simulated_oils.h"
 #include "module/instrument/simulator_line.h"
@@ -63,7 +63,7 @@ C_RVX::C_RVX(const ActionTable& actions, OpenedLater)
       simulated_(IsSimulated() != 0),
       trayController_(std::make_unique<TrayController>(*this)),
       ownClient_(std::make_unique<OwnClient>(*this)),
-      hiddenWindow_(std::make_unique<HiddenWindow>()) {}
+      postedJobs_(std::make_unique<PostedJobs>()) {}
 
 void C_RVX::Open(const std::string& portName, uint8_t address, const std::string& identification) {
   conversation_ = std::make_unique<Conversation>(*this, address);
@@ -117,7 +117,7 @@ void C_RVX::Close() {
   WaitForUsers();
   conversation_->WaitUntilIdle(platform::Deadline::After(kLastCommands));
   conversation_->Stop();
-  hiddenWindow_.reset();
+  postedJobs_.reset();
   std::string portName;
   {
     ConfigurationGuard guard(configuration_);
@@ -364,7 +364,7 @@ void C_RVX::ReleaseTrayAction(int32_t index) {
     TrayGuard guard(tray_);
     if (index < 0 || index >= tray_.GetSize()) throw new InvalidException;
   }
-  hiddenWindow_->Post([this, index] {
+  postedJobs_->Post([this, index] {
     std::shared_ptr<Action> removed;
     {
       std::shared_ptr<Action> empty = MakeAction(kNullAction);

@@ -27,7 +27,7 @@
 namespace rvx {
 
 class CStandardsMap;
-class HiddenWindow;
+class PostedJobs;
 class SimulatorLine;
 class TrayController;
 
@@ -329,7 +329,7 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   std::unique_ptr<Conversation> conversation_;
   std::unique_ptr<OwnClient> ownClient_;
   std::unique_ptr<SimulatorLine> simulatorLine_;
-  std::unique_ptr<HiddenWindow> hiddenWindow_;
+  std::unique_ptr<PostedJobs> postedJobs_;
 };
 
 // Counts one thread for as long as it lives; hand it to the thread by std::shared_ptr.

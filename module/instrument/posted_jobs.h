@@ -11,16 +11,16 @@
 
 namespace rvx {
 
-// The host offers only calls that wait for the user-interface thread. A thread of this class,
-// started with the first job, makes those calls, so that Post returns at once as a posted message
-// would.
-class HiddenWindow {
+// A queue of jobs, in the place of the hidden window to which messages would be posted. The host
+// offers only calls that wait for the user-interface thread. A thread of this class, started with
+// the first job, makes those calls, so that Post returns at once.
+class PostedJobs {
  public:
-  HiddenWindow() = default;
+  PostedJobs() = default;
   // Runs what was posted, then ends its thread.
-  ~HiddenWindow();
-  HiddenWindow(const HiddenWindow&) = delete;
-  HiddenWindow& operator=(const HiddenWindow&) = delete;
+  ~PostedJobs();
+  PostedJobs(const PostedJobs&) = delete;
+  PostedJobs& operator=(const PostedJobs&) = delete;
 
   // Runs `job` later on the user-interface thread, in the order of posting. Any thread.
   void Post(std::function<void()> job);
@@ -28,11 +28,11 @@ class HiddenWindow {
  private:
   void RunJobs();
 
-  platform::PlainLock lock_{"hidden window", platform::kLeafRank};
+  platform::PlainLock lock_{"posted jobs", platform::kLeafRank};
   std::deque<std::function<void()>> jobs_ GUARDED_BY(lock_);
   std::shared_ptr<platform::Thread> thread_ GUARDED_BY(lock_);
   bool closing_ GUARDED_BY(lock_) = false;
-  platform::Event posted_{"hidden window: posted"};
+  platform::Event posted_{"posted jobs: one more"};
 };
 
 }  // namespace rvx

@@ -1,4 +1,4 @@
-#include "module/instrument/hidden_window.h"
+#include "module/instrument/posted_jobs.h"
 
 #include <utility>
 
@@ -22,7 +22,7 @@ class JobClient : public UserInterfaceClient {
 
 }  // namespace
 
-HiddenWindow::~HiddenWindow() {
+PostedJobs::~PostedJobs() {
   std::shared_ptr<platform::Thread> thread;
   {
     platform::PlainGuard guard(lock_);
@@ -33,7 +33,7 @@ HiddenWindow::~HiddenWindow() {
   if (thread) thread->Join();
 }
 
-void HiddenWindow::Post(std::function<void()> job) {
+void PostedJobs::Post(std::function<void()> job) {
   {
     platform::PlainGuard guard(lock_);
     if (!thread_) thread_ = platform::StartThread("posted jobs", [this] { RunJobs(); });
@@ -42,7 +42,7 @@ void HiddenWindow::Post(std::function<void()> job) {
   posted_.Set();
 }
 
-void HiddenWindow::RunJobs() {
+void PostedJobs::RunJobs() {
   for (;;) {
     std::function<void()> job;
     {
