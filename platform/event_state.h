@@ -4,7 +4,7 @@
 // A Set on an event that somebody waits for is granted to that wait, first come first; only without
 // a wait to take it does the event stay set. So two Sets wake two waiters even if neither has run
 // in between, and a Reset just after a Set takes nothing back. A thread that wakes looks at its
-// events in the order given, and returns a grant if an earlier event is set too.
+// events in the order given, and gives a grant back if an earlier event is set too.
 #pragma once
 
 #include <cstddef>
@@ -98,8 +98,8 @@ inline void LinkAll(std::span<EventState* const> events, std::span<WaitNode> nod
   }
 }
 
-// Ends a wait: takes the first event that was granted to it or is set, and returns a grant that it
-// does not use. Its index, or kTimedOut.
+// Ends a wait: takes the first event that was granted to it or is set, and gives back a grant that
+// it does not use. Its index, or kTimedOut.
 template <class Wake>
 int UnlinkAndTake(std::span<EventState* const> events, std::span<WaitNode> nodes, Wake&& wake) {
   for (size_t i = 0; i < events.size(); ++i) events[i]->Unlink(nodes[i]);
