@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "boundary/access_levels.h"
 #include "boundary/action.h"
 #include "boundary/calibration_records.h"
 #include "boundary/viscometer_instrument.h"
@@ -59,12 +60,12 @@ struct CellConstants {
 
 // One setting that a person may see or change.
 struct InstrumentSetting {
-  std::string key;          // "injection-time"
-  std::string value;        // with a point as decimal sign
-  std::string unit;         // "s", "degC", ""
-  std::string accepts;      // what may be written, for messages: "0 to 255"
-  std::string description;  // one line
-  int32_t level = 50;       // needed for a change; 1000: nobody changes it
+  std::string key;                // "injection-time"
+  std::string value;              // with a point as decimal sign
+  std::string unit;               // "s", "degC", ""
+  std::string accepts;            // what may be written, for messages: "0 to 255"
+  std::string description;        // one line
+  int32_t level = kLevelManager;  // needed for a change; kLevelUnreachable: nobody changes it
 };
 
 // One test of a sample action.
@@ -117,7 +118,7 @@ class InstrumentScripting {
   // 100. Too little to fit is no problem: the summary has no fit then.
   virtual ScriptingResult FitCalibration(const CalibrationQuestion& question,
                                          CalibrationSummary& summary) = 0;
-  // Level 50, and 100 for all temperatures (nothing as the temperature). Puts constants into force,
+  // Level 10, and 100 for all temperatures (nothing as the temperature). Puts constants into force,
   // dated now, as the texts say, and stores them in the archive. Refused while a tray runs. When
   // the archive refuses, the constants are in force all the same, with the old date (for all
   // temperatures: of the first one), and closing the instrument stores them if it can by then.
@@ -147,7 +148,8 @@ class InstrumentScripting {
   // An estimate of the running time of a sample action, in seconds; 0 for other actions.
   virtual int32_t EstimateSeconds(Action& action) = 0;
 
-  // Manual commands, level 10. The result says what the instrument answered.
+  // Manual commands, level 10; Busy while a tray runs or is paused, but for AbortOperation. The
+  // result says what the instrument answered.
   virtual ScriptingResult SetHomeFlag() = 0;
   virtual ScriptingResult SetTemperature(std::optional<double> celsius) = 0;  // nothing: off
   // Does for a simulated cell what a chiller does for a real one: with the temperature control off,

@@ -265,7 +265,7 @@ void Show(Session& session, const CalibrateArguments& arguments,
 
 int Calibrate(Session& session, const CalibrateArguments& arguments) {
   if (arguments.all) session.RequireLevel(kLevelService, "calibrate for all temperatures");
-  if (arguments.save) session.RequireLevel(kLevelManager, "save a calibration");
+  if (arguments.save) session.RequireLevel(kLevelOperator, "save a calibration");
   const FoundInstrument& found = session.OneInstrument();
   Exclusion exclusion(arguments.excluded);
   rvx::CalibrationQuestion question;
@@ -330,7 +330,7 @@ void AddCalibrateCommand(CLI::App& app, Invocation& invocation) {
       ->add_option("--exclude", arguments->excluded,
                    "leave out runs: their ids, the first characters of them, or sample ids")
       ->type_name("ID");
-  calibrate->add_flag("--save", arguments->save, "put the constants into force (level 50)");
+  calibrate->add_flag("--save", arguments->save, "put the constants into force (level 10)");
   calibrate->callback([&invocation, arguments] {
     invocation.command = [arguments](Session& session) { return Calibrate(session, *arguments); };
   });

@@ -14,14 +14,11 @@ namespace torvell {
 
 namespace {
 
-// Settings at or above this level are shown and never changed.
-constexpr int32_t kUnchangeableLevel = 1000;
-
 int ShowSettings(Session& session) {
   Json list = Json::array();
   Table table({{"key"}, {"value"}, {"unit"}, {"accepts"}, {"level"}, {"description"}});
   for (const rvx::InstrumentSetting& setting : session.OneInstrument().scripting->GetSettings()) {
-    const bool changeable = setting.level < kUnchangeableLevel;
+    const bool changeable = setting.level < rvx::kLevelUnreachable;
     list.push_back({{"key", setting.key},
                     {"value", setting.value},
                     {"unit", setting.unit},

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "boundary/access_levels.h"
 #include "boundary/host.h"
 #include "host/core/lock_ranks.h"
 #include "platform/lock.h"
@@ -14,10 +15,10 @@ namespace torvell {
 class Database;
 struct Actor;
 
-inline constexpr int32_t kLevelNobody = 0;  // may read
-inline constexpr int32_t kLevelOperator = 10;
-inline constexpr int32_t kLevelManager = 50;
-inline constexpr int32_t kLevelService = 100;
+using rvx::kLevelManager;
+using rvx::kLevelNobody;
+using rvx::kLevelOperator;
+using rvx::kLevelService;
 
 struct User {
   std::string name;

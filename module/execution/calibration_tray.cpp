@@ -3,6 +3,8 @@
 #include <memory>
 #include <utility>
 
+#include "boundary/access_levels.h"
+#include "boundary/host.h"
 #include "module/execution/visc_action.h"
 #include "module/instrument/c_rvx.h"
 
@@ -35,14 +37,15 @@ std::shared_ptr<Action> MakeStandardAction(C_RVX& instrument,
 
 }  // namespace
 
-bool FillCalibrationTray(C_RVX& instrument, const CalibrationTrayPlan& plan) {
+TrayFilling FillCalibrationTray(C_RVX& instrument, const CalibrationTrayPlan& plan) {
+  if (GetSecurityManager()->GetAccessLevel() < kLevelOperator) return TrayFilling::NotAllowed;
   TrayOfSampleActions& tray = *instrument.GetTray(0);
   size_t size = 0;
   {
     TrayGuard guard(tray);
     size = static_cast<size_t>(tray.GetSize());
   }
-  if (plan.positions.size() > size) return false;
+  if (plan.positions.size() > size) return TrayFilling::TooLong;
   // Made before the lock is taken, which making an action must not wait for.
   std::vector<std::shared_ptr<Action>> actions;
   for (size_t i = 0; i < size; ++i) {
@@ -59,7 +62,7 @@ bool FillCalibrationTray(C_RVX& instrument, const CalibrationTrayPlan& plan) {
   }
   for (const std::shared_ptr<Action>& removed : actions) removed->Stop();
   GetInstrumentManager()->NotifyInstrumentChanged();
-  return true;
+  return TrayFilling::Done;
 }
 
 }  // namespace rvx

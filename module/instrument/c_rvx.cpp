@@ -6,6 +6,7 @@
 #include <iterator>
 #include <system_error>
 
+#include "boundary/access_levels.h"
 #include "module/calibration/standards_map.h"
 #include "module/instrument/own_client.h"
 #include "module/instrument/posted_jobs.h"
@@ -25,7 +26,6 @@
 namespace rvx {
 namespace {
 
-constexpr int32_t kServiceLevel = 100;
 // A CAB that was queued at the end gets this long to go out; a dead line uses all of it.
 constexpr platform::Milliseconds kLastCommands{4000};
 
@@ -235,7 +235,7 @@ Action* C_RVX::CreateConfigAction(int32_t index) {
     throw new InvalidException;
   }
   const ActionIndex action = kConfigActions[index];
-  if (action == kSetupAction && GetSecurityManager()->GetAccessLevel() < kServiceLevel) {
+  if (action == kSetupAction && GetSecurityManager()->GetAccessLevel() < kLevelService) {
     throw new InvalidException;
   }
   return CreateActionByIndex(action);

@@ -1,9 +1,15 @@
 #include "module/instrument/save_cell_constants.h"
 
 #include "boundary/host.h"
+#include "module/instrument/access_check.h"
 #include "module/instrument/c_rvx.h"
 
 namespace rvx {
+
+std::optional<std::string> FindSaveRefusal(std::optional<int> temperatureIndex) {
+  if (temperatureIndex) return FindLevelRefusal(kLevelOperator, "Saving a calibration");
+  return FindLevelRefusal(kLevelService, "Saving a calibration for all temperatures");
+}
 
 SavedConstants SaveCellConstants(C_RVX& instrument, std::optional<int> temperatureIndex,
                                  int dateIndex, const CalibrationTexts& texts,
@@ -13,6 +19,10 @@ SavedConstants SaveCellConstants(C_RVX& instrument, std::optional<int> temperatu
     throw new InvalidException;
   }
   SavedConstants saved;
+  if (const std::optional<std::string> refusal = FindSaveRefusal(temperatureIndex)) {
+    saved.refusal = *refusal;
+    return saved;
+  }
   saved.values = ConstantsOf(texts);
   const bool cleared = saved.values.b0 == 0.0 && saved.values.b1 == 0.0 && saved.values.b2 == 0.0;
   saved.date = cleared ? NeverCalibrated() : now;

@@ -12,11 +12,17 @@ namespace rvx {
 class C_RVX;
 
 struct SavedConstants {
+  // Why nothing was changed, for people: the rights of the present user. Empty if they suffice.
+  std::string refusal;
   CellConstantValues values;  // what the report prints and recalculates with
   platform::Date date;        // to be shown: the new one, or the old one when nothing was stored
   bool stored = false;
   std::string reason;  // the archive's, when it was not stored
 };
+
+// The right to save: level 10 for one temperature, level 100 for all of them. Nothing if the
+// present user has it; otherwise why not, for people.
+std::optional<std::string> FindSaveRefusal(std::optional<int> temperatureIndex);
 
 // Reads B0, B1 and B2 from their texts and puts them with the date `now` (local time) into a slot
 // of kCalibrationTemperatures, or into all that the instrument offers; constants that are all
@@ -24,8 +30,8 @@ struct SavedConstants {
 // the host. When the archive refuses, `dateIndex` gets its old date back; constants and other dates
 // are in force all the same, and closing the instrument stores them if the archive works by then.
 // Whoever called tells the user, and may put the constants back. `dateIndex` is
-// the temperature that a screen shows: the slot itself unless all are meant. Any thread. The rights
-// are the caller's to check. InvalidException for an index that is no slot.
+// the temperature that a screen shows: the slot itself unless all are meant. Any thread.
+// Without the right nothing is changed. InvalidException for an index that is no slot.
 SavedConstants SaveCellConstants(C_RVX& instrument, std::optional<int> temperatureIndex,
                                  int dateIndex, const CalibrationTexts& texts,
                                  const platform::Date& now);

@@ -164,7 +164,7 @@ ScriptingResult Choose(CStandardPicker& picker, const std::vector<int>& slots,
 ScriptingResult ScriptableInstrument::FindSlots(std::optional<double> temperature,
                                                 const std::string& what, std::optional<int>& slot) {
   slot.reset();
-  if (!temperature) return CheckLevel(kServiceLevel, what + " for all temperatures");
+  if (!temperature) return CheckLevel(kLevelService, what + " for all temperatures");
   int found = 0;
   if (ScriptingResult problem = FindSlot(*temperature, found)) return problem;
   slot = found;
@@ -231,7 +231,7 @@ ScriptingResult ScriptableInstrument::SaveCalibration(std::optional<double> temp
                                                       const std::string& b0Text,
                                                       const std::string& b1Text,
                                                       const std::string& b2Text) {
-  if (ScriptingResult problem = CheckLevel(kManagerLevel, "Saving a calibration")) return problem;
+  if (ScriptingResult problem = CheckLevel(kLevelOperator, "Saving a calibration")) return problem;
   std::optional<int> slot;
   if (ScriptingResult problem = FindSlots(temperature, "Saving a calibration", slot)) {
     return problem;
@@ -257,6 +257,7 @@ ScriptingResult ScriptableInstrument::SaveCalibration(std::optional<double> temp
   const SavedConstants saved =
       SaveCellConstants(*this, slot, dateSlot, texts, platform::LocalNow());
   if (saved.stored) return std::nullopt;
+  if (!saved.refusal.empty()) return Problem(ScriptingProblem::Kind::NotAllowed, saved.refusal);
   return NotStored(saved.reason +
                    platform::FormatText(
                        " The new constants are in force all the same, at %s degC with the old "
@@ -311,7 +312,7 @@ ScriptingResult ScriptableInstrument::GetConformity(ConformityReport& report) {
 }
 
 ScriptingResult ScriptableInstrument::MakeCalibrationTray(const CalibrationTrayRequest& request) {
-  if (ScriptingResult problem = CheckLevel(kOperatorLevel, "Filling a tray")) return problem;
+  if (ScriptingResult problem = CheckLevel(kLevelOperator, "Filling a tray")) return problem;
   // A command can come before the instrument has reported for the first time, so what counts here
   // is that no tray of it is running.
   if (IsTrayRunning() != 0) {
@@ -330,7 +331,14 @@ ScriptingResult ScriptableInstrument::MakeCalibrationTray(const CalibrationTrayR
   if (ScriptingResult problem = Choose(*picker, slots, request.only)) return problem;
   const CalibrationTrayPlan plan = picker->MakePlan();
   if (!plan.problem.empty()) return BadValue(plan.problem + " The tray was not changed.", "only");
-  if (FillCalibrationTray(*this, plan)) return std::nullopt;
+  const TrayFilling filling = FillCalibrationTray(*this, plan);
+  if (filling == TrayFilling::Done) return std::nullopt;
+  if (filling == TrayFilling::NotAllowed) {
+    // The user has gone since the check above, and may even be back.
+    return Problem(ScriptingProblem::Kind::NotAllowed,
+                   "Filling a tray needs level 10. The tray was not changed. Log in as a user of "
+                   "that level.");
+  }
   int32_t size = 0;
   {
     TrayGuard guard(*GetTray(0));

@@ -4,10 +4,10 @@
 
 #include "module/calibration/calibration_fit.h"
 #include "module/instrument/save_cell_constants.h"
+#include "module/instrument/settings_table.h"
 #include "module/protocol/identification.h"
 #include "module/scripting/problems.h"
 #include "module/scripting/scriptable_instrument.h"
-#include "module/scripting/settings_table.h"
 #include "platform/text.h"
 
 namespace rvx {
@@ -98,7 +98,7 @@ ScriptingResult ScriptableInstrument::FindSlot(double temperature, int& slot) {
 
 ScriptingResult ScriptableInstrument::SetCellConstants(double temperature, double b0, double b1,
                                                        double b2) {
-  if (ScriptingResult problem = MayConfigure(kManagerLevel)) return problem;
+  if (ScriptingResult problem = MayConfigure(kLevelManager)) return problem;
   int found = 0;
   if (ScriptingResult problem = FindSlot(temperature, found)) return problem;
   if (!std::isfinite(b0) || !std::isfinite(b1) || !std::isfinite(b2)) {
@@ -110,6 +110,7 @@ ScriptingResult ScriptableInstrument::SetCellConstants(double temperature, doubl
   const CalibrationTexts texts = FormatFit({b0, b1, b2, 0.0, 0.0});
   const SavedConstants saved = SaveCellConstants(*this, found, found, texts, platform::LocalNow());
   if (saved.stored) return std::nullopt;
+  if (!saved.refusal.empty()) return Problem(ScriptingProblem::Kind::NotAllowed, saved.refusal);
   // The date is back already, and so go the constants: nothing of them was asked to be kept.
   ConfigurationRecord& record = configuration();
   ConfigurationGuard guard(record);
@@ -123,35 +124,35 @@ std::vector<InstrumentSetting> ScriptableInstrument::GetSettings() {
   std::vector<InstrumentSetting> settings;
   const ConfigurationRecord& record = configuration();
   ConfigurationGuard guard(record);
-  for (const SettingEntry& entry : GetSettingsTable()) {
-    settings.push_back(
-        {entry.key, entry.get(record), entry.unit, entry.accepts, entry.description, entry.level});
+  for (const Setting& setting : GetSettingsTable()) {
+    settings.push_back({setting.key, ReadSetting(setting, record), setting.unit,
+                        AcceptedText(setting), setting.description, setting.level});
   }
   return settings;
 }
 
 ScriptingResult ScriptableInstrument::SetSettings(
     const std::vector<std::pair<std::string, std::string>>& values) {
-  if (ScriptingResult problem = MayConfigure(kManagerLevel)) return problem;
+  if (ScriptingResult problem = MayConfigure(kLevelManager)) return problem;
   ConfigurationRecord trial = configuration();
   for (const auto& [key, value] : values) {
-    const SettingEntry* entry = FindSetting(key);
-    if (entry == nullptr) return BadValue(UnknownKeyMessage(key), key);
-    if (entry->level == kNobodysLevel) {
-      return BadValue("\"" + key + "\" can't be changed here: it is " + entry->accepts +
+    const Setting* setting = FindSetting(key);
+    if (setting == nullptr) return BadValue(UnknownKeyMessage(key), key);
+    if (setting->level == kLevelUnreachable) {
+      return BadValue("\"" + key + "\" can't be changed here: it is " + AcceptedText(*setting) +
                           ". Nothing was changed.",
                       key);
     }
-    if (ScriptingResult problem = CheckLevel(entry->level, "Changing " + key)) {
+    if (ScriptingResult problem = CheckLevel(setting->level, "Changing " + key)) {
       problem->field = key;
       return problem;
     }
-    if (!entry->set(trial, value)) {
-      const std::string unit = entry->unit.empty() ? std::string() : " " + entry->unit;
+    if (!WriteSetting(*setting, trial, value)) {
+      const std::string accepted =
+          AcceptedText(*setting) + (*setting->unit == '\0' ? "" : " ") + setting->unit;
       return BadValue(
-          platform::FormatText("\"%s\" is not accepted for %s. Accepted: %s%s. Nothing "
-                               "was changed.",
-                               value.c_str(), key.c_str(), entry->accepts.c_str(), unit.c_str()),
+          platform::FormatText("\"%s\" is not accepted for %s. Accepted: %s. Nothing was changed.",
+                               value.c_str(), key.c_str(), accepted.c_str()),
           key);
     }
   }
@@ -160,14 +161,14 @@ ScriptingResult ScriptableInstrument::SetSettings(
   const ConfigurationRecord before = record;
   const auto copyFrom = [&record, &values](const ConfigurationRecord& source) {
     ConfigurationGuard guard(record);
-    for (const auto& [key, value] : values) FindSetting(key)->copy(record, source);
+    for (const auto& [key, value] : values) CopySetting(*FindSetting(key), record, source);
   };
   copyFrom(trial);
   return Store([&] { copyFrom(before); });
 }
 
 ScriptingResult ScriptableInstrument::ImportSettings(const std::string& text) {
-  if (ScriptingResult problem = MayConfigure(kManagerLevel)) return problem;
+  if (ScriptingResult problem = MayConfigure(kLevelManager)) return problem;
   const std::vector<std::string> lines = platform::SplitFields(text, '\n');
   constexpr size_t kFewestLines = 4;
   if (lines.size() < kFewestLines || lines.front() != GetTypeName()) {
@@ -195,21 +196,20 @@ ScriptingResult ScriptableInstrument::ImportSettings(const std::string& text) {
     return BadValue("The settings text " + wrong + ". Nothing was changed.", "text");
   }
   // What a text holds was never checked, so it is checked here like anything typed.
-  for (const SettingEntry& entry : GetSettingsTable()) {
-    if (!entry.set) continue;
-    const std::string value = entry.get(trial);
-    const bool changed = value != entry.get(present);
+  for (const Setting& setting : GetSettingsTable()) {
+    if (setting.level == kLevelUnreachable) continue;
+    const std::string value = ReadSetting(setting, trial);
+    if (value == ReadSetting(setting, present)) continue;
     ConfigurationRecord probe = trial;
-    if (changed && !entry.set(probe, value)) {
-      return BadValue("The settings text has \"" + value + "\" for " + entry.key +
-                          ". Accepted: " + entry.accepts + ". Nothing was changed.",
-                      entry.key);
+    if (!WriteSetting(setting, probe, value)) {
+      return BadValue("The settings text has \"" + value + "\" for " + setting.key +
+                          ". Accepted: " + AcceptedText(setting) + ". Nothing was changed.",
+                      setting.key);
     }
-    if (changed) {
-      if (ScriptingResult problem = CheckLevel(entry.level, "Changing " + entry.key)) {
-        problem->field = entry.key;
-        return problem;
-      }
+    if (ScriptingResult problem =
+            CheckLevel(setting.level, std::string("Changing ") + setting.key)) {
+      problem->field = setting.key;
+      return problem;
     }
   }
   const std::string old = SaveSettingsText();

@@ -3,10 +3,8 @@
 
 #include <string>
 
-#include "boundary/host.h"
 #include "boundary/instrument_scripting.h"
-#include "module/scripting/settings_table.h"
-#include "platform/text.h"
+#include "module/instrument/access_check.h"
 
 namespace rvx {
 
@@ -27,13 +25,9 @@ inline ScriptingProblem NotStored(const std::string& detail) {
 
 // Nothing if the present user has the level.
 inline ScriptingResult CheckLevel(int32_t needed, const std::string& what) {
-  const int32_t present = GetSecurityManager()->GetAccessLevel();
-  if (present >= needed) return std::nullopt;
-  return Problem(
-      ScriptingProblem::Kind::NotAllowed,
-      platform::FormatText("%s needs level %d; the present user has level %d. Nothing was "
-                           "changed. Log in as a user of that level.",
-                           what.c_str(), needed, present));
+  const std::optional<std::string> refusal = FindLevelRefusal(needed, what);
+  if (!refusal) return std::nullopt;
+  return Problem(ScriptingProblem::Kind::NotAllowed, *refusal);
 }
 
 }  // namespace rvx

@@ -99,7 +99,7 @@ ScriptingResult ScriptableInstrument::SetSampleTests(Action& action, const Sampl
     return BadValue("\"" + action.GetLabel() + "\" is no sample action and has no tests.",
                     "action");
   }
-  if (ScriptingResult problem = CheckLevel(kOperatorLevel, "Filling a tray")) return problem;
+  if (ScriptingResult problem = CheckLevel(kLevelOperator, "Filling a tray")) return problem;
   if (action.IsRunning() != 0 || action.HasRun() != 0) {
     return Problem(ScriptingProblem::Kind::Busy,
                    "The sample is running or has run; its tests can't be changed any more.");
@@ -117,7 +117,7 @@ ScriptingResult ScriptableInstrument::SetSampleTests(Action& action, const Sampl
         return test.rotorOnTime.value_or(defaultRotorTime) != defaultRotorTime;
       });
   if (timesChanged) {
-    if (ScriptingResult problem = CheckLevel(kManagerLevel, "Changing the times of a sample")) {
+    if (ScriptingResult problem = CheckLevel(kLevelManager, "Changing the times of a sample")) {
       return problem;
     }
   }

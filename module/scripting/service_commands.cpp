@@ -88,11 +88,12 @@ class ReplyWaiter : public CommandClient, public InstrErrorClient {
   platform::Event answer_{"reply waiter: answer"};
 };
 
+// A paused tray goes on with the cell, the steppers and the switches as it left them.
 ScriptingResult MayServe(ViscometerInstrument& instrument) {
-  if (ScriptingResult problem = CheckLevel(kOperatorLevel, "A service command")) return problem;
-  if (instrument.IsTrayActive() == 0) return std::nullopt;
+  if (ScriptingResult problem = CheckLevel(kLevelOperator, "A service command")) return problem;
+  if (instrument.IsTrayRunning() == 0) return std::nullopt;
   return Problem(ScriptingProblem::Kind::Busy,
-                 "A tray is running. Nothing was sent. Pause the tray or wait for its end.");
+                 "A tray is running or paused. Nothing was sent. Wait for the end of the tray.");
 }
 
 ScriptingResult CheckCellTemperature(double celsius, const char* alternative) {
@@ -234,14 +235,14 @@ ScriptingResult ScriptableInstrument::JogAxis(ServiceAxis axis, int32_t target) 
 
 ScriptingResult ScriptableInstrument::AbortOperation() {
   // Also while a tray runs: a person who wants the instrument to stop is not asked to wait.
-  if (ScriptingResult problem = CheckLevel(kOperatorLevel, "A service command")) return problem;
+  if (ScriptingResult problem = CheckLevel(kLevelOperator, "A service command")) return problem;
   ReplyWaiter waiter(*this);
   SendAbort(&waiter);
   return waiter.Wait(kAbortTag, "abort");
 }
 
 ScriptingResult ScriptableInstrument::RunSelfTest(std::vector<std::string>& failures) {
-  if (ScriptingResult problem = CheckLevel(kOperatorLevel, "A service command")) return problem;
+  if (ScriptingResult problem = MayServe(*this)) return problem;
   ReplyWaiter waiter(*this);
   QuerySelfTest(&waiter);
   if (ScriptingResult problem = waiter.Wait(kSelfTestTag, "self test")) return problem;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "boundary/access_levels.h"
 #include "boundary/host.h"
 #include "module/execution/visc_action.h"
 #include "module/resources/string_ids.h"
@@ -12,11 +13,10 @@
 namespace rvx {
 namespace {
 
-constexpr int32_t kManagerLevel = 50;
 constexpr size_t kTemperatureColumn = 0;
 constexpr size_t kViscosityColumn = 1;
 
-bool IsManager() { return GetSecurityManager()->GetAccessLevel() >= kManagerLevel; }
+bool IsManager() { return GetSecurityManager()->GetAccessLevel() >= kLevelManager; }
 
 double ReadCell(const std::string& text) {
   return platform::ParseLeadingDouble(FromLocal(platform::RemoveBlanks(text)));

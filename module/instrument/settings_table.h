@@ -1,0 +1,101 @@
+// The settings of an instrument, each said once: its names, what it accepts, who may change it, and
+// where it is kept. Screens, command line, import and printout take everything from here.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <variant>
+
+#include "boundary/access_levels.h"
+#include "module/instrument/configuration_record.h"
+
+namespace rvx {
+
+enum class SettingKind {
+  Whole,    // a whole number in a range
+  Decimal,  // a number in a range
+  Choice,   // one of kInjectionTemperatures
+  Switch,   // on or off
+  Name,     // a text of its own: not empty, without quotes and commas
+  Text,     // any text
+  Folder,   // a folder that exists, kept with its trailing separator
+  Count     // a whole number of the program's own; kNeverChecked and more is "never"
+};
+
+// The section of a screen or a sheet in which a setting stands.
+enum class SettingGroup {
+  Instrument,  // instrument settings: identification and check standards
+  Probe,       // instrument settings: the temperature probe
+  Tray,        // tray settings
+  None         // on no screen: for programs and the service
+};
+
+// What a number may be. An open end lies outside itself.
+struct SettingRange {
+  double least = 0.0;
+  double most = 0.0;
+  bool isLeastOpen = false;
+  bool isMostOpen = false;
+};
+
+// Where a setting is kept: a field of the configuration or of its test record; of an array it is
+// the first element.
+using SettingField =
+    std::variant<int32_t ConfigurationRecord::*, double ConfigurationRecord::*,
+                 std::string ConfigurationRecord::*, uint8_t ConfigurationRecord::*,
+                 int32_t TestRecord::*, double TestRecord::*, std::string TestRecord::*,
+                 std::array<int32_t, kMaxTests> TestRecord::*>;
+
+// One row. The texts live as long as the program.
+struct Setting {
+  const char* key;          // "injection-time"
+  const char* label;        // beside its field on the screen, unit included; "" on no screen
+  const char* unit;         // "s", "degC", ""
+  const char* description;  // one line
+  SettingKind kind;
+  SettingGroup group;
+  SettingField field;
+  SettingRange range = {};
+  int decimals = 0;       // of a number as it is shown, and the most that a screen lets be typed
+  int integerDigits = 0;  // the most that a screen lets be typed; 0 on no screen
+  int32_t level = kLevelManager;  // needed for a change
+  // The models that have it; null: all.
+  bool (*isOnModel)(char modelCode) = nullptr;
+  // Whether 0 makes every temperature wrong, so that a screen asks before it stores it.
+  bool isZeroDoubtful = false;
+};
+
+// The injection temperatures, degrees C, in the order in which people choose from them.
+inline constexpr std::array<double, 11> kInjectionTemperatures = {25, 20,  15,  10,  5,  0,
+                                                                  -5, -10, -15, -20, -25};
+
+// All of them, in the order in which people see them.
+std::span<const Setting> GetSettingsTable();
+// Null for an unknown key.
+const Setting* FindSetting(const std::string& key);
+
+// What may be written, for messages: "0 to 255". The ends are numbers that are accepted.
+std::string AcceptedText(const Setting& setting);
+// Whether a field with this number may be stored. Numbers of a screen's settings with more decimals
+// than can be typed there are not accepted.
+bool AcceptsNumber(const Setting& setting, double value);
+
+// The next three work between Lock and Unlock of the records, or on working copies.
+
+// The value as text, with a point as decimal sign.
+std::string ReadSetting(const Setting& setting, const ConfigurationRecord& record);
+// False if the text is not accepted, the record's model has no such setting or nobody may write it;
+// then nothing is written. The level is the caller's to check.
+bool WriteSetting(const Setting& setting, ConfigurationRecord& record, const std::string& text);
+// Copies the exact value, digits that are not shown included.
+void CopySetting(const Setting& setting, ConfigurationRecord& to, const ConfigurationRecord& from);
+
+// A configuration of this model with every default. Asks the archive manager for the default
+// folder. On models with a temperature offset one of exactly 0 becomes kUsualTemperatureOffset when
+// the instrument is opened.
+ConfigurationRecord MakeDefaultConfiguration(char modelCode);
+
+}  // namespace rvx
