@@ -11,19 +11,17 @@ namespace torvell {
 void AuditTrail::Add(const std::string& object, const std::string& oldValue,
                      const std::string& newValue) {
   const Actor actor = users_.ActingAs();
-  try {
+  WithDatabaseErrors("The change was made and could not be noted in the audit trail", [&] {
     platform::PlainGuard guard(database_.lock());
     Transaction transaction(database_);
     WriteAudit(database_, actor, {{object, oldValue, newValue}});
     transaction.Commit();
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The change was made and could not be noted in the audit trail", error);
-  }
+  });
 }
 
 std::vector<AuditRow> AuditTrail::Last(int64_t n) {
   std::vector<AuditRow> rows;
-  try {
+  WithDatabaseErrors("The audit trail could not be read", [&] {
     platform::PlainGuard guard(database_.lock());
     Query query(database_.Prepared(
         "SELECT \"Time\", \"User\", \"Level\", \"Object\", \"Old\", \"New\" FROM AUDIT "
@@ -35,9 +33,7 @@ std::vector<AuditRow> AuditTrail::Last(int64_t n) {
                       query->getColumn(3).getString(), query->getColumn(4).getString(),
                       query->getColumn(5).getString()});
     }
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The audit trail could not be read", error);
-  }
+  });
   std::reverse(rows.begin(), rows.end());
   return rows;
 }

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "host/core/host_error.h"
 #include "host/core/lock_ranks.h"
@@ -90,5 +91,16 @@ class Transaction {
 std::string DescribeDatabaseError(const SQLite::Exception& error);
 // The same as a HostError of kind Database; `what` is "the samples could not be read" or the like.
 HostError MakeDatabaseError(const std::string& what, const SQLite::Exception& error);
+
+// Runs `work` and gives its result. A failure of the database leaves it as MakeDatabaseError words
+// it; `work` takes the lock itself, so that it is free again by then.
+template <class Work>
+auto WithDatabaseErrors(const std::string& what, Work&& work) {
+  try {
+    return std::forward<Work>(work)();
+  } catch (const SQLite::Exception& error) {
+    throw MakeDatabaseError(what, error);
+  }
+}
 
 }  // namespace torvell

@@ -38,7 +38,7 @@ void ErrorStore::Report(ErrorReport report) {
 
 std::vector<ErrorReport> ErrorStore::Last(int64_t n) {
   std::vector<ErrorReport> reports;
-  try {
+  WithDatabaseErrors("The messages could not be read", [&] {
     platform::PlainGuard guard(database_.lock());
     Query query(database_.Prepared(
         "SELECT \"Time\", \"Kind\", \"Source\", \"Message\", \"Tray\", \"Position\", "
@@ -60,15 +60,13 @@ std::vector<ErrorReport> ErrorStore::Last(int64_t n) {
       report.row = query->getColumn(10).getInt64();
       reports.push_back(std::move(report));
     }
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The messages could not be read", error);
-  }
+  });
   std::reverse(reports.begin(), reports.end());
   return reports;
 }
 
 void ErrorStore::Acknowledge(const std::vector<int64_t>& rows) {
-  try {
+  WithDatabaseErrors("That the messages were acknowledged could not be stored", [&] {
     platform::PlainGuard guard(database_.lock());
     Transaction transaction(database_, Transaction::Durability::Process);
     for (const int64_t row : rows) {
@@ -77,9 +75,7 @@ void ErrorStore::Acknowledge(const std::vector<int64_t>& rows) {
       query->exec();
     }
     transaction.Commit();
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("That the messages were acknowledged could not be stored", error);
-  }
+  });
 }
 
 }  // namespace torvell

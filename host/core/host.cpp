@@ -108,7 +108,7 @@ Host::~Host() {
 
 void Host::SeedIdentifiers(const HostOptions& options) {
   if (!options.seed) return;
-  try {
+  WithDatabaseErrors("The count of starts could not be stored", [&] {
     platform::PlainGuard guard(database_->lock());
     Transaction transaction(*database_);
     uint64_t starts = 0;
@@ -123,9 +123,7 @@ void Host::SeedIdentifiers(const HostOptions& options) {
     }
     transaction.Commit();
     platform::SeedGuids(*options.seed, starts);
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The count of starts could not be stored", error);
-  }
+  });
 }
 
 void Host::CollectNotices() {

@@ -84,8 +84,8 @@ TrayJournal::~TrayJournal() = default;
 
 std::vector<InterruptedTray> TrayJournal::Interrupted() {
   std::vector<InterruptedTray> trays;
-  platform::PlainGuard guard(lock_);
-  try {
+  WithDatabaseErrors("The journal of trays could not be read", [&] {
+    platform::PlainGuard guard(lock_);
     platform::PlainGuard databaseGuard(database_.lock());
     Query query(database_.Prepared(
         "SELECT \"Run\", \"Archive Key\", \"Instrument\", \"Started\" FROM TRAY_RUNS "
@@ -100,9 +100,7 @@ std::vector<InterruptedTray> TrayJournal::Interrupted() {
       tray.positions = ReadPositions(database_, tray.run);
       trays.push_back(std::move(tray));
     }
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The journal of trays could not be read", error);
-  }
+  });
   return trays;
 }
 
@@ -114,14 +112,12 @@ std::optional<InterruptedTray> TrayJournal::InterruptedOf(const std::string& arc
 }
 
 void TrayJournal::Close(int64_t run) {
-  try {
+  WithDatabaseErrors("The interrupted tray could not be closed", [&] {
     platform::PlainGuard databaseGuard(database_.lock());
     Transaction transaction(database_);
     CloseRun(database_, run, "closed");
     transaction.Commit();
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The interrupted tray could not be closed", error);
-  }
+  });
 }
 
 int64_t TrayJournal::Begin(const TrayPlan& plan) {

@@ -64,7 +64,7 @@ PortDirectory::~PortDirectory() {
 std::vector<PortMapping> PortDirectory::List() {
   std::vector<PortMapping> ports;
   for (const char* name : kPortNames) ports.push_back({name, "", "", false});
-  try {
+  WithDatabaseErrors("The list of ports could not be read", [&] {
     platform::PlainGuard guard(database_.lock());
     Query query(database_.Prepared("SELECT \"Name\", \"Device\", \"Settings\" FROM PORTS"));
     while (query->executeStep()) {
@@ -74,9 +74,7 @@ std::vector<PortMapping> PortDirectory::List() {
         port.settings = query->getColumn(2).getString();
       }
     }
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The list of ports could not be read", error);
-  }
+  });
   platform::PlainGuard guard(lock_);
   for (PortMapping& port : ports) port.open = open_.count(port.name) != 0;
   return ports;
@@ -91,7 +89,7 @@ std::optional<PortMapping> PortDirectory::Find(const std::string& name) {
 
 void PortDirectory::Store(const PortMapping& before, const PortMapping& after) {
   const Actor actor = users_.ActingAs();
-  try {
+  WithDatabaseErrors("The port could not be stored", [&] {
     platform::PlainGuard guard(database_.lock());
     Transaction transaction(database_);
     Query remove(database_.Prepared("DELETE FROM PORTS WHERE \"Name\" = ?"));
@@ -106,9 +104,7 @@ void PortDirectory::Store(const PortMapping& before, const PortMapping& after) {
     }
     WriteAudit(database_, actor, {{"port " + after.name, Describe(before), Describe(after)}});
     transaction.Commit();
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The port could not be stored", error);
-  }
+  });
 }
 
 void PortDirectory::SetMapping(const std::string& name, const std::string& device,

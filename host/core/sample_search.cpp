@@ -101,7 +101,7 @@ std::vector<int64_t> SampleStore::FindRows(const SampleQuery& wanted) {
       fmt::format("SELECT rowid FROM SAMPLES WHERE {} ORDER BY {} {}, rowid {}", condition.text,
                   OrderColumn(wanted.order), direction, direction);
   std::vector<int64_t> rows;
-  try {
+  WithDatabaseErrors("The samples could not be searched", [&] {
     platform::PlainGuard guard(database_.lock());
     SQLite::Statement statement(database_.connection(), sql);
     int index = 0;
@@ -109,9 +109,7 @@ std::vector<int64_t> SampleStore::FindRows(const SampleQuery& wanted) {
       BindValue(statement, ++index, parameter);
     }
     while (statement.executeStep()) rows.push_back(statement.getColumn(0).getInt64());
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The samples could not be searched", error);
-  }
+  });
   return rows;
 }
 
@@ -119,7 +117,7 @@ std::vector<StoredSample> SampleStore::ReadRows(const std::vector<int64_t>& rows
   static const std::string sql =
       fmt::format("SELECT {} FROM SAMPLES WHERE rowid = ?", SampleColumnList());
   std::vector<StoredSample> samples;
-  try {
+  WithDatabaseErrors("The samples could not be read", [&] {
     // A part at a time: a run that wants to store must not wait for a whole export.
     for (size_t first = 0; first < rows.size(); first += kRowsAtATime) {
       platform::PlainGuard guard(database_.lock());
@@ -130,9 +128,7 @@ std::vector<StoredSample> SampleStore::ReadRows(const std::vector<int64_t>& rows
         statement.reset();
       }
     }
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The samples could not be read", error);
-  }
+  });
   return samples;
 }
 

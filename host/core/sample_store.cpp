@@ -7,6 +7,7 @@
 #include <limits>
 #include <memory>
 
+#include "host/core/archive_errors.h"
 #include "host/core/database.h"
 #include "host/core/journal.h"
 #include "host/core/query_translator.h"
@@ -91,12 +92,6 @@ void ForEachMatch(Database& database, const TranslatedQuery& filter,
     }
     if (page.size() < static_cast<size_t>(kPageRows)) return;
   }
-}
-
-[[noreturn]] void RaiseArchiveException(const std::string& message) {
-  rvx::ActionErrorRecord record;
-  record.message = message;
-  throw new rvx::ArchiveException(record);
 }
 
 // The figures that a person would have to write down if all else fails.
@@ -218,14 +213,12 @@ int SampleStore::StoreWaiting(const std::vector<SpooledSample>& samples) {
 }
 
 int64_t SampleStore::Count() {
-  try {
+  return WithDatabaseErrors("The samples could not be read", [&] {
     platform::PlainGuard guard(database_.lock());
     Query query(database_.Prepared("SELECT COUNT(*) FROM SAMPLES"));
     query->executeStep();
     return query->getColumn(0).getInt64();
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The samples could not be read", error);
-  }
+  });
 }
 
 std::vector<StoredSample> SampleStore::Last(int64_t n) {
@@ -237,35 +230,29 @@ std::vector<StoredSample> SampleStore::Last(int64_t n) {
     });
     return samples;
   }
-  try {
+  WithDatabaseErrors("The samples could not be read", [&] {
     platform::PlainGuard guard(database_.lock());
     Query query(database_.Prepared(NewestSamplesText()));
     query->bind(1, n);
     while (query->executeStep()) samples.push_back(ReadSampleRow(*query, database_.file()));
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The samples could not be read", error);
-  }
+  });
   std::reverse(samples.begin(), samples.end());
   return samples;
 }
 
 bool SampleStore::IsSimulated(const platform::Guid& id) {
-  try {
+  return WithDatabaseErrors("The samples could not be read", [&] {
     platform::PlainGuard guard(database_.lock());
     Query query(database_.Prepared("SELECT \"Simulated\" FROM SAMPLES WHERE \"ID\" = ?"));
     query->bind(1, platform::FormatGuid(id));
     return query->executeStep() && query->getColumn(0).getInt() != 0;
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The samples could not be read", error);
-  }
+  });
 }
 
 void SampleStore::ForEach(const std::function<bool(const StoredSample&)>& visit) {
-  try {
+  WithDatabaseErrors("The samples could not be read", [&] {
     ForEachMatch(database_, {"1", {}}, visit);
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The samples could not be read", error);
-  }
+  });
 }
 
 void SampleStore::QuerySamples(rvx::ArrayOfSamples& out, rvx::SampleArchiveFilter* filter) {
@@ -279,16 +266,12 @@ void SampleStore::QuerySamples(rvx::ArrayOfSamples& out, rvx::SampleArchiveFilte
                     problem));
   }
   rvx::ArrayOfSamples found;
-  try {
+  WithArchiveErrors("The samples could not be searched", [&] {
     ForEachMatch(database_, query, [&](const StoredSample& sample) {
       if (filter == nullptr || filter->AcceptSample(sample)) found.push_back(sample);
       return true;
     });
-  } catch (const SQLite::Exception& error) {
-    RaiseArchiveException(MakeDatabaseError("The samples could not be searched", error).what());
-  } catch (const HostError& error) {
-    RaiseArchiveException(error.what());
-  }
+  });
   out = std::move(found);
 }
 

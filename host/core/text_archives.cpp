@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "host/core/archive_errors.h"
 #include "host/core/audit_write.h"
 #include "host/core/database.h"
 #include "host/core/users.h"
@@ -12,12 +13,6 @@
 
 namespace torvell {
 namespace {
-
-[[noreturn]] void RaiseArchiveException(const std::string& message) {
-  rvx::ActionErrorRecord record;
-  record.message = message;
-  throw new rvx::ArchiveException(record);
-}
 
 std::optional<std::string> ReadSettings(Database& database, const std::string& key)
     REQUIRES(database.lock()) {
@@ -39,12 +34,10 @@ std::string ReadAnalysis(Database& database, const std::string& name, const std:
 }  // namespace
 
 std::optional<std::string> InstrumentStore::Read(const std::string& key) {
-  try {
+  return WithDatabaseErrors("The instrument's settings could not be read", [&] {
     platform::PlainGuard guard(database_.lock());
     return ReadSettings(database_, key);
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The instrument's settings could not be read", error);
-  }
+  });
 }
 
 void InstrumentStore::LoadInstrument(const std::string& key, rvx::ViscometerInstrument* instrument,
@@ -88,7 +81,7 @@ void InstrumentStore::StoreInstrument(const std::string& key,
         key));
   }
   if (stored_[key] > ticket) return;
-  try {
+  WithArchiveErrors("The instrument's settings could not be stored", [&] {
     platform::PlainGuard databaseGuard(database_.lock());
     Transaction transaction(database_);
     const std::optional<std::string> before = ReadSettings(database_, key);
@@ -103,29 +96,24 @@ void InstrumentStore::StoreInstrument(const std::string& key,
                         : std::vector<AuditChange>{{object, "", "stored for the first time"}});
       transaction.Commit();
     }
-    // Only now: one that failed must not keep an earlier one from being stored.
-    stored_[key] = ticket;
-  } catch (const SQLite::Exception& error) {
-    RaiseArchiveException(
-        MakeDatabaseError("The instrument's settings could not be stored", error).what());
-  }
+  });
+  // Only now: one that failed must not keep an earlier one from being stored.
+  stored_[key] = ticket;
 }
 
 void AnalysisStore::ReadAnalysisText(const std::string& name, const std::string& section,
                                      std::string& text) {
-  try {
+  WithArchiveErrors(fmt::format("\"{}\" could not be read", section), [&] {
     platform::PlainGuard guard(database_.lock());
     text = ReadAnalysis(database_, name, section);
-  } catch (const SQLite::Exception& error) {
-    RaiseArchiveException(
-        MakeDatabaseError(fmt::format("\"{}\" could not be read", section), error).what());
-  }
+  });
 }
 
 void AnalysisStore::WriteAnalysisText(const std::string& name, const std::string& section,
                                       const std::string& text) {
+  AsArchiveErrors([&] { users_.Require(kLevelOperator, fmt::format("change \"{}\"", section)); });
   const Actor actor = users_.ActingAs();
-  try {
+  WithArchiveErrors(fmt::format("\"{}\" could not be stored", section), [&] {
     platform::PlainGuard guard(database_.lock());
     Transaction transaction(database_);
     const std::string before = ReadAnalysis(database_, name, section);
@@ -137,10 +125,7 @@ void AnalysisStore::WriteAnalysisText(const std::string& name, const std::string
     query->exec();
     WriteAudit(database_, actor, CompareRowTexts(section, before, text));
     transaction.Commit();
-  } catch (const SQLite::Exception& error) {
-    RaiseArchiveException(
-        MakeDatabaseError(fmt::format("\"{}\" could not be stored", section), error).what());
-  }
+  });
 }
 
 void FileFolder::GetDefaultName(std::string& text) {

@@ -39,8 +39,8 @@ class InstrumentStore : public rvx::InstrumentArchive {
   std::set<std::string> unreadable_ GUARDED_BY(lock_);
 };
 
-// Analysis texts by name and section. No level is asked for here: an operator may correct the
-// viscosity of a standard. A program that changes whole lists calls Users::Require first.
+// Analysis texts by name and section. A change needs level 10: an operator may correct the
+// viscosity of a standard. A program that replaces whole lists asks for level 50 itself.
 class AnalysisStore : public rvx::AnalysisArchive {
  public:
   AnalysisStore(Database& database, Users& users) : database_(database), users_(users) {}

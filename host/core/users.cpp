@@ -63,7 +63,7 @@ void Users::SetActingUser(const std::string& name) {
 }
 
 void Users::RefreshActingLevel() {
-  try {
+  WithDatabaseErrors("The list of users could not be read", [&] {
     platform::PlainGuard guard(lock_);
     platform::PlainGuard databaseGuard(database_.lock());
     if (CountUsers(database_, 0) == 0) {
@@ -73,9 +73,7 @@ void Users::RefreshActingLevel() {
     }
     shownName_ = acting_;
     level_ = acting_.empty() ? kLevelNobody : std::max(LevelOf(database_, acting_), kLevelNobody);
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The list of users could not be read", error);
-  }
+  });
 }
 
 std::string Users::ActingUser() { return ActingAs().user; }
@@ -98,25 +96,21 @@ void Users::Require(int32_t level, const std::string& what) {
 }
 
 bool Users::IsEmpty() {
-  try {
+  return WithDatabaseErrors("The list of users could not be read", [&] {
     platform::PlainGuard guard(database_.lock());
     return CountUsers(database_, 0) == 0;
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The list of users could not be read", error);
-  }
+  });
 }
 
 bool Users::Exists(const std::string& name) {
-  try {
+  return WithDatabaseErrors("The list of users could not be read", [&] {
     platform::PlainGuard guard(database_.lock());
     return LevelOf(database_, name) >= 0;
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The list of users could not be read", error);
-  }
+  });
 }
 
 std::vector<User> Users::List() {
-  try {
+  return WithDatabaseErrors("The list of users could not be read", [&] {
     std::vector<User> users;
     platform::PlainGuard guard(database_.lock());
     Query query(database_.Prepared("SELECT \"Name\", \"Level\" FROM USERS ORDER BY \"Name\""));
@@ -124,9 +118,7 @@ std::vector<User> Users::List() {
       users.push_back({query->getColumn(0).getString(), query->getColumn(1).getInt()});
     }
     return users;
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The list of users could not be read", error);
-  }
+  });
 }
 
 void Users::Add(const std::string& name, int32_t level, const std::string& password) {
@@ -141,7 +133,7 @@ void Users::Add(const std::string& name, int32_t level, const std::string& passw
   CheckPassword(password);
   const std::string hash = HashPassword(password);
   const Actor actor = ActingAs();
-  try {
+  WithDatabaseErrors("The user could not be added", [&] {
     platform::PlainGuard guard(database_.lock());
     Transaction transaction(database_);
     if (LevelOf(database_, name) >= 0) {
@@ -160,9 +152,7 @@ void Users::Add(const std::string& name, int32_t level, const std::string& passw
     query->exec();
     WriteAudit(database_, actor, {{"user " + name, "", fmt::format("level {}", level)}});
     transaction.Commit();
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The user could not be added", error);
-  }
+  });
   RefreshActingLevel();
 }
 
@@ -174,7 +164,7 @@ void Users::SetPassword(const std::string& name, const std::string& password) {
   }
   CheckPassword(password);
   const std::string hash = HashPassword(password);
-  try {
+  WithDatabaseErrors("The password could not be stored", [&] {
     platform::PlainGuard guard(database_.lock());
     Transaction transaction(database_);
     Query query(database_.Prepared("UPDATE USERS SET \"Hash\" = ? WHERE \"Name\" = ?"));
@@ -183,15 +173,13 @@ void Users::SetPassword(const std::string& name, const std::string& password) {
     if (query->exec() == 0) throw UnknownUser(name);
     WriteAudit(database_, actor, {{"user " + name, "password", "new password"}});
     transaction.Commit();
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The password could not be stored", error);
-  }
+  });
 }
 
 void Users::Remove(const std::string& name) {
   Require(kLevelService, "remove a user");
   const Actor actor = ActingAs();
-  try {
+  WithDatabaseErrors("The user could not be removed", [&] {
     platform::PlainGuard guard(database_.lock());
     Transaction transaction(database_);
     const int32_t level = LevelOf(database_, name);
@@ -209,22 +197,18 @@ void Users::Remove(const std::string& name) {
     query->exec();
     WriteAudit(database_, actor, {{"user " + name, fmt::format("level {}", level), ""}});
     transaction.Commit();
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The user could not be removed", error);
-  }
+  });
   RefreshActingLevel();
 }
 
 bool Users::Authenticate(const std::string& name, const std::string& password) {
   std::string hash;
-  try {
+  WithDatabaseErrors("The list of users could not be read", [&] {
     platform::PlainGuard guard(database_.lock());
     Query query(database_.Prepared("SELECT \"Hash\" FROM USERS WHERE \"Name\" = ?"));
     query->bind(1, name);
     if (query->executeStep()) hash = query->getColumn(0).getString();
-  } catch (const SQLite::Exception& error) {
-    throw MakeDatabaseError("The list of users could not be read", error);
-  }
+  });
   const bool known = !hash.empty();
   // A wrong name takes as long as a wrong password.
   const bool fits = FitsPassword(known ? hash : NobodysHash(), password);
