@@ -1,12 +1,11 @@
 // samples, messages: what has been measured and what went wrong. Works without an instrument.
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-
 #include "host/cli/arguments.h"
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
 #include "host/cli/json_records.h"
+#include "host/cli/registration.h"
 #include "host/cli/sample_table.h"
 #include "host/cli/session.h"
 #include "host/tray/number_text.h"
@@ -91,23 +90,20 @@ int Messages(Session& session, int64_t last) {
 
 void AddArchiveCommands(CLI::App& app, Invocation& invocation) {
   const auto arguments = std::make_shared<SamplesArguments>();
-  CLI::App* samples = app.add_subcommand("samples", "the stored samples");
-  samples->add_option("--last", arguments->last, "only the latest N")
+  CLI::App& samples =
+      AddCommand(app, invocation, "samples", "the stored samples", Samples, arguments);
+  samples.add_option("--last", arguments->last, "only the latest N")
       ->type_name("N")
       ->check(WholeNumber(1));
-  samples->add_option("--csv", arguments->csvFile, "write every column to this file")
+  samples.add_option("--csv", arguments->csvFile, "write every column to this file")
       ->type_name("FILE");
-  samples->callback([&invocation, arguments] {
-    invocation.command = [arguments](Session& session) { return Samples(session, *arguments); };
-  });
 
   const auto last = std::make_shared<int64_t>(0);
-  CLI::App* messages =
-      app.add_subcommand("messages", "the failures and notices that were reported");
-  messages->add_option("--last", *last, "only the latest N")->type_name("N")->check(WholeNumber(1));
-  messages->callback([&invocation, last] {
-    invocation.command = [last](Session& session) { return Messages(session, *last); };
-  });
+  AddCommand(app, invocation, "messages", "the failures and notices that were reported", Messages,
+             last)
+      .add_option("--last", *last, "only the latest N")
+      ->type_name("N")
+      ->check(WholeNumber(1));
 }
 
 }  // namespace torvell

@@ -1,7 +1,6 @@
 // calibrate: fits the cell's constants to stored runs of oils of known viscosity.
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <map>
 #include <set>
@@ -10,6 +9,7 @@
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
 #include "host/cli/json_records.h"
+#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 #include "host/core/audit.h"
@@ -310,9 +310,10 @@ int Calibrate(Session& session, const CalibrateArguments& arguments) {
 
 void AddCalibrateCommand(CLI::App& app, Invocation& invocation) {
   const auto arguments = std::make_shared<CalibrateArguments>();
-  CLI::App* calibrate = app.add_subcommand(
-      "calibrate", "fit the cell's constants to stored runs of oils of known viscosity");
-  CLI::Option_group* which = calibrate->add_option_group("which runs");
+  CLI::App& calibrate = AddCommand(
+      app, invocation, "calibrate",
+      "fit the cell's constants to stored runs of oils of known viscosity", Calibrate, arguments);
+  CLI::Option_group* which = calibrate.add_option_group("which runs");
   which->add_option("--temperature", arguments->temperature, "those of this temperature")
       ->type_name("DEGC")
       ->check(DecimalNumber());
@@ -320,20 +321,17 @@ void AddCalibrateCommand(CLI::App& app, Invocation& invocation) {
                   "those of all temperatures, for all of them (level 100)");
   which->require_option(1);
   calibrate
-      ->add_option(
+      .add_option(
           "--hours", arguments->hours,
           fmt::format("no older than this, {} to {}; {} by default", rvx::kFewestCalibrationHours,
                       rvx::kMostCalibrationHours, rvx::kUsualCalibrationHours))
       ->type_name("N")
       ->check(WholeNumber(rvx::kFewestCalibrationHours, rvx::kMostCalibrationHours));
   calibrate
-      ->add_option("--exclude", arguments->excluded,
-                   "leave out runs: their ids, the first characters of them, or sample ids")
+      .add_option("--exclude", arguments->excluded,
+                  "leave out runs: their ids, the first characters of them, or sample ids")
       ->type_name("ID");
-  calibrate->add_flag("--save", arguments->save, "put the constants into force (level 10)");
-  calibrate->callback([&invocation, arguments] {
-    invocation.command = [arguments](Session& session) { return Calibrate(session, *arguments); };
-  });
+  calibrate.add_flag("--save", arguments->save, "put the constants into force (level 10)");
 }
 
 }  // namespace torvell

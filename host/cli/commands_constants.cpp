@@ -1,10 +1,9 @@
 // constants: the cell constants of each calibration temperature.
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-
 #include "host/cli/arguments.h"
 #include "host/cli/commands.h"
+#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 #include "host/core/users.h"
@@ -64,23 +63,20 @@ int SetConstants(Session& session, const ConstantsValues& values) {
 }  // namespace
 
 void AddConstantsCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App* constants = app.add_subcommand("constants", "the cell constants");
-  constants->require_subcommand(1);
-  CLI::App* show = constants->add_subcommand("show", "list them with their dates");
-  show->callback([&invocation] { invocation.command = ShowConstants; });
+  CLI::App& constants = AddCommandGroup(app, "constants", "the cell constants");
+  AddCommand(constants, invocation, "show", "list them with their dates", ShowConstants);
 
-  CLI::App* set = constants->add_subcommand(
-      "set", "set the constants of one calibration temperature (level 50); 0 0 0 empties it");
   const auto values = std::make_shared<ConstantsValues>();
-  set->add_option("TEMPERATURE", values->temperature, "degrees C")
+  CLI::App& set =
+      AddCommand(constants, invocation, "set",
+                 "set the constants of one calibration temperature (level 50); 0 0 0 empties it",
+                 SetConstants, values);
+  set.add_option("TEMPERATURE", values->temperature, "degrees C")
       ->required()
       ->check(DecimalNumber());
-  set->add_option("B0", values->b0)->required()->check(DecimalNumber());
-  set->add_option("B1", values->b1)->required()->check(DecimalNumber());
-  set->add_option("B2", values->b2)->required()->check(DecimalNumber());
-  set->callback([&invocation, values] {
-    invocation.command = [values](Session& session) { return SetConstants(session, *values); };
-  });
+  set.add_option("B0", values->b0)->required()->check(DecimalNumber());
+  set.add_option("B1", values->b1)->required()->check(DecimalNumber());
+  set.add_option("B2", values->b2)->required()->check(DecimalNumber());
 }
 
 }  // namespace torvell

@@ -1,9 +1,8 @@
 // ports: which device stands behind each port name. Works without an instrument.
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-
 #include "host/cli/commands.h"
+#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 
@@ -44,27 +43,21 @@ int ClearPort(Session& session, const PortArguments& arguments) {
 }  // namespace
 
 void AddPortCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App* ports = app.add_subcommand("ports", "the serial devices behind COM1 to COM4");
-  ports->require_subcommand(1);
-  CLI::App* list = ports->add_subcommand("list", "list them");
-  list->callback([&invocation] { invocation.command = ListPorts; });
+  CLI::App& ports = AddCommandGroup(app, "ports", "the serial devices behind COM1 to COM4");
+  AddCommand(ports, invocation, "list", "list them", ListPorts);
 
   const auto arguments = std::make_shared<PortArguments>();
-  CLI::App* set = ports->add_subcommand("set", "put a device behind a port (level 50)");
-  set->add_option("PORT", arguments->name, "COM1 to COM4")->required();
-  set->add_option("DEVICE", arguments->device,
-                  "as /dev/ttyUSB0 or, staying the same, below /dev/serial/by-id")
+  CLI::App& set = AddCommand(ports, invocation, "set", "put a device behind a port (level 50)",
+                             SetPort, arguments);
+  set.add_option("PORT", arguments->name, "COM1 to COM4")->required();
+  set.add_option("DEVICE", arguments->device,
+                 "as /dev/ttyUSB0 or, staying the same, below /dev/serial/by-id")
       ->required();
-  set->add_option("--settings", arguments->settings, "rate, as 9600")->type_name("TEXT");
-  set->callback([&invocation, arguments] {
-    invocation.command = [arguments](Session& session) { return SetPort(session, *arguments); };
-  });
+  set.add_option("--settings", arguments->settings, "rate, as 9600")->type_name("TEXT");
 
-  CLI::App* clear = ports->add_subcommand("clear", "take the device away (level 50)");
-  clear->add_option("PORT", arguments->name, "COM1 to COM4")->required();
-  clear->callback([&invocation, arguments] {
-    invocation.command = [arguments](Session& session) { return ClearPort(session, *arguments); };
-  });
+  AddCommand(ports, invocation, "clear", "take the device away (level 50)", ClearPort, arguments)
+      .add_option("PORT", arguments->name, "COM1 to COM4")
+      ->required();
 }
 
 }  // namespace torvell

@@ -1,12 +1,12 @@
 // discover, status, monitor: what is there and what it reads.
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <limits>
 
 #include "host/cli/arguments.h"
 #include "host/cli/commands.h"
 #include "host/cli/json_records.h"
+#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 #include "host/tray/number_text.h"
@@ -114,20 +114,14 @@ int Monitor(Session& session, int64_t most) {
 }  // namespace
 
 void AddReadingCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App* discover = app.add_subcommand("discover", "look for instruments and list them");
-  discover->callback([&invocation] { invocation.command = Discover; });
+  AddCommand(app, invocation, "discover", "look for instruments and list them", Discover);
+  AddCommand(app, invocation, "status", "the present readings", Status);
 
-  CLI::App* status = app.add_subcommand("status", "the present readings");
-  status->callback([&invocation] { invocation.command = Status; });
-
-  CLI::App* monitor = app.add_subcommand("monitor", "the readings, a line for each new count");
   const auto most = std::make_shared<int64_t>(std::numeric_limits<int64_t>::max());
-  monitor->add_option("--count", *most, "end after this many lines")
+  AddCommand(app, invocation, "monitor", "the readings, a line for each new count", Monitor, most)
+      .add_option("--count", *most, "end after this many lines")
       ->type_name("N")
       ->check(WholeNumber(1));
-  monitor->callback([&invocation, most] {
-    invocation.command = [most](Session& session) { return Monitor(session, *most); };
-  });
 }
 
 }  // namespace torvell

@@ -2,11 +2,11 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
-#include <CLI/CLI.hpp>
 #include <set>
 
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
+#include "host/cli/registration.h"
 #include "host/cli/run_controller.h"
 #include "host/core/users.h"
 #include "host/tray/preparation.h"
@@ -125,16 +125,14 @@ int Run(Session& session, const RunArguments& arguments) {
 }  // namespace
 
 void AddRunCommand(CLI::App& app, Invocation& invocation) {
-  CLI::App* run = app.add_subcommand("run", "run a tray and wait for its end (level 10)");
   const auto arguments = std::make_shared<RunArguments>();
-  run->add_option("FILE", arguments->files,
-                  "a tray file to load first, else the tray as it stands; with several instruments "
-                  "COM1=FILE COM2=FILE");
-  run->add_flag("--prepare", arguments->prepare,
-                "first set the home flag and cool the cell; simulated instrument only");
-  run->callback([&invocation, arguments] {
-    invocation.command = [arguments](Session& session) { return Run(session, *arguments); };
-  });
+  CLI::App& run = AddCommand(app, invocation, "run", "run a tray and wait for its end (level 10)",
+                             Run, arguments);
+  run.add_option("FILE", arguments->files,
+                 "a tray file to load first, else the tray as it stands; with several instruments "
+                 "COM1=FILE COM2=FILE");
+  run.add_flag("--prepare", arguments->prepare,
+               "first set the home flag and cool the cell; simulated instrument only");
 }
 
 }  // namespace torvell

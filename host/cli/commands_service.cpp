@@ -6,6 +6,7 @@
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
 #include "host/cli/json_records.h"
+#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/core/users.h"
 #include "platform/text.h"
@@ -68,8 +69,16 @@ int Precondition(Session& session) {
   return RunServiceAction(session, kPreconditionActionIndex, "0,0", "precondition");
 }
 
-int Switch(Session& session, rvx::ServiceSwitch which, bool on) {
-  ThrowIfRefused(Prepare(session, "switch").scripting->SetSwitch(which, on));
+// As the parser gives it: the numbers of a switch and of a state.
+struct SwitchArguments {
+  int which = 0;
+  int on = 0;
+};
+
+int Switch(Session& session, const SwitchArguments& arguments) {
+  ThrowIfRefused(Prepare(session, "switch")
+                     .scripting->SetSwitch(static_cast<rvx::ServiceSwitch>(arguments.which),
+                                           arguments.on != 0));
   return Done(session, "switch");
 }
 
@@ -87,8 +96,15 @@ int AbortOperation(Session& session) {
   return Done(session, "abort");
 }
 
-int Jog(Session& session, rvx::ServiceAxis axis, int32_t target) {
-  ThrowIfRefused(Prepare(session, "move a stepper").scripting->JogAxis(axis, target));
+struct JogArguments {
+  int axis = 0;
+  int32_t target = 0;
+};
+
+int Jog(Session& session, const JogArguments& arguments) {
+  ThrowIfRefused(
+      Prepare(session, "move a stepper")
+          .scripting->JogAxis(static_cast<rvx::ServiceAxis>(arguments.axis), arguments.target));
   return Done(session, "jog");
 }
 
@@ -101,80 +117,59 @@ std::map<std::string, int> Numbered(const std::map<std::string, Choice>& choices
 
 void AddSwitch(CLI::App& service, Invocation& invocation) {
   using rvx::ServiceSwitch;
-  CLI::App* command = service.add_subcommand("switch", "one of the instrument's switches");
-  const auto which = std::make_shared<int>(0);
-  const auto on = std::make_shared<int>(0);
-  command->add_option("WHICH", *which, "injection, motor, cooling or auto")
+  const auto arguments = std::make_shared<SwitchArguments>();
+  CLI::App& command = AddCommand(service, invocation, "switch", "one of the instrument's switches",
+                                 Switch, arguments);
+  command.add_option("WHICH", arguments->which, "injection, motor, cooling or auto")
       ->required()
       ->transform(OneOf(Numbered<ServiceSwitch>({{"injection", ServiceSwitch::Injection},
                                                  {"motor", ServiceSwitch::Motor},
                                                  {"cooling", ServiceSwitch::Cooling},
                                                  {"auto", ServiceSwitch::AutoReport}})));
-  command->add_option("STATE", *on, "on or off")
+  command.add_option("STATE", arguments->on, "on or off")
       ->required()
       ->transform(OneOf({{"on", 1}, {"off", 0}}));
-  command->callback([&invocation, which, on] {
-    invocation.command = [which, on](Session& session) {
-      return Switch(session, static_cast<ServiceSwitch>(*which), *on != 0);
-    };
-  });
 }
 
 void AddJog(CLI::App& service, Invocation& invocation) {
   using rvx::ServiceAxis;
-  CLI::App* command = service.add_subcommand("jog", "move one stepper to a target in steps");
-  const auto axis = std::make_shared<int>(0);
-  const auto target = std::make_shared<int32_t>(0);
-  command->add_option("AXIS", *axis, "tube, table or trolley")
+  const auto arguments = std::make_shared<JogArguments>();
+  CLI::App& command = AddCommand(service, invocation, "jog",
+                                 "move one stepper to a target in steps", Jog, arguments);
+  command.add_option("AXIS", arguments->axis, "tube, table or trolley")
       ->required()
       ->transform(OneOf(Numbered<ServiceAxis>({{"tube", ServiceAxis::Tube},
                                                {"table", ServiceAxis::Table},
                                                {"trolley", ServiceAxis::Trolley}})));
-  command->add_option("TARGET", *target, "tube 0 to 942, table 0 to 615, trolley 0 to 1620")
+  command
+      .add_option("TARGET", arguments->target, "tube 0 to 942, table 0 to 615, trolley 0 to 1620")
       ->required()
       ->check(WholeNumber(0, kMostSteps));
-  command->callback([&invocation, axis, target] {
-    invocation.command = [axis, target](Session& session) {
-      return Jog(session, static_cast<ServiceAxis>(*axis), *target);
-    };
-  });
 }
 
 }  // namespace
 
 void AddServiceCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App* service = app.add_subcommand("service", "manual commands (level 10)");
-  service->require_subcommand(1);
-  const auto add = [&](const char* name, const char* description, int (*command)(Session&)) {
-    service->add_subcommand(name, description)->callback([&invocation, command] {
-      invocation.command = command;
-    });
-  };
-  add("home", "take the present stepper positions as home", Home);
-  add("precondition", "run the rotor for the precondition time", Precondition);
-  add("selftest", "ask for the self test's result", SelfTest);
-  add("abort", "end the present operation", AbortOperation);
+  CLI::App& service = AddCommandGroup(app, "service", "manual commands (level 10)");
+  AddCommand(service, invocation, "home", "take the present stepper positions as home", Home);
+  AddCommand(service, invocation, "precondition", "run the rotor for the precondition time",
+             Precondition);
+  AddCommand(service, invocation, "selftest", "ask for the self test's result", SelfTest);
+  AddCommand(service, invocation, "abort", "end the present operation", AbortOperation);
 
   const auto temperature = std::make_shared<std::string>();
-  CLI::App* setTemperature =
-      service->add_subcommand("temperature", "set the cell's target temperature, or off");
-  setTemperature->add_option("CELSIUS", *temperature, "degrees C, or off")->required();
-  setTemperature->callback([&invocation, temperature] {
-    invocation.command = [temperature](Session& session) {
-      return Temperature(session, *temperature);
-    };
-  });
+  AddCommand(service, invocation, "temperature", "set the cell's target temperature, or off",
+             Temperature, temperature)
+      .add_option("CELSIUS", *temperature, "degrees C, or off")
+      ->required();
 
   const auto position = std::make_shared<int>(0);
-  CLI::App* move = service->add_subcommand("move", "move to a tray position");
-  move->add_option("POSITION", *position, "from 1")
+  AddCommand(service, invocation, "move", "move to a tray position", Move, position)
+      .add_option("POSITION", *position, "from 1")
       ->required()
       ->check(WholeNumber(1, kMostPosition));
-  move->callback([&invocation, position] {
-    invocation.command = [position](Session& session) { return Move(session, *position); };
-  });
-  AddSwitch(*service, invocation);
-  AddJog(*service, invocation);
+  AddSwitch(service, invocation);
+  AddJog(service, invocation);
 }
 
 }  // namespace torvell

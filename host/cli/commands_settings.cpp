@@ -1,10 +1,9 @@
 // settings: what a person may set on an instrument, by key, and its whole settings text.
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
+#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 #include "host/core/users.h"
@@ -66,31 +65,23 @@ int ImportSettings(Session& session, const std::string& path) {
 }  // namespace
 
 void AddSettingsCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App* settings = app.add_subcommand("settings", "the instrument's settings");
-  settings->require_subcommand(1);
-  CLI::App* show = settings->add_subcommand("show", "list them with what each accepts");
-  show->callback([&invocation] { invocation.command = ShowSettings; });
+  CLI::App& settings = AddCommandGroup(app, "settings", "the instrument's settings");
+  AddCommand(settings, invocation, "show", "list them with what each accepts", ShowSettings);
 
-  CLI::App* set = settings->add_subcommand(
-      "set", "change settings, all or none (level 50; the temperature offset 100)");
   const auto assignments = std::make_shared<std::vector<std::string>>();
-  set->add_option("KEY=VALUE", *assignments, "as injection-time=200")->required();
-  set->callback([&invocation, assignments] {
-    invocation.command = [assignments](Session& session) {
-      return SetSettings(session, *assignments);
-    };
-  });
-
-  CLI::App* exported = settings->add_subcommand("export", "print the whole settings text");
-  exported->callback([&invocation] { invocation.command = ExportSettings; });
-
-  CLI::App* imported = settings->add_subcommand("import", "take a settings text over (level 50)");
-  const auto path = std::make_shared<std::string>();
-  imported->add_option("FILE", *path, "what settings export has printed; - for standard input")
+  AddCommand(settings, invocation, "set",
+             "change settings, all or none (level 50; the temperature offset 100)", SetSettings,
+             assignments)
+      .add_option("KEY=VALUE", *assignments, "as injection-time=200")
       ->required();
-  imported->callback([&invocation, path] {
-    invocation.command = [path](Session& session) { return ImportSettings(session, *path); };
-  });
+
+  AddCommand(settings, invocation, "export", "print the whole settings text", ExportSettings);
+
+  const auto path = std::make_shared<std::string>();
+  AddCommand(settings, invocation, "import", "take a settings text over (level 50)", ImportSettings,
+             path)
+      .add_option("FILE", *path, "what settings export has printed; - for standard input")
+      ->required();
 }
 
 }  // namespace torvell

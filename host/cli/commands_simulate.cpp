@@ -1,13 +1,12 @@
 // simulate: the oils that the simulated instrument finds in its tray. Works without an instrument.
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-
 #include "boundary/host.h"
 #include "boundary/simulated_oils_text.h"
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
 #include "host/cli/oils_file.h"
+#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/standards_access.h"
 #include "host/cli/table.h"
@@ -73,25 +72,20 @@ int TakeOils(Session& session, const std::string& path) {
 }  // namespace
 
 void AddSimulateCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App* simulate =
-      app.add_subcommand("simulate", "what the simulated instrument finds in its tray");
-  simulate->require_subcommand(1);
-  CLI::App* show = simulate->add_subcommand("show", "list the oils");
-  show->callback([&invocation] { invocation.command = ShowOils; });
+  CLI::App& simulate =
+      AddCommandGroup(app, "simulate", "what the simulated instrument finds in its tray");
+  AddCommand(simulate, invocation, "show", "list the oils", ShowOils);
 
-  CLI::App* oils = simulate->add_subcommand(
-      "oils", "put oils of true viscosities into its tray, in place of those before (level 50)");
   const auto path = std::make_shared<std::string>();
-  oils->add_option("FILE", *path, "CSV: position,temperature,true viscosity")->required();
-  oils->callback([&invocation, path] {
-    invocation.command = [path](Session& session) { return TakeOils(session, *path); };
-  });
+  AddCommand(simulate, invocation, "oils",
+             "put oils of true viscosities into its tray, in place of those before (level 50)",
+             TakeOils, path)
+      .add_option("FILE", *path, "CSV: position,temperature,true viscosity")
+      ->required();
 
-  CLI::App* off = simulate->add_subcommand(
-      "off", "take them away: the rotor turns at 240 rpm in everything again (level 50)");
-  off->callback([&invocation] {
-    invocation.command = [](Session& session) { return StoreOils(session, {}); };
-  });
+  AddCommand(simulate, invocation, "off",
+             "take them away: the rotor turns at 240 rpm in everything again (level 50)",
+             [](Session& session) { return StoreOils(session, {}); });
 }
 
 }  // namespace torvell

@@ -1,13 +1,12 @@
 // standards: the laboratory's calibration standards. The list works without an instrument.
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-
 #include "boundary/host.h"
 #include "boundary/standards_text.h"
 #include "host/cli/arguments.h"
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
+#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/standards_access.h"
 #include "host/cli/table.h"
@@ -159,49 +158,39 @@ int MakeTray(Session& session, const rvx::CalibrationTrayRequest& request) {
 
 void AddConformityCommands(CLI::App& standards, Invocation& invocation) {
   const auto temperature = std::make_shared<std::optional<double>>();
-  CLI::App* conform = standards.add_subcommand(
-      "conform", "at which temperatures they make up a set that conforms to ASTM D5293");
-  conform->add_option("--temperature", *temperature, "this one only")
+  AddCommand(standards, invocation, "conform",
+             "at which temperatures they make up a set that conforms to ASTM D5293", ShowConformity,
+             temperature)
+      .add_option("--temperature", *temperature, "this one only")
       ->type_name("DEGC")
       ->check(DecimalNumber());
-  conform->callback([&invocation, temperature] {
-    invocation.command = [temperature](Session& session) {
-      return ShowConformity(session, *temperature);
-    };
-  });
 
   const auto request = std::make_shared<rvx::CalibrationTrayRequest>();
-  CLI::App* tray = standards.add_subcommand(
-      "tray", "fill the tray with the conforming standards of these temperatures (level 10)");
-  tray->add_option("--temperature", request->temperatures, "one or more of those that conform")
+  CLI::App& tray =
+      AddCommand(standards, invocation, "tray",
+                 "fill the tray with the conforming standards of these temperatures (level 10)",
+                 MakeTray, request);
+  tray.add_option("--temperature", request->temperatures, "one or more of those that conform")
       ->type_name("DEGC")
       ->required()
       ->check(DecimalNumber());
-  tray->add_option("--only", request->only, "use these standards alone")->type_name("NAME");
-  tray->callback([&invocation, request] {
-    invocation.command = [request](Session& session) { return MakeTray(session, *request); };
-  });
+  tray.add_option("--only", request->only, "use these standards alone")->type_name("NAME");
 }
 
 }  // namespace
 
 void AddStandardsCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App* standards = app.add_subcommand("standards", "the calibration standards");
-  standards->require_subcommand(1);
-  CLI::App* list = standards->add_subcommand("list", "list them");
-  list->callback([&invocation] { invocation.command = ListStandards; });
+  CLI::App& standards = AddCommandGroup(app, "standards", "the calibration standards");
+  AddCommand(standards, invocation, "list", "list them", ListStandards);
 
-  CLI::App* imported =
-      standards->add_subcommand("import", "replace the whole list by a file's (level 50)");
   const auto path = std::make_shared<std::string>();
-  imported->add_option("FILE", *path, "CSV: name,temperature,known viscosity,lot")->required();
-  imported->callback([&invocation, path] {
-    invocation.command = [path](Session& session) { return ImportStandards(session, *path); };
-  });
+  AddCommand(standards, invocation, "import", "replace the whole list by a file's (level 50)",
+             ImportStandards, path)
+      .add_option("FILE", *path, "CSV: name,temperature,known viscosity,lot")
+      ->required();
 
-  CLI::App* exported = standards->add_subcommand("export", "print them as such a file");
-  exported->callback([&invocation] { invocation.command = ExportStandards; });
-  AddConformityCommands(*standards, invocation);
+  AddCommand(standards, invocation, "export", "print them as such a file", ExportStandards);
+  AddConformityCommands(standards, invocation);
 }
 
 }  // namespace torvell

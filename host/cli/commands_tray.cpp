@@ -1,9 +1,8 @@
 // tray: what stands in the positions of an instrument's tray.
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-
 #include "host/cli/commands.h"
+#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 #include "host/core/users.h"
@@ -120,23 +119,15 @@ int ExportTray(Session& session) {
 }  // namespace
 
 void AddTrayCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App* tray = app.add_subcommand("tray", "the tray");
-  tray->require_subcommand(1);
-  const auto add = [&](const char* name, const char* description, int (*command)(Session&)) {
-    tray->add_subcommand(name, description)->callback([&invocation, command] {
-      invocation.command = command;
-    });
-  };
-  add("show", "list the filled positions", ShowTray);
-  add("clear", "empty all positions (level 10)", ClearTray);
-  add("export", "print the tray as a file that load takes", ExportTray);
+  CLI::App& tray = AddCommandGroup(app, "tray", "the tray");
+  AddCommand(tray, invocation, "show", "list the filled positions", ShowTray);
+  AddCommand(tray, invocation, "clear", "empty all positions (level 10)", ClearTray);
+  AddCommand(tray, invocation, "export", "print the tray as a file that load takes", ExportTray);
 
   const auto path = std::make_shared<std::string>();
-  CLI::App* load = tray->add_subcommand("load", "fill the tray from a file (level 10)");
-  load->add_option("FILE", *path, "CSV; - for standard input")->required();
-  load->callback([&invocation, path] {
-    invocation.command = [path](Session& session) { return LoadTray(session, *path); };
-  });
+  AddCommand(tray, invocation, "load", "fill the tray from a file (level 10)", LoadTray, path)
+      .add_option("FILE", *path, "CSV; - for standard input")
+      ->required();
 }
 
 }  // namespace torvell

@@ -1,10 +1,9 @@
 // users: who may do what. Works without an instrument.
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
+#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 #include "platform/text.h"
@@ -79,26 +78,18 @@ int RemoveUser(Session& session, const UserArguments& arguments) {
 }  // namespace
 
 void AddUserCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App* users = app.add_subcommand("users", "the users and their levels");
-  users->require_subcommand(1);
-  CLI::App* list = users->add_subcommand("list", "list them");
-  list->callback([&invocation] { invocation.command = ListUsers; });
+  CLI::App& users = AddCommandGroup(app, "users", "the users and their levels");
+  AddCommand(users, invocation, "list", "list them", ListUsers);
 
   const auto arguments = std::make_shared<UserArguments>();
   const auto add = [&](const char* name, const char* description,
-                       int (*command)(Session&, const UserArguments&)) {
-    CLI::App* subcommand = users->add_subcommand(name, description);
-    subcommand->add_option("NAME", arguments->name)->required();
-    subcommand->callback([&invocation, arguments, command] {
-      invocation.command = [arguments, command](Session& session) {
-        return command(session, *arguments);
-      };
-    });
-    return subcommand;
+                       int (*command)(Session&, const UserArguments&)) -> CLI::App& {
+    CLI::App& added = AddCommand(users, invocation, name, description, command, arguments);
+    added.add_option("NAME", arguments->name)->required();
+    return added;
   };
   add("add", "add a user (level 100)", AddUser)
-      ->add_option("LEVEL,--level", arguments->level,
-                   "operator (10), manager (50) or service (100)")
+      .add_option("LEVEL,--level", arguments->level, "operator (10), manager (50) or service (100)")
       ->required();
   add("passwd", "set a password (level 100, or one's own)", ChangePassword);
   add("remove", "remove a user (level 100)", RemoveUser);

@@ -14,6 +14,12 @@ namespace {
 
 constexpr int kFastestPace = 1000;
 constexpr int64_t kMostDescriptor = 65535;
+// In the order of the help.
+constexpr void (*kFamilies[])(CLI::App&, Invocation&) = {
+    AddReadingCommands,   AddPortCommands,     AddConstantsCommands, AddSettingsCommands,
+    AddStandardsCommands, AddTrayCommands,     AddRunCommand,        AddArchiveCommands,
+    AddServiceCommands,   AddCalibrateCommand, AddSimulateCommands,  AddUserCommands,
+    AddDesktopCommand};
 constexpr char kVersionText[] = "torvell 0.1.0";
 
 void AddGlobalOptions(CLI::App& app, GlobalOptions& options) {
@@ -81,19 +87,7 @@ std::optional<int> ParseCommandLine(int argc, char** argv, Invocation& invocatio
   app.require_subcommand(1);
   app.fallthrough();
   AddGlobalOptions(app, invocation.options);
-  AddReadingCommands(app, invocation);
-  AddPortCommands(app, invocation);
-  AddConstantsCommands(app, invocation);
-  AddSettingsCommands(app, invocation);
-  AddStandardsCommands(app, invocation);
-  AddTrayCommands(app, invocation);
-  AddRunCommand(app, invocation);
-  AddArchiveCommands(app, invocation);
-  AddServiceCommands(app, invocation);
-  AddCalibrateCommand(app, invocation);
-  AddSimulateCommands(app, invocation);
-  AddUserCommands(app, invocation);
-  AddDesktopCommand(app, invocation);
+  for (const auto add : kFamilies) add(app, invocation);
   app.footer(
       "Exit codes: 0 good, 1 the run ended with errors or without a sample that was due,\n"
       "2 bad use or bad input, 3 no instrument, 4 not allowed, 5 archive or data failure,\n"
