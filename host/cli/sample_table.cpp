@@ -1,28 +1,41 @@
 #include "host/cli/sample_table.h"
 
 #include "host/tray/number_text.h"
+#include "host/tray/sample_fields.h"
 
 namespace torvell {
+namespace {
 
-SampleTable::SampleTable()
-    : table_({{"time"},
-              {"instrument"},
-              {"position", Table::Align::Right},
-              {"sample id"},
-              {"temperature (degC)", Table::Align::Right},
-              {"average (degC)", Table::Align::Right},
-              {"speed (rpm/1000)", Table::Align::Right},
-              {"viscosity (mPa*s)", Table::Align::Right},
-              {"known (mPa*s)", Table::Align::Right},
-              {"operator"},
-              {"origin"}}) {}
+struct CellText {
+  std::string operator()(const platform::Date& date) const { return TimeText(date); }
+  std::string operator()(const std::string& text) const { return text; }
+  std::string operator()(int64_t number) const { return std::to_string(number); }
+  std::string operator()(const ShownNumber& number) const {
+    return number.isZeroNone ? OrMissing(number.value, number.decimals)
+                             : FixedNumber(number.value, number.decimals);
+  }
+  std::string operator()(const ShownOrigin& origin) const { return OriginText(origin.isSimulated); }
+};
+
+std::vector<Table::Column> MakeColumns() {
+  std::vector<Table::Column> columns;
+  for (const SampleField& field : SampleFields()) {
+    columns.push_back(
+        {field.plainHeading, field.isNumber ? Table::Align::Right : Table::Align::Left});
+  }
+  return columns;
+}
+
+}  // namespace
+
+SampleTable::SampleTable() : table_(MakeColumns()) {}
 
 void SampleTable::Add(const StoredSample& sample) {
-  table_.AddRow({TimeText(sample.timestamp), sample.instrument, std::to_string(sample.position),
-                 sample.sampleId, FixedNumber(TestTemperature(sample), 1),
-                 FixedNumber(sample.averageTemperature, 2), OrMissing(sample.speed, 5),
-                 ViscosityText(sample), OrMissing(sample.constants[4], 1), sample.operatorName,
-                 OriginText(sample.simulated)});
+  std::vector<std::string> cells;
+  for (const SampleField& field : SampleFields()) {
+    cells.push_back(std::visit(CellText(), field.value(sample)));
+  }
+  table_.AddRow(cells);
 }
 
 }  // namespace torvell

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <type_traits>
 
 #include "platform/text.h"
 
@@ -13,34 +14,72 @@ namespace {
 
 constexpr char kInvalidDate[] = "!";
 
-std::vector<SampleColumn> MakeColumns() {
-  using enum ColumnType;
-  std::vector<SampleColumn> columns = {{"ID", Guid},
-                                       {"Sample ID", Text},
-                                       {"Timestamp", Date},
-                                       {"Operator", Text},
-                                       {"Type", Text},
-                                       {"Instrument", Text},
-                                       {"Probe ID", Text},
-                                       {"Tray", Integer},
-                                       {"Position", Integer},
-                                       {"Kind", Integer},
-                                       {"Known Viscosity", Real},
-                                       {"Speed", Real},
-                                       {"Average Temperature", Real},
-                                       {"Reserved 1", Real},
-                                       {"Reserved 2", Real},
-                                       {"Viscosity", Real},
-                                       {"Valid", Integer}};
-  for (int i = 1; i <= rvx::kSampleConstants; ++i) {
-    columns.push_back({fmt::format("Constant {}", i), Real});
-  }
-  columns.push_back({"Second Date", Date});
-  columns.push_back({"ID Copy", Guid});
-  columns.push_back({"Serial Number", Text});
-  columns.push_back({"Last Text", Text});
-  return columns;
+// Where a column's value is: a member, or one of the constants by its index.
+using Member = std::variant<std::string rvx::Sample::*, platform::Date rvx::Sample::*,
+                            platform::Guid rvx::Sample::*, double rvx::Sample::*,
+                            uint16_t rvx::Sample::*, int32_t rvx::Sample::*, size_t>;
+
+struct Field {
+  std::string name;
+  Member member;
+};
+
+// Every column, in order.
+const std::vector<Field>& Fields() {
+  static const std::vector<Field> fields = [] {
+    using S = rvx::Sample;
+    std::vector<Field> all = {{"ID", &S::id},
+                              {"Sample ID", &S::sampleId},
+                              {"Timestamp", &S::timestamp},
+                              {"Operator", &S::operatorName},
+                              {"Type", &S::typeName},
+                              {"Instrument", &S::instrument},
+                              {"Probe ID", &S::probeId},
+                              {"Tray", &S::tray},
+                              {"Position", &S::position},
+                              {"Kind", &S::kind},
+                              {"Known Viscosity", &S::knownViscosity},
+                              {"Speed", &S::speed},
+                              {"Average Temperature", &S::averageTemperature},
+                              {"Reserved 1", &S::reserved1},
+                              {"Reserved 2", &S::reserved2},
+                              {"Viscosity", &S::viscosity},
+                              {"Valid", &S::valid}};
+    for (size_t i = 0; i < size_t{rvx::kSampleConstants}; ++i) {
+      all.push_back({fmt::format("Constant {}", i + 1), i});
+    }
+    all.push_back({"Second Date", &S::secondDate});
+    all.push_back({"ID Copy", &S::idCopy});
+    all.push_back({"Serial Number", &S::serialNumber});
+    all.push_back({"Last Text", &S::lastText});
+    return all;
+  }();
+  return fields;
 }
+
+// Calls `take` with the place of a value in a sample.
+template <class Sample, class Take>
+auto WithMember(const Member& member, Sample& sample, const Take& take) {
+  return std::visit(
+      [&](auto where) {
+        if constexpr (std::is_same_v<decltype(where), size_t>) {
+          return take(sample.constants[where]);
+        } else {
+          return take(sample.*where);
+        }
+      },
+      member);
+}
+
+struct TypeOf {
+  ColumnType operator()(std::string rvx::Sample::*) const { return ColumnType::Text; }
+  ColumnType operator()(platform::Date rvx::Sample::*) const { return ColumnType::Date; }
+  ColumnType operator()(platform::Guid rvx::Sample::*) const { return ColumnType::Guid; }
+  ColumnType operator()(double rvx::Sample::*) const { return ColumnType::Real; }
+  ColumnType operator()(uint16_t rvx::Sample::*) const { return ColumnType::Integer; }
+  ColumnType operator()(int32_t rvx::Sample::*) const { return ColumnType::Integer; }
+  ColumnType operator()(size_t /*constant*/) const { return ColumnType::Real; }
+};
 
 std::string DateText(const platform::Date& date) {
   const int millisecond = date.fields().millisecond;
@@ -92,31 +131,22 @@ std::optional<platform::Guid> ReadGuid(const std::string& text) {
   return guid;
 }
 
-std::vector<ColumnValue> MakeValues(const rvx::Sample& s, ColumnValue timestamp,
-                                    ColumnValue secondDate) {
-  auto whole = [](auto value) { return ColumnValue(static_cast<int64_t>(value)); };
-  std::vector<ColumnValue> values = {platform::FormatGuid(s.id),
-                                     s.sampleId,
-                                     std::move(timestamp),
-                                     s.operatorName,
-                                     s.typeName,
-                                     s.instrument,
-                                     s.probeId,
-                                     whole(s.tray),
-                                     whole(s.position),
-                                     whole(s.kind),
-                                     s.knownViscosity,
-                                     s.speed,
-                                     s.averageTemperature,
-                                     s.reserved1,
-                                     s.reserved2,
-                                     s.viscosity,
-                                     whole(s.valid)};
-  for (double constant : s.constants) values.emplace_back(constant);
-  values.push_back(std::move(secondDate));
-  values.emplace_back(platform::FormatGuid(s.idCopy));
-  values.emplace_back(s.serialNumber);
-  values.emplace_back(s.lastText);
+// Values of a sample; dates in the form that is asked for.
+struct ValueOf {
+  ColumnValue (*dateValue)(const platform::Date&);
+
+  ColumnValue operator()(const std::string& text) const { return text; }
+  ColumnValue operator()(const platform::Date& date) const { return dateValue(date); }
+  ColumnValue operator()(const platform::Guid& guid) const { return platform::FormatGuid(guid); }
+  ColumnValue operator()(double number) const { return number; }
+  ColumnValue operator()(uint16_t number) const { return int64_t{number}; }
+  ColumnValue operator()(int32_t number) const { return int64_t{number}; }
+};
+
+std::vector<ColumnValue> MakeValues(const rvx::Sample& sample, const ValueOf& valueOf) {
+  std::vector<ColumnValue> values;
+  values.reserve(Fields().size());
+  for (const Field& field : Fields()) values.push_back(WithMember(field.member, sample, valueOf));
   return values;
 }
 
@@ -136,16 +166,18 @@ class Reader {
     }
     out = Take<double>();
   }
+  void Read(uint16_t& out) { ReadWhole(out); }
+  void Read(int32_t& out) { ReadWhole(out); }
+  void Read(platform::Date& out) { Convert(ReadDate(Take<std::string>()), out); }
+  void Read(platform::Guid& out) { Convert(ReadGuid(Take<std::string>()), out); }
+
+ private:
   template <class Whole>
   void ReadWhole(Whole& out) {
     const auto value = Take<int64_t>();
     out = static_cast<Whole>(value);
     if (static_cast<int64_t>(out) != value) good_ = false;
   }
-  void Read(platform::Date& out) { Convert(ReadDate(Take<std::string>()), out); }
-  void Read(platform::Guid& out) { Convert(ReadGuid(Take<std::string>()), out); }
-
- private:
   template <class Type>
   Type Take() {
     if (at_ < values_.size()) {
@@ -168,12 +200,18 @@ class Reader {
 }  // namespace
 
 const std::vector<SampleColumn>& SampleColumns() {
-  static const std::vector<SampleColumn> columns = MakeColumns();
+  static const std::vector<SampleColumn> columns = [] {
+    std::vector<SampleColumn> all;
+    for (const Field& field : Fields()) {
+      all.push_back({field.name, std::visit(TypeOf(), field.member)});
+    }
+    return all;
+  }();
   return columns;
 }
 
 std::vector<ColumnValue> SampleValues(const rvx::Sample& sample) {
-  auto values = MakeValues(sample, DateValue(sample.timestamp), DateValue(sample.secondDate));
+  auto values = MakeValues(sample, {DateValue});
   for (ColumnValue& value : values) {
     const double* number = std::get_if<double>(&value);
     if (number != nullptr && std::isnan(*number)) value = std::monostate();
@@ -182,33 +220,14 @@ std::vector<ColumnValue> SampleValues(const rvx::Sample& sample) {
 }
 
 std::vector<ColumnValue> StoredSampleValues(const rvx::Sample& sample) {
-  return MakeValues(sample, StoredDate(sample.timestamp), StoredDate(sample.secondDate));
+  return MakeValues(sample, {StoredDate});
 }
 
-bool SampleFromStored(const std::vector<ColumnValue>& values, rvx::Sample& s) {
+bool SampleFromStored(const std::vector<ColumnValue>& values, rvx::Sample& sample) {
   Reader reader(values);
-  reader.Read(s.id);
-  reader.Read(s.sampleId);
-  reader.Read(s.timestamp);
-  reader.Read(s.operatorName);
-  reader.Read(s.typeName);
-  reader.Read(s.instrument);
-  reader.Read(s.probeId);
-  reader.ReadWhole(s.tray);
-  reader.ReadWhole(s.position);
-  reader.ReadWhole(s.kind);
-  reader.Read(s.knownViscosity);
-  reader.Read(s.speed);
-  reader.Read(s.averageTemperature);
-  reader.Read(s.reserved1);
-  reader.Read(s.reserved2);
-  reader.Read(s.viscosity);
-  reader.ReadWhole(s.valid);
-  for (double& constant : s.constants) reader.Read(constant);
-  reader.Read(s.secondDate);
-  reader.Read(s.idCopy);
-  reader.Read(s.serialNumber);
-  reader.Read(s.lastText);
+  for (const Field& field : Fields()) {
+    WithMember(field.member, sample, [&reader](auto& value) { reader.Read(value); });
+  }
   return reader.good();
 }
 

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "host/desktop/number_display.h"
-#include "host/tray/sample_text.h"
+#include "host/tray/sample_fields.h"
 
 namespace torvell {
 namespace {
@@ -14,86 +14,29 @@ constexpr int kPageRows = 200;
 // Pages in memory: a few megabytes.
 constexpr size_t kMostPages = 40;
 
-QString NumberOrEmpty(double value, int decimals) {
-  return value == 0.0 ? QString() : DisplayNumber(value, decimals);
-}
+bool IsNumber(int column) { return SampleFields()[static_cast<size_t>(column)].isNumber; }
 
-SampleQuery::Order OrderOf(int column) {
-  switch (column) {
-    case SamplesModel::Instrument:
-      return SampleQuery::Order::Instrument;
-    case SamplesModel::Position:
-      return SampleQuery::Order::Position;
-    case SamplesModel::SampleId:
-      return SampleQuery::Order::SampleId;
-    case SamplesModel::Temperature:
-      return SampleQuery::Order::Temperature;
-    case SamplesModel::Average:
-      return SampleQuery::Order::Average;
-    case SamplesModel::Speed:
-      return SampleQuery::Order::Speed;
-    case SamplesModel::Viscosity:
-      return SampleQuery::Order::Viscosity;
-    case SamplesModel::Known:
-      return SampleQuery::Order::Known;
-    case SamplesModel::Operator:
-      return SampleQuery::Order::Operator;
-    case SamplesModel::Origin:
-      return SampleQuery::Order::Origin;
-    default:
-      return SampleQuery::Order::Time;
+struct CellText {
+  QString operator()(const platform::Date& date) const { return DisplayTime(date); }
+  QString operator()(const std::string& text) const { return QString::fromStdString(text); }
+  QString operator()(int64_t number) const { return QString::number(number); }
+  QString operator()(const ShownNumber& number) const {
+    if (number.isZeroNone && number.value == 0.0) return {};
+    return DisplayNumber(number.value, number.decimals);
   }
-}
-
-bool IsNumber(int column) {
-  return column == SamplesModel::Position ||
-         (column >= SamplesModel::Temperature && column <= SamplesModel::Known);
-}
+  QString operator()(const ShownOrigin& origin) const {
+    return origin.isSimulated ? QStringLiteral("Simulated") : QStringLiteral("Measured");
+  }
+};
 
 }  // namespace
 
 QString SampleCell(const StoredSample& sample, int column) {
-  switch (column) {
-    case SamplesModel::Time:
-      return DisplayTime(sample.timestamp);
-    case SamplesModel::Instrument:
-      return QString::fromStdString(sample.instrument);
-    case SamplesModel::Position:
-      return QString::number(sample.position);
-    case SamplesModel::SampleId:
-      return QString::fromStdString(sample.sampleId);
-    case SamplesModel::Temperature:
-      return DisplayNumber(TestTemperature(sample), 1);
-    case SamplesModel::Average:
-      return DisplayNumber(sample.averageTemperature, 2);
-    case SamplesModel::Speed:
-      return NumberOrEmpty(sample.speed, 5);
-    case SamplesModel::Viscosity:
-      return NumberOrEmpty(sample.viscosity, 1);
-    case SamplesModel::Known:
-      return NumberOrEmpty(sample.constants[4], 1);
-    case SamplesModel::Operator:
-      return QString::fromStdString(sample.operatorName);
-    case SamplesModel::Origin:
-      return sample.simulated ? QStringLiteral("Simulated") : QStringLiteral("Measured");
-    default:
-      return {};
-  }
+  return std::visit(CellText(), SampleFields()[static_cast<size_t>(column)].value(sample));
 }
 
 QString SampleHeading(int column) {
-  static const char* const kHeadings[] = {"Time",
-                                          "Instrument",
-                                          "Pos.",
-                                          "Sample ID",
-                                          "Test (°C)",
-                                          "Average (°C)",
-                                          "Speed (rpm/1000)",
-                                          "Viscosity (mPa*s)",
-                                          "Known (mPa*s)",
-                                          "Operator",
-                                          "Origin"};
-  return QString::fromUtf8(kHeadings[column]);
+  return QString::fromUtf8(SampleFields()[static_cast<size_t>(column)].screenHeading);
 }
 
 SamplesModel::SamplesModel(SampleStore& store, Worker& worker, QObject* parent)
@@ -226,7 +169,9 @@ QVariant SamplesModel::headerData(int section, Qt::Orientation orientation, int 
 }
 
 void SamplesModel::sort(int column, Qt::SortOrder order) {
-  query_.order = OrderOf(column);
+  const bool isColumn = column >= 0 && column < ColumnCount;
+  query_.order =
+      isColumn ? SampleFields()[static_cast<size_t>(column)].order : SampleQuery::Order::Time;
   query_.descending = order == Qt::DescendingOrder;
   Refresh();
 }

@@ -17,6 +17,7 @@ class SamplesModel : public QAbstractTableModel {
   Q_OBJECT
 
  public:
+  // The places in SampleFields().
   enum Column {
     Time,
     Instrument,
