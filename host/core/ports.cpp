@@ -38,8 +38,7 @@ std::string ClockRefusal(const std::string& device) {
   if (platform::CurrentTimeBase() == platform::TimeBaseKind::Real) return {};
   return fmt::format(
       "The device {} is not opened under a virtual or paced clock: an instrument on a line keeps "
-      "real "
-      "time. Use the real clock, or simulate the instrument on a port without a device.",
+      "real time. Use the real clock, or simulate the instrument on a port without a device.",
       device);
 }
 

@@ -259,11 +259,10 @@ void SampleStore::QuerySamples(rvx::ArrayOfSamples& out, rvx::SampleArchiveFilte
   TranslatedQuery query{"1", {}};
   std::string problem;
   if (filter != nullptr && !TranslateQuery(filter->GetQueryText(), query, problem)) {
-    RaiseArchiveException(
-        fmt::format("The samples could not be searched: the query can't be understood, {}. An "
-                    "apostrophe in the "
-                    "instrument's name causes this; take it out of the name and try again.",
-                    problem));
+    RaiseArchiveException(fmt::format(
+        "The samples could not be searched: the query can't be understood, {}. An "
+        "apostrophe in the instrument's name causes this; take it out of the name and try again.",
+        problem));
   }
   rvx::ArrayOfSamples found;
   WithArchiveErrors("The samples could not be searched", [&] {

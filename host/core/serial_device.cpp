@@ -55,15 +55,13 @@ std::string DescribeOpenFailure(const std::string& device, int reason) {
     case ENOENT:
       return fmt::format(
           "The device {} does not exist: check that the cable or adapter is plugged in and that "
-          "the "
-          "name is right.",
+          "the name is right.",
           device);
     case EACCES:
     case EPERM:
       return fmt::format(
           "This user has no right to open {}: it belongs to the group \"{}\"; become a member of "
-          "it "
-          "and log in again.",
+          "it and log in again.",
           device, OwningGroup(device));
     case EBUSY:
     case EWOULDBLOCK:

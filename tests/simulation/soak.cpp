@@ -61,8 +61,7 @@ int RunSweep(const Arguments& arguments) {
   fmt::print(
       "{} seeds in {:.1f} s ({:.0f} a second; {:.2f} ms of CPU each), {} samples stored\n"
       "{:.1f} hours of instrument time, {:.0f} for each CPU-minute; {:.1f} switches for each "
-      "second "
-      "of it\n{} failed\n",
+      "second of it\n{} failed\n",
       result.seeds, result.seconds, static_cast<double>(result.seeds) / result.seconds,
       1e3 * result.cpuSeconds / static_cast<double>(std::max<uint64_t>(result.seeds, 1)),
       result.sum.samples, hours, hours / (result.cpuSeconds / 60.0),

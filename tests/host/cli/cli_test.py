@@ -539,8 +539,13 @@ class Rights(Case):
             self.run_torvell(*command, user="olga", expect=4)
             self.assertIn("50", self.stderr)
             self.run_torvell(*command, user="mia")
-        self.run_torvell("settings", "set", "temperature-offset=0.2", user="mia", expect=4)
+        for command in (["settings", "set", "temperature-offset=0.2"], ["calibrate", "--all"]):
+            self.run_torvell(*command, user="mia", expect=4)
+            self.assertIn("100", self.stderr)
         self.run_torvell("settings", "set", "temperature-offset=0.2", user="sam")
+        # Nobody is told about rights where there is only nothing to fit.
+        self.run_torvell("calibrate", "--temperature", -20, "--save", user="olga", expect=1)
+        self.run_torvell("calibrate", "--temperature", -20, "--save", expect=4)
         self.run_torvell("users", "remove", "olga", user="mia", expect=4)
         for command in (["samples"], ["status"], ["tray", "show"], ["settings", "export"]):
             self.run_torvell(*command)
@@ -653,14 +658,6 @@ class Calibrations(Case):
         self.assertIn("do not conform", self.stderr)
         self.run_torvell("standards", "conform")
         self.assertIn("StandardGroups.txt", self.stderr)
-
-    def test_all_temperatures_need_level_100(self):
-        for name, level, user in (("anna", 100, None), ("otto", 50, "anna")):
-            self.run_torvell("users", "add", name, level, "--password-fd", 0,
-                             text=name + " secret\n", user=user)
-        self.run_torvell("calibrate", "--all", expect=4, user="otto")
-        self.run_torvell("calibrate", "--all", expect=1, user="anna")
-        self.run_torvell("calibrate", "--temperature", -20, expect=1, user="otto")
 
     def test_oils_are_taken_whole_or_not_at_all(self):
         heading = "position,temperature,true viscosity\n"

@@ -147,11 +147,14 @@ TEST(CalibrationTest, RightsAreCheckedWhereTheChangeIsMade) {
     bench.host.security.SetUser("manager", 50);
     EXPECT_EQ(bench.instrument->SaveCalibration({}, "1", "1", "1")->kind, Kind::NotAllowed);
     EXPECT_EQ(bench.instrument->FitCalibration({}, summary)->kind, Kind::NotAllowed);
+    bench.host.security.SetUser("operator", 10);
     EXPECT_FALSE(bench.instrument->SaveCalibration(-20.0, "1", "1", "1"));
-    bench.host.security.SetUser("operator", 49);
+    const platform::Date now = platform::LocalNow();
+    EXPECT_NE(SaveCellConstants(*bench.instrument, std::nullopt, 4, {}, now).refusal, "");
+    bench.host.security.SetUser("", 9);
     EXPECT_EQ(bench.instrument->SaveCalibration(-20.0, "2", "2", "2")->kind, Kind::NotAllowed);
+    EXPECT_NE(SaveCellConstants(*bench.instrument, 4, 4, {}, now).refusal, "");
     EXPECT_EQ(bench.instrument->GetCellConstants()[4].b0, 1.0);
-    bench.host.security.SetUser("", 0);
     EXPECT_EQ(bench.instrument->MakeCalibrationTray({{-20.0}, {}})->kind, Kind::NotAllowed);
   });
 }
