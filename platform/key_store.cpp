@@ -1,14 +1,13 @@
 #include "platform/key_store.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <charconv>
-#include <cstdio>
 #include <mutex>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/text.h"
@@ -22,8 +21,7 @@ struct Override {
   std::optional<uint32_t> value;
 };
 
-// One mutex over path, overrides and file access: two writers of one process must not lose each
-// other's value. Never destroyed, like what it guards.
+// One mutex over path and overrides. Never destroyed, like what it guards.
 struct Store {
   std::mutex mutex;
   std::string path;
@@ -99,48 +97,19 @@ std::optional<uint32_t> ParseDword(const std::string& text) {
   return value;
 }
 
-// Where a value is and where a new one of its key would go.
-struct Place {
-  std::optional<size_t> value;  // line of the value; the last one counts, as in an import
-  std::optional<size_t> end;    // line after the last line of the key's section
-};
-
-Place Find(const std::vector<std::string>& lines, const std::string& key, const std::string& name) {
-  Place place;
+// The text that is assigned to a value; the last one counts, as in an import.
+std::optional<std::string> Find(const std::vector<std::string>& lines, const std::string& key,
+                                const std::string& name) {
+  std::optional<std::string> found;
   bool inSection = false;
-  for (size_t i = 0; i < lines.size(); ++i) {
-    if (const auto section = SectionOf(lines[i])) {
+  for (const std::string& line : lines) {
+    if (const auto section = SectionOf(line)) {
       inSection = CompareNoCase(*section, key) == 0;
-      if (inSection) place.end = i + 1;
-    } else if (inSection && !Trim(lines[i]).empty()) {
-      place.end = i + 1;
-      if (AssignedText(lines[i], name)) place.value = i;
+    } else if (inSection) {
+      if (auto assigned = AssignedText(line, name)) found = std::move(assigned);
     }
   }
-  return place;
-}
-
-bool WriteAll(int file, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t count = write(file, text.data(), text.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return false;
-    text.remove_prefix(static_cast<size_t>(count));
-  }
-  return true;
-}
-
-// Writes a new file beside the old one and puts it in its place, so that a reader, or a machine
-// that fails in between, finds either the old or the new file, and finds it whole.
-bool ReplaceFile(const std::string& path, const std::string& text) {
-  const std::string temporary = path + ".new";
-  const int file = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-  if (file < 0) return false;
-  const bool written = WriteAll(file, text) && fsync(file) == 0;
-  const bool closed = close(file) == 0;
-  if (written && closed && std::rename(temporary.c_str(), path.c_str()) == 0) return true;
-  unlink(temporary.c_str());
-  return false;
+  return found;
 }
 
 }  // namespace
@@ -174,36 +143,8 @@ std::optional<uint32_t> ReadKeyValue(const std::string& key, const std::string& 
   }
   const auto lines = ReadLines(store.path);
   if (!lines) return std::nullopt;
-  const Place place = Find(*lines, key, name);
-  if (!place.value) return std::nullopt;
-  return ParseDword(*AssignedText((*lines)[*place.value], name));
-}
-
-bool WriteKeyValue(const std::string& key, const std::string& name, uint32_t value) {
-  Store& store = TheStore();
-  const std::lock_guard<std::mutex> guard(store.mutex);
-  if (store.path.empty()) return false;
-  struct stat status {};
-  const bool exists = stat(store.path.c_str(), &status) == 0;
-  auto read = ReadLines(store.path);
-  // Writing would lose the values of a file that exists and can't be read.
-  if (exists && !read) return false;
-  std::vector<std::string> lines = read ? std::move(*read) : std::vector<std::string>();
-
-  const std::string line = FormatText("\"%s\"=dword:%08x", name.c_str(), value);
-  const Place place = Find(lines, key, name);
-  if (place.value) {
-    lines[*place.value] = line;
-  } else if (place.end) {
-    lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(*place.end), line);
-  } else {
-    if (!lines.empty() && !lines.back().empty()) lines.emplace_back();
-    lines.push_back("[" + key + "]");
-    lines.push_back(line);
-  }
-  std::string text;
-  for (const std::string& each : lines) text += each + "\n";
-  return ReplaceFile(store.path, text);
+  const auto assigned = Find(*lines, key, name);
+  return assigned ? ParseDword(*assigned) : std::nullopt;
 }
 
 }  // namespace platform

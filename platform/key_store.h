@@ -20,7 +20,4 @@ void OverrideKeyValue(const std::string& key, const std::string& name,
 // value is missing, is of another type, or the file can't be read. Each call reads the file.
 std::optional<uint32_t> ReadKeyValue(const std::string& key, const std::string& name);
 
-// Writes a value, making the key; false if the file can't be written. Other values stay.
-bool WriteKeyValue(const std::string& key, const std::string& name, uint32_t value);
-
 }  // namespace platform

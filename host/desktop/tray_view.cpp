@@ -161,11 +161,6 @@ void TrayView::resizeEvent(QResizeEvent* event) {
   FitRows();
 }
 
-void TrayView::selectionChanged(const QItemSelection& now, const QItemSelection& before) {
-  QTableView::selectionChanged(now, before);
-  Q_EMIT SelectionChanged();
-}
-
 std::vector<int> TrayView::SelectedPositions() const {
   std::set<int> positions;
   for (const QModelIndex& index : selectionModel()->selectedRows()) positions.insert(index.row());

@@ -34,14 +34,12 @@ class TrayView : public QTableView {
   void EditPosition();
 
  Q_SIGNALS:
-  void SelectionChanged();
   // Something could not be done; one line.
   void Notice(const QString& text);
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
-  void selectionChanged(const QItemSelection& now, const QItemSelection& before) override;
 
  private:
   void FitRows();

@@ -42,7 +42,6 @@ class RunState {
   void MarkAborted() { aborted_ = true; }
   // The run could not start or has no further events.
   void MarkFinished() { finished_ = true; }
-  void CountError() { ++errors_; }
 
   // Estimated seconds of the whole tray, before anything of it is known.
   double TotalSeconds() const;

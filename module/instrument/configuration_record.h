@@ -28,7 +28,7 @@ enum SettingsFlag : int32_t {
   kLoadAll = 15
 };
 
-enum RunFlag : uint32_t { kTrayRunning = 1, kTrayPaused = 2, kPauseRequested = 4 };
+enum RunFlag : uint32_t { kTrayRunning = 1, kTrayPaused = 2 };
 
 // A part of C_RVX, where its lock is the configuration lock; other copies are plain working copies.
 // The fields are public, to be read and written between Lock and Unlock; the operations take the

@@ -69,10 +69,9 @@ int32_t TrayController::Start(TrayWatcher* watcher) {
 void TrayController::Pause(bool now) {
   platform::PlainGuard guard(runLock_);
   {
-    ConfigurationRecord& configuration = instrument_.configuration();
+    const ConfigurationRecord& configuration = instrument_.configuration();
     ConfigurationGuard configurationGuard(configuration);
     if ((configuration.runFlags & (kTrayRunning | kTrayPaused)) != kTrayRunning) return;
-    if (!now) configuration.runFlags |= kPauseRequested;
   }
   if (!run_) return;
   (now ? run_->pauseNow : run_->pauseAfter).Set();

@@ -225,7 +225,7 @@ void TrayThread::TellPause(bool paused) {
   {
     ConfigurationRecord& configuration = instrument_.configuration();
     ConfigurationGuard configurationGuard(configuration);
-    configuration.runFlags &= ~static_cast<uint32_t>(kTrayPaused | kPauseRequested);
+    configuration.runFlags &= ~static_cast<uint32_t>(kTrayPaused);
     if (paused) configuration.runFlags |= kTrayPaused;
   }
   run_->Tell("TrayPauseChanged", &TrayWatcher::TrayPauseChanged, 0, paused ? 1 : 0);
