@@ -41,17 +41,11 @@ TEST(StandardsFile, RefusesWhatTheStoreCouldNotKeep) {
 }
 
 TEST(StandardsFile, StoredTextHasACellEndBehindEachCellAndARowEnd) {
-  EXPECT_EQ(FormatStandardsText({{"A", "- 5", "1000", ""}}),
-            "A\x0B- 5\x0B"
-            "1000\x0B\x0B\r");
+  EXPECT_EQ(FormatStandardsText({{"A", "- 5", "1000", ""}}), "A\v- 5\v1000\v\v\r");
 }
 
 TEST(StandardsFile, ReadingTheStoredTextDropsRepeatsAndARowWithoutEnd) {
-  const std::string text =
-      "A\x0B-20\x0B"
-      "1\x0BL\x0B\rA\x0B-20\x0B"
-      "2\x0BM\x0B\rA\x0B-25\x0B"
-      "3\x0B\x0B\rB\x0B-20";
+  const std::string text = "A\v-20\v1\vL\v\rA\v-20\v2\vM\v\rA\v-25\v3\v\v\rB\v-20";
   EXPECT_EQ(ParseStandardsText(text),
             (std::vector<StandardRow>{{"A", "-20", "1", "L"}, {"A", "-25", "3", ""}}));
   EXPECT_TRUE(ParseStandardsText("").empty());

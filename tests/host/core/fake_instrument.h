@@ -50,9 +50,7 @@ class FakeInstrument : public rvx::ViscometerInstrument, public rvx::InstrumentS
   // A result of a position, as the module would store it.
   rvx::Sample MakeSample(int32_t position) const;
 
-  std::string text =
-      "RVX\nid\nname\x0B"
-      "1\x0B";
+  std::string text = "RVX\nid\nname\v1\v";
   std::string instrumentId = "RVX";
   std::string startFailure;             // of StartTray; empty: it starts
   std::string loaded;                   // the text of the last LoadSettingsText

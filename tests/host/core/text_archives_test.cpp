@@ -14,10 +14,7 @@ constexpr char kKey[] = "RVXCOM1:0";
 TEST(InstrumentStore, ATextSurvivesAndMissingOnesRaise) {
   TempFolder folder;
   FakeInstrument instrument;
-  instrument.text = std::string(
-      "RVX\nid\nfield\x0B"
-      "1.500000000000000\x0B\xff",
-      30);
+  instrument.text = std::string("RVX\nid\nfield\v1.500000000000000\v\xff", 30);
   {
     const auto host = OpenHost(folder);
     EXPECT_NE(
@@ -34,10 +31,7 @@ TEST(InstrumentStore, TheTrailHasTheChangedFieldsAndNotTheTray) {
   TempFolder folder;
   const auto host = OpenHost(folder);
   FakeInstrument instrument;
-  instrument.text =
-      "RVX\nid\na\x0B"
-      "b\x0B"
-      "c\t1\t2\t\x0B";
+  instrument.text = "RVX\nid\na\vb\vc\t1\t2\t\v";
   host->instrumentTexts().StoreInstrument(kKey, &instrument);
   ASSERT_EQ(host->audit().Last(0).size(), 1u);
 
@@ -46,10 +40,7 @@ TEST(InstrumentStore, TheTrailHasTheChangedFieldsAndNotTheTray) {
   EXPECT_EQ(host->audit().Last(0).size(), 1u) << "the tray is no setting";
   EXPECT_NE(host->instrumentTexts().Read(kKey)->find("oil"), std::string::npos);
 
-  instrument.text =
-      "RVX\nid\na\x0B"
-      "B\x0B"
-      "c\t1\t3\t\x0B";
+  instrument.text = "RVX\nid\na\vB\vc\t1\t3\t\v";
   host->instrumentTexts().StoreInstrument(kKey, &instrument);
   const auto rows = host->audit().Last(0);
   ASSERT_EQ(rows.size(), 3u);
@@ -59,7 +50,7 @@ TEST(InstrumentStore, TheTrailHasTheChangedFieldsAndNotTheTray) {
 
   // Fields and lines that came are changes too, and so are those that went.
   const std::string three = instrument.text;
-  instrument.text += "new\x0B\nline\x0B";
+  instrument.text += "new\v\nline\v";
   host->instrumentTexts().StoreInstrument(kKey, &instrument);
   instrument.text = three;
   host->instrumentTexts().StoreInstrument(kKey, &instrument);
@@ -135,14 +126,8 @@ TEST(InstrumentStore, SettingsThatCouldNotBeReadAreNotOverwritten) {
 
 TEST(AnalysisStore, ReadsBackAndTellsWhichRowsChanged) {
   TempFolder folder;
-  const std::string first =
-      "N100\x0B- 5\x0B"
-      "1000\x0BL1\x0B\rN200\x0B-10\x0B"
-      "2000\x0B\x0B\r";
-  const std::string second =
-      "N200\x0B-10\x0B"
-      "2000\x0B\x0B\rN100\x0B- 5\x0B"
-      "1001\x0BL1\x0B\r";
+  const std::string first = "N100\v- 5\v1000\vL1\v\rN200\v-10\v2000\v\v\r";
+  const std::string second = "N200\v-10\v2000\v\v\rN100\v- 5\v1001\vL1\v\r";
   const auto host = OpenHost(folder);
   rvx::AnalysisArchive& archive = *GetAnalysisArchive();
   std::string text = "x";
@@ -159,6 +144,13 @@ TEST(AnalysisStore, ReadsBackAndTellsWhichRowsChanged) {
   ASSERT_EQ(rows.size(), 4u) << "two rows came, one went and one came, none for the same text";
   EXPECT_EQ(rows[2].oldValue, "N100 | - 5 | 1000 | L1");
   EXPECT_EQ(rows[3].newValue, "N100 | - 5 | 1001 | L1");
+  host->users().Add("sam", 100, "secret");
+  host->users().SetActingUser("nobody");
+  const std::string refusal =
+      ArchiveMessageOf([&] { archive.WriteAnalysisText("Standards", "Oils", first); });
+  EXPECT_NE(refusal.find("level 10 is needed"), std::string::npos) << refusal;
+  archive.ReadAnalysisText("Standards", "Oils", text);
+  EXPECT_EQ(text, second);
 }
 
 TEST(FileFolder, IsMadeWhenItIsAskedForAndEndsInItsSeparator) {

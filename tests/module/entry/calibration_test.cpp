@@ -265,10 +265,8 @@ TEST(CalibrationTest, ConformitySaysWhichGroupLacksWhat) {
 }
 
 TEST(CalibrationTest, SimulatedOilsAreReadWhateverTheTextHolds) {
-  const auto oils = ParseSimulatedOils(
-      "3\x0B-20\x0B"
-      "5000\x0B\r0\x0B-20\x0B"
-      "5000\x0B\r4\x0B-20\x0B-1\x0B\rx\r\r5\x0B-20\x0B");
+  const auto oils =
+      ParseSimulatedOils("3\v-20\v5000\v\r0\v-20\v5000\v\r4\v-20\v-1\v\rx\r\r5\v-20\v");
   ASSERT_EQ(oils.size(), 1u);
   EXPECT_EQ(oils.at(3).at(-20.0), 5000.0);
 }

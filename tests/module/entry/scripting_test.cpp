@@ -33,10 +33,7 @@ TEST(ScriptingTest, SettingsAreTakenAllOrNoneAndStored) {
     ScriptableInstrument& instrument = *bench.instrument;
     EXPECT_FALSE(instrument.SetSettings({{"injection-time", "30"}, {"save-csv", "on"}}));
     EXPECT_EQ(bench.Value("injection-time"), "30");
-    EXPECT_NE(bench.host.instrumentArchive.GetText("RVXCOM1:0")
-                  .find("\x0B"
-                        "30\t"),
-              std::string::npos);
+    EXPECT_NE(bench.host.instrumentArchive.GetText("RVXCOM1:0").find("\v30\t"), std::string::npos);
     for (const auto& [key, value] : std::vector<std::pair<std::string, std::string>>{
              {"injection-time", "256"}, {"serial-number", "1"}, {"nonsense", "1"}}) {
       const ScriptingResult problem =
@@ -168,9 +165,7 @@ TEST(ScriptingTest, TestsOfASampleAreCheckedLikeInItsDialog) {
     EXPECT_EQ(problemOf(*verify, {{-30.0, {}, 3000.0}}), "none");
 
     bench.host.analysis.WriteAnalysisText("Standards.RVX Oil Standards", "RVX Standards",
-                                          "CL20\x0B-20\x0B"
-                                          "4321.5\x0B"
-                                          "L1\x0B\r");
+                                          "CL20\v-20\v4321.5\vL1\v\r");
     instrument.ReloadStandards();
     verify->SetSampleId("CL20");
     EXPECT_EQ(problemOf(*verify, {{-20.0, {}, {}}}), "none");

@@ -11,21 +11,7 @@ TEST(SimFrame, StatusByteByByteLowByteFirst) {
     SimSet set;
     set.WaitUntil(500 * 0x102 + 10);
     // The cell has long been at the top of its range and swings there.
-    EXPECT_EQ(set.Status().text,
-              "-0QST"
-              "0201"
-              "F2FF"
-              "FFFF"
-              "00E0"
-              "0020"
-              "0000"
-              "06"
-              "00"
-              "00"
-              "00"
-              "00"
-              "0000"
-              "\r");
+    EXPECT_EQ(set.Status().text, "-0QST0201F2FFFFFF00E00020000006000000000000\r");
     set.Send("CTC01AC01");
     set.line.Next();
     const Heard controlled = set.Status();

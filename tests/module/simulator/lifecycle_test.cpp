@@ -93,15 +93,7 @@ TEST(SimLifecycle, InARunItWakesForTicksAndMoves) {
   UnderVirtualTime([] {
     SimSet set;
     set.Home();
-    set.Ask(
-        "CST01"
-        "0A020101"
-        "78"
-        "F0"
-        "AC00"
-        "E200"
-        "0000"
-        "0010");
+    set.Ask("CST010A02010178F0AC00E20000000010");
     EXPECT_LT(SwitchesPerSecond([&] { set.WaitMs(600000); }), 5.0);
     EXPECT_GT(set.line.Rest().size(), 600u);
   });
