@@ -1,23 +1,25 @@
-// Each family of commands adds its subcommands to the parser; the chosen one sets
-// Invocation::command.
+// Each family of commands adds its own to the program.
 #pragma once
 
-#include "host/cli/options.h"
+#include "host/cli/parser.h"
 
 namespace torvell {
 
-void AddReadingCommands(CLI::App& app, Invocation& invocation);    // discover, status, monitor
-void AddPortCommands(CLI::App& app, Invocation& invocation);       // ports
-void AddConstantsCommands(CLI::App& app, Invocation& invocation);  // constants
-void AddSettingsCommands(CLI::App& app, Invocation& invocation);   // settings
-void AddStandardsCommands(CLI::App& app, Invocation& invocation);  // standards
-void AddTrayCommands(CLI::App& app, Invocation& invocation);       // tray
-void AddRunCommand(CLI::App& app, Invocation& invocation);         // run
-void AddArchiveCommands(CLI::App& app, Invocation& invocation);    // samples, messages
-void AddServiceCommands(CLI::App& app, Invocation& invocation);    // service
-void AddCalibrateCommand(CLI::App& app, Invocation& invocation);   // calibrate
-void AddSimulateCommands(CLI::App& app, Invocation& invocation);   // simulate
-void AddDesktopCommand(CLI::App& app, Invocation& invocation);     // desktop
-void AddUserCommands(CLI::App& app, Invocation& invocation);       // users
+void AddReadingCommands(const Command& program);    // discover, status, monitor
+void AddPortCommands(const Command& program);       // ports
+void AddConstantsCommands(const Command& program);  // constants
+void AddSettingsCommands(const Command& program);   // settings
+void AddStandardsCommands(const Command& program);  // standards
+void AddTrayCommands(const Command& program);       // tray
+void AddRunCommand(const Command& program);         // run
+void AddArchiveCommands(const Command& program);    // samples, messages
+void AddServiceCommands(const Command& program);    // service
+void AddCalibrateCommand(const Command& program);   // calibrate
+void AddSimulateCommands(const Command& program);   // simulate
+void AddDesktopCommand(const Command& program);     // desktop
+void AddUserCommands(const Command& program);       // users
+
+// The options before the command and all families, in the order of the help.
+void DescribeCommandLine(const Command& program, GlobalOptions& options);
 
 }  // namespace torvell

@@ -1,11 +1,9 @@
 // samples, messages: what has been measured and what went wrong. Works without an instrument.
 #include <fmt/format.h>
 
-#include "host/cli/arguments.h"
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
 #include "host/cli/json_records.h"
-#include "host/cli/registration.h"
 #include "host/cli/sample_table.h"
 #include "host/cli/session.h"
 #include "host/tray/number_text.h"
@@ -88,22 +86,17 @@ int Messages(Session& session, int64_t last) {
 
 }  // namespace
 
-void AddArchiveCommands(CLI::App& app, Invocation& invocation) {
+void AddArchiveCommands(const Command& program) {
   const auto arguments = std::make_shared<SamplesArguments>();
-  CLI::App& samples =
-      AddCommand(app, invocation, "samples", "the stored samples", Samples, arguments);
-  samples.add_option("--last", arguments->last, "only the latest N")
-      ->type_name("N")
-      ->check(WholeNumber(1));
-  samples.add_option("--csv", arguments->csvFile, "write every column to this file")
-      ->type_name("FILE");
+  const Command samples = program.AddCommand("samples", "the stored samples", Samples, arguments);
+  samples.Add("--last", arguments->last, "only the latest N").Named("N").Whole(1);
+  samples.Add("--csv", arguments->csvFile, "write every column to this file").Named("FILE");
 
   const auto last = std::make_shared<int64_t>(0);
-  AddCommand(app, invocation, "messages", "the failures and notices that were reported", Messages,
-             last)
-      .add_option("--last", *last, "only the latest N")
-      ->type_name("N")
-      ->check(WholeNumber(1));
+  program.AddCommand("messages", "the failures and notices that were reported", Messages, last)
+      .Add("--last", *last, "only the latest N")
+      .Named("N")
+      .Whole(1);
 }
 
 }  // namespace torvell

@@ -5,11 +5,9 @@
 #include <map>
 #include <set>
 
-#include "host/cli/arguments.h"
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
 #include "host/cli/json_records.h"
-#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 #include "host/core/audit.h"
@@ -308,30 +306,27 @@ int Calibrate(Session& session, const CalibrateArguments& arguments) {
 
 }  // namespace
 
-void AddCalibrateCommand(CLI::App& app, Invocation& invocation) {
+void AddCalibrateCommand(const Command& program) {
   const auto arguments = std::make_shared<CalibrateArguments>();
-  CLI::App& calibrate = AddCommand(
-      app, invocation, "calibrate",
-      "fit the cell's constants to stored runs of oils of known viscosity", Calibrate, arguments);
-  CLI::Option_group* which = calibrate.add_option_group("which runs");
-  which->add_option("--temperature", arguments->temperature, "those of this temperature")
-      ->type_name("DEGC")
-      ->check(DecimalNumber());
-  which->add_flag("--all", arguments->all,
-                  "those of all temperatures, for all of them (level 100)");
-  which->require_option(1);
+  const Command calibrate = program.AddCommand(
+      "calibrate", "fit the cell's constants to stored runs of oils of known viscosity", Calibrate,
+      arguments);
+  const Command which = calibrate.AddExactlyOne("which runs");
+  which.Add("--temperature", arguments->temperature, "those of this temperature")
+      .Named("DEGC")
+      .Decimal();
+  which.AddFlag("--all", arguments->all, "those of all temperatures, for all of them (level 100)");
   calibrate
-      .add_option(
-          "--hours", arguments->hours,
-          fmt::format("no older than this, {} to {}; {} by default", rvx::kFewestCalibrationHours,
-                      rvx::kMostCalibrationHours, rvx::kUsualCalibrationHours))
-      ->type_name("N")
-      ->check(WholeNumber(rvx::kFewestCalibrationHours, rvx::kMostCalibrationHours));
+      .Add("--hours", arguments->hours,
+           fmt::format("no older than this, {} to {}; {} by default", rvx::kFewestCalibrationHours,
+                       rvx::kMostCalibrationHours, rvx::kUsualCalibrationHours))
+      .Named("N")
+      .Whole(rvx::kFewestCalibrationHours, rvx::kMostCalibrationHours);
   calibrate
-      .add_option("--exclude", arguments->excluded,
-                  "leave out runs: their ids, the first characters of them, or sample ids")
-      ->type_name("ID");
-  calibrate.add_flag("--save", arguments->save, "put the constants into force (level 10)");
+      .Add("--exclude", arguments->excluded,
+           "leave out runs: their ids, the first characters of them, or sample ids")
+      .Named("ID");
+  calibrate.AddFlag("--save", arguments->save, "put the constants into force (level 10)");
 }
 
 }  // namespace torvell

@@ -1,9 +1,7 @@
 // constants: the cell constants of each calibration temperature.
 #include <fmt/format.h>
 
-#include "host/cli/arguments.h"
 #include "host/cli/commands.h"
-#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 #include "host/core/users.h"
@@ -62,21 +60,18 @@ int SetConstants(Session& session, const ConstantsValues& values) {
 
 }  // namespace
 
-void AddConstantsCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App& constants = AddCommandGroup(app, "constants", "the cell constants");
-  AddCommand(constants, invocation, "show", "list them with their dates", ShowConstants);
+void AddConstantsCommands(const Command& program) {
+  const Command constants = program.AddGroup("constants", "the cell constants");
+  constants.AddCommand("show", "list them with their dates", ShowConstants);
 
   const auto values = std::make_shared<ConstantsValues>();
-  CLI::App& set =
-      AddCommand(constants, invocation, "set",
-                 "set the constants of one calibration temperature (level 50); 0 0 0 empties it",
-                 SetConstants, values);
-  set.add_option("TEMPERATURE", values->temperature, "degrees C")
-      ->required()
-      ->check(DecimalNumber());
-  set.add_option("B0", values->b0)->required()->check(DecimalNumber());
-  set.add_option("B1", values->b1)->required()->check(DecimalNumber());
-  set.add_option("B2", values->b2)->required()->check(DecimalNumber());
+  const Command set = constants.AddCommand(
+      "set", "set the constants of one calibration temperature (level 50); 0 0 0 empties it",
+      SetConstants, values);
+  set.Add("TEMPERATURE", values->temperature, "degrees C").Required().Decimal();
+  set.Add("B0", values->b0).Required().Decimal();
+  set.Add("B1", values->b1).Required().Decimal();
+  set.Add("B2", values->b2).Required().Decimal();
 }
 
 }  // namespace torvell

@@ -1,5 +1,4 @@
 // desktop: the window.
-#include <CLI/CLI.hpp>
 #include <cstdlib>
 
 #include "host/cli/commands.h"
@@ -20,44 +19,43 @@ bool HasDisplay() {
   return false;
 }
 
+int OpenDesktop(const GlobalOptions& global, DesktopOptions& options) {
+  if (platform::CurrentTimeBase() == platform::TimeBaseKind::Virtual) {
+    throw CommandFailure(ExitCode::BadUse,
+                         "a window can't live in virtual time: nobody could follow it. Nothing "
+                         "was opened. Use --clock x20 or the like.");
+  }
+  if (!HasDisplay()) {
+    throw CommandFailure(ExitCode::BadUse,
+                         "there is no display to open a window on: neither DISPLAY nor "
+                         "WAYLAND_DISPLAY is set, as in a plain remote session. Nothing was "
+                         "opened. Start it from a desktop, or use the other commands, which "
+                         "need none (torvell --help).");
+  }
+  options.dataFolder = global.dataFolder;
+  options.simulate = global.simulate;
+  options.whoActs = [&global](Users& users) { return ActingUserOf(global, users); };
+  return RunDesktop(options);
+}
+
 }  // namespace
 
-void AddDesktopCommand(CLI::App& app, Invocation& invocation) {
-  CLI::App* desktop = app.add_subcommand("desktop", "open the window");
+void AddDesktopCommand(const Command& program) {
   const auto options = std::make_shared<DesktopOptions>();
-  desktop->add_flag("--demo", options->demo,
-                    "fill a fresh data folder as a demonstration; with --simulate and no --data a "
-                    "folder of its own is used for that");
+  const Command desktop = program.AddProgram(
+      "desktop", "open the window",
+      [options](const GlobalOptions& global) { return OpenDesktop(global, *options); });
+  desktop.AddFlag("--demo", options->demo,
+                  "fill a fresh data folder as a demonstration; with --simulate and no --data a "
+                  "folder of its own is used for that");
   desktop
-      ->add_option("--lock-after", options->lockMinutes,
-                   "lock after so many minutes without a key; 0: never (default: 10)")
-      ->type_name("MINUTES")
-      ->check(CLI::Range(0, 24 * 60));
-  desktop->add_option("--theme", options->theme, "light or dark; else as the desktop is")
-      ->type_name("light|dark")
-      ->check(CLI::IsMember({"light", "dark"}));
-  desktop->callback([&invocation, options] {
-    invocation.program = [&invocation, options] {
-      if (platform::CurrentTimeBase() == platform::TimeBaseKind::Virtual) {
-        throw CommandFailure(ExitCode::BadUse,
-                             "a window can't live in virtual time: nobody could follow it. Nothing "
-                             "was opened. Use --clock x20 or the like.");
-      }
-      if (!HasDisplay()) {
-        throw CommandFailure(ExitCode::BadUse,
-                             "there is no display to open a window on: neither DISPLAY nor "
-                             "WAYLAND_DISPLAY is set, as in a plain remote session. Nothing was "
-                             "opened. Start it from a desktop, or use the other commands, which "
-                             "need none (torvell --help).");
-      }
-      options->dataFolder = invocation.options.dataFolder;
-      options->simulate = invocation.options.simulate;
-      options->whoActs = [&invocation](Users& users) {
-        return ActingUserOf(invocation.options, users);
-      };
-      return RunDesktop(*options);
-    };
-  });
+      .Add("--lock-after", options->lockMinutes,
+           "lock after so many minutes without a key; 0: never (default: 10)")
+      .Named("MINUTES")
+      .Whole(0, 24 * 60);
+  desktop.Add("--theme", options->theme, "light or dark; else as the desktop is")
+      .Named("light|dark")
+      .Word({"light", "dark"});
 }
 
 }  // namespace torvell

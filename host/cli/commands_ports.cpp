@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 
 #include "host/cli/commands.h"
-#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 
@@ -42,22 +41,22 @@ int ClearPort(Session& session, const PortArguments& arguments) {
 
 }  // namespace
 
-void AddPortCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App& ports = AddCommandGroup(app, "ports", "the serial devices behind COM1 to COM4");
-  AddCommand(ports, invocation, "list", "list them", ListPorts);
+void AddPortCommands(const Command& program) {
+  const Command ports = program.AddGroup("ports", "the serial devices behind COM1 to COM4");
+  ports.AddCommand("list", "list them", ListPorts);
 
   const auto arguments = std::make_shared<PortArguments>();
-  CLI::App& set = AddCommand(ports, invocation, "set", "put a device behind a port (level 50)",
-                             SetPort, arguments);
-  set.add_option("PORT", arguments->name, "COM1 to COM4")->required();
-  set.add_option("DEVICE", arguments->device,
-                 "as /dev/ttyUSB0 or, staying the same, below /dev/serial/by-id")
-      ->required();
-  set.add_option("--settings", arguments->settings, "rate, as 9600")->type_name("TEXT");
+  const Command set =
+      ports.AddCommand("set", "put a device behind a port (level 50)", SetPort, arguments);
+  set.Add("PORT", arguments->name, "COM1 to COM4").Required();
+  set.Add("DEVICE", arguments->device,
+          "as /dev/ttyUSB0 or, staying the same, below /dev/serial/by-id")
+      .Required();
+  set.Add("--settings", arguments->settings, "rate, as 9600").Named("TEXT");
 
-  AddCommand(ports, invocation, "clear", "take the device away (level 50)", ClearPort, arguments)
-      .add_option("PORT", arguments->name, "COM1 to COM4")
-      ->required();
+  ports.AddCommand("clear", "take the device away (level 50)", ClearPort, arguments)
+      .Add("PORT", arguments->name, "COM1 to COM4")
+      .Required();
 }
 
 }  // namespace torvell

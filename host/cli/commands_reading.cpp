@@ -3,10 +3,8 @@
 
 #include <limits>
 
-#include "host/cli/arguments.h"
 #include "host/cli/commands.h"
 #include "host/cli/json_records.h"
-#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 #include "host/tray/number_text.h"
@@ -113,15 +111,15 @@ int Monitor(Session& session, int64_t most) {
 
 }  // namespace
 
-void AddReadingCommands(CLI::App& app, Invocation& invocation) {
-  AddCommand(app, invocation, "discover", "look for instruments and list them", Discover);
-  AddCommand(app, invocation, "status", "the present readings", Status);
+void AddReadingCommands(const Command& program) {
+  program.AddCommand("discover", "look for instruments and list them", Discover);
+  program.AddCommand("status", "the present readings", Status);
 
   const auto most = std::make_shared<int64_t>(std::numeric_limits<int64_t>::max());
-  AddCommand(app, invocation, "monitor", "the readings, a line for each new count", Monitor, most)
-      .add_option("--count", *most, "end after this many lines")
-      ->type_name("N")
-      ->check(WholeNumber(1));
+  program.AddCommand("monitor", "the readings, a line for each new count", Monitor, most)
+      .Add("--count", *most, "end after this many lines")
+      .Named("N")
+      .Whole(1);
 }
 
 }  // namespace torvell

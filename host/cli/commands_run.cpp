@@ -6,7 +6,6 @@
 
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
-#include "host/cli/registration.h"
 #include "host/cli/run_controller.h"
 #include "host/core/users.h"
 #include "host/tray/preparation.h"
@@ -124,15 +123,15 @@ int Run(Session& session, const RunArguments& arguments) {
 
 }  // namespace
 
-void AddRunCommand(CLI::App& app, Invocation& invocation) {
+void AddRunCommand(const Command& program) {
   const auto arguments = std::make_shared<RunArguments>();
-  CLI::App& run = AddCommand(app, invocation, "run", "run a tray and wait for its end (level 10)",
-                             Run, arguments);
-  run.add_option("FILE", arguments->files,
-                 "a tray file to load first, else the tray as it stands; with several instruments "
-                 "COM1=FILE COM2=FILE");
-  run.add_flag("--prepare", arguments->prepare,
-               "first set the home flag and cool the cell; simulated instrument only");
+  const Command run =
+      program.AddCommand("run", "run a tray and wait for its end (level 10)", Run, arguments);
+  run.Add("FILE", arguments->files,
+          "a tray file to load first, else the tray as it stands; with several instruments "
+          "COM1=FILE COM2=FILE");
+  run.AddFlag("--prepare", arguments->prepare,
+              "first set the home flag and cool the cell; simulated instrument only");
 }
 
 }  // namespace torvell

@@ -2,11 +2,9 @@
 #include <fmt/format.h>
 
 #include "host/cli/action_run.h"
-#include "host/cli/arguments.h"
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
 #include "host/cli/json_records.h"
-#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/core/users.h"
 #include "platform/text.h"
@@ -115,61 +113,58 @@ std::map<std::string, int> Numbered(const std::map<std::string, Choice>& choices
   return numbers;
 }
 
-void AddSwitch(CLI::App& service, Invocation& invocation) {
+void AddSwitch(const Command& service) {
   using rvx::ServiceSwitch;
   const auto arguments = std::make_shared<SwitchArguments>();
-  CLI::App& command = AddCommand(service, invocation, "switch", "one of the instrument's switches",
-                                 Switch, arguments);
-  command.add_option("WHICH", arguments->which, "injection, motor, cooling or auto")
-      ->required()
-      ->transform(OneOf(Numbered<ServiceSwitch>({{"injection", ServiceSwitch::Injection},
-                                                 {"motor", ServiceSwitch::Motor},
-                                                 {"cooling", ServiceSwitch::Cooling},
-                                                 {"auto", ServiceSwitch::AutoReport}})));
-  command.add_option("STATE", arguments->on, "on or off")
-      ->required()
-      ->transform(OneOf({{"on", 1}, {"off", 0}}));
+  const Command command =
+      service.AddCommand("switch", "one of the instrument's switches", Switch, arguments);
+  command.Add("WHICH", arguments->which, "injection, motor, cooling or auto")
+      .Required()
+      .OneOf(Numbered<ServiceSwitch>({{"injection", ServiceSwitch::Injection},
+                                      {"motor", ServiceSwitch::Motor},
+                                      {"cooling", ServiceSwitch::Cooling},
+                                      {"auto", ServiceSwitch::AutoReport}}));
+  command.Add("STATE", arguments->on, "on or off").Required().OneOf({{"on", 1}, {"off", 0}});
 }
 
-void AddJog(CLI::App& service, Invocation& invocation) {
+void AddJog(const Command& service) {
   using rvx::ServiceAxis;
   const auto arguments = std::make_shared<JogArguments>();
-  CLI::App& command = AddCommand(service, invocation, "jog",
-                                 "move one stepper to a target in steps", Jog, arguments);
-  command.add_option("AXIS", arguments->axis, "tube, table or trolley")
-      ->required()
-      ->transform(OneOf(Numbered<ServiceAxis>({{"tube", ServiceAxis::Tube},
-                                               {"table", ServiceAxis::Table},
-                                               {"trolley", ServiceAxis::Trolley}})));
-  command
-      .add_option("TARGET", arguments->target, "tube 0 to 942, table 0 to 615, trolley 0 to 1620")
-      ->required()
-      ->check(WholeNumber(0, kMostSteps));
+  const Command command =
+      service.AddCommand("jog", "move one stepper to a target in steps", Jog, arguments);
+  command.Add("AXIS", arguments->axis, "tube, table or trolley")
+      .Required()
+      .OneOf(Numbered<ServiceAxis>({{"tube", ServiceAxis::Tube},
+                                    {"table", ServiceAxis::Table},
+                                    {"trolley", ServiceAxis::Trolley}}));
+  command.Add("TARGET", arguments->target, "tube 0 to 942, table 0 to 615, trolley 0 to 1620")
+      .Required()
+      .Whole(0, kMostSteps);
 }
 
 }  // namespace
 
-void AddServiceCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App& service = AddCommandGroup(app, "service", "manual commands (level 10)");
-  AddCommand(service, invocation, "home", "take the present stepper positions as home", Home);
-  AddCommand(service, invocation, "precondition", "run the rotor for the precondition time",
-             Precondition);
-  AddCommand(service, invocation, "selftest", "ask for the self test's result", SelfTest);
-  AddCommand(service, invocation, "abort", "end the present operation", AbortOperation);
+void AddServiceCommands(const Command& program) {
+  const Command service = program.AddGroup("service", "manual commands (level 10)");
+  service.AddCommand("home", "take the present stepper positions as home", Home);
+  service.AddCommand("precondition", "run the rotor for the precondition time", Precondition);
+  service.AddCommand("selftest", "ask for the self test's result", SelfTest);
+  service.AddCommand("abort", "end the present operation", AbortOperation);
 
   const auto temperature = std::make_shared<std::string>();
-  AddCommand(service, invocation, "temperature", "set the cell's target temperature, or off",
-             Temperature, temperature)
-      .add_option("CELSIUS", *temperature, "degrees C, or off")
-      ->required();
+  service
+      .AddCommand("temperature", "set the cell's target temperature, or off", Temperature,
+                  temperature)
+      .Add("CELSIUS", *temperature, "degrees C, or off")
+      .Required();
 
   const auto position = std::make_shared<int>(0);
-  AddCommand(service, invocation, "move", "move to a tray position", Move, position)
-      .add_option("POSITION", *position, "from 1")
-      ->required()
-      ->check(WholeNumber(1, kMostPosition));
-  AddSwitch(service, invocation);
-  AddJog(service, invocation);
+  service.AddCommand("move", "move to a tray position", Move, position)
+      .Add("POSITION", *position, "from 1")
+      .Required()
+      .Whole(1, kMostPosition);
+  AddSwitch(service);
+  AddJog(service);
 }
 
 }  // namespace torvell

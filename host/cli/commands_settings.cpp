@@ -3,7 +3,6 @@
 
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
-#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 #include "host/core/users.h"
@@ -64,24 +63,23 @@ int ImportSettings(Session& session, const std::string& path) {
 
 }  // namespace
 
-void AddSettingsCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App& settings = AddCommandGroup(app, "settings", "the instrument's settings");
-  AddCommand(settings, invocation, "show", "list them with what each accepts", ShowSettings);
+void AddSettingsCommands(const Command& program) {
+  const Command settings = program.AddGroup("settings", "the instrument's settings");
+  settings.AddCommand("show", "list them with what each accepts", ShowSettings);
 
   const auto assignments = std::make_shared<std::vector<std::string>>();
-  AddCommand(settings, invocation, "set",
-             "change settings, all or none (level 50; the temperature offset 100)", SetSettings,
-             assignments)
-      .add_option("KEY=VALUE", *assignments, "as injection-time=200")
-      ->required();
+  settings
+      .AddCommand("set", "change settings, all or none (level 50; the temperature offset 100)",
+                  SetSettings, assignments)
+      .Add("KEY=VALUE", *assignments, "as injection-time=200")
+      .Required();
 
-  AddCommand(settings, invocation, "export", "print the whole settings text", ExportSettings);
+  settings.AddCommand("export", "print the whole settings text", ExportSettings);
 
   const auto path = std::make_shared<std::string>();
-  AddCommand(settings, invocation, "import", "take a settings text over (level 50)", ImportSettings,
-             path)
-      .add_option("FILE", *path, "what settings export has printed; - for standard input")
-      ->required();
+  settings.AddCommand("import", "take a settings text over (level 50)", ImportSettings, path)
+      .Add("FILE", *path, "what settings export has printed; - for standard input")
+      .Required();
 }
 
 }  // namespace torvell

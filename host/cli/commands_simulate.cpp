@@ -6,7 +6,6 @@
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
 #include "host/cli/oils_file.h"
-#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/standards_access.h"
 #include "host/cli/table.h"
@@ -71,21 +70,22 @@ int TakeOils(Session& session, const std::string& path) {
 
 }  // namespace
 
-void AddSimulateCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App& simulate =
-      AddCommandGroup(app, "simulate", "what the simulated instrument finds in its tray");
-  AddCommand(simulate, invocation, "show", "list the oils", ShowOils);
+void AddSimulateCommands(const Command& program) {
+  const Command simulate =
+      program.AddGroup("simulate", "what the simulated instrument finds in its tray");
+  simulate.AddCommand("show", "list the oils", ShowOils);
 
   const auto path = std::make_shared<std::string>();
-  AddCommand(simulate, invocation, "oils",
-             "put oils of true viscosities into its tray, in place of those before (level 50)",
-             TakeOils, path)
-      .add_option("FILE", *path, "CSV: position,temperature,true viscosity")
-      ->required();
+  simulate
+      .AddCommand("oils",
+                  "put oils of true viscosities into its tray, in place of those before (level 50)",
+                  TakeOils, path)
+      .Add("FILE", *path, "CSV: position,temperature,true viscosity")
+      .Required();
 
-  AddCommand(simulate, invocation, "off",
-             "take them away: the rotor turns at 240 rpm in everything again (level 50)",
-             [](Session& session) { return StoreOils(session, {}); });
+  simulate.AddCommand("off",
+                      "take them away: the rotor turns at 240 rpm in everything again (level 50)",
+                      [](Session& session) { return StoreOils(session, {}); });
 }
 
 }  // namespace torvell

@@ -3,10 +3,8 @@
 
 #include "boundary/host.h"
 #include "boundary/standards_text.h"
-#include "host/cli/arguments.h"
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
-#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/standards_access.h"
 #include "host/cli/table.h"
@@ -156,41 +154,40 @@ int MakeTray(Session& session, const rvx::CalibrationTrayRequest& request) {
   return static_cast<int>(ExitCode::Good);
 }
 
-void AddConformityCommands(CLI::App& standards, Invocation& invocation) {
+void AddConformityCommands(const Command& standards) {
   const auto temperature = std::make_shared<std::optional<double>>();
-  AddCommand(standards, invocation, "conform",
-             "at which temperatures they make up a set that conforms to ASTM D5293", ShowConformity,
-             temperature)
-      .add_option("--temperature", *temperature, "this one only")
-      ->type_name("DEGC")
-      ->check(DecimalNumber());
+  standards
+      .AddCommand("conform", "at which temperatures they make up a set that conforms to ASTM D5293",
+                  ShowConformity, temperature)
+      .Add("--temperature", *temperature, "this one only")
+      .Named("DEGC")
+      .Decimal();
 
   const auto request = std::make_shared<rvx::CalibrationTrayRequest>();
-  CLI::App& tray =
-      AddCommand(standards, invocation, "tray",
-                 "fill the tray with the conforming standards of these temperatures (level 10)",
-                 MakeTray, request);
-  tray.add_option("--temperature", request->temperatures, "one or more of those that conform")
-      ->type_name("DEGC")
-      ->required()
-      ->check(DecimalNumber());
-  tray.add_option("--only", request->only, "use these standards alone")->type_name("NAME");
+  const Command tray = standards.AddCommand(
+      "tray", "fill the tray with the conforming standards of these temperatures (level 10)",
+      MakeTray, request);
+  tray.Add("--temperature", request->temperatures, "one or more of those that conform")
+      .Named("DEGC")
+      .Required()
+      .Decimal();
+  tray.Add("--only", request->only, "use these standards alone").Named("NAME");
 }
 
 }  // namespace
 
-void AddStandardsCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App& standards = AddCommandGroup(app, "standards", "the calibration standards");
-  AddCommand(standards, invocation, "list", "list them", ListStandards);
+void AddStandardsCommands(const Command& program) {
+  const Command standards = program.AddGroup("standards", "the calibration standards");
+  standards.AddCommand("list", "list them", ListStandards);
 
   const auto path = std::make_shared<std::string>();
-  AddCommand(standards, invocation, "import", "replace the whole list by a file's (level 50)",
-             ImportStandards, path)
-      .add_option("FILE", *path, "CSV: name,temperature,known viscosity,lot")
-      ->required();
+  standards
+      .AddCommand("import", "replace the whole list by a file's (level 50)", ImportStandards, path)
+      .Add("FILE", *path, "CSV: name,temperature,known viscosity,lot")
+      .Required();
 
-  AddCommand(standards, invocation, "export", "print them as such a file", ExportStandards);
-  AddConformityCommands(standards, invocation);
+  standards.AddCommand("export", "print them as such a file", ExportStandards);
+  AddConformityCommands(standards);
 }
 
 }  // namespace torvell

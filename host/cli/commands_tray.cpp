@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 
 #include "host/cli/commands.h"
-#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 #include "host/core/users.h"
@@ -118,16 +117,16 @@ int ExportTray(Session& session) {
 
 }  // namespace
 
-void AddTrayCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App& tray = AddCommandGroup(app, "tray", "the tray");
-  AddCommand(tray, invocation, "show", "list the filled positions", ShowTray);
-  AddCommand(tray, invocation, "clear", "empty all positions (level 10)", ClearTray);
-  AddCommand(tray, invocation, "export", "print the tray as a file that load takes", ExportTray);
+void AddTrayCommands(const Command& program) {
+  const Command tray = program.AddGroup("tray", "the tray");
+  tray.AddCommand("show", "list the filled positions", ShowTray);
+  tray.AddCommand("clear", "empty all positions (level 10)", ClearTray);
+  tray.AddCommand("export", "print the tray as a file that load takes", ExportTray);
 
   const auto path = std::make_shared<std::string>();
-  AddCommand(tray, invocation, "load", "fill the tray from a file (level 10)", LoadTray, path)
-      .add_option("FILE", *path, "CSV; - for standard input")
-      ->required();
+  tray.AddCommand("load", "fill the tray from a file (level 10)", LoadTray, path)
+      .Add("FILE", *path, "CSV; - for standard input")
+      .Required();
 }
 
 }  // namespace torvell

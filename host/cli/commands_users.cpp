@@ -3,7 +3,6 @@
 
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
-#include "host/cli/registration.h"
 #include "host/cli/session.h"
 #include "host/cli/table.h"
 #include "platform/text.h"
@@ -77,20 +76,20 @@ int RemoveUser(Session& session, const UserArguments& arguments) {
 
 }  // namespace
 
-void AddUserCommands(CLI::App& app, Invocation& invocation) {
-  CLI::App& users = AddCommandGroup(app, "users", "the users and their levels");
-  AddCommand(users, invocation, "list", "list them", ListUsers);
+void AddUserCommands(const Command& program) {
+  const Command users = program.AddGroup("users", "the users and their levels");
+  users.AddCommand("list", "list them", ListUsers);
 
   const auto arguments = std::make_shared<UserArguments>();
   const auto add = [&](const char* name, const char* description,
-                       int (*command)(Session&, const UserArguments&)) -> CLI::App& {
-    CLI::App& added = AddCommand(users, invocation, name, description, command, arguments);
-    added.add_option("NAME", arguments->name)->required();
+                       int (*command)(Session&, const UserArguments&)) {
+    const Command added = users.AddCommand(name, description, command, arguments);
+    added.Add("NAME", arguments->name).Required();
     return added;
   };
   add("add", "add a user (level 100)", AddUser)
-      .add_option("LEVEL,--level", arguments->level, "operator (10), manager (50) or service (100)")
-      ->required();
+      .Add("LEVEL,--level", arguments->level, "operator (10), manager (50) or service (100)")
+      .Required();
   add("passwd", "set a password (level 100, or one's own)", ChangePassword);
   add("remove", "remove a user (level 100)", RemoveUser);
 }

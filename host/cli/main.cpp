@@ -4,7 +4,7 @@
 
 #include "host/cli/exit_codes.h"
 #include "host/cli/failure.h"
-#include "host/cli/options.h"
+#include "host/cli/parser.h"
 #include "host/cli/session.h"
 
 namespace torvell {
@@ -37,7 +37,7 @@ int Report(Output& output, ExitCode code, const std::string& message) {
 // Runs the command; whatever it raises becomes a message and an exit code.
 int RunCommand(const Invocation& invocation, Output& output) {
   try {
-    if (invocation.program) return invocation.program();
+    if (invocation.program) return invocation.program(invocation.options);
     Session session(invocation.options, output);
     return invocation.command(session);
   } catch (const CommandFailure& failure) {

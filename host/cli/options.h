@@ -8,10 +8,6 @@
 
 #include "platform/time_base.h"
 
-namespace CLI {
-class App;
-}
-
 namespace torvell {
 
 class Session;
@@ -35,12 +31,8 @@ struct Invocation {
   // program's exit code.
   std::function<int(Session&)> command;
   // Instead of a command: a program of its own that opens the host itself.
-  std::function<int()> program;
+  std::function<int(const GlobalOptions&)> program;
 };
-
-// Takes the command line apart into `invocation`. A result means that the program is to end at once
-// with this exit code: help was asked for, or the use is bad and has been said on standard error.
-std::optional<int> ParseCommandLine(int argc, char** argv, Invocation& invocation);
 
 // "real", "virtual" or "xN" with N from 1 to 1000; nothing for anything else.
 std::optional<platform::TimeBaseOptions> ParseClock(const std::string& text);

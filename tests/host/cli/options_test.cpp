@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "host/cli/exit_codes.h"
+#include "host/cli/parser.h"
 
 namespace torvell {
 namespace {
