@@ -12,6 +12,7 @@
 #include "boundary/access_levels.h"
 #include "boundary/action.h"
 #include "boundary/calibration_records.h"
+#include "boundary/printed_sheets.h"
 #include "boundary/viscometer_instrument.h"
 #include "platform/date.h"
 #include "platform/event.h"
@@ -138,6 +139,10 @@ class InstrumentScripting {
   // Level 50 (100 if it changes what needs it). Refuses a text that LoadSettingsText would not take
   // whole. Stored in the archive.
   virtual ScriptingResult ImportSettings(const std::string& text) = 0;
+
+  // A printed sheet as the bytes of a PDF file. Every level, as reading needs none. Refused if it
+  // can't be drawn; `pdf` is unchanged then. Works without a display.
+  virtual ScriptingResult MakePdf(const SheetRequest& request, std::string& pdf) = 0;
 
   // The tests of a sample action, with the defaults filled in; nothing for other actions.
   virtual std::optional<SampleTests> GetSampleTests(Action& action) = 0;

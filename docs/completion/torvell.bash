@@ -4,7 +4,7 @@ _torvell() {
   local options="--data --simulate --clock --seed --user --password-fd --instrument --json --quiet
     --help --help-all --version"
   local commands="discover ports status monitor constants settings calibrate standards tray run
-    samples service simulate messages users desktop"
+    samples print service simulate messages users desktop"
   local command="" subcommand="" word i
   for ((i = 1; i < COMP_CWORD; i++)); do
     word=${COMP_WORDS[i]}
@@ -17,8 +17,9 @@ _torvell() {
   case $previous in
     --data) mapfile -t COMPREPLY < <(compgen -d -- "$current"); return ;;
     --clock) mapfile -t COMPREPLY < <(compgen -W "real virtual x20 x50" -- "$current"); return ;;
+    --paper) mapfile -t COMPREPLY < <(compgen -W "a4 letter" -- "$current"); return ;;
     --theme) mapfile -t COMPREPLY < <(compgen -W "light dark" -- "$current"); return ;;
-    --csv) mapfile -t COMPREPLY < <(compgen -f -- "$current"); return ;;
+    --csv|--pdf) mapfile -t COMPREPLY < <(compgen -f -- "$current"); return ;;
   esac
   local words=""
   case $command in
@@ -36,6 +37,7 @@ _torvell() {
     desktop) words="--demo --lock-after --theme" ;;
     samples) words="--last --csv" ;;
     messages) words="--last" ;;
+    print) words="constants --pdf --paper" ;;
     monitor) words="--count" ;;
   esac
   case $command,$subcommand in
@@ -49,6 +51,7 @@ _torvell() {
     service,switch) words="injection motor cooling auto on off" ;;
     service,jog) words="tube table trolley" ;;
     service,temperature) words="off" ;;
+    print,?*) words="--pdf --paper" ;;
     *,?*) words="" ;;
   esac
   mapfile -t COMPREPLY < <(compgen -W "$words $options" -- "$current")

@@ -16,6 +16,7 @@ void AddArchiveCommands(const Command& program);    // samples, messages
 void AddServiceCommands(const Command& program);    // service
 void AddCalibrateCommand(const Command& program);   // calibrate
 void AddSimulateCommands(const Command& program);   // simulate
+void AddPrintCommands(const Command& program);      // print
 void AddDesktopCommand(const Command& program);     // desktop
 void AddUserCommands(const Command& program);       // users
 

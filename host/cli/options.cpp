@@ -13,8 +13,8 @@ constexpr int64_t kMostDescriptor = 65535;
 constexpr void (*kFamilies[])(const Command&) = {
     AddReadingCommands,   AddPortCommands,     AddConstantsCommands, AddSettingsCommands,
     AddStandardsCommands, AddTrayCommands,     AddRunCommand,        AddArchiveCommands,
-    AddServiceCommands,   AddCalibrateCommand, AddSimulateCommands,  AddUserCommands,
-    AddDesktopCommand};
+    AddServiceCommands,   AddCalibrateCommand, AddSimulateCommands,  AddPrintCommands,
+    AddUserCommands,      AddDesktopCommand};
 
 void AddGlobalOptions(const Command& program, GlobalOptions& options) {
   program

@@ -3,14 +3,17 @@
 #include <QApplication>
 
 #include "module/execution/sample_action_editor.h"
+#include "module/printing/pdf_renderer.h"
 #include "module/screens/samples/sample_editor.h"
 #include "module/screens/status/custom_status_wnd.h"
+#include "module/toolkit/pdf.h"
 #include "module/toolkit/qt_prompter.h"
 #include "platform/prompt.h"
 
 namespace rvx {
 
 void InstallScreens() {
+  SetPdfRenderer(RenderPdf);
   if (dynamic_cast<QApplication*>(QCoreApplication::instance()) == nullptr) return;
   // What is set here is never destroyed, because threads may use it while the process ends.
   if (!platform::HasPrompter()) {

@@ -45,6 +45,8 @@ class ScriptableInstrument final : public C_RVX, public InstrumentScripting {
       const std::vector<std::pair<std::string, std::string>>& values) override;
   ScriptingResult ImportSettings(const std::string& text) override;
 
+  ScriptingResult MakePdf(const SheetRequest& request, std::string& pdf) override;
+
   std::optional<SampleTests> GetSampleTests(Action& action) override;
   ScriptingResult SetSampleTests(Action& action, const SampleTests& tests) override;
   int32_t EstimateSeconds(Action& action) override;

@@ -3,6 +3,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QKeyEvent>
+#include <QPointer>
 
 #include "module/toolkit/controls.h"
 #include "module/toolkit/help.h"
@@ -19,7 +20,8 @@ CModalDialog::CModalDialog(QWidget* parent)
 void CModalDialog::BindButtons() {
   if (auto* ok = FindControl<QAbstractButton>(*this, kOkId)) {
     connect(ok, &QAbstractButton::clicked, this, [this] {
-      if (OnOk()) accept();
+      const QPointer<CModalDialog> self = this;
+      if (OnOk() && !self.isNull()) accept();
     });
   }
   if (auto* cancel = FindControl<QAbstractButton>(*this, kCancelId)) {

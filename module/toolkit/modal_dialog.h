@@ -7,18 +7,15 @@
 namespace rvx {
 
 // GUI thread. A derived class sets up its form, whose buttons OK and Cancel have the ids 1 and 2,
-// and calls BindButtons. Show it with Run.
+// and calls BindButtons. It runs by RunDialog (run_dialog.h).
 class CModalDialog : public QDialog {
  public:
   // Without a parent it belongs to the active window.
   explicit CModalDialog(QWidget* parent = nullptr);
 
-  // Shows it and waits until it has ended: true for OK. The dialog may be destroyed meanwhile
-  // together with its parent, so it stands on the heap or in a scope that outlives this call.
-  bool Run() { return exec() == QDialog::Accepted; }
-
  protected:
-  // OK was pressed: true to end the dialog. A refusal beeps and says or shows what is missing.
+  // OK was pressed: true to end the dialog. A refusal beeps and says or shows what is missing. It
+  // may show a message, under which the dialog may go away: then only the stack is touched.
   virtual bool OnOk() { return true; }
   // The help topic, empty for none.
   virtual std::string GetHelpTopic() const { return std::string(); }

@@ -6,6 +6,7 @@
 
 #include "module/toolkit/gui_thread.h"
 #include "module/toolkit/pause_tray_query.h"
+#include "module/toolkit/run_dialog.h"
 
 namespace rvx {
 namespace {
@@ -92,11 +93,7 @@ void QtPrompter::Ask(const DialogMaker& make, const AnswerReader& read) {
     if (closed_) return;
   }
   if (IsGuiThread()) {
-    // Its parent may be destroyed while it is open, and the dialog with it.
-    const QPointer<QDialog> dialog = make().release();
-    const int result = dialog->exec();
-    if (dialog) read(*dialog, result);
-    delete dialog;
+    RunDialog<QDialog>(make(), read);
     return;
   }
   auto question = std::make_shared<Question>();

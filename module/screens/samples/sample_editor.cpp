@@ -1,27 +1,13 @@
 #include "module/screens/samples/sample_editor.h"
 
-#include <QPointer>
-
 #include "module/screens/samples/check_visc_list.h"
 #include "module/screens/samples/sample_tests_editor.h"
+#include "module/toolkit/run_dialog.h"
 
 namespace rvx {
-namespace {
-
-// On the heap and looked at again: the host may destroy the parent, and the dialog with it, while
-// it is open.
-template <class Dialog>
-int Show(C_RVXViscAction& action) {
-  const QPointer<Dialog> dialog = new Dialog(action);
-  const int result = dialog->exec();
-  delete dialog;
-  return result;
-}
-
-}  // namespace
 
 StandardPick SampleEditor::PickStandard(C_RVXViscAction& action) {
-  switch (Show<CCheckViscList>(action)) {
+  switch (RunDialog(std::make_unique<CCheckViscList>(action))) {
     case QDialog::Accepted:
       return StandardPick::Picked;
     case CCheckViscList::kOther:
@@ -32,8 +18,8 @@ StandardPick SampleEditor::PickStandard(C_RVXViscAction& action) {
 }
 
 bool SampleEditor::EditTests(C_RVXViscAction& action, bool withKnownViscosity) {
-  const int result =
-      withKnownViscosity ? Show<CCheckViscEditor>(action) : Show<CMeasureViscEditor>(action);
+  const int result = withKnownViscosity ? RunDialog(std::make_unique<CCheckViscEditor>(action))
+                                        : RunDialog(std::make_unique<CMeasureViscEditor>(action));
   return result == QDialog::Accepted;
 }
 

@@ -466,6 +466,23 @@ class Settings(Case):
         self.assertTrue(slots[-20]["empty"])
         self.assertIsNone(slots[-20]["date"])
 
+    def test_the_constants_are_printed_without_a_display(self):
+        self.calibrate(-20)
+        path = os.path.join(self.folder, "constants.pdf")
+        self.environment["QT_QPA_PLATFORM"] = "xcb"  # a display that is not there must not matter
+        self.environment.pop("DISPLAY", None)
+        for words, box in ([], b"[0 0 595."), (["--paper", "letter"], b"[0 0 612."):
+            self.run_torvell("--quiet", "print", "constants", "--pdf", path, *words)
+            self.assertEqual([line for line in self.stderr.splitlines()
+                              if not line.startswith("note: ")], [])
+            with open(path, "rb") as file:
+                pdf = file.read()
+            self.assertTrue(pdf.startswith(b"%PDF-"))
+            self.assertIn(b"/MediaBox " + box, pdf)
+        self.run_torvell("print", "constants", "--pdf", "/dev/null/x.pdf", expect=5)
+        self.run_torvell("print", "constants", "--pdf", path, "--paper", "a5", expect=2)
+        self.assertIn("a4, letter", self.stderr)
+
     def test_standards_give_a_verified_oil_its_value(self):
         path = self.file("standards.csv", "name,temperature,known viscosity,lot\n"
                          "S1,-20,3950,\"lot, one\"\nS1,-5,1200,\n")

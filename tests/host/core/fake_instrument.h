@@ -105,6 +105,7 @@ class FakeInstrument : public rvx::ViscometerInstrument, public rvx::InstrumentS
     return {};
   }
   rvx::ScriptingResult ImportSettings(const std::string&) override { return {}; }
+  rvx::ScriptingResult MakePdf(const rvx::SheetRequest&, std::string&) override { return {}; }
   std::optional<rvx::SampleTests> GetSampleTests(rvx::Action& action) override;
   rvx::ScriptingResult SetSampleTests(rvx::Action&, const rvx::SampleTests&) override { return {}; }
   int32_t EstimateSeconds(rvx::Action&) override { return 0; }

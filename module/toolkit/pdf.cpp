@@ -1,0 +1,92 @@
+#include "module/toolkit/pdf.h"
+
+#include <QBuffer>
+#include <QGuiApplication>
+#include <QPageLayout>
+#include <QPdfWriter>
+#include <array>
+#include <clocale>
+
+#include "module/toolkit/page_painter.h"
+#include "platform/lock.h"
+#include "platform/log.h"
+
+namespace rvx {
+namespace {
+
+constexpr int kResolution = 1200;  // dots per inch
+// What nearly every printer leaves free at the edges, so that a PDF can be printed as it is.
+constexpr qreal kMargin = 0.25;  // inches
+
+std::string Render(const std::string& title, Paper paper, const PageDrawer& draw) {
+  QByteArray bytes;
+  QBuffer buffer(&bytes);
+  if (!buffer.open(QIODevice::WriteOnly)) return {};
+  QPdfWriter writer(&buffer);
+  writer.setResolution(kResolution);
+  writer.setTitle(QString::fromStdString(title));
+  writer.setCreator(QStringLiteral("RVX"));
+  writer.setPageLayout(QPageLayout(ToPageSize(paper), QPageLayout::Portrait,
+                                   QMarginsF(kMargin, kMargin, kMargin, kMargin),
+                                   QPageLayout::Inch));
+  if (!DrawDocument(writer, draw)) return {};
+  return bytes.toStdString();
+}
+
+// What the toolkit has to say at its start (that "C" is no UTF-8 locale, for instance) is of no
+// interest to somebody who prints from a command line.
+void LogQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
+  const bool isSevere = type == QtCriticalMsg || type == QtFatalMsg;
+  platform::Log(isSevere ? platform::LogLevel::Error : platform::LogLevel::Debug,
+                text.toStdString());
+}
+
+// Fonts need a QGuiApplication. One without a display makes do for the drawing, and goes again:
+// nothing else in the process should find an application there and take it for a window's.
+class OffscreenApplication {
+ public:
+  OffscreenApplication()
+      : locale_(std::setlocale(LC_ALL, nullptr)),
+        handler_(qInstallMessageHandler(LogQtMessage)),
+        application_(count_, arguments_.data()) {}
+  ~OffscreenApplication() {
+    qInstallMessageHandler(handler_);
+    // The application has set the user's, and this process may have been started with another.
+    std::setlocale(LC_ALL, locale_.c_str());
+  }
+  OffscreenApplication(const OffscreenApplication&) = delete;
+  OffscreenApplication& operator=(const OffscreenApplication&) = delete;
+
+ private:
+  const std::string locale_;
+  const QtMessageHandler handler_;
+  char name_[8] = "torvell";
+  char option_[10] = "-platform";
+  char platform_[10] = "offscreen";  // goes before QT_QPA_PLATFORM, which may name a display
+  std::array<char*, 4> arguments_ = {name_, option_, platform_, nullptr};
+  int count_ = 3;
+  QGuiApplication application_;
+};
+
+// One thread at a time has an application of its own.
+platform::PlainLock& ApplicationLock() {
+  static auto* const lock = new platform::PlainLock("PDF application", platform::kLeafRank);
+  return *lock;
+}
+
+}  // namespace
+
+std::string RenderPdf(const std::string& title, std::optional<Paper> paper,
+                      const PageDrawer& draw) {
+  const auto render = [&] { return Render(title, paper.value_or(GetUsualPaper()), draw); };
+  {
+    platform::PlainGuard guard(ApplicationLock());
+    if (QCoreApplication::instance() == nullptr) {
+      const OffscreenApplication application;
+      return render();
+    }
+  }
+  return render();
+}
+
+}  // namespace rvx
