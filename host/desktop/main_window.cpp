@@ -16,7 +16,9 @@
 
 #include "host/desktop/abort_consent.h"
 #include "host/desktop/banner.h"
+#include "host/desktop/closing_question.h"
 #include "host/desktop/demo_folder.h"
+#include "host/desktop/host_events.h"
 #include "host/desktop/instrument_panel.h"
 #include "host/desktop/instrument_session.h"
 #include "host/desktop/messages_page.h"
@@ -43,58 +45,6 @@ double SecondsOf(platform::Microseconds time) { return static_cast<double>(time.
 
 }  // namespace
 
-// What the host tells from other threads, brought to the window's.
-class MainWindow::Listeners : private ErrorListener,
-                              private SampleStoredListener,
-                              private rvx::ViscometerArrayMonitor {
- public:
-  explicit Listeners(MainWindow& window)
-      : host_(window.host_), gui_(window.gui_), window_(&window) {
-    host_.errors().AddListener(this);
-    host_.samples().AddListener(this);
-    handle_ = host_.instruments().RegisterMonitor(this);
-  }
-  ~Listeners() override {
-    host_.instruments().UnregisterMonitor(handle_);
-    host_.samples().RemoveListener(this);
-    host_.errors().RemoveListener(this);
-  }
-
- private:
-  template <class Call>
-  void Tell(Call call) {
-    gui_.Post([window = window_, call = std::move(call)] {
-      if (!window.isNull() && !window->closing_) call(*window);
-    });
-  }
-
-  void ErrorReported(const ErrorReport& report) override {
-    Tell([report](MainWindow& window) {
-      window.messages_.Add(report);
-      if (IsFailure(report)) {
-        Notify(QStringLiteral("TORVELL: failure"), QString::fromStdString(report.message));
-      }
-    });
-  }
-  // Of the monitor; the store has told already.
-  void ErrorReported(rvx::ActionErrorRecord) override {}
-  void SampleStored(const rvx::Sample&, const SampleOrigin&) override {
-    Tell([](MainWindow& window) { window.samples_->NoteStored(); });
-  }
-  void InstrumentsChanged(int32_t) override {
-    Tell([](MainWindow& window) {
-      for (const auto& session : window.sessions_) session->Reload();
-      // New constants may allow samples that were refused before.
-      if (window.selected_ != nullptr) window.screens_->Ask(window.selected_->entry());
-    });
-  }
-
-  Host& host_;
-  GuiThread& gui_;
-  const QPointer<MainWindow> window_;
-  int32_t handle_ = 0;
-};
-
 MainWindow::MainWindow(Host& host, GuiThread& gui, AbortConsent& consent,
                        const WindowOptions& options)
     : host_(host), gui_(gui), consent_(consent), options_(options) {
@@ -103,16 +53,11 @@ MainWindow::MainWindow(Host& host, GuiThread& gui, AbortConsent& consent,
   screens_ = std::make_unique<Screens>(gui_, *worker_);
   BuildLayout();
   BuildMenus();
-  connect(&messages_, &MessageList::OpenChanged, this, &MainWindow::RefreshBanner);
-  connect(&messages_, &MessageList::Acknowledged, this, [this](const std::vector<int64_t>& rows) {
-    worker_->Do(
-        this, [this, rows] { host_.errors().Acknowledge(rows); }, {},
-        [this](const QString& text) { ShowFailure(text); });
-  });
   connect(screens_.get(), &Screens::Offered, this, &MainWindow::RefreshMenus);
   connect(screens_.get(), &Screens::Failed, this, &MainWindow::ShowFailure);
   connect(screens_.get(), &Screens::Notice, this, &MainWindow::ShowNotice);
-  listeners_ = std::make_unique<Listeners>(*this);
+  ConnectMessages();
+  ConnectHost();
   if (options_.lockMinutes > 0) {
     idle_ = new IdleWatch(options_.lockMinutes, this);
     connect(idle_, &IdleWatch::Idle, this, &MainWindow::Lock);
@@ -124,9 +69,39 @@ MainWindow::MainWindow(Host& host, GuiThread& gui, AbortConsent& consent,
 
 MainWindow::~MainWindow() {
   platform::SetHelpViewer(nullptr);
-  listeners_.reset();
+  events_.reset();
   // They use the sessions and the worker.
   delete centralWidget();
+}
+
+void MainWindow::ConnectMessages() {
+  connect(&messages_, &MessageList::OpenChanged, this, &MainWindow::RefreshBanner);
+  connect(&messages_, &MessageList::Acknowledged, this, [this](const std::vector<int64_t>& rows) {
+    worker_->Do(
+        this, [this, rows] { host_.errors().Acknowledge(rows); }, {},
+        [this](const QString& text) { ShowFailure(text); });
+  });
+}
+
+// Once the window closes, nothing of this matters any more.
+void MainWindow::ConnectHost() {
+  events_ = std::make_unique<HostEvents>(host_, gui_);
+  connect(events_.get(), &HostEvents::Reported, this, [this](const ErrorReport& report) {
+    if (closing_) return;
+    messages_.Add(report);
+    if (IsFailure(report)) {
+      Notify(QStringLiteral("TORVELL: failure"), QString::fromStdString(report.message));
+    }
+  });
+  connect(events_.get(), &HostEvents::Stored, this, [this] {
+    if (!closing_) samples_->NoteStored();
+  });
+  connect(events_.get(), &HostEvents::InstrumentChanged, this, [this] {
+    if (closing_) return;
+    for (const auto& session : sessions_) session->Reload();
+    // New constants may allow samples that were refused before.
+    if (selected_ != nullptr) screens_->Ask(selected_->entry());
+  });
 }
 
 void MainWindow::BuildLayout() {
@@ -143,17 +118,21 @@ void MainWindow::BuildLayout() {
   message_ = new Banner(Banner::Tone::Loud, center);
   connect(message_->AddButton(QStringLiteral("Show")), &QPushButton::clicked, this,
           [this] { tabs_->setCurrentWidget(messagesPage_); });
-  connect(message_->AddButton(QStringLiteral("Acknowledge")), &QPushButton::clicked, this, [this] {
-    for (int row = 0; row < messages_.rowCount(); ++row) {
-      if (!messages_.at(row).acknowledged) {
-        messages_.Acknowledge(row);
-        break;
-      }
-    }
-  });
+  connect(message_->AddButton(QStringLiteral("Acknowledge")), &QPushButton::clicked, this,
+          &MainWindow::AcknowledgeNewest);
   layout->addWidget(message_);
+  layout->addWidget(BuildPages(center), 1);
+  setCentralWidget(center);
 
-  auto* splitter = new QSplitter(Qt::Horizontal, center);
+  actor_ = new QLabel(this);
+  actor_->setContentsMargins(kGap, 0, kGap, 0);
+  statusBar()->addPermanentWidget(actor_);
+  statusBar()->setSizeGripEnabled(false);
+  resize(1280, 800);
+}
+
+QWidget* MainWindow::BuildPages(QWidget* parent) {
+  auto* splitter = new QSplitter(Qt::Horizontal, parent);
   splitter->setChildrenCollapsible(false);
   panel_ = new InstrumentPanel(splitter);
   tray_ = new TrayPage(splitter);
@@ -166,17 +145,10 @@ void MainWindow::BuildLayout() {
   splitter->setStretchFactor(1, 3);
   splitter->setStretchFactor(2, 2);
   splitter->setSizes({208, 680, 368});
-  layout->addWidget(splitter, 1);
-  setCentralWidget(center);
   connect(panel_, &InstrumentPanel::Chosen, this, &MainWindow::Select);
   connect(tray_, &TrayPage::Notice, this, &MainWindow::ShowNotice);
   connect(tray_, &TrayPage::ExportAsked, this, &MainWindow::ExportRun);
-
-  actor_ = new QLabel(this);
-  actor_->setContentsMargins(kGap, 0, kGap, 0);
-  statusBar()->addPermanentWidget(actor_);
-  statusBar()->setSizeGripEnabled(false);
-  resize(1280, 800);
+  return splitter;
 }
 
 void MainWindow::ExportRun() {
@@ -209,6 +181,21 @@ QWidget* MainWindow::BuildSide() {
   return side;
 }
 
+// What has to be known before the person is greeted.
+void MainWindow::FindInstruments(Start& start) {
+  if (start.isDemo) WriteDemoStandards(host_);
+  host_.DiscoverInstruments();
+  consent_.StandInFront();
+  if (start.isDemo) FillDemoFolder(host_);
+  start.isDemo = start.isDemo || IsDemoFolder(host_.dataFolder());
+  start.hasUsers = !host_.users().IsEmpty();
+  start.level = host_.users().ActingLevel();
+  for (const InstrumentEntry& entry : host_.instruments().Entries()) {
+    const auto interrupted = host_.journal().InterruptedOf(entry.identity.archiveKey);
+    if (interrupted) start.interrupted.push_back(*interrupted);
+  }
+}
+
 void MainWindow::Begin() {
   auto history = std::make_shared<std::vector<ErrorReport>>();
   worker_->Do(
@@ -218,20 +205,7 @@ void MainWindow::Begin() {
   auto start = std::make_shared<Start>();
   start->isDemo = options_.demo;
   worker_->Do(
-      this,
-      [this, start] {
-        if (start->isDemo) WriteDemoStandards(host_);
-        host_.DiscoverInstruments();
-        consent_.StandInFront();
-        if (start->isDemo) FillDemoFolder(host_);
-        start->isDemo = start->isDemo || IsDemoFolder(host_.dataFolder());
-        start->hasUsers = !host_.users().IsEmpty();
-        start->level = host_.users().ActingLevel();
-        for (const InstrumentEntry& entry : host_.instruments().Entries()) {
-          const auto interrupted = host_.journal().InterruptedOf(entry.identity.archiveKey);
-          if (interrupted) start->interrupted.push_back(*interrupted);
-        }
-      },
+      this, [this, start] { FindInstruments(*start); },
       [this, start] {
         TakeInstruments();
         RefreshActor();
@@ -340,6 +314,14 @@ void MainWindow::RefreshBanner() {
       QString::fromStdString(AdviceText(open->report.message)));
 }
 
+void MainWindow::AcknowledgeNewest() {
+  for (int row = 0; row < messages_.rowCount(); ++row) {
+    if (messages_.at(row).acknowledged) continue;
+    messages_.Acknowledge(row);
+    return;
+  }
+}
+
 void MainWindow::ShowNotice(const QString& text) {
   statusBar()->showMessage(QString(text).replace(QLatin1Char('\n'), QLatin1Char(' ')),
                            kNoticeMilliseconds);
@@ -375,22 +357,21 @@ bool MainWindow::AnyRunning() const {
 
 void MainWindow::RefreshAwake() { awake_.SetRunning(AnyRunning()); }
 
-bool MainWindow::AskToClose() {
-  QString losses;
+bool MainWindow::MayClose() {
+  std::vector<ClosingObstacle> runs;
   for (const auto& session : sessions_) {
     if (!session->IsRunning()) continue;
-    losses += QStringLiteral("%1: %2\n")
-                  .arg(QString::fromStdString(session->entry().Title()),
-                       session->run() != nullptr ? DescribeLoss(*session->run())
-                                                 : QStringLiteral("The tray is being started."));
+    runs.push_back({QString::fromStdString(session->entry().Title()),
+                    session->run() != nullptr ? DescribeLoss(*session->run())
+                                              : QStringLiteral("The tray is being started.")});
   }
-  QMessageBox box(QMessageBox::Warning, QStringLiteral("Close TORVELL"),
-                  QStringLiteral("A tray is running. Closing aborts it."), QMessageBox::NoButton,
-                  this);
-  box.setInformativeText(losses.trimmed());
-  QAbstractButton* close =
-      box.addButton(QStringLiteral("Abort and Close"), QMessageBox::DestructiveRole);
-  QPushButton* back = box.addButton(QStringLiteral("Keep Running"), QMessageBox::RejectRole);
+  const std::optional<ClosingQuestion> question = AskBeforeClosing(runs, {});
+  if (!question) return true;
+  QMessageBox box(QMessageBox::Warning, QStringLiteral("Close TORVELL"), question->text,
+                  QMessageBox::NoButton, this);
+  box.setInformativeText(question->details);
+  QAbstractButton* close = box.addButton(question->closeAnyway, QMessageBox::DestructiveRole);
+  QPushButton* back = box.addButton(question->keepOpen, QMessageBox::RejectRole);
   box.setDefaultButton(back);
   box.setEscapeButton(back);
   box.exec();
@@ -400,19 +381,20 @@ bool MainWindow::AskToClose() {
 void MainWindow::closeEvent(QCloseEvent* event) {
   event->ignore();
   if (closing_ || askingToClose_) return;
-  if (AnyRunning()) {
-    // A second wish to close, such as Ctrl+C, does not ask a second time.
-    askingToClose_ = true;
-    const bool agreed = AskToClose();
-    askingToClose_ = false;
-    if (!agreed || closing_) return;
-  }
+  // A second wish to close, such as Ctrl+C, does not ask a second time.
+  askingToClose_ = true;
+  const bool agreed = MayClose();
+  askingToClose_ = false;
+  if (agreed && !closing_) BeginClosing();
+}
+
+void MainWindow::BeginClosing() {
   closing_ = true;
   // What is typed now would come too late.
   centralWidget()->setEnabled(false);
   menuBar()->setEnabled(false);
   statusBar()->showMessage(QStringLiteral("Closing ..."));
-  // Before the event loop ends, which answers every question that stands: an injection prompt that
+  // Before the event loop ends, which answers every question that is open: an injection prompt that
   // is answered while its run goes on would begin an injection.
   auto left = std::make_shared<size_t>(sessions_.size() + 1);
   const auto done = [this, left] {
@@ -424,7 +406,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 
 std::function<void()> MainWindow::TakeClosingWork() {
   panel_->CloseStatusWindow();
-  // Behind a window that was not closed by its person.
+  // Also where the window goes without having been closed by a person.
   for (const auto& session : sessions_) session->EndRun([] {});
   screens_->CloseAll();
   return [this] {

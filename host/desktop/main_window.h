@@ -23,6 +23,7 @@ namespace torvell {
 
 class AbortConsent;
 class Banner;
+class HostEvents;
 class IdleWatch;
 class InstrumentPanel;
 class InstrumentSession;
@@ -37,6 +38,8 @@ struct WindowOptions {
   int lockMinutes = 10;  // without a key or a mouse movement; 0: never
 };
 
+// Puts the instruments, the tray, the samples and the messages around each other, and follows who
+// acts. The window's thread only.
 class MainWindow : public QMainWindow, private platform::HelpViewer {
   Q_OBJECT
 
@@ -48,7 +51,7 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
   // Looks for instruments, and greets the person.
   void Begin();
   // The work that ends what may block, for another thread than this one; the window must not be
-  // used behind it.
+  // used after it.
   std::function<void()> TakeClosingWork();
 
   TrayPage& trayPage() { return *tray_; }
@@ -76,26 +79,31 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
   void closeEvent(QCloseEvent* event) override;
 
  private:
-  class Listeners;
+  // What has to be known of the archive and the instruments before the person is greeted.
+  struct Start;
 
   // platform::HelpViewer, for the module's screens.
   void ShowTopic(const std::string& path) override { ShowHelp(QString::fromStdString(path)); }
 
   void BuildLayout();
   void BuildMenus();
+  QWidget* BuildPages(QWidget* parent);
   QWidget* BuildSide();
+  void ConnectMessages();
+  void ConnectHost();
+  // The worker's jobs only.
+  void FindInstruments(Start& start);
   void TakeInstruments();
   void Connect(InstrumentSession& session);
   void Select(InstrumentSession* session);
   void RefreshBanner();
+  void AcknowledgeNewest();
   void RefreshMenus();
   void RefreshAwake();
   // The results of the run that is shown, into a file.
   void ExportRun();
   void AddToPlot(const std::vector<TimedReadings>& readings);
   void BeginCurve();
-  // What has to be asked of the archive before the person is greeted.
-  struct Start;
   void Greet(const Start& start);
   void OfferInterrupted();
   void ApplyActor(const QString& name, int32_t level, bool isUser);
@@ -103,7 +111,9 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
   void LogOut();
   void ShowAbout();
   bool AnyRunning() const;
-  bool AskToClose();
+  // Asks the person if something goes on that the end of the window would break off.
+  bool MayClose();
+  void BeginClosing();
 
   Host& host_;
   GuiThread& gui_;
@@ -118,7 +128,7 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
 
   // For the archive and the users; instruments have their own.
   std::unique_ptr<Worker> worker_;
-  std::unique_ptr<Listeners> listeners_;
+  std::unique_ptr<HostEvents> events_;
   std::vector<std::unique_ptr<InstrumentSession>> sessions_;
   InstrumentSession* selected_ = nullptr;
   MessageList messages_;

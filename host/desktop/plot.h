@@ -1,5 +1,5 @@
 // A live plot of two quantities over time, as the window uses it: another drawing library could
-// stand behind this.
+// take the place of ours.
 #pragma once
 
 #include <QString>

@@ -20,14 +20,37 @@ namespace {
 constexpr int kDrawingMilliseconds = 200;
 constexpr double kFollowedSeconds = 600.0;
 // Some hours of readings; older ones go.
-constexpr size_t kMostPoints = 40000;
+constexpr size_t kMaxPoints = 40000;
 constexpr int kTicksAcross = 5;
 constexpr int kTicksUp = 5;
+// A curve with more points than these draws its dashes itself; see DrawCurve.
+constexpr int kFewPoints = 200;
+constexpr double kDash = 6.0;  // pixels
+constexpr double kDashGap = 3.0;
 
 struct Point {
   double seconds, left, right;
 };
 
+QPen LeftPen() { return QPen(Colors().accent, 1.6); }
+QPen RightPen() { return QPen(Colors().secondCurve, 1.4, Qt::DashLine); }
+
+// Where a range of values is in pixels: `start` is the place of its low end, `length` is negative
+// where values grow upwards.
+struct Scale {
+  PlotRange range;
+  double start, length;
+  double At(double value) const { return start + (value - range.low) / range.span() * length; }
+};
+
+Scale Across(const PlotRange& range, const QRectF& frame) {
+  return {range, frame.left(), frame.width()};
+}
+Scale Up(const PlotRange& range, const QRectF& frame) {
+  return {range, frame.bottom(), -frame.height()};
+}
+
+// Two curves over time, which the person can move and zoom. The window's thread only.
 class PlotWidget : public QWidget, public Plot {
  public:
   PlotWidget(const PlotCurveStyle& left, const PlotCurveStyle& right, QWidget* parent)
@@ -55,7 +78,7 @@ class PlotWidget : public QWidget, public Plot {
 
   void Add(double seconds, double left, double right) override {
     points_.push_back({seconds, left, right});
-    if (points_.size() > kMostPoints) points_.pop_front();
+    if (points_.size() > kMaxPoints) points_.pop_front();
     // Drawing is most of what the window costs during a run, and nobody sees more pictures a
     // second.
     if (std::exchange(drawingDue_, true)) return;
@@ -125,9 +148,11 @@ class PlotWidget : public QWidget, public Plot {
   }
 
   PlotAxis AxisOf(double Point::*value, const PlotCurveStyle& style, const PlotRange& shown) const;
-  void DrawGrid(QPainter& painter, const QRectF& frame, const PlotAxis& time, const PlotAxis& left,
-                const PlotAxis& right) const;
   void DrawHeading(QPainter& painter) const;
+  void DrawTimeAxis(QPainter& painter, const QRectF& frame, const PlotAxis& time) const;
+  enum class Side { Left, Right };
+  // Only the left axis has lines across the frame; two sets of them could not be told apart.
+  void DrawValueAxis(QPainter& painter, const QRectF& frame, const PlotAxis& axis, Side side) const;
   void DrawCurve(QPainter& painter, const QRectF& frame, const PlotRange& shown,
                  const PlotAxis& axis, double Point::*value, const QPen& pen) const;
 
@@ -139,13 +164,6 @@ class PlotWidget : public QWidget, public Plot {
   double dragged_ = 0.0;
   bool drawingDue_ = false;
 };
-
-constexpr int kFewPoints = 200;
-constexpr double kDash = 6.0;  // pixels
-constexpr double kDashGap = 3.0;
-
-QPen LeftPen() { return QPen(Colors().accent, 1.6); }
-QPen RightPen() { return QPen(Colors().secondCurve, 1.4, Qt::DashLine); }
 
 PlotAxis PlotWidget::AxisOf(double Point::*value, const PlotCurveStyle& style,
                             const PlotRange& shown) const {
@@ -182,13 +200,12 @@ void PlotWidget::DrawHeading(QPainter& painter) const {
   legend(right_, RightPen(), true);
 }
 
-void PlotWidget::DrawGrid(QPainter& painter, const QRectF& frame, const PlotAxis& time,
-                          const PlotAxis& left, const PlotAxis& right) const {
+void PlotWidget::DrawTimeAxis(QPainter& painter, const QRectF& frame, const PlotAxis& time) const {
   const QFontMetricsF metrics(font());
-  const QPen line(Colors().line, 1.0);
+  const Scale across = Across(time.range, frame);
   for (const double tick : time.ticks) {
-    const double x = frame.left() + (tick - time.range.low) / time.range.span() * frame.width();
-    painter.setPen(line);
+    const double x = across.At(tick);
+    painter.setPen(QPen(Colors().line, 1.0));
     painter.drawLine(QPointF(x, frame.top()), QPointF(x, frame.bottom()));
     painter.setPen(Colors().quiet);
     const QString text = QString::fromStdString(DurationText(std::lround(tick)));
@@ -198,25 +215,24 @@ void PlotWidget::DrawGrid(QPainter& painter, const QRectF& frame, const PlotAxis
   painter.setPen(Colors().text);
   painter.drawText(QRectF(0, frame.bottom() + 3 + metrics.height(), width(), metrics.height() + 2),
                    Qt::AlignCenter, QStringLiteral("Time (min:s)"));
-  const auto scale = [&](const PlotAxis& axis, bool toRight) {
-    for (const double tick : axis.ticks) {
-      const double y =
-          frame.bottom() - (tick - axis.range.low) / axis.range.span() * frame.height();
-      if (!toRight) {
-        painter.setPen(line);
-        painter.drawLine(QPointF(frame.left(), y), QPointF(frame.right(), y));
-      }
-      painter.setPen(Colors().quiet);
-      const QRectF box(toRight ? frame.right() + 4 : 0, y - metrics.height() / 2, frame.left() - 4,
-                       metrics.height());
-      painter.drawText(box, toRight ? Qt::AlignLeft : Qt::AlignRight,
-                       DisplayNumber(tick, axis.decimals));
+}
+
+void PlotWidget::DrawValueAxis(QPainter& painter, const QRectF& frame, const PlotAxis& axis,
+                               Side side) const {
+  const QFontMetricsF metrics(font());
+  const Scale up = Up(axis.range, frame);
+  for (const double tick : axis.ticks) {
+    const double y = up.At(tick);
+    if (side == Side::Left) {
+      painter.setPen(QPen(Colors().line, 1.0));
+      painter.drawLine(QPointF(frame.left(), y), QPointF(frame.right(), y));
     }
-  };
-  scale(left, false);
-  scale(right, true);
-  painter.setPen(QPen(Colors().line, 1.0));
-  painter.drawRect(frame);
+    painter.setPen(Colors().quiet);
+    const QRectF box(side == Side::Right ? frame.right() + 4 : 0, y - metrics.height() / 2,
+                     frame.left() - 4, metrics.height());
+    painter.drawText(box, side == Side::Right ? Qt::AlignLeft : Qt::AlignRight,
+                     DisplayNumber(tick, axis.decimals));
+  }
 }
 
 void PlotWidget::DrawCurve(QPainter& painter, const QRectF& frame, const PlotRange& shown,
@@ -236,22 +252,19 @@ void PlotWidget::DrawCurve(QPainter& painter, const QRectF& frame, const PlotRan
     if (run.size() > 1) painter.drawPolyline(run);
     run.clear();
   };
+  const Scale across = Across(shown, frame);
+  const Scale up = Up(axis.range, frame);
   double lastX = -1e9;
   for (const Point& point : points_) {
-    if (!isShown(point)) {
-      flush();
-      continue;
-    }
-    const double x = frame.left() + (point.seconds - shown.low) / shown.span() * frame.width();
-    if (gaps && std::fmod(x - frame.left(), kDash + kDashGap) >= kDash) {
+    const double x = across.At(point.seconds);
+    if (!isShown(point) || (gaps && std::fmod(x - frame.left(), kDash + kDashGap) >= kDash)) {
       flush();
       continue;
     }
     // Points closer than a pixel add nothing to see.
     if (!run.isEmpty() && x - lastX < 1.0) continue;
     lastX = x;
-    run << QPointF(
-        x, frame.bottom() - (point.*value - axis.range.low) / axis.range.span() * frame.height());
+    run << QPointF(x, up.At(point.*value));
   }
   flush();
 }
@@ -273,7 +286,11 @@ void PlotWidget::paintEvent(QPaintEvent*) {
   const PlotAxis left = AxisOf(&Point::left, left_, shown);
   const PlotAxis right = AxisOf(&Point::right, right_, shown);
   DrawHeading(painter);
-  DrawGrid(painter, frame, time, left, right);
+  DrawTimeAxis(painter, frame, time);
+  DrawValueAxis(painter, frame, left, Side::Left);
+  DrawValueAxis(painter, frame, right, Side::Right);
+  painter.setPen(QPen(Colors().line, 1.0));
+  painter.drawRect(frame);
   painter.setClipRect(frame);
   DrawCurve(painter, frame, shown, left, &Point::left, LeftPen());
   DrawCurve(painter, frame, shown, right, &Point::right, RightPen());

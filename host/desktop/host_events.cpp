@@ -1,0 +1,40 @@
+#include "host/desktop/host_events.h"
+
+#include <utility>
+
+namespace torvell {
+
+HostEvents::HostEvents(Host& host, GuiThread& gui) : host_(host), gui_(gui) {
+  host_.errors().AddListener(this);
+  host_.samples().AddListener(this);
+  monitor_ = host_.instruments().RegisterMonitor(this);
+}
+
+HostEvents::~HostEvents() {
+  host_.instruments().UnregisterMonitor(monitor_);
+  host_.samples().RemoveListener(this);
+  host_.errors().RemoveListener(this);
+}
+
+void HostEvents::Post(std::function<void(HostEvents&)> emit) {
+  gui_.Post([self = self_, emit = std::move(emit)] {
+    if (!self.isNull()) emit(*self);
+  });
+}
+
+void HostEvents::ErrorReported(const ErrorReport& report) {
+  Post([report](HostEvents& self) { Q_EMIT self.Reported(report); });
+}
+
+// The monitor's; the error store has told of the same report already.
+void HostEvents::ErrorReported(rvx::ActionErrorRecord) {}
+
+void HostEvents::SampleStored(const rvx::Sample&, const SampleOrigin&) {
+  Post([](HostEvents& self) { Q_EMIT self.Stored(); });
+}
+
+void HostEvents::InstrumentsChanged(int32_t) {
+  Post([](HostEvents& self) { Q_EMIT self.InstrumentChanged(); });
+}
+
+}  // namespace torvell
