@@ -68,8 +68,8 @@ QString LevelNeededText(int32_t needed, int32_t present) {
       .arg(LevelName(present));
 }
 
-bool IsStale(const InstrumentSituation& situation) {
-  return !situation.silence || *situation.silence >= kStaleAfter;
+bool IsStale(const std::optional<platform::Milliseconds>& silence) {
+  return !silence || *silence >= kStaleAfter;
 }
 
 StateWord WordOf(const InstrumentSituation& situation) {

@@ -42,8 +42,9 @@ QString StateText(const InstrumentSituation& situation, int traySize);
 Shape StateShape(StateWord word);
 // Why the instrument is not ready, and what helps; empty if it is.
 QString NotReadyText(const InstrumentSituation& situation);
-// Values are older than kStaleAfter.
-bool IsStale(const InstrumentSituation& situation);
+// Values are older than kStaleAfter, or none has come; `silence` as in the situation.
+bool IsStale(const std::optional<platform::Milliseconds>& silence);
+inline bool IsStale(const InstrumentSituation& situation) { return IsStale(situation.silence); }
 
 // Whether a command is offered. A hidden one does not fit the state; one that is shown and not
 // enabled says why.

@@ -3,9 +3,19 @@
 
 #include <QString>
 
-#include "host/desktop/instrument_session.h"
+#include "host/tray/run_state.h"
 
 namespace torvell {
+
+// What a run came to, until somebody has taken notice.
+struct RunSummary {
+  int samples = 0;
+  int samplesDue = 0;
+  int failedPositions = 0;
+  int errors = 0;
+  bool aborted = false;
+  platform::Microseconds duration{0};
+};
 
 struct ProgressText {
   int percent = 0;

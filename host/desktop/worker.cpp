@@ -44,7 +44,6 @@ void Worker::Do(QObject* owner, std::function<void()> job, std::function<void()>
   entry->body = std::move(job);
   entry->done = std::move(done);
   entry->failed = std::move(failed);
-  ++waiting_;
   {
     platform::PlainGuard guard(lock_);
     jobs_.push_back(std::move(entry));
@@ -53,8 +52,7 @@ void Worker::Do(QObject* owner, std::function<void()> job, std::function<void()>
 }
 
 void Worker::Report(std::shared_ptr<Job> job, const QString& failure) {
-  gui_.Post([this, alive = std::weak_ptr<int>(alive_), job = std::move(job), failure] {
-    if (!alive.expired()) --waiting_;
+  gui_.Post([job = std::move(job), failure] {
     if (job->owner.isNull()) return;
     if (!failure.isEmpty()) {
       if (job->failed) job->failed(failure);

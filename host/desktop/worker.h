@@ -8,6 +8,7 @@
 #include <string>
 
 #include "host/desktop/gui_thread.h"
+#include "host/desktop/job_runner.h"
 #include "platform/event.h"
 #include "platform/lock.h"
 #include "platform/thread.h"
@@ -19,18 +20,17 @@ class Worker {
  public:
   // `name` is the thread's.
   Worker(GuiThread& gui, const std::string& name);
-  // Does what was given to it, then ends the thread; what was to happen behind a job is dropped.
+  // Does what was given to it, then ends the thread; what was to happen after a job is dropped.
   // Call it only while the window's thread still takes jobs, or from a thread that is not it.
   ~Worker();
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
 
-  // Runs `job` on the worker's thread. What it raises becomes a text for people; then `failed` runs
+  // Runs `job` on the worker's thread. What it throws becomes a text for people; then `failed` runs
   // on the window's thread with that text, else `done`. Neither runs once `owner` is gone.
   void Do(QObject* owner, std::function<void()> job, std::function<void()> done = {},
           std::function<void(const QString&)> failed = {});
 
-  bool IsIdle() const { return waiting_ == 0; }
   // Ends the thread early, on any thread: what was given is still done.
   void Finish();
 
@@ -46,16 +46,30 @@ class Worker {
   void Report(std::shared_ptr<Job> job, const QString& failure);
 
   GuiThread& gui_;
-  int waiting_ = 0;  // the window's thread alone: jobs whose end it has not heard of
   platform::PlainLock lock_{"window worker", platform::kLeafRank};
   std::deque<std::shared_ptr<Job>> jobs_ GUARDED_BY(lock_);
   bool ending_ GUARDED_BY(lock_) = false;
   platform::Event work_{"window worker has work"};
-  std::shared_ptr<int> alive_ = std::make_shared<int>(0);  // the window's thread alone
   std::shared_ptr<platform::Thread> thread_;
 };
 
-// What a job raised, as a text for people; takes over and deletes what the module raises. To be
+// A worker's jobs in the name of one owner: what was to follow a job is dropped once the owner is
+// gone.
+class OwnedWorker : public JobRunner {
+ public:
+  // Both outlive this object.
+  OwnedWorker(Worker& worker, QObject* owner) : worker_(worker), owner_(owner) {}
+  void Do(std::function<void()> job, std::function<void()> done,
+          std::function<void(const QString&)> failed) override {
+    worker_.Do(owner_, std::move(job), std::move(done), std::move(failed));
+  }
+
+ private:
+  Worker& worker_;
+  QObject* const owner_;
+};
+
+// What a job threw, as a text for people; takes over and deletes what the module throws. To be
 // called inside a catch block.
 QString DescribeRaised();
 

@@ -38,18 +38,13 @@ TEST(StateWordTest, SilenceOutranksErrorAndErrorOutranksTheRun) {
   EXPECT_EQ(WordOf(situation), StateWord::Disconnected);
 }
 
-TEST(StateWordTest, ARefusedCommandIsNoErrorOfTheInstrument) {
-  InstrumentSituation situation = Ready();
-  situation.readings.errorCode = 0x87;
-  EXPECT_EQ(WordOf(situation), StateWord::Ready);
-}
-
 TEST(StateWordTest, SwitchesAndStatusBitsKeepItFromBeingReady) {
   InstrumentSituation situation = Ready();
+  situation.readings.errorCode = 0x87;  // a refused command says nothing of the instrument
   EXPECT_EQ(WordOf(situation), StateWord::Ready);
   situation.readings.switchByte = 0x01;
   EXPECT_EQ(WordOf(situation), StateWord::NotReady);
-  situation = Ready();
+  situation.readings.switchByte = 0;
   situation.readings.machineStatus = 0x06;
   EXPECT_EQ(WordOf(situation), StateWord::NotReady);
 }
@@ -91,40 +86,27 @@ TEST(RunOffersTest, WhatKeepsATrayFromStartingIsSaid) {
 TEST(RunOffersTest, ARunningTrayCanBePausedOrAbortedAndNotEdited) {
   InstrumentSituation situation = Running();
   RunOffers offers = OffersOf(situation);
-  EXPECT_TRUE(offers.pauseAfter.enabled);
-  EXPECT_TRUE(offers.pauseNow.enabled);
-  EXPECT_TRUE(offers.abort.enabled);
-  EXPECT_FALSE(offers.start.shown);
-  EXPECT_FALSE(offers.resume.shown);
-  EXPECT_FALSE(offers.edit.enabled);
-  // Once it is to pause behind the sample, it can still be paused at once.
+  EXPECT_TRUE(offers.pauseAfter.enabled && offers.pauseNow.enabled && offers.abort.enabled);
+  EXPECT_FALSE(offers.start.shown || offers.resume.shown || offers.edit.enabled);
+  // Once it is to pause after the sample, it can still be paused at once.
   situation.pauseRequested = true;
   offers = OffersOf(situation);
-  EXPECT_FALSE(offers.pauseAfter.enabled);
-  EXPECT_TRUE(offers.pauseNow.enabled);
-}
-
-TEST(RunOffersTest, APausedTrayIsNotResumedIntoADeadLine) {
-  InstrumentSituation situation = Running();
+  EXPECT_TRUE(!offers.pauseAfter.enabled && offers.pauseNow.enabled);
   situation.paused = true;
-  EXPECT_TRUE(OffersOf(situation).resume.enabled);
-  EXPECT_FALSE(OffersOf(situation).pauseNow.shown);
+  offers = OffersOf(situation);
+  EXPECT_TRUE(offers.resume.enabled && !offers.pauseNow.shown);
+  // Not into a line on which nobody answers.
   situation.silence = kDisconnectedAfter;
-  EXPECT_FALSE(OffersOf(situation).resume.enabled);
-  EXPECT_TRUE(OffersOf(situation).abort.enabled);
+  offers = OffersOf(situation);
+  EXPECT_TRUE(!offers.resume.enabled && offers.abort.enabled);
 }
 
-TEST(RunOffersTest, ResultsStandUntilANewTrayIsAskedFor) {
+TEST(RunOffersTest, ResultsStayUntilANewTrayIsAskedForAndOnlyASimulatedCellIsPrepared) {
   InstrumentSituation situation = Ready();
   situation.summaryOpen = true;
-  const RunOffers offers = OffersOf(situation);
-  EXPECT_TRUE(offers.newTray.enabled);
-  EXPECT_FALSE(offers.start.shown);
-  EXPECT_FALSE(offers.edit.enabled);
-}
-
-TEST(RunOffersTest, OnlyASimulatedInstrumentIsPrepared) {
-  InstrumentSituation situation = Ready();
+  EXPECT_TRUE(OffersOf(situation).newTray.enabled);
+  EXPECT_FALSE(OffersOf(situation).start.shown || OffersOf(situation).edit.enabled);
+  situation = Ready();
   situation.readings.temperature = 21.0;
   EXPECT_FALSE(OffersOf(situation).prepare.shown);
   situation.simulated = true;

@@ -4,18 +4,14 @@
 #include <QAction>
 #include <QCalendarWidget>
 #include <QDateEdit>
-#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QTabBar>
-#include <QTimer>
 #include <QToolButton>
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <map>
 
 #include "host/desktop/day_field.h"
@@ -103,30 +99,6 @@ TEST(PagesTest, ADayOpensAtTodayAndCanBeTakenAway) {
   EXPECT_FALSE(field.day().isValid());
   EXPECT_FALSE(clear->isEnabled());
   EXPECT_EQ(changes, 2);
-}
-
-TEST(PagesTest, WhatIsHandedOverIsWrittenAndNothingElse) {
-  DesktopBench bench;
-  bench.Open();
-  StoredSample sample;
-  sample.sampleId = "of another day";
-  bench.host().samples().StoreSample(sample);
-  sample.sampleId = "of this run";
-  const QString path = QString::fromStdString(bench.folder() + "/run.csv");
-  QTimer::singleShot(0, &bench.window(), [path] {
-    auto* dialog = DesktopBench::WaitForWindow<QFileDialog>();
-    ASSERT_NE(dialog, nullptr);
-    dialog->selectFile(path);
-    QMetaObject::invokeMethod(dialog, "accept");
-  });
-  bench.window().samplesPage().ExportThese({sample});
-  std::string text;
-  ASSERT_TRUE(DesktopBench::Until([&] {
-    std::ifstream file(path.toStdString());
-    text.assign(std::istreambuf_iterator<char>(file), {});
-    return text.find("of this run") != std::string::npos;
-  }));
-  EXPECT_EQ(text.find("of another day"), std::string::npos);
 }
 
 TEST(PagesTest, WhatCanBeAddedFollowsTheConstants) {
