@@ -5,20 +5,20 @@
 
 namespace torvell {
 
-// Stands before the prompter that the module has installed. The window asks in its own words before
-// it aborts a run; the module asks once more, and the thread that aborts gets a Yes without a
-// second box. All other questions go on to the module's prompter. Made and destroyed on the
+// Is asked before the prompter that the module has installed. The window asks in its own words
+// before it aborts a run; the module asks once more, and the thread that aborts gets a Yes without
+// a second box. All other questions go on to the module's prompter. Made and destroyed on the
 // window's thread; any thread may ask.
 class AbortConsent : public platform::Prompter {
  public:
   AbortConsent() = default;
-  // Puts back what stood there before. No module thread runs any more.
+  // Puts back the prompter that it replaced. No module thread runs any more.
   ~AbortConsent() override;
   AbortConsent(const AbortConsent&) = delete;
   AbortConsent& operator=(const AbortConsent&) = delete;
 
-  // From here on this object is asked first. Behind the discovery, in which the module installs
-  // its prompter; once. Any thread, before the first question.
+  // From here on this object is asked first. Called once, after the discovery, in which the module
+  // installs its prompter. Any thread.
   void StandInFront();
 
   // While one lives, questions of this thread are answered by Yes.
@@ -37,6 +37,7 @@ class AbortConsent : public platform::Prompter {
   void Beep() override;
 
  private:
+  // The module's. Written once, before SetPrompter hands this object to other threads.
   platform::Prompter* behind_ = nullptr;
 };
 

@@ -10,7 +10,7 @@
 namespace torvell {
 namespace {
 
-// The earliest day that can be chosen stands for none: a date field always has one.
+// The earliest day that can be chosen means none: a date field always has one.
 const QDate& NoDay() {
   static const QDate date(2000, 1, 1);
   return date;

@@ -15,7 +15,7 @@ struct DesktopOptions {
   bool demo = false;  // fill a fresh data folder as a demonstration
   // Says who acts, once the folder is open, by the command line's rules; null or a name that may do
   // nothing: the window asks.
-  // What it raises ends the program.
+  // What it throws ends the program.
   std::function<std::string(Users&)> whoActs;
   int lockMinutes = 10;  // without a key or a mouse movement; 0: never
   std::string theme;     // "light", "dark"; empty: as the desktop is

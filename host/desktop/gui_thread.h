@@ -12,8 +12,8 @@ class QWidget;
 
 namespace torvell {
 
-// Runs jobs on the window's thread. Made and destroyed there, behind the QApplication; everybody
-// who may call Run has ended before.
+// Runs jobs on the window's thread. Made there after the QApplication and destroyed there;
+// everybody who may call Run has ended before.
 class GuiThread : public QObject, public UserInterfaceExecutor {
  public:
   GuiThread();

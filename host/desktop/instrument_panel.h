@@ -37,6 +37,8 @@ class InstrumentCard : public QFrame {
   QLabel* word_;
 };
 
+// The list of instruments, of which one is selected, and below it the status window of that one.
+// The window's thread only.
 class InstrumentPanel : public QWidget {
   Q_OBJECT
 
@@ -60,7 +62,7 @@ class InstrumentPanel : public QWidget {
   std::vector<InstrumentCard*> list_;
   InstrumentSession* selected_ = nullptr;
   InstrumentSession* shown_ = nullptr;  // whose status window was asked for
-  bool hasWindow_ = false;              // and it stands: it tells the age of its values itself
+  bool hasWindow_ = false;              // and is there: it tells the age of its values itself
   QWidget* place_;                      // the status window's parent
   QLabel* age_;
   QLabel* empty_;

@@ -25,12 +25,12 @@ struct InstrumentSituation {
   rvx::InstrumentReadings readings;
   bool running = false;  // a tray runs, paused or not
   bool paused = false;
-  bool pauseRequested = false;  // it will pause behind the present sample
+  bool pauseRequested = false;  // it will pause after the present sample
   int position = 0;             // the position that runs, from 1; 0 between positions
   int filled = 0;               // filled positions of the tray
   bool busy = false;            // a start or an edit is on its way to the instrument
   bool preparing = false;       // a simulated instrument is being made ready
-  bool summaryOpen = false;     // the last run's results stand and were not acknowledged
+  bool summaryOpen = false;     // the last run's results were not acknowledged yet
   bool simulated = false;
   int32_t level = 0;  // of the acting user
   QString userName;

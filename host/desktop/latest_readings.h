@@ -8,7 +8,7 @@
 
 namespace torvell {
 
-// The window's thread only.
+// Keeps the newest of the frames that a ReadingsFeed has collected. The window's thread only.
 class LatestReadings {
  public:
   // Takes over what has come until `now`. True if that changes what is shown: there are new values,

@@ -23,7 +23,7 @@ QString SeverityText(const ErrorReport& report);
 // A text of the report with the advice below it, where there is any.
 QString WithAdvice(const QString& text, const ErrorReport& report);
 
-// Newest first. The window's thread.
+// A row for each message, newest first. The window's thread only.
 class MessageList : public QAbstractTableModel {
   Q_OBJECT
 

@@ -11,6 +11,8 @@ namespace torvell {
 
 class MessageList;
 
+// A table of a MessageList, with the whole text of the chosen message below it and the buttons that
+// acknowledge. The window's thread only.
 class MessagesPage : public QWidget {
   Q_OBJECT
 

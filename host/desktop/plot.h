@@ -13,7 +13,7 @@ struct PlotCurveStyle {
   double leastSpan = 1.0;  // of its axis
 };
 
-// The window's thread.
+// Two curves that grow to the right, with one axis each. The window's thread only.
 class Plot {
  public:
   virtual ~Plot() = default;

@@ -17,6 +17,7 @@ struct RunSummary {
   platform::Microseconds duration{0};
 };
 
+// What the line below the tray says of a run.
 struct ProgressText {
   int percent = 0;
   QString done;  // "7 of 30 samples"

@@ -9,7 +9,7 @@
 namespace torvell {
 
 // Shows the dialog for a new sample or a position's, one at a time, and puts what is accepted into
-// the tray like any other edit. The dialog works on an action that stands in no tray, so nothing
+// the tray like any other edit. The dialog works on an action that is in no tray, so nothing
 // has to be taken back when it is cancelled. The window's thread only.
 class SampleDialog : public QObject {
   Q_OBJECT

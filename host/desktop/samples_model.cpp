@@ -72,8 +72,8 @@ void SamplesModel::Refresh() {
       });
 }
 
-// An archive that has grown keeps selection and place on the screen: what is new comes in front or
-// behind.
+// An archive that has grown keeps selection and place on the screen: what is new comes before or
+// after it.
 void SamplesModel::TakeRows(std::vector<int64_t> found) {
   const auto old = static_cast<int64_t>(rows_.size());
   const auto grown = static_cast<int64_t>(found.size()) - old;

@@ -35,14 +35,13 @@ class SamplesModel : public QAbstractTableModel {
 
   SamplesModel(SampleStore& store, Worker& worker, QObject* parent = nullptr);
 
-  // Looks again, with this wish. What stands on the screen stays until the answer is there.
+  // Looks again, with this wish. What is on the screen stays until the answer is there.
   void SetQuery(const SampleQuery& query);
   const SampleQuery& query() const { return query_; }
   // The archive has grown.
   void Refresh();
-  bool IsSearching() const { return searching_; }
 
-  // The row numbers of the archive behind these rows of the table.
+  // The row numbers in the archive of these rows of the table.
   std::vector<int64_t> ArchiveRows(const std::vector<int>& rows) const;
   const std::vector<int64_t>& AllArchiveRows() const { return rows_; }
 

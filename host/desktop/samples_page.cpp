@@ -62,7 +62,7 @@ SamplesPage::SamplesPage(SampleStore& store, Worker& worker, QWidget* parent)
       SamplesModel::Time,
       fontMetrics().horizontalAdvance(QStringLiteral("00.00.0000 00:00:00")) + 14);
   table_->setColumnWidth(SamplesModel::SampleId, 130);
-  // What somebody looks for first stands at the left.
+  // What somebody looks for first is at the left.
   QHeaderView* header = table_->horizontalHeader();
   header->moveSection(header->visualIndex(SamplesModel::SampleId), 0);
   header->moveSection(header->visualIndex(SamplesModel::Viscosity), 1);

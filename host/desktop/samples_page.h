@@ -15,6 +15,8 @@ namespace torvell {
 
 class DayField;
 
+// A table of a SamplesModel below the fields that say what is looked for. What reads or writes goes
+// to the worker. The window's thread only.
 class SamplesPage : public QWidget {
   Q_OBJECT
 

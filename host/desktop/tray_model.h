@@ -7,6 +7,7 @@
 
 namespace torvell {
 
+// A row for each position, a column for each thing that is known of it. The window's thread only.
 class TrayModel : public QAbstractTableModel {
   Q_OBJECT
 

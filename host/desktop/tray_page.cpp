@@ -35,6 +35,18 @@ bool IsMoreToCome(const RunState& run) {
                      [](const RunPosition& position) { return !position.started; });
 }
 
+// Why the tray can't start, or what it is waiting for, in one place below the buttons.
+QString HintText(const InstrumentSituation& situation, const Offer& start, const RunState* run) {
+  if (situation.paused) return QStringLiteral("The tray is paused. Resume it, or abort it.");
+  // After the last sample there is nothing left before which the tray could pause.
+  if (situation.running && situation.pauseRequested && run != nullptr && IsMoreToCome(*run)) {
+    return QStringLiteral("The tray will pause.");
+  }
+  if (situation.preparing) return QStringLiteral("Preparing: the cell is being cooled ...");
+  if (!start.shown) return {};
+  return start.why.isEmpty() ? QStringLiteral("The tray is ready to start.") : start.why;
+}
+
 }  // namespace
 
 QAction* TrayPage::Make(const QString& text, const QKeySequence& key, std::function<void()> does) {
@@ -275,18 +287,8 @@ void TrayPage::Refresh() {
   }
   addMenu_->setEnabled(edit.enabled);
   view_->SetEditable(edit.enabled);
-  // Why the tray can't start, or what it is waiting for, in one place beside the buttons.
-  QString hint = offers.start.shown ? offers.start.why : QString();
-  if (situation.preparing) hint = QStringLiteral("Preparing: the cell is being cooled ...");
-  // Behind the last sample there is nothing left to pause in front of.
-  if (situation.running && situation.pauseRequested && session_->run() != nullptr &&
-      IsMoreToCome(*session_->run())) {
-    hint = QStringLiteral("The tray will pause.");
-  }
-  if (situation.paused) {
-    hint = QStringLiteral("The tray is paused. Resume it, or abort it.");
-  }
-  if (hint.isEmpty() && offers.start.shown) hint = QStringLiteral("The tray is ready to start.");
+  const QString hint =
+      HintText(situation, offers.start, session_ != nullptr ? session_->run() : nullptr);
   hint_->setText(fontMetrics().elidedText(hint, Qt::ElideRight, std::max(200, width() - kGap)));
   hint_->setToolTip(hint);
   RefreshProgress();

@@ -21,6 +21,8 @@ class Banner;
 class InstrumentSession;
 class TrayView;
 
+// Offers the commands that fit the session's state, with the reason beside those that do not, and
+// passes them on. The window's thread only.
 class TrayPage : public QWidget {
   Q_OBJECT
 

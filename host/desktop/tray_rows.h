@@ -28,7 +28,7 @@ struct TrayRow {
   bool filled() const { return state != RowState::Empty; }
 };
 
-// The rows of a tray that stands and may be edited: all waiting or empty.
+// The rows of a tray that does not run and may be edited: all waiting or empty.
 std::vector<TrayRow> RowsOfTray(int size, const std::vector<TrayPosition>& tray);
 // The rows of a run, on its way or over. `failures` by position from 0.
 std::vector<TrayRow> RowsOfRun(int size, const RunState& run,
@@ -59,12 +59,12 @@ using TrayEdit = std::map<int, TrayCell>;
 
 // What this action holds; empty for an empty position's.
 TrayCell CellOf(rvx::Action& action);
-// An action that holds this and stands in no tray. The instrument's exceptions.
+// An action that holds this and is in no tray. Throws the instrument's exceptions.
 std::shared_ptr<rvx::Action> MakeAction(const InstrumentEntry& entry, const TrayCell& cell);
 
 // Every position's content. Not on the window's thread: it takes the tray's lock.
 std::vector<TrayCell> ReadCells(const InstrumentEntry& entry);
-// Puts the cells in, all or none, and stores the instrument. Returns what stood there before. Not
+// Puts the cells in, all or none, and stores the instrument. Returns what was there before. Not
 // on the window's thread. HostError: NotAllowed below level 10; Tray if the tray runs or an action
 // is not known; Database if it can't be stored.
 TrayEdit ApplyEdit(Host& host, const InstrumentEntry& entry, const TrayEdit& edit);
@@ -81,8 +81,8 @@ TrayEdit PasteEdit(const std::vector<TrayCell>& tray, int at, const std::vector<
 // one above it; without one it stays empty.
 TrayEdit SampleIdEdit(const std::vector<TrayCell>& tray, int at, const QStringList& sampleIds);
 enum class PasteKind { Positions, SampleIds };
-// How many of `count` pasted ones these edits leave out: they lie behind the end of the tray, or no
-// sample stands at or above their position that could take the id.
+// How many of `count` pasted ones these edits leave out: they lie after the end of the tray, or no
+// sample is at or above their position that could take the id.
 int CountUnplaced(const std::vector<TrayCell>& tray, int at, int count, PasteKind kind);
 TrayEdit ClearEdit(const std::vector<TrayCell>& tray, const std::vector<int>& positions);
 // The first of the positions into the others; a filled one keeps its sample id.

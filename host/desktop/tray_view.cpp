@@ -181,7 +181,7 @@ void TrayView::Select(const std::vector<int>& positions) {
 void TrayView::Copy() {
   if (session_ == nullptr) return;
   const std::vector<int> positions = SelectedPositions();
-  // What is seen: behind a run the rows have names that the emptied tray has not.
+  // What is seen: after a run the rows have names that the emptied tray has not.
   QStringList sampleIds;
   for (const int position : positions) {
     sampleIds << model_->rows()[static_cast<size_t>(position)].sampleId;

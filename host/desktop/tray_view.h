@@ -12,6 +12,7 @@ class InstrumentSession;
 class TrayModel;
 
 // Shows one session's tray at a time. All rows fit its height as long as they stay readable.
+// The window's thread only.
 class TrayView : public QTableView {
   Q_OBJECT
 

@@ -19,7 +19,7 @@ class LoginDialog : public QDialog {
   Q_OBJECT
 
  public:
-  // `note` stands above the fields; may be empty. A fixed name is that of a locked window: only
+  // `note` is shown above the fields; may be empty. A fixed name is that of a locked window: only
   // this user can go on, and the dialog can't be closed.
   LoginDialog(Users& users, Worker& worker, const QString& note, const QString& fixedName,
               QWidget* parent);

@@ -5,6 +5,8 @@
 
 namespace torvell {
 
+// A button for each user of the demonstration; nobody needs to know a password there. The window's
+// thread only.
 class WelcomeDialog : public QDialog {
   Q_OBJECT
 
