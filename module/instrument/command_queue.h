@@ -1,7 +1,6 @@
 // Commands waiting to be sent, first in, first out.
 #pragma once
 
-#include <algorithm>
 #include <deque>
 #include <memory>
 #include <string_view>
@@ -9,7 +8,6 @@
 #include "module/instrument/command.h"
 #include "module/instrument/lock_ranks.h"
 #include "platform/lock.h"
-#include "platform/mutant.h"
 
 namespace rvx {
 
@@ -19,34 +17,16 @@ class CAPABILITY("mutex") CCommandQueue {
   void Lock() ACQUIRE() NO_THREAD_SAFETY_ANALYSIS { lock_.Lock(); }
   void Unlock() RELEASE() NO_THREAD_SAFETY_ANALYSIS { lock_.Unlock(); }
 
-  void Add(std::unique_ptr<Command> command) REQUIRES(this) {
-    commands_.push_back(std::move(command));
-  }
+  void Add(std::unique_ptr<Command> command) REQUIRES(this);
   // Removes and returns the first, or null if the queue is empty.
-  std::unique_ptr<Command> Take() REQUIRES(this) {
-    if (commands_.empty()) return nullptr;
-    if (platform::IsPlanted("queue-reversed")) std::swap(commands_.front(), commands_.back());
-    std::unique_ptr<Command> first = std::move(commands_.front());
-    commands_.pop_front();
-    return first;
-  }
+  std::unique_ptr<Command> Take() REQUIRES(this);
   bool IsEmpty() const REQUIRES(this) { return commands_.empty(); }
   // Whether a command with this kind and tag waits, as "CAB".
-  bool Holds(std::string_view kindAndTag) const REQUIRES(this) {
-    return std::any_of(commands_.begin(), commands_.end(), [&](const auto& command) {
-      return KindAndTag(command->text) == kindAndTag;
-    });
-  }
+  bool Holds(std::string_view kindAndTag) const REQUIRES(this);
   // The commands of this client still go out; nobody hears their replies.
-  void ForgetClient(const CommandClient* client) REQUIRES(this) {
-    for (const std::unique_ptr<Command>& command : commands_) {
-      if (command->client == client) command->client = nullptr;
-    }
-  }
+  void ForgetClient(const CommandClient* client) REQUIRES(this);
   // The commands of this client do not go out.
-  void Withdraw(const CommandClient* client) REQUIRES(this) {
-    std::erase_if(commands_, [&](const auto& command) { return command->client == client; });
-  }
+  void Withdraw(const CommandClient* client) REQUIRES(this);
 
  private:
   platform::PlainLock lock_{"command queue", kQueueLockRank};
