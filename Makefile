@@ -39,9 +39,9 @@ soak: build-soak
 	build/soak/bin/soak --seeds $(SEEDS)
 	build/soak/bin/soak --profile tray --seeds 1..200
 
-# How many seeds each planted fault takes; fails if one is not found.
+# How many seeds each fault of tests/mutants takes; fails if one is not found.
 mutants: build-soak
-	build/soak/bin/soak --mutants
+	scripts/mutants build/soak
 
 # Random input for everything that reads bytes or texts, FUZZ_SECONDS for each target.
 FUZZ_SECONDS ?= 20
@@ -62,7 +62,7 @@ coverage: install-packages
 nightly: build-soak
 	build/soak/bin/soak --minutes 240 --first $$(date +%s)
 	build/soak/bin/soak --profile tray --minutes 120 --first $$(date +%s)
-	build/soak/bin/soak --mutants
+	scripts/mutants build/soak
 	cmake --preset dev
 	cmake --build --preset dev --target torvell rvx reliability_test
 	tests/reliability/kill_rounds.py build/dev/bin/torvell --rounds 2000 --seed $$(date +%s)
@@ -73,11 +73,13 @@ build-soak: install-packages
 	@cmake --preset soak > /dev/null
 	@cmake --build --preset soak
 
-# What can be checked without a build: the tables of ARCHITECTURE.md, the format, the scripts' syntax.
+# What can be checked without a build: the tables of ARCHITECTURE.md, the format, the scripts' syntax, the
+# patches of the planted faults.
 check: install-packages
 	scripts/check_floors
 	scripts/check_format
 	scripts/check_scripts
+	scripts/mutants --check
 
 # clang-tidy over the whole tree: a quarter of an hour.
 tidy: install-packages

@@ -1,10 +1,6 @@
 # Warnings are errors everywhere; sanitizers and the lock analysis are chosen by the presets.
 set(RVX_SANITIZE "" CACHE STRING "sanitizers to build with: address,undefined or thread")
 option(RVX_BENCH "build the benchmarks" OFF)
-option(RVX_MUTANTS "build in the planted faults that the simulation has to find" OFF)
-if(RVX_MUTANTS)
-  add_compile_definitions(RVX_MUTANTS)
-endif()
 option(RVX_COVERAGE "count which lines and branches run, with clang" OFF)
 option(RVX_FUZZ "build the fuzzers, with clang" OFF)
 

@@ -10,7 +10,6 @@
 #include "module/instrument/watcher_call.h"
 #include "module/resources/string_ids.h"
 #include "module/resources/string_table.h"
-#include "platform/mutant.h"
 
 namespace rvx {
 namespace {
@@ -129,12 +128,10 @@ void CBaseAction::StopRun() {
     // it hears that once. The record's lock comes before the action's, hence the two separate
     // holds.
     platform::RecursiveGuard guard(launch->lock);
-    watcher = launch->watcher;
-    if (!platform::IsPlanted("end-told-twice")) launch->watcher = nullptr;
+    watcher = std::exchange(launch->watcher, nullptr);
     const bool runs = std::exchange(launch->action, nullptr) != nullptr;
     launch->stopped = true;
-    const bool sends = runs && launch->drivesInstrument;
-    if (sends && !platform::IsPlanted("stop-without-cab")) instrument_.SendAbort(nullptr);
+    if (runs && launch->drivesInstrument) instrument_.SendAbort(nullptr);
   }
   launch->stopEvent.Set();
   {
@@ -147,7 +144,6 @@ void CBaseAction::StopRun() {
 void CBaseAction::FinishRun(LaunchRecord& record) {
   platform::RecursiveGuard guard(record.lock);
   ActionWatcher* watcher = std::exchange(record.watcher, nullptr);
-  if (platform::IsPlanted("end-not-told")) watcher = nullptr;
   if (watcher != nullptr) TellFinished(record, *watcher);
   CBaseAction* action = std::exchange(record.action, nullptr);
   if (action == nullptr) return;

@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <memory>
 
-#include "platform/mutant.h"
 #include "platform/text.h"
 
 namespace rvx {
@@ -45,7 +44,7 @@ RunAverages AverageRun(const std::vector<double>& speeds, const std::vector<doub
   const size_t readings = 2 * static_cast<size_t>(averagingCount);
   double sumOfSpeeds = 0.0;
   double sumOfTemperatures = 0.0;
-  for (size_t k = platform::IsPlanted("last-readings-left-out") ? 2 : 0; k < readings; k += 2) {
+  for (size_t k = 0; k < readings; k += 2) {
     const double value = (speeds[n - 2 - k] + speeds[n - 1 - k]) * 0.5;
     sumOfSpeeds += value;
     if (k / 2 < result.speeds.size()) result.speeds.at(k / 2) = value;
@@ -58,7 +57,6 @@ RunAverages AverageRun(const std::vector<double>& speeds, const std::vector<doub
 
 double CalculateViscosity(double b0, double b1, double b2, double speed) {
   if (speed == 0.0) return 0.0;
-  if (platform::IsPlanted("constant-left-out")) return b0 / speed + b2 * speed;
   return b0 / speed + b1 + b2 * speed;
 }
 

@@ -7,7 +7,6 @@
 #include "module/protocol/status_record.h"
 #include "module/resources/string_ids.h"
 #include "module/resources/string_table.h"
-#include "platform/mutant.h"
 #include "platform/prompt.h"
 
 namespace rvx {
@@ -220,7 +219,6 @@ void CTestStateMachine::Collect() {
     return;
   }
   if (status_.intCount == lastCount_) return;
-  if (platform::IsPlanted("count-never-wraps") && status_.intCount < lastCount_) return;
   lastCount_ = status_.intCount;
   temperatures_[readingIndex_] = status_.actualTemperature;
   speeds_[readingIndex_] = status_.rotorSpeed;

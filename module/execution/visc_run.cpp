@@ -8,7 +8,6 @@
 #include "module/execution/test_state_machine.h"
 #include "module/execution/visc_action.h"
 #include "module/instrument/c_rvx.h"
-#include "platform/mutant.h"
 
 namespace rvx {
 namespace {
@@ -96,8 +95,7 @@ bool ViscRun::StoreResult(const CTestStateMachine& sequencer, int index) {
     action = GetAction();
     if (action != nullptr) action->SampleComplete(sample, record_.instrument.configuration());
     try {
-      if (!platform::IsPlanted("sample-not-stored")) GetSampleArchive()->StoreSample(sample);
-      if (platform::IsPlanted("sample-stored-twice")) GetSampleArchive()->StoreSample(sample);
+      GetSampleArchive()->StoreSample(sample);
     } catch (ArchiveException* refused) {
       failure = refused->GetRecord();
       delete refused;
@@ -106,9 +104,9 @@ bool ViscRun::StoreResult(const CTestStateMachine& sequencer, int index) {
     // Still under the record's lock: a stop that waits for it must find a run that has ended, or
     // the tray would run the sample again.
     const bool isLast = index + 1 == std::min(test_.testCount, kMaxTests);
-    if (isLast && !platform::IsPlanted("run-marked-late")) MarkAsRun(true);
+    if (isLast) MarkAsRun(true);
   }
-  if (failure && !platform::IsPlanted("archive-failure-kept")) {
+  if (failure) {
     ActionErrorRecord report = record_.instrument.MakeErrorRecord();
     report.message = failure->message;
     report.kind = failure->kind;
@@ -128,9 +126,9 @@ ViscRun::ActionFacts ViscRun::ReadFacts(C_RVXViscAction& action) {
 
 void ViscRun::FillIdentity(Sample& sample, const ActionFacts& facts, int index) {
   C_RVX& instrument = record_.instrument;
-  const auto test = static_cast<size_t>(platform::IsPlanted("first-test-for-all") ? 0 : index);
+  const auto test = static_cast<size_t>(index);
   sample.sampleId = facts.sampleId;
-  if (!platform::IsPlanted("operator-missing")) sample.operatorName = GetOperatorName();
+  sample.operatorName = GetOperatorName();
   sample.typeName = instrument.GetTypeName();
   sample.instrument = instrument.GetInstrumentId();
   instrument.Lock();
@@ -138,8 +136,7 @@ void ViscRun::FillIdentity(Sample& sample, const ActionFacts& facts, int index) 
   sample.serialNumber = instrument.configuration().serialNumber;
   instrument.Unlock();
   sample.tray = static_cast<uint16_t>(record_.tray + 1);
-  sample.position = static_cast<uint16_t>(record_.position +
-                                          (platform::IsPlanted("position-off-by-one") ? 0 : 1));
+  sample.position = static_cast<uint16_t>(record_.position + 1);
   sample.knownViscosity = kModuleMark;
   sample.constants.at(kConstantKnownViscosity) = knownViscosities_.at(test);
   sample.constants.at(kConstantTestTemperature) = test_.testTemperatures.at(test);

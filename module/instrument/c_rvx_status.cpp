@@ -7,7 +7,6 @@
 #include "module/protocol/frames.h"
 #include "module/protocol/identification.h"
 #include "module/resources/string_ids.h"
-#include "platform/mutant.h"
 
 namespace rvx {
 namespace {
@@ -112,7 +111,6 @@ void C_RVX::KeepSelfTest(uint16_t word) {
 }
 
 void C_RVX::FrameProcessed() {
-  if (platform::IsPlanted("wake-up-lost")) return;
   platform::PlainGuard guard(statusEventsLock_);
   for (platform::Event* event : statusEvents_) event->Set();
 }

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/mutant.h"
-
 namespace rvx {
 
 void CCommandQueue::Add(std::unique_ptr<Command> command) {
@@ -13,7 +11,6 @@ void CCommandQueue::Add(std::unique_ptr<Command> command) {
 
 std::unique_ptr<Command> CCommandQueue::Take() {
   if (commands_.empty()) return nullptr;
-  if (platform::IsPlanted("queue-reversed")) std::swap(commands_.front(), commands_.back());
   std::unique_ptr<Command> first = std::move(commands_.front());
   commands_.pop_front();
   return first;

@@ -9,7 +9,6 @@
 #include "module/protocol/identification.h"
 #include "platform/log.h"
 #include "platform/lost_signal.h"
-#include "platform/mutant.h"
 
 namespace rvx {
 namespace {
@@ -55,11 +54,7 @@ bool Conversation::StopWithin(const platform::Deadline& deadline) {
 
 void Conversation::Queue(const std::string& text, CommandClient* client) {
   auto command = std::make_unique<Command>(Command{text, client});
-  if (platform::IsPlanted("locks-reversed")) {
-    platform::PlainGuard pendingGuard(pendingLock_);
-    QueueGuard guard(queue_);
-    queue_.Add(std::move(command));
-  } else {
+  {
     QueueGuard guard(queue_);
     queue_.Add(std::move(command));
   }
@@ -67,7 +62,6 @@ void Conversation::Queue(const std::string& text, CommandClient* client) {
 }
 
 void Conversation::ForgetClient(CommandClient* client) {
-  if (platform::IsPlanted("dead-client-called")) return;
   platform::RecursiveGuard delivery(deliveryLock_);
   {
     QueueGuard guard(queue_);
@@ -187,7 +181,6 @@ platform::Deadline Conversation::NextPoll() const {
     if (autoReportAsked_ || autoReportSeen_) {
       // Reports come by themselves. When they stay away for long, the instrument has been switched
       // off or restarted in the middle of a run: a poll finds out, or nobody would ever.
-      if (platform::IsPlanted("silent-test-not-polled")) return platform::Deadline::Never();
       return platform::Deadline::At(std::max(lastSend_, LastFrame()) + kSilence);
     }
   }
@@ -198,7 +191,6 @@ void Conversation::Exchange(const std::string& text) {
   BeginExchange();
   peer_.SendFrame(MakeFrame(text));
   lastSend_ = platform::MonotonicTime();
-  if (platform::IsPlanted("reply-not-awaited")) reply_.Set();
   const int ended =
       platform::WaitForAny({&reply_, &stop_}, platform::Deadline::At(lastSend_ + kReplyTimeout));
   awaitsReply_ = ended == 1;
@@ -217,8 +209,8 @@ void Conversation::Exchange(const std::string& text) {
   // Frames that came by themselves end an outage as well as a reply does.
   const platform::Microseconds heard = std::max(lastReply_, LastFrame());
   if (ended != 1 && heard > notifiedOf_ && platform::MonotonicTime() - heard > kSilence) {
-    if (!platform::IsPlanted("outage-reported-again")) notifiedOf_ = heard;
-    if (!platform::IsPlanted("outage-not-reported")) peer_.InstrumentNotResponding();
+    notifiedOf_ = heard;
+    peer_.InstrumentNotResponding();
   }
 }
 
@@ -331,8 +323,7 @@ void Conversation::AnswerByStatus(const StatusRecord& record) {
   std::unique_ptr<Command> command = TakeAnswered();
   if (!command) return;
   const bool asksForResend = AsksForResend(record.errorCode());
-  const int most = kMostResends + (platform::IsPlanted("resend-once-more") ? 1 : 0);
-  if (asksForResend && command->resends < most) {
+  if (asksForResend && command->resends < kMostResends) {
     ++command->resends;
     {
       // Behind whatever has been queued meanwhile; the client hears nothing.
@@ -347,9 +338,6 @@ void Conversation::AnswerByStatus(const StatusRecord& record) {
   // The empty tag: the instrument would not take the command.
   const std::string tag = asksForResend ? std::string() : record.lastTag();
   if (command->client != nullptr) command->client->CommandReply(tag);
-  if (platform::IsPlanted("client-called-twice") && command->client != nullptr) {
-    command->client->CommandReply(tag);
-  }
   if (asksForResend) SetAutoReportAsked(false);
 }
 

@@ -5,7 +5,6 @@
 #include "module/instrument/c_rvx.h"
 #include "module/instrument/tray_thread.h"
 #include "module/resources/string_ids.h"
-#include "platform/mutant.h"
 #include "platform/prompt.h"
 #include "platform/thread.h"
 
@@ -89,7 +88,7 @@ void TrayController::Resume() {
   if (!run_) return;
   run_->pauseAfter.Reset();
   run_->pauseNow.Reset();
-  if (!platform::IsPlanted("resume-lost")) run_->resume.Set();
+  run_->resume.Set();
 }
 
 void TrayController::Abort() {
@@ -111,10 +110,6 @@ void TrayController::Abort() {
       configuration.runFlags = 0;
     }
     ForgetRun(run.get());
-    if (platform::IsPlanted("end-told-early") && watcher != nullptr) {
-      run->watcher = watcher;
-      std::exchange(watcher, nullptr)->TrayFinished(0);
-    }
   }
   run->abort.Set();
   // Behind the locks: a running action's thread may be in a call to the watcher, which wants the

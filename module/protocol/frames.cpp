@@ -6,7 +6,6 @@
 
 #include "module/protocol/conversions.h"
 #include "module/protocol/identification.h"
-#include "platform/mutant.h"
 
 namespace rvx {
 namespace {
@@ -74,8 +73,7 @@ class Payload {
   // High byte first.
   Payload& Put(const Field& field, uint16_t value) {
     for (size_t i = 0; i < field.size; ++i) {
-      const bool lowFirst = platform::IsPlanted("wrong-byte-order");
-      const size_t shift = 8 * (lowFirst ? i : field.size - 1 - i);
+      const size_t shift = 8 * (field.size - 1 - i);
       bytes_[field.offset + i] = static_cast<uint8_t>(value >> shift);
     }
     return *this;

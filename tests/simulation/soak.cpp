@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "platform/sanitizer.h"
-#include "tests/simulation/mutant.h"
 #include "tests/simulation/sweep.h"
 
 namespace rvx::soak {
@@ -16,15 +15,13 @@ namespace {
 struct Arguments {
   SweepOptions sweep;
   bool oneSeed = false;
-  bool allMutants = false;
-  uint64_t budget = 2000;  // seeds for each mutant
+  bool untilFailure = false;
 };
 
 std::string RepeatLine(const SweepOptions& sweep) {
   std::string line = "  repeat: " + RepeatCommand(sweep.first, sweep.run);
   if (sweep.checkDeterminism) line += " --check-determinism";
   if (sweep.checkThreads) line += " --check-threads";
-  if (!sweep.mutant.empty()) line += " --mutant " + sweep.mutant;
   return line + "\n";
 }
 
@@ -69,27 +66,19 @@ int RunSweep(const Arguments& arguments) {
   return result.failures.empty() ? 0 : 1;
 }
 
-int RunMutants(const Arguments& arguments) {
-  size_t missed = 0;
-  for (const MutantEntry& mutant : AllMutants()) {
-    SweepOptions sweep = arguments.sweep;
-    sweep.mutant = mutant.name;
-    sweep.first = 1;
-    sweep.last = arguments.budget;
-    sweep.chunk = 10;
-    sweep.mostFailures = 1;
-    const SweepResult result = Sweep(sweep);
-    if (result.failures.empty()) {
-      ++missed;
-      fmt::print("{:<38} NOT FOUND in {} seeds: {}\n", mutant.name, result.seeds, mutant.what);
-      continue;
-    }
-    const Outcome& failure = result.failures.front();
-    fmt::print("{:<38} {:>5} seeds  {}\n", mutant.name, failure.seed, failure.what);
-    std::fflush(stdout);
+// For scripts: no repeats that narrow the failure down.
+int RunUntilFailure(SweepOptions sweep) {
+  sweep.jobs = 1;
+  sweep.chunk = 10;
+  sweep.mostFailures = 1;
+  const SweepResult result = Sweep(sweep);
+  if (result.failures.empty()) {
+    fmt::print("{} seeds: good\n", result.seeds);
+    return 0;
   }
-  fmt::print("{} planted faults, {} not found\n", AllMutants().size(), missed);
-  return missed == 0 && !AllMutants().empty() ? 0 : 1;
+  const Outcome& failure = result.failures.front();
+  fmt::print("seed {}: {}\n", failure.seed, failure.what);
+  return 1;
 }
 
 // "A..B" or one number.
@@ -155,11 +144,10 @@ int Main(int argc, char** argv) {
   app.add_option("--jobs", sweep.jobs, "processes at a time")->check(CLI::Range(1, 64));
   app.add_option("--history", sweep.historyLines, "lines of history that are printed");
   app.add_option("--failures", sweep.mostFailures, "ends the sweep behind so many");
-  app.add_option("--mutant", sweep.mutant, "a planted fault in force");
-  app.add_flag("--mutants", arguments.allMutants, "how many seeds each planted fault takes");
-  app.add_option("--budget", arguments.budget, "seeds for each planted fault");
+  app.add_flag("--until-failure", arguments.untilFailure,
+               "one seed after the other, up to the first that fails; a single line says which");
   CLI11_PARSE(app, argc, argv);
-  if (arguments.allMutants) return RunMutants(arguments);
+  if (arguments.untilFailure) return RunUntilFailure(sweep);
   return arguments.oneSeed ? RunOneSeed(arguments) : RunSweep(arguments);
 }
 

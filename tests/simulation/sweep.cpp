@@ -17,7 +17,6 @@
 
 #include "platform/sanitizer.h"
 #include "platform/time_base.h"
-#include "tests/simulation/mutant.h"
 #include "tests/simulation/real_archive.h"
 
 #if defined(PLATFORM_ADDRESS_SANITIZER)
@@ -82,7 +81,6 @@ class Child {
   [[noreturn]] void Work(const SweepOptions& options) {
     lseek(output_, 0, SEEK_SET);
     dup2(output_, STDERR_FILENO);
-    SetMutant(options.mutant);
     for (uint64_t seed = first_; seed <= last_; ++seed) {
       alarm(kHangSeconds);
       RunSeed(seed, options.run, *page_);

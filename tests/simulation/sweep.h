@@ -23,7 +23,6 @@ struct SweepOptions {
   std::optional<double> minutes;  // takes no new seeds behind this
   size_t mostFailures = 5;        // ends the sweep
   size_t historyLines = 60;       // of a failing seed
-  std::string mutant;             // planted fault in force
 };
 
 // What is known of a seed's run.
