@@ -9,7 +9,7 @@ enum class ExitCode {
   BadUse = 2,        // bad use or bad input
   NoInstrument = 3,  // none found, or it doesn't answer
   NotAllowed = 4,    // not allowed for this user
-  DataFailure = 5,   // archive or data failure
+  DataFailure = 5,   // archive or data failure, or parts of the program that do not belong together
   Interrupted = 130
 };
 

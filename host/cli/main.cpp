@@ -24,6 +24,7 @@ ExitCode CodeOf(HostErrorKind kind) {
     case HostErrorKind::DataFolder:
     case HostErrorKind::Database:
     case HostErrorKind::NewerVersion:
+    case HostErrorKind::OtherModule:
       break;
   }
   return ExitCode::DataFailure;

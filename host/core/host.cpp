@@ -146,14 +146,14 @@ bool Host::IsSimulated() const {
 
 int Host::DiscoverInstruments() {
   rvx::ArrayOfInstruments found;
-  const std::string failure = FindInstruments(moduleName_, found);
+  const std::optional<HostError> failure = FindInstruments(moduleName_, found);
   instruments_->Adopt(found);
   // A sample that is wrongly marked harms less than one that is wrongly not.
   const std::vector<InstrumentEntry> entries = instruments_->Entries();
   samples_->SetSimulated(
       std::any_of(entries.begin(), entries.end(),
                   [](const InstrumentEntry& entry) { return entry.identity.simulated; }));
-  if (!failure.empty()) throw HostError(HostErrorKind::ModuleMissing, failure);
+  if (failure) throw *failure;
   return static_cast<int>(instruments_->Entries().size());
 }
 

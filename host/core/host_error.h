@@ -13,6 +13,7 @@ enum class HostErrorKind {
   Database,       // the database can't be opened, read or written
   NewerVersion,   // the data folder belongs to a newer version of this program
   ModuleMissing,  // the instrument module can't be loaded
+  OtherModule,    // it is of another version, so nothing of it was called
   Tray            // the instrument would not start its tray
 };
 

@@ -1,4 +1,6 @@
-"""The torvell program as people and scripts run it. Usage: cli_test.py PATH-OF-TORVELL [unittest options]
+"""The torvell program as people and scripts run it. Usage: cli_test.py PATH-OF-TORVELL FOLDERS-OF-OTHER-MODULES [unittest options]
+
+The second is a list of folders, separated by commas, each with a module of another version.
 
 No test waits for wall-clock time. Where one has to act in the middle of a run, the run's output goes
 through a small pipe: under the virtual clock the whole program stands still while nobody reads.
@@ -19,6 +21,7 @@ import tempfile
 import unittest
 
 TORVELL = sys.argv.pop(1) if len(sys.argv) > 1 and not sys.argv[1].startswith("-") else "torvell"
+OTHER_MODULES = sys.argv.pop(1) if len(sys.argv) > 1 and not sys.argv[1].startswith("-") else ""
 PIPE_SIZE_OPTION = 1031  # F_SETPIPE_SZ
 HEADING = ("position,action,sample id,temperature,rotor on time,known viscosity,"
            "injection time,cool-down time\n")
@@ -433,6 +436,18 @@ class Refusals(Case):
             database.close()
         self.run_torvell("samples", expect=5)
         self.assertIn("newer", self.stderr)
+
+    def test_a_module_of_another_version_is_not_used(self):
+        # Each of these ends the program if anything of it is called.
+        for folder in OTHER_MODULES.split(","):
+            self.assertTrue(os.path.exists(os.path.join(folder, "librvx.so")), folder)
+            self.environment["LD_LIBRARY_PATH"] = folder
+            self.run_torvell("settings", "set", "injection-time=200", expect=5)
+            self.assertRegex(self.stderr, "not belong to this program.*Install program and module")
+        with sqlite3.connect(os.path.join(self.data, "torvell.db")) as database:
+            for table in ("INSTRUMENTS", "ERRORS", "AUDIT", "PORTS", "SAMPLES"):
+                self.assertEqual(database.execute(f"SELECT COUNT(*) FROM {table}").fetchone(), (0,))
+        database.close()
 
     def test_output_that_is_lost_is_an_error(self):
         with open("/dev/full", "w", encoding="utf-8") as full:

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "boundary/host.h"
+#include "boundary/version.h"
 #include "platform/library.h"
 #include "tests/support/fake_controller.h"
 #include "tests/support/fake_host.h"
@@ -34,7 +35,8 @@ std::string InvalidMessage(CreateFunction create) {
   return std::string();
 }
 
-TEST(LibraryTest, ExportsTwelveNamesAndNoMore) {
+// Beside the twelve functions the version, which a host reads before it calls one of them.
+TEST(LibraryTest, ExportsTwelveFunctionsAndItsVersionAndNoMore) {
   platform::LibraryHandle module = platform::LoadLibrary(RVX_LIBRARY);
   ASSERT_NE(module, nullptr) << platform::LastLibraryError();
   for (const char* name :
@@ -43,6 +45,10 @@ TEST(LibraryTest, ExportsTwelveNamesAndNoMore) {
         "GetInstrumentManager", "GetPortManager", "GetSampleArchive", "GetSecurityManager"}) {
     EXPECT_NE(platform::FindEntry(module, name), nullptr) << name;
   }
+  const auto* version =
+      static_cast<const int32_t*>(platform::FindEntry(module, kBoundaryVersionEntry));
+  ASSERT_NE(version, nullptr);
+  EXPECT_EQ(*version, kBoundaryVersion);
   EXPECT_EQ(platform::FindEntry(module, "_ZN3rvx5C_RVX12GetTypeNameB5cxx11Ev"), nullptr);
 }
 
