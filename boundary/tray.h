@@ -12,29 +12,33 @@
 
 namespace rvx {
 
-// Hears of a tray's run, always with tray number 0. Called from the module's threads; it may call
-// the instrument's tray operations from inside, but must not destroy the instrument there.
+// Hears of a tray's run, always with tray number 0 and positions from 0. Called from the module's
+// threads, one call at a time; it may call the instrument's tray operations from inside, but must
+// not destroy the instrument there. An exception that leaves a call is reported, and the run goes
+// on.
 class TrayWatcher {
  public:
   virtual void TrayStarted(int32_t tray) = 0;
+  // Exactly once for each StartTray that did not raise; nothing is called after it. The tray is
+  // empty by then, and the next run may be started from inside.
   virtual void TrayFinished(int32_t tray) = 0;
   virtual void TrayPauseChanged(int32_t tray, int32_t paused) = 0;
   virtual void SampleStarted(int32_t tray, int32_t position) = 0;
+  // `text` names the operation that has begun, for people.
   virtual void SampleStatus(int32_t tray, int32_t position, std::string text) = 0;
   virtual void SampleFinished(int32_t tray, int32_t position) = 0;
   virtual ~TrayWatcher() = default;
 };
 
-// The rank of the tray's lock in the module's table of locks (module/instrument/lock_ranks.h).
-inline constexpr platform::LockRank kTrayLockRank = 600;
-
-// The actions of a tray, one a position, never null. Shares them: an action that somebody still
-// uses outlives its removal, so that nobody stops or destroys an action while the tray's lock is
-// held (a running action's end may need locks that are taken before the tray's). All operations
-// want the lock held.
+// The actions of a tray, one a position, never null; the instrument owns it. Shares the actions:
+// one that somebody still uses outlives its removal, so that nobody stops or destroys an action
+// while the tray's lock is held (a running action's end may need locks that are taken before the
+// tray's). Any thread. All operations want the lock held, which is recursive; a host holds it for a
+// copy and calls neither actions nor the instrument under it.
 class CAPABILITY("mutex") TrayOfSampleActions {
  public:
-  TrayOfSampleActions() : lock_("tray", kTrayLockRank) {}
+  // `rank`: the place of the lock in the order of locks of the instrument that has the tray.
+  explicit TrayOfSampleActions(platform::LockRank rank) : lock_("tray", rank) {}
   virtual ~TrayOfSampleActions() = default;
   virtual void Lock() ACQUIRE() { lock_.Lock(); }
   virtual void Unlock() RELEASE() { lock_.Unlock(); }
@@ -46,8 +50,8 @@ class CAPABILITY("mutex") TrayOfSampleActions {
   std::shared_ptr<Action> Hold(int32_t position) const {
     return actions_.at(static_cast<size_t>(position));
   }
-  // Puts an action, now the tray's, into a position. The action that stood there comes back: let go
-  // of the lock, then Stop it and drop it.
+  // Puts an action, now the tray's, into a position. The one that was there comes back: let go of
+  // the lock, then Stop it and drop it.
   [[nodiscard]] std::shared_ptr<Action> Replace(int32_t position, std::shared_ptr<Action> action) {
     return std::exchange(actions_.at(static_cast<size_t>(position)), std::move(action));
   }

@@ -1,6 +1,7 @@
 // service: the manual commands.
 #include <fmt/format.h>
 
+#include "boundary/action_keys.h"
 #include "host/cli/action_run.h"
 #include "host/cli/commands.h"
 #include "host/cli/failure.h"
@@ -13,8 +14,6 @@ namespace torvell {
 
 namespace {
 
-constexpr int32_t kPreconditionActionIndex = 11;
-constexpr int32_t kMoveActionIndex = 12;
 // What a command can hold; tray and axes have limits of their own.
 constexpr int64_t kMostPosition = 256;
 constexpr int64_t kMostSteps = 65535;
@@ -60,11 +59,12 @@ int RunServiceAction(Session& session, int32_t index, const std::string& context
 
 int Move(Session& session, int position) {
   // People count from 1, as on the tray and in its file; the context counts from 0.
-  return RunServiceAction(session, kMoveActionIndex, fmt::format("0,{}", position - 1), "move");
+  return RunServiceAction(session, rvx::kMoveStepperAction, fmt::format("0,{}", position - 1),
+                          "move");
 }
 
 int Precondition(Session& session) {
-  return RunServiceAction(session, kPreconditionActionIndex, "0,0", "precondition");
+  return RunServiceAction(session, rvx::kPreconditionMotorAction, "0,0", "precondition");
 }
 
 // As the parser gives it: the numbers of a switch and of a state.

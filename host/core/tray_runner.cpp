@@ -4,13 +4,12 @@
 #include <utility>
 #include <vector>
 
+#include "boundary/action_keys.h"
 #include "host/core/host.h"
 #include "platform/log.h"
 
 namespace torvell {
 namespace {
-
-constexpr char kEmptyPositionKey[] = "Null Action";
 
 // What stands in the tray. The actions are asked without the tray's lock, since some of the answers
 // need other locks of the module.
@@ -29,7 +28,7 @@ TrayPlan MakePlan(const InstrumentEntry& entry) {
   }
   for (size_t i = 0; i < actions.size(); ++i) {
     rvx::Action& action = *actions[i];
-    if (action.GetClassName() == kEmptyPositionKey) continue;
+    if (action.GetClassName() == rvx::kNullActionClassKey) continue;
     TrayPlan::Position position;
     position.position = static_cast<int32_t>(i);
     position.classKey = action.GetClassName();

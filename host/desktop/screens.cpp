@@ -4,15 +4,10 @@
 #include <utility>
 
 #include "boundary/action.h"
+#include "boundary/action_keys.h"
 
 namespace torvell {
 namespace {
-
-// Where the actions of the two menus stand in the module's table of all actions: the label of one
-// that is refused has to come from there.
-constexpr int32_t kConfigurationTable[] = {16, 6, 7, 8, 9, 10, 13, 14};
-constexpr int32_t kServiceTable[] = {3, 15, 4, 17, 5};
-constexpr int kSampleKinds[] = {1, 2};
 
 using ActionMaker = std::function<rvx::Action*()>;
 
@@ -34,6 +29,7 @@ std::unique_ptr<rvx::Action> Make(rvx::ViscometerInstrument& instrument, ScreenK
   });
 }
 
+// `place`: in the table of all actions, from which the label of one that is refused has to come.
 ScreenOffer OfferOf(rvx::ViscometerInstrument& instrument, ScreenKind kind, int index,
                     int32_t place) {
   ScreenOffer offer;
@@ -112,14 +108,14 @@ void Screens::Ask(const InstrumentEntry& entry) {
       [entry, answer] {
         rvx::ViscometerInstrument& instrument = *entry.instrument;
         int index = 0;
-        for (const int32_t place : kConfigurationTable) {
+        for (const int32_t place : rvx::kConfigActions) {
           answer->offers.push_back(OfferOf(instrument, ScreenKind::Configuration, index++, place));
         }
         index = 0;
-        for (const int32_t place : kServiceTable) {
+        for (const int32_t place : rvx::kServiceActions) {
           answer->offers.push_back(OfferOf(instrument, ScreenKind::Service, index++, place));
         }
-        for (const int kind : kSampleKinds) {
+        for (const int kind : {rvx::kFirstSampleKind, rvx::kSecondSampleKind}) {
           const auto action = TryMake([&] { return instrument.CreateSampleAction(kind); });
           if (action) {
             answer->kinds.emplace_back(kind, QString::fromStdString(action->GetLabel()));

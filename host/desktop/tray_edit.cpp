@@ -4,12 +4,12 @@
 #include <QStringList>
 #include <algorithm>
 
+#include "boundary/action_keys.h"
 #include "host/desktop/tray_rows.h"
 
 namespace torvell {
 namespace {
 
-constexpr char kEmptyPositionKey[] = "Null Action";
 // Tells our own cells from other bytes on the clipboard.
 constexpr quint32 kCellsMark = 0x54524359;
 constexpr int kMostCells = 1000;
@@ -27,8 +27,8 @@ TrayEdit Changes(const std::vector<TrayCell>& tray, const TrayEdit& wanted) {
 }  // namespace
 
 std::shared_ptr<rvx::Action> MakeAction(const InstrumentEntry& entry, const TrayCell& cell) {
-  std::shared_ptr<rvx::Action> action(
-      entry.instrument->CreateActionFromText(cell.empty() ? kEmptyPositionKey : cell.classKey));
+  std::shared_ptr<rvx::Action> action(entry.instrument->CreateActionFromText(
+      cell.empty() ? std::string(rvx::kNullActionClassKey) : cell.classKey));
   if (!cell.empty()) {
     action->SetStateText(cell.stateText);
     action->SetSampleId(cell.sampleId);
@@ -39,7 +39,7 @@ std::shared_ptr<rvx::Action> MakeAction(const InstrumentEntry& entry, const Tray
 TrayCell CellOf(rvx::Action& action) {
   TrayCell cell;
   cell.classKey = action.GetClassName();
-  if (cell.classKey == kEmptyPositionKey) return {};
+  if (cell.classKey == rvx::kNullActionClassKey) return {};
   cell.sampleId = action.GetSampleId();
   cell.stateText = action.GetStateText();
   return cell;

@@ -15,30 +15,24 @@ namespace {
 struct ScreenClass {
   ActionIndex index;
   int labelId;
-  const char* classKey;
 };
 
 constexpr std::array kScreenClasses = {
-    ScreenClass{kMonitorAction, 550, "RVX Monitor Action"},
-    ScreenClass{kSetMotorCurrentAction, 552, "RVX Set Motor Current Action"},
-    ScreenClass{kStepperAction, 551, "RVX Stepper Motor Service Action"},
-    ScreenClass{kGeneralConfigAction, 603, "RVX General Configuration"},
-    ScreenClass{kTestConfigAction, 604, "RVX Test Configuration"},
-    ScreenClass{kCalibrationAction, 601, "RVX Calib Configure"},
-    ScreenClass{kCalStandardAction, 612, "RVX Cal Standards Configuration"},
-    ScreenClass{kPickStandardAction, 613, "RVX Choose Calibration Standards"},
-    ScreenClass{kCurrentCellCalsAction, 607, "RVX Current Cell Calibrations"},
-    ScreenClass{kSetupAction, 614, "RVX Setup"},
-    ScreenClass{kSamplesListAction, 553, "RVX Sample List Action"},
-    ScreenClass{kPrintConfigAction, 554, "RVX Print Settings"},
-    ScreenClass{kTempVerifyAction, 555, "RVX Temperature Verification Action"},
+    ScreenClass{kMonitorAction, 550},         ScreenClass{kSetMotorCurrentAction, 552},
+    ScreenClass{kStepperAction, 551},         ScreenClass{kGeneralConfigAction, 603},
+    ScreenClass{kTestConfigAction, 604},      ScreenClass{kCalibrationAction, 601},
+    ScreenClass{kCalStandardAction, 612},     ScreenClass{kPickStandardAction, 613},
+    ScreenClass{kCurrentCellCalsAction, 607}, ScreenClass{kSetupAction, 614},
+    ScreenClass{kSamplesListAction, 553},     ScreenClass{kPrintConfigAction, 554},
+    ScreenClass{kTempVerifyAction, 555},
 };
 
 // A table entry's function has no state of its own, so there is one for each screen class.
 template <size_t kPlace>
 std::unique_ptr<Action> MakeScreen(C_RVX& instrument) {
   constexpr const ScreenClass& kClass = kScreenClasses[kPlace];
-  return std::make_unique<CScreenAction>(instrument, kClass.labelId, kClass.classKey);
+  return std::make_unique<CScreenAction>(instrument, kClass.labelId,
+                                         kActionClassKeys[kClass.index]);
 }
 
 template <class AnyAction>
@@ -55,7 +49,7 @@ void Fill(ActionTable& table, ActionIndex index) {
 
 template <size_t... kPlaces>
 void FillScreens(ActionTable& table, std::index_sequence<kPlaces...> /*places*/) {
-  ((table.at(kScreenClasses[kPlaces].index) = {kScreenClasses[kPlaces].classKey,
+  ((table.at(kScreenClasses[kPlaces].index) = {kActionClassKeys[kScreenClasses[kPlaces].index],
                                                MakeScreen<kPlaces>}),
    ...);
 }

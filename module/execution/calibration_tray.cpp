@@ -11,11 +11,6 @@
 namespace rvx {
 namespace {
 
-constexpr int32_t kEmptyKind = 0;
-// Without constants the first kind of sample action is the one for oils that are known.
-constexpr int32_t kFirstKind = 1;
-constexpr int32_t kSecondKind = 2;
-
 int32_t GetRotorTime(C_RVX& instrument) {
   ConfigurationGuard guard(instrument.configuration());
   return instrument.configuration().testRecord.rotorOnTimes[0];
@@ -23,7 +18,9 @@ int32_t GetRotorTime(C_RVX& instrument) {
 
 std::shared_ptr<Action> MakeStandardAction(C_RVX& instrument,
                                            const CalibrationTrayPosition& position) {
-  const int32_t kind = instrument.HasCellConstants(kAnyTemperature) ? kSecondKind : kFirstKind;
+  // Without constants the first kind is the one for oils that are known.
+  const int32_t kind =
+      instrument.HasCellConstants(kAnyTemperature) ? kSecondSampleKind : kFirstSampleKind;
   std::shared_ptr<Action> action(instrument.CreateSampleAction(kind));
   action->SetSampleId(position.sampleId);
   auto* sample = dynamic_cast<C_RVXViscAction*>(action.get());
@@ -53,7 +50,7 @@ TrayFilling FillCalibrationTray(C_RVX& instrument, const CalibrationTrayPlan& pl
       actions.push_back(MakeStandardAction(instrument, plan.positions[i]));
       continue;
     }
-    actions.emplace_back(instrument.CreateSampleAction(kEmptyKind));
+    actions.emplace_back(instrument.CreateSampleAction(kEmptySampleKind));
     actions.back()->SetSampleId("");
   }
   {

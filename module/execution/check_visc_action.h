@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "boundary/action_keys.h"
 #include "module/execution/visc_action.h"
 
 namespace rvx {
@@ -11,7 +12,7 @@ namespace rvx {
 // sample sets the count of samples since the last check standard back to 0.
 class CCheckViscAction final : public C_RVXViscAction {
  public:
-  static constexpr char kClassKey[] = "RVX Check Viscosity Action";
+  static constexpr const char* kClassKey = kActionClassKeys[kCheckViscAction];
 
   explicit CCheckViscAction(C_RVX& instrument);
   ~CCheckViscAction() override { StopRun(); }

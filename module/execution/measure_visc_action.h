@@ -3,13 +3,14 @@
 
 #include <string>
 
+#include "boundary/action_keys.h"
 #include "module/execution/visc_action.h"
 
 namespace rvx {
 
 class CMeasureViscAction final : public C_RVXViscAction {
  public:
-  static constexpr char kClassKey[] = "RVX Measure Viscosity Action";
+  static constexpr const char* kClassKey = kActionClassKeys[kMeasureViscAction];
 
   explicit CMeasureViscAction(C_RVX& instrument);
   ~CMeasureViscAction() override { StopRun(); }

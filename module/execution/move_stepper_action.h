@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "boundary/action_keys.h"
 #include "module/execution/base_action.h"
 
 namespace rvx {
@@ -10,7 +11,7 @@ namespace rvx {
 // Can be started again after its end.
 class CMoveStepperAction final : public CBaseAction {
  public:
-  static constexpr char kClassKey[] = "RVX Move Stepper Action";
+  static constexpr const char* kClassKey = kActionClassKeys[kMoveStepperAction];
 
   explicit CMoveStepperAction(C_RVX& instrument);
   ~CMoveStepperAction() override { StopRun(); }

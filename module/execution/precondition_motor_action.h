@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "boundary/action_keys.h"
 #include "module/execution/base_action.h"
 
 namespace rvx {
@@ -10,7 +11,7 @@ namespace rvx {
 // Can be started again after its end.
 class CPreconditionMotorAction final : public CBaseAction {
  public:
-  static constexpr char kClassKey[] = "RVX Precondition Motor Action";
+  static constexpr const char* kClassKey = kActionClassKeys[kPreconditionMotorAction];
 
   explicit CPreconditionMotorAction(C_RVX& instrument);
   ~CPreconditionMotorAction() override { StopRun(); }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "boundary/action.h"
+#include "boundary/action_keys.h"
 
 namespace rvx {
 
@@ -19,30 +20,5 @@ struct ActionTableEntry {
 
 // Eighteen entries in the order of ActionIndex.
 using ActionTable = std::vector<ActionTableEntry>;
-
-// The class key of the action that stands in every empty tray position.
-inline constexpr char kNullActionClassKey[] = "Null Action";
-
-enum ActionIndex : int {
-  kNullAction = 0,
-  kMeasureViscAction,
-  kCheckViscAction,
-  kMonitorAction,
-  kSetMotorCurrentAction,
-  kStepperAction,
-  kGeneralConfigAction,
-  kTestConfigAction,
-  kCalibrationAction,
-  kCalStandardAction,
-  kPickStandardAction,
-  kPreconditionMotorAction,
-  kMoveStepperAction,
-  kCurrentCellCalsAction,
-  kSetupAction,
-  kSamplesListAction,
-  kPrintConfigAction,
-  kTempVerifyAction,
-  kActionCount
-};
 
 }  // namespace rvx

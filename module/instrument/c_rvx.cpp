@@ -29,13 +29,6 @@ namespace {
 // A CAB that was queued at the end gets this long to go out; a dead line uses all of it.
 constexpr platform::Milliseconds kLastCommands{4000};
 
-// What the configuration and the service menu offer, in their order.
-constexpr ActionIndex kConfigActions[] = {
-    kPrintConfigAction, kGeneralConfigAction, kTestConfigAction,      kCalibrationAction,
-    kCalStandardAction, kPickStandardAction,  kCurrentCellCalsAction, kSetupAction};
-constexpr ActionIndex kServiceActions[] = {
-    kMonitorAction, kSamplesListAction, kSetMotorCurrentAction, kTempVerifyAction, kStepperAction};
-
 // Loads on the user-interface thread what `load` wants.
 class ResourceLoader : public UserInterfaceClient {
  public:
@@ -234,7 +227,7 @@ Action* C_RVX::CreateConfigAction(int32_t index) {
   if (index < 0 || index >= static_cast<int32_t>(std::size(kConfigActions))) {
     throw new InvalidException;
   }
-  const ActionIndex action = kConfigActions[index];
+  const ActionIndex action = kConfigActions[static_cast<size_t>(index)];
   if (action == kSetupAction && GetSecurityManager()->GetAccessLevel() < kLevelService) {
     throw new InvalidException;
   }
@@ -243,13 +236,13 @@ Action* C_RVX::CreateConfigAction(int32_t index) {
 
 Action* C_RVX::CreateSampleAction(int32_t kind) {
   switch (kind) {
-    case 0:
+    case kEmptySampleKind:
       return CreateActionByIndex(kNullAction);
-    case 1:
+    case kFirstSampleKind:
       // Without any constants a cell can measure nothing but oils that are known.
       return CreateActionByIndex(HasCellConstants(kAnyTemperature) ? kMeasureViscAction
                                                                    : kCheckViscAction);
-    case 2:
+    case kSecondSampleKind:
       if (HasCellConstants(kAnyTemperature)) return CreateActionByIndex(kCheckViscAction);
       break;
     default:
@@ -262,7 +255,7 @@ Action* C_RVX::CreateServiceAction(int32_t index) {
   if (index < 0 || index >= static_cast<int32_t>(std::size(kServiceActions))) {
     throw new InvalidException;
   }
-  const ActionIndex action = kServiceActions[index];
+  const ActionIndex action = kServiceActions[static_cast<size_t>(index)];
   if (action == kStepperAction) {
     ConfigurationGuard guard(configuration_);
     if (configuration_.modelCode != '2' && configuration_.modelCode != '4') {

@@ -16,6 +16,7 @@
 #include "module/instrument/command.h"
 #include "module/instrument/configuration_record.h"
 #include "module/instrument/conversation.h"
+#include "module/instrument/lock_ranks.h"
 #include "module/instrument/monitor_readings.h"
 #include "module/instrument/operation_timer.h"
 #include "module/instrument/status_window.h"
@@ -314,7 +315,7 @@ class C_RVX : public ViscometerInstrument, public PortWatcher, public Conversati
   std::unique_ptr<StatusWindow> statusWindow_ GUARDED_BY(statusWindowLock_);
   std::atomic<bool> hasStatusWindow_{false};  // so that frames without a window take no lock
 
-  TrayOfSampleActions tray_;
+  TrayOfSampleActions tray_{kTrayLockRank};
   std::unique_ptr<TrayController> trayController_;
   platform::PlainLock standardsLock_{"standards", platform::kLeafRank};
   CStandardsMap* standards_ GUARDED_BY(standardsLock_) = nullptr;

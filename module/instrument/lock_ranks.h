@@ -2,7 +2,6 @@
 // ARCHITECTURE.md says what each guards and why it stands where it stands.
 #pragma once
 
-#include "boundary/tray.h"
 #include "platform/lock.h"
 
 namespace rvx {
@@ -13,7 +12,7 @@ inline constexpr platform::LockRank kStatusWindowLockRank = 100;
 inline constexpr platform::LockRank kLaunchRecordLockRank = 200;
 inline constexpr platform::LockRank kTrayRunRecordLockRank = 300;   // TrayRun
 inline constexpr platform::LockRank kTrayRunPointerLockRank = 400;  // C_RVX's pointer to it
-// kTrayLockRank = 600: boundary/tray.h
+inline constexpr platform::LockRank kTrayLockRank = 600;  // of the tray that the host sees
 inline constexpr platform::LockRank kActionLockRank = 700;
 // Held while a CommandClient is called; a client may queue from inside.
 inline constexpr platform::LockRank kDeliveryLockRank = 800;
@@ -27,6 +26,5 @@ inline constexpr platform::LockRank kStatusLockRank = 1400;
 // The host's own locks start here (host/core/lock_ranks.h): the module calls the host with some of
 // its locks held, never the other way round.
 inline constexpr platform::LockRank kFirstHostLockRank = 5000;
-static_assert(kTrayRunPointerLockRank < kTrayLockRank && kTrayLockRank < kActionLockRank);
 
 }  // namespace rvx

@@ -1,5 +1,7 @@
 #include "tests/host/core/fake_instrument.h"
 
+#include "boundary/action_keys.h"
+
 namespace torvell {
 
 FakeInstrument::FakeInstrument(const std::string& port) {
@@ -14,7 +16,8 @@ FakeInstrument::~FakeInstrument() {
 
 void FakeInstrument::Fill(const std::string& sampleId, size_t tests) {
   planned_.push_back(std::make_shared<FakeAction>(
-      tests == 0 ? "Null Action" : "RVX Measure Viscosity Action", sampleId, tests));
+      rvx::kActionClassKeys[tests == 0 ? rvx::kNullAction : rvx::kMeasureViscAction], sampleId,
+      tests));
   rvx::TrayGuard guard(tray_);
   const auto before = tray_.ReplaceAll(planned_);
 }

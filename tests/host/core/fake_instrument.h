@@ -130,7 +130,7 @@ class FakeInstrument : public rvx::ViscometerInstrument, public rvx::InstrumentS
   rvx::ScriptingResult RunSelfTest(std::vector<std::string>&) override { return {}; }
 
  private:
-  rvx::TrayOfSampleActions tray_;
+  rvx::TrayOfSampleActions tray_{600};
   std::vector<std::shared_ptr<rvx::Action>> planned_;
 };
 
