@@ -41,7 +41,7 @@ Memory MemoryNow() {
 }
 
 void Check(const rvx::ScriptingResult& refused) {
-  if (refused) bench::Fail(refused->message);
+  if (refused) bench::Fail(refused->Sentences());
 }
 
 // Waits for readings of which `done` is true.

@@ -1,11 +1,13 @@
 // Failures that cross the boundary between host and module, in both directions. All are raised as
-// heap objects by pointer; the catcher deletes them.
+// heap objects by pointer; the catcher deletes them. What is raised on one side and caught on the
+// other is one of these, so that both know how to read and how to delete it.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
 #include <string>
 
+#include "boundary/message_code.h"
 #include "platform/date.h"
 #include "platform/exception.h"
 #include "platform/time_base.h"
@@ -17,7 +19,8 @@ class ViscometerInstrument;
 // What a failure says to the host and its user.
 struct ActionErrorRecord {
   ViscometerInstrument* source = nullptr;  // the instrument; not owned
-  std::string message;                     // complete, for the user
+  std::string message;                     // complete, for the user; names no command or menu
+  MessageCode code = MessageCode::None;    // what the message is about
   int32_t kind = 0;                        // 1: a computer or instrument failure
   platform::Date time = platform::LocalNow();
   std::string typeName;
@@ -57,7 +60,7 @@ class InvalidException : public CViscoException {
   using CViscoException::CViscoException;
 };
 
-// An action could not start or has failed; carries a filled record.
+// An action or a tray could not start or has failed; carries a filled record.
 class ActionException : public CViscoException {
  public:
   using CViscoException::CViscoException;

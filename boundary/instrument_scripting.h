@@ -13,6 +13,7 @@
 #include "boundary/action.h"
 #include "boundary/calibration_records.h"
 #include "boundary/printed_sheets.h"
+#include "boundary/scripting_problem.h"
 #include "boundary/viscometer_instrument.h"
 #include "platform/date.h"
 #include "platform/event.h"
@@ -82,17 +83,6 @@ struct SampleTests {
   std::optional<int32_t> injectionTime;  // s, 0 to 255
   std::optional<int32_t> coolDownTime;   // s, 0 to 255
 };
-
-// Why something was not done. `field` names the culprit (a settings key, "temperature" ...), `test`
-// its index in a list, -1 if it has none.
-struct ScriptingProblem {
-  enum class Kind { BadValue, NotAllowed, Busy, NoAnswer, Refused, Archive };
-  Kind kind = Kind::BadValue;
-  std::string message;  // what happened and what to do, for people
-  std::string field;
-  int32_t test = -1;
-};
-using ScriptingResult = std::optional<ScriptingProblem>;  // nothing: done
 
 enum class ServiceSwitch { Injection, Motor, Cooling, AutoReport };
 enum class ServiceAxis { Tube, Table, Trolley };

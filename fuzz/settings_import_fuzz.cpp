@@ -28,7 +28,7 @@ void Import(const std::string& text) {
   const std::string before = instrument.SaveSettingsText();
   if (const rvx::ScriptingResult problem = instrument.ImportSettings(text)) {
     fuzz::Require(instrument.SaveSettingsText() == before, "a refused text changes nothing");
-    fuzz::Require(!problem->message.empty(), "a refusal says why");
+    fuzz::Require(!problem->found.empty(), "a refusal says why");
     return;
   }
   LookAtTray(instrument);

@@ -6,6 +6,7 @@
 
 #include "host/cli/failure.h"
 #include "host/cli/terminal.h"
+#include "host/tray/advice.h"
 #include "host/tray/preparation.h"
 #include "platform/text.h"
 
@@ -190,7 +191,8 @@ std::string Session::Password(const std::string& question) {
 }
 
 void ThrowIfRefused(const rvx::ScriptingResult& result) {
-  if (result) throw CommandFailure(CodeOf(result->kind), result->message);
+  if (!result) return;
+  throw CommandFailure(CodeOf(result->kind()), ProblemText(*result, Reader::CommandLine));
 }
 
 void ThrowFromModule(rvx::CViscoException* error, const std::string& what) {

@@ -13,7 +13,7 @@ void ErrorStore::Report(ErrorReport report) {
   try {
     platform::PlainGuard guard(database_.lock());
     Transaction transaction(database_, Transaction::Durability::Process);
-    Query query(database_.Prepared("INSERT INTO ERRORS VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+    Query query(database_.Prepared("INSERT INTO ERRORS VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
     query->bind(1, platform::FormatIsoDate(report.time));
     query->bind(2, report.kind);
     query->bind(3, report.source);
@@ -24,6 +24,7 @@ void ErrorStore::Report(ErrorReport report) {
     query->bind(8, report.operatorName);
     query->bind(9, report.sampleFailure ? 1 : 0);
     query->bind(10, report.acknowledged ? 1 : 0);
+    query->bind(11, static_cast<int32_t>(report.code));
     query->exec();
     report.row = database_.connection().getLastInsertRowid();
     transaction.Commit();
@@ -42,7 +43,8 @@ std::vector<ErrorReport> ErrorStore::Last(int64_t n) {
     platform::PlainGuard guard(database_.lock());
     Query query(database_.Prepared(
         "SELECT \"Time\", \"Kind\", \"Source\", \"Message\", \"Tray\", \"Position\", "
-        "\"Sample ID\", \"Operator\", \"Sample Failure\", \"Acknowledged\", rowid FROM ERRORS "
+        "\"Sample ID\", \"Operator\", \"Sample Failure\", \"Acknowledged\", \"Code\", rowid FROM "
+        "ERRORS "
         "ORDER BY rowid DESC LIMIT ?"));
     query->bind(1, n > 0 ? n : int64_t{-1});
     while (query->executeStep()) {
@@ -57,7 +59,8 @@ std::vector<ErrorReport> ErrorStore::Last(int64_t n) {
       report.operatorName = query->getColumn(7).getString();
       report.sampleFailure = query->getColumn(8).getInt() != 0;
       report.acknowledged = query->getColumn(9).getInt() != 0;
-      report.row = query->getColumn(10).getInt64();
+      report.code = static_cast<rvx::MessageCode>(query->getColumn(10).getInt());
+      report.row = query->getColumn(11).getInt64();
       reports.push_back(std::move(report));
     }
   });

@@ -27,7 +27,9 @@ struct ErrorReport {
   int32_t kind = 0;     // 1: a computer or instrument failure, 0: a message
   std::string source;   // "COM1 RVX" for an instrument, "host", "port COM1"
   std::string message;  // complete text
-  int32_t tray = 0;     // as the raiser gave them
+  // What it is about; None for the host's own, and for what was reported before codes were kept.
+  rvx::MessageCode code = rvx::MessageCode::None;
+  int32_t tray = 0;  // as the raiser gave them
   int32_t position = 0;
   std::string sampleId;
   std::string operatorName;

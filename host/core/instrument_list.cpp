@@ -102,6 +102,7 @@ void InstrumentList::ReportError(rvx::ActionException* error) {
   report.kind = record.kind;
   report.source = SourceText(portName, record.instrumentId);
   report.message = record.message;
+  report.code = record.code;
   report.tray = record.tray;
   report.position = record.position;
   report.sampleId = record.sampleId;

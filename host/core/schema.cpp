@@ -63,9 +63,15 @@ ALTER TABLE ERRORS ADD COLUMN "Acknowledged" INTEGER NOT NULL DEFAULT 0;
 UPDATE ERRORS SET "Acknowledged" = 1;
 )sql";
 
+// What a message is about, by which people get advice. Messages from before have no code and are
+// shown without advice: to know them by their texts would be to keep all the texts here.
+constexpr char kFourth[] = R"sql(
+ALTER TABLE ERRORS ADD COLUMN "Code" INTEGER NOT NULL DEFAULT 0;
+)sql";
+
 }  // namespace
 
-const char* const kSchemaSteps[] = {kFirst, kSecond, kThird};
+const char* const kSchemaSteps[] = {kFirst, kSecond, kThird, kFourth};
 const int kSchemaVersion = static_cast<int>(sizeof(kSchemaSteps) / sizeof(kSchemaSteps[0]));
 
 }  // namespace torvell

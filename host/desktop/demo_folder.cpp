@@ -72,7 +72,7 @@ void FillDemoFolder(Host& host) {
     for (const DemoConstants& each : kConstants) {
       const auto refused =
           entry.scripting->SetCellConstants(each.temperature, each.b0, each.b1, each.b2);
-      if (refused) throw HostError(HostErrorKind::Database, refused->message);
+      if (refused) throw HostError(HostErrorKind::Database, refused->Sentences());
     }
   }
   // The first user has to be one who may add the others; from then on levels count.

@@ -29,7 +29,7 @@
 #include "host/desktop/tray_view.h"
 #include "host/desktop/user_dialogs.h"
 #include "host/desktop/window_start.h"
-#include "host/tray/message_advice.h"
+#include "host/tray/advice.h"
 #include "platform/log.h"
 
 namespace torvell {
@@ -311,7 +311,7 @@ void MainWindow::RefreshBanner() {
   if (open->count > 1) text = QStringLiteral("(%1 times) ").arg(open->count) + text;
   message_->SetText(
       ShapeIcon(IsFailure(open->report) ? Shape::Warning : Shape::Info, Colors().warningText), text,
-      QString::fromStdString(AdviceText(open->report.message)));
+      QString::fromStdString(AdviceText(open->report.code, Reader::Window)));
 }
 
 void MainWindow::AcknowledgeNewest() {

@@ -7,7 +7,7 @@
 
 #include "host/desktop/number_display.h"
 #include "host/desktop/theme.h"
-#include "host/tray/message_advice.h"
+#include "host/tray/advice.h"
 #include "host/tray/run_state.h"
 
 namespace torvell {
@@ -34,7 +34,7 @@ MessageRow Repeated(MessageRow row, const ErrorReport& report) {
 }  // namespace
 
 QString WithAdvice(const QString& text, const ErrorReport& report) {
-  const QString advice = QString::fromStdString(AdviceText(report.message));
+  const QString advice = QString::fromStdString(AdviceText(report.code, Reader::Window));
   return advice.isEmpty() ? text : text + QLatin1Char('\n') + advice;
 }
 

@@ -16,8 +16,8 @@ constexpr platform::Milliseconds kReadyTimeout{60 * 1000};
 
 void RaiseIfRefused(const rvx::ScriptingResult& result) {
   if (!result) return;
-  const bool level = result->kind == rvx::ScriptingProblem::Kind::NotAllowed;
-  throw HostError(level ? HostErrorKind::NotAllowed : HostErrorKind::Tray, result->message);
+  const bool level = result->kind() == rvx::ScriptingProblem::Kind::NotAllowed;
+  throw HostError(level ? HostErrorKind::NotAllowed : HostErrorKind::Tray, result->Sentences());
 }
 
 // Waits until `done` of the readings; false at the deadline or when somebody interrupts.

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "boundary/action_keys.h"
 #include "host/tray/number_text.h"
 #include "platform/text.h"
 
@@ -9,30 +10,28 @@ namespace torvell {
 
 namespace {
 
-constexpr int32_t kNullActionIndex = 0;
-constexpr int32_t kMeasureActionIndex = 1;
-constexpr int32_t kVerifyActionIndex = 2;
-constexpr char kNullActionKey[] = "Null Action";
-constexpr char kVerifyActionKey[] = "RVX Check Viscosity Action";
+using Field = rvx::ScriptingProblem::Field;
 
 std::shared_ptr<rvx::Action> NewAction(const InstrumentEntry& entry, int32_t index) {
   return std::shared_ptr<rvx::Action>(entry.instrument->CreateActionByIndex(index));
 }
 
-// The column that a problem of the instrument's is about, by the letters of its field's name.
-std::optional<TrayColumn> ColumnOf(const std::string& field) {
-  std::string letters;
-  for (const char c : field) {
-    if (c >= 'A' && c <= 'Z') letters += static_cast<char>(c - 'A' + 'a');
-    if (c >= 'a' && c <= 'z') letters += c;
+// The column of a file that a problem of the instrument's is about.
+std::optional<TrayColumn> ColumnOf(Field field) {
+  switch (field) {
+    case Field::Temperature:
+      return TrayColumn::Temperature;
+    case Field::RotorOnTime:
+      return TrayColumn::RotorOnTime;
+    case Field::KnownViscosity:
+      return TrayColumn::KnownViscosity;
+    case Field::InjectionTime:
+      return TrayColumn::InjectionTime;
+    case Field::CoolDownTime:
+      return TrayColumn::CoolDownTime;
+    default:
+      return std::nullopt;
   }
-  const auto holds = [&](const char* part) { return letters.find(part) != std::string::npos; };
-  if (holds("rotor")) return TrayColumn::RotorOnTime;
-  if (holds("visc")) return TrayColumn::KnownViscosity;
-  if (holds("inject")) return TrayColumn::InjectionTime;
-  if (holds("cool")) return TrayColumn::CoolDownTime;
-  if (holds("temp")) return TrayColumn::Temperature;
-  return std::nullopt;
 }
 
 std::string FoundText(const TrayFilePosition& position, const TrayFileTest& test,
@@ -74,16 +73,12 @@ FileProblem ProblemOf(const rvx::ScriptingProblem& problem, const TrayFilePositi
   } else {
     result.found = fmt::format("position {}", position.position);
   }
-  // "<what is wrong> Accepted: <what is accepted>." falls into the two halves of a file's message.
-  static constexpr std::string_view kAccepted = " Accepted: ";
-  const size_t split = problem.message.find(kAccepted);
-  if (split == std::string::npos) {
-    result.accepted = problem.message;
+  if (problem.accepted.empty()) {
+    result.accepted = problem.Sentences();
     return result;
   }
-  result.found += fmt::format(" ({})", problem.message.substr(0, split));
-  result.accepted = problem.message.substr(split + kAccepted.size());
-  if (!result.accepted.empty() && result.accepted.back() == '.') result.accepted.pop_back();
+  result.found += fmt::format(" ({})", problem.found);
+  result.accepted = problem.accepted;
   return result;
 }
 
@@ -102,7 +97,8 @@ class TrayBuilder {
       : entry_(entry), problems_(problems) {}
 
   std::shared_ptr<rvx::Action> Build(const TrayFilePosition& position) {
-    auto action = NewAction(entry_, position.verify ? kVerifyActionIndex : kMeasureActionIndex);
+    auto action =
+        NewAction(entry_, position.verify ? rvx::kCheckViscAction : rvx::kMeasureViscAction);
     action->SetSampleId(position.sampleId);
     const std::optional<rvx::SampleTests> defaults = entry_.scripting->GetSampleTests(*action);
     rvx::SampleTests tests;
@@ -126,10 +122,10 @@ class TrayBuilder {
 
  private:
   void Refuse(const rvx::ScriptingProblem& refused, const TrayFilePosition& position) {
-    if (refused.kind == rvx::ScriptingProblem::Kind::NotAllowed) {
+    if (refused.kind() == rvx::ScriptingProblem::Kind::NotAllowed) {
       throw HostError(HostErrorKind::NotAllowed,
                       fmt::format("position {}: {}\nNothing of the file was taken over.",
-                                  position.position, refused.message));
+                                  position.position, refused.Sentences()));
     }
     FileProblem problem = ProblemOf(refused, position);
     if (!position.verify && problem.column == static_cast<int>(TrayColumn::Temperature)) {
@@ -176,7 +172,7 @@ std::vector<TrayPosition> ReadTray(const InstrumentEntry& entry) {
   std::vector<TrayPosition> positions;
   for (size_t i = 0; i < actions.size(); ++i) {
     rvx::Action& action = *actions[i];
-    if (action.GetClassName() == kNullActionKey) continue;
+    if (action.GetClassName() == rvx::kNullActionClassKey) continue;
     TrayPosition position;
     position.position = static_cast<int>(i);
     position.label = action.GetLabel();
@@ -195,7 +191,7 @@ std::vector<TrayFilePosition> TrayFileOf(const std::vector<TrayPosition>& tray) 
     if (!position.tests) continue;
     TrayFilePosition entry;
     entry.position = position.position + 1;
-    entry.verify = position.classKey == kVerifyActionKey;
+    entry.verify = position.classKey == rvx::kActionClassKeys[rvx::kCheckViscAction];
     entry.sampleId = position.sampleId;
     entry.injectionTime = position.tests->injectionTime;
     entry.coolDownTime = position.tests->coolDownTime;
@@ -229,7 +225,7 @@ TrayActions BuildTray(const InstrumentEntry& entry, const std::string& path) {
 TrayActions EmptyTray(const InstrumentEntry& entry) {
   TrayActions actions;
   const int size = TraySize(entry);
-  for (int i = 0; i < size; ++i) actions.push_back(NewAction(entry, kNullActionIndex));
+  for (int i = 0; i < size; ++i) actions.push_back(NewAction(entry, rvx::kNullAction));
   return actions;
 }
 
@@ -292,7 +288,7 @@ std::vector<std::string> KeepWhatIsNotMeasured(Host& host, const InstrumentEntry
     }
     std::optional<rvx::SampleTests> tests = entry.scripting->GetSampleTests(*actions[index]);
     if (!tests || position.state == PositionState::Measured) {
-      actions[index] = NewAction(entry, kNullActionIndex);
+      actions[index] = NewAction(entry, rvx::kNullAction);
       continue;
     }
     // Cut down already, by an attempt that did not come as far as the start of a run: once more
@@ -303,7 +299,7 @@ std::vector<std::string> KeepWhatIsNotMeasured(Host& host, const InstrumentEntry
     rest->SetSampleId(position.sampleId);
     if (const auto refused = entry.scripting->SetSampleTests(*rest, *tests)) {
       notices.push_back(fmt::format("note: position {} runs as a whole once more: {}",
-                                    position.position + 1, refused->message));
+                                    position.position + 1, refused->Sentences()));
       continue;
     }
     actions[index] = rest;

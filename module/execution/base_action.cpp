@@ -65,7 +65,7 @@ void CBaseAction::Start(ActionWatcher* watcher, const std::string& context) {
   ActionErrorRecord record = instrument_.MakeErrorRecord();
   record.tray = tray;
   record.position = position;
-  Raise(std::move(record), GetFailureText(failure));
+  Raise(std::move(record), failure);
 }
 
 CBaseAction::StartFailure CBaseAction::Launch(ActionWatcher* watcher, const std::string& context,
@@ -94,22 +94,23 @@ CBaseAction::StartFailure CBaseAction::Launch(ActionWatcher* watcher, const std:
   return StartFailure::None;
 }
 
-std::string CBaseAction::GetFailureText(StartFailure failure) {
+void CBaseAction::Raise(ActionErrorRecord record, StartFailure failure) {
   switch (failure) {
     case StartFailure::None:
-      return std::string();
+      break;
     case StartFailure::Running:
-      return InsertName(runningText_, GetClassName());
+      record.message = InsertName(runningText_, GetClassName());
+      record.code = MessageCode::ActionRunning;
+      break;
     case StartFailure::BadContext:
-      return InsertName(invalidContextText_, GetClassName());
+      record.message = InsertName(invalidContextText_, GetClassName());
+      record.code = MessageCode::InvalidContext;
+      break;
     case StartFailure::NoThread:
-      return InsertName(computerErrorText_, GetClassName());
+      record.message = InsertName(computerErrorText_, GetClassName());
+      record.code = MessageCode::ComputerError;
+      break;
   }
-  return std::string();
-}
-
-void CBaseAction::Raise(ActionErrorRecord record, const std::string& message) {
-  record.message = message;
   throw new ActionException(std::move(record));
 }
 

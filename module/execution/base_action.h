@@ -71,10 +71,8 @@ class CBaseAction : public Action, public UserInterfaceClient {
   StartFailure Launch(ActionWatcher* watcher, const std::string& context, int tray, int position,
                       const char* threadName, platform::ThreadPriority priority, RunFunction run,
                       RunKind kind = RunKind::DrivesInstrument) REQUIRES(lock_);
-  // The text for people of a failure to start.
-  std::string GetFailureText(StartFailure failure);
-  // Raises ActionException with this record and text.
-  [[noreturn]] static void Raise(ActionErrorRecord record, const std::string& message);
+  // Raises ActionException with this record, text and code of a failure to start filled in.
+  [[noreturn]] void Raise(ActionErrorRecord record, StartFailure failure);
 
   platform::RecursiveLock lock_{"action", kActionLockRank};
   std::string sampleId_ GUARDED_BY(lock_);

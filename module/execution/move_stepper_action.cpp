@@ -31,7 +31,7 @@ void CMoveStepperAction::Start(ActionWatcher* watcher, const std::string& contex
     record.position = place->position;
   }
   if (failure == StartFailure::NoThread) record.kind = 1;
-  Raise(std::move(record), GetFailureText(failure));
+  Raise(std::move(record), failure);
 }
 
 }  // namespace rvx

@@ -26,7 +26,7 @@ void CPreconditionMotorAction::Start(ActionWatcher* watcher, const std::string& 
   ActionErrorRecord record = instrument().MakeErrorRecord();
   record.sampleFailure = 1;
   if (failure == StartFailure::NoThread) record.kind = 1;
-  Raise(std::move(record), GetFailureText(failure));
+  Raise(std::move(record), failure);
 }
 
 }  // namespace rvx

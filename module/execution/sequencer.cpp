@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "module/protocol/status_record.h"
 #include "module/resources/string_ids.h"
 #include "module/resources/string_table.h"
 
@@ -42,9 +43,12 @@ int32_t Sequencer::Step() {
   // The next one and not the last one: a thread that was held up would lose readings of the run,
   // and an error that stood in one frame only.
   if (!looksAgain) instrument_.GetNextReadings(statusSequence_, status_);
-  if (status_.machineStatus != 0) Fail(notReadyText_);
+  if (status_.machineStatus != 0) Fail(notReadyText_, MessageCode::NotReady);
   // Behind the machine status: an error says more, so its text wins.
-  if (status_.errorCode != 0) Fail(instrument_.GetErrorText(status_.errorCode));
+  if (status_.errorCode != 0) {
+    Fail(instrument_.GetErrorText(status_.errorCode),
+         MessageCodeOf(ErrorTextId(status_.errorCode)));
+  }
   ReportOperation();
   switch (interlude_) {
     case Interlude::Abort:
@@ -183,8 +187,9 @@ bool Sequencer::Resend(int command) {
   return true;
 }
 
-void Sequencer::Fail(const std::string& message) {
+void Sequencer::Fail(const std::string& message, MessageCode code) {
   abortMessage_ = message;
+  abortCode_ = code;
   Tick();
   SetInterlude(Interlude::Abort);
 }
@@ -193,6 +198,7 @@ void Sequencer::AbortAndRaise() {
   SendAbort();
   ActionErrorRecord record = instrument_.MakeErrorRecord();
   record.message = abortMessage_;
+  record.code = abortCode_;
   record.kind = 0;
   record.sampleFailure = 1;
   CompleteFailure(record);

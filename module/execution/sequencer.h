@@ -98,9 +98,9 @@ class Sequencer : public UserInterfaceClient, public CommandClient {
   // is left, and the run fails.
   bool Resend(int command);
 
-  void Fail(const std::string& message);
-  void FailNoReply() { Fail(noReplyText_); }
-  void FailInUse() { Fail(inUseText_); }
+  void Fail(const std::string& message, MessageCode code);
+  void FailNoReply() { Fail(noReplyText_, MessageCodeOf(noReplyTextId_)); }
+  void FailInUse() { Fail(inUseText_, MessageCodeOf(inUseTextId_)); }
 
   C_RVX& instrument_;
   LaunchRecord& launch_;
@@ -133,6 +133,7 @@ class Sequencer : public UserInterfaceClient, public CommandClient {
   int failedCommand_ = 0;        // the last in order that had to be sent again; 0: none
   int failedRetries_ = 0;        // its re-sends left
   std::string abortMessage_;
+  MessageCode abortCode_ = MessageCode::None;
 
   platform::Event wakeEvent_{"sequencer wake"};
   // A leaf: replies come in under the locks of the conversation.

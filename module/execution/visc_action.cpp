@@ -69,14 +69,14 @@ void C_RVXViscAction::Start(ActionWatcher* watcher, const std::string& context) 
     record.position = place->position;
   }
   if (failure == StartFailure::NoThread) record.kind = 1;
-  Raise(std::move(record), GetFailureText(failure));
+  Raise(std::move(record), failure);
 }
 
-void C_RVXViscAction::RaiseForSample(const std::string& message) {
+void C_RVXViscAction::RaiseForSample(StartFailure failure) {
   ActionErrorRecord record = instrument().MakeErrorRecord();
   record.sampleId = GetSampleId();
   record.sampleFailure = 1;
-  Raise(std::move(record), message);
+  Raise(std::move(record), failure);
 }
 
 int32_t C_RVXViscAction::Edit() {
@@ -90,7 +90,7 @@ int32_t C_RVXViscAction::Edit() {
       if (firstEdit) ResetToInstrumentDefaults();
     }
   }
-  if (refused) RaiseForSample(GetFailureText(StartFailure::NoThread));
+  if (refused) RaiseForSample(StartFailure::NoThread);
   SampleActionEditor* editor = GetSampleActionEditor();
   if (editor == nullptr) return 0;
   // The instrument must not go while the dialog reads it.
@@ -147,7 +147,7 @@ void C_RVXViscAction::SetStateText(const std::string& text) {
       testRecord_.Assign(state.testRecord);
     }
   }
-  if (running) RaiseForSample(GetFailureText(StartFailure::Running));
+  if (running) RaiseForSample(StartFailure::Running);
 }
 
 // A temperature at which the standard has no record keeps the stored value: a value of another

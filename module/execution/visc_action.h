@@ -66,7 +66,7 @@ class C_RVXViscAction : public CBaseAction {
  private:
   friend class ViscRun;
 
-  [[noreturn]] void RaiseForSample(const std::string& message);
+  [[noreturn]] void RaiseForSample(StartFailure failure);
   // Takes known viscosities from the standards where they have one.
   void ApplyStandards(SampleActionState& state);
   // The position of this action in the tray, or -1.

@@ -109,6 +109,7 @@ bool ViscRun::StoreResult(const CTestStateMachine& sequencer, int index) {
   if (failure) {
     ActionErrorRecord report = record_.instrument.MakeErrorRecord();
     report.message = failure->message;
+    report.code = failure->code;
     report.kind = failure->kind;
     report.sampleId = failure->sampleId;
     report.tray = record_.tray + 1;

@@ -129,6 +129,7 @@ void C_RVX::StartSimulator() {
     // Like an instrument that is switched off: it does not respond, and everything else works.
     ActionErrorRecord record = MakeErrorRecord();
     record.message = Text(kTextNoThread);
+    record.code = MessageCode::NoThread;
     record.kind = 1;
     ReportError(record);
   }

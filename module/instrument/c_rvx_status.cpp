@@ -6,6 +6,7 @@
 #include "module/instrument/tray_controller.h"
 #include "module/protocol/frames.h"
 #include "module/protocol/identification.h"
+#include "module/protocol/status_record.h"
 #include "module/resources/string_ids.h"
 
 namespace rvx {
@@ -55,6 +56,7 @@ void C_RVX::InstrumentNotResponding() {
   if (IsTrayActive() != 0) PauseTray(0, 1);
   ActionErrorRecord record = MakeErrorRecord();
   record.message = Text(kTextNotResponding);
+  record.code = MessageCode::NotResponding;
   record.kind = 1;
   record.sampleFailure = 1;
   ReportError(record);
@@ -128,6 +130,7 @@ void C_RVX::CheckMachineStatus(uint8_t machineStatus) {
   }
   ActionErrorRecord record = MakeErrorRecord();
   record.message = Text(kTextInitializeSteppers);
+  record.code = MessageCode::InitializeSteppers;
   ReportError(record);
 }
 
@@ -140,6 +143,7 @@ void C_RVX::ReportInstrumentError(uint8_t code) {
   }
   ActionErrorRecord record = MakeErrorRecord();
   record.message = GetErrorText(code);
+  record.code = MessageCodeOf(ErrorTextId(code));
   record.kind = (code & kInstrumentFailureBits) != 0 ? 1 : 0;
   record.sampleFailure = 1;
   ReportError(record);

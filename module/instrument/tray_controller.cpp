@@ -14,8 +14,10 @@ namespace {
 // A tray is not started above this cell temperature, in degrees C.
 constexpr double kWarmestStart = 10.0;
 
-[[noreturn]] void Raise(ActionErrorRecord record, std::string message, int32_t kind) {
-  record.message = std::move(message);
+// `textId`: the instrument's text that says why the tray was not started.
+[[noreturn]] void Raise(C_RVX& instrument, ActionErrorRecord record, int textId, int32_t kind) {
+  record.message = instrument.Text(textId);
+  record.code = MessageCodeOf(textId);
   record.kind = kind;
   record.sampleFailure = 1;
   throw new ActionException(std::move(record));
@@ -25,10 +27,10 @@ constexpr double kWarmestStart = 10.0;
 
 int32_t TrayController::Start(TrayWatcher* watcher) {
   const ActionErrorRecord record = instrument_.MakeErrorRecord();
-  if (CurrentRun()) Raise(record, instrument_.Text(kTextTrayInUse), 0);
+  if (CurrentRun()) Raise(instrument_, record, kTextTrayInUse, 0);
   // Asked this way round: a temperature that is no number is not below the limit.
   if (!(instrument_.GetTemperature() < kWarmestStart)) {
-    Raise(record, instrument_.Text(kTextCellTooWarm), 0);
+    Raise(instrument_, record, kTextCellTooWarm, 0);
   }
   auto run = std::make_shared<TrayRun>(runsLock_);
   {
@@ -41,7 +43,7 @@ int32_t TrayController::Start(TrayWatcher* watcher) {
     platform::PlainGuard guard(runLock_);
     if (!run_) run_ = run;
   }
-  if (CurrentRun() != run) Raise(record, instrument_.Text(kTextTrayInUse), 0);
+  if (CurrentRun() != run) Raise(instrument_, record, kTextTrayInUse, 0);
   {
     ConfigurationRecord& configuration = instrument_.configuration();
     ConfigurationGuard guard(configuration);
@@ -60,7 +62,7 @@ int32_t TrayController::Start(TrayWatcher* watcher) {
       configuration.runFlags &= ~static_cast<uint32_t>(kTrayRunning);
     }
     ForgetRun(run.get());
-    Raise(record, instrument_.Text(kTextNoThread), 1);
+    Raise(instrument_, record, kTextNoThread, 1);
   }
   return 1;
 }

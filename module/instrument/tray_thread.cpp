@@ -60,8 +60,10 @@ void TrayThread::PromptForCheckStandard() {
   }
   if (!wanted || interval > samples) return;
   ActionErrorRecord record = instrument_.MakeErrorRecord();
-  record.message = samples < kNeverChecked ? instrument_.FormatCheckStandardDue(samples)
-                                           : instrument_.Text(kTextCheckStandardNeverRun);
+  const bool checkedOnce = samples < kNeverChecked;
+  record.message = checkedOnce ? instrument_.FormatCheckStandardDue(samples)
+                               : instrument_.Text(kTextCheckStandardNeverRun);
+  record.code = checkedOnce ? MessageCode::CheckStandardDue : MessageCode::CheckStandardNeverRun;
   C_RVX::ReportError(record);
 }
 
@@ -180,6 +182,7 @@ TrayThread::StartResult TrayThread::StartAction(Action& action, CActionWatcher& 
   if (failure != nullptr) return HandleStartFailure(failure);
   ActionErrorRecord record = instrument_.MakeErrorRecord();
   record.message = instrument_.Text(kTextNotReady);
+  record.code = MessageCode::NotReady;
   record.sampleFailure = 1;
   record.tray = errorTray;
   record.position = errorPosition;

@@ -104,9 +104,9 @@ ScriptingResult LeaveOnly(CStandardPicker& picker, const std::vector<std::string
                     [&](const auto& row) { return nameOf(row) == name; })) {
       continue;
     }
-    return BadValue("\"" + name + "\" takes no part at these temperatures. Accepted: " +
-                        ListOf(rows) + ". The tray was not changed.",
-                    "only");
+    return BadValue(Code::NotAccepted, Field::Standards,
+                    "\"" + name + "\" takes no part at these temperatures.", ListOf(rows),
+                    kTrayNotChanged);
   }
   // A row can leave the list with a temperature, so the places are found anew each time.
   for (;;) {
@@ -138,23 +138,23 @@ ScriptingResult Choose(CStandardPicker& picker, const std::vector<int>& slots,
       continue;
     }
     return BadValue(
+        Code::StandardsLacking, Field::Temperature,
         platform::FormatText("The stored standards do not conform to ASTM D5293 at %.f degC: there "
-                             "is no usable one in group %s. The tray was not changed. See "
-                             "\"torvell standards conform\".",
+                             "is no usable one in group %s.",
                              kCalibrationTemperatures[static_cast<size_t>(slot)],
                              ListOf(picker.LackingGroups(kTemperatureTexts[slot])).c_str()),
-        "temperature");
+        std::string(), kTrayNotChanged);
   }
   if (only.empty()) return std::nullopt;
   if (ScriptingResult problem = LeaveOnly(picker, only)) return problem;
   for (const int slot : slots) {
     if (picker.temperatures()[FindTemperature(picker, slot)].checked) continue;
     return BadValue(
+        Code::ChoiceNotConforming, Field::Standards,
         platform::FormatText("The chosen standards do not conform to ASTM D5293 at %.f degC: one "
-                             "of each of the groups A, B and C is needed. The tray was not "
-                             "changed. See \"torvell standards conform\".",
+                             "of each of the groups A, B and C is needed.",
                              kCalibrationTemperatures[static_cast<size_t>(slot)]),
-        "only");
+        std::string(), kTrayNotChanged);
   }
   return std::nullopt;
 }
@@ -180,9 +180,9 @@ ScriptingResult ScriptableInstrument::FitCalibration(const CalibrationQuestion& 
   }
   if (question.hours < kFewestCalibrationHours || question.hours > kMostCalibrationHours) {
     return BadValue(
-        platform::FormatText("%d hours are out of range. Accepted: %d to %d hours.", question.hours,
-                             kFewestCalibrationHours, kMostCalibrationHours),
-        "hours");
+        Code::OutOfRange, Field::Hours,
+        platform::FormatText("%d hours are out of range.", question.hours),
+        platform::FormatText("%d to %d hours", kFewestCalibrationHours, kMostCalibrationHours));
   }
   ArrayOfSamples samples;
   CalibrationFilter filter(BuildCalibrationQuery(
@@ -193,7 +193,7 @@ ScriptingResult ScriptableInstrument::FitCalibration(const CalibrationQuestion& 
   } catch (ArchiveException* refused) {
     const std::string reason = refused->GetRecord().message;
     delete refused;
-    return Problem(ScriptingProblem::Kind::Archive, reason);
+    return Unable(Code::NotRead, reason);
   }
   std::vector<CalibrationPoint> points;
   for (Sample& sample : samples) {
@@ -238,15 +238,12 @@ ScriptingResult ScriptableInstrument::SaveCalibration(std::optional<double> temp
   }
   for (const std::string* text : {&b0Text, &b1Text, &b2Text}) {
     if (platform::ParseDouble(*text)) continue;
-    return BadValue("\"" + *text +
-                        "\" is no constant. Accepted: a finite number. Nothing was "
-                        "changed.",
-                    "constants");
+    return BadValue(Code::NotAccepted, Field::Constants, "\"" + *text + "\" is no constant.",
+                    "a finite number", kNothingChanged);
   }
   if (IsTrayRunning() != 0) {
-    return Problem(ScriptingProblem::Kind::Busy,
-                   "Constants can't be saved while a tray is running. Nothing was changed. Wait "
-                   "for its end.");
+    return Unable(Code::TrayRunning, "Constants can't be saved while a tray is running.",
+                  "Nothing was changed. Wait for its end.");
   }
   CalibrationTexts texts;
   texts.b0 = b0Text;
@@ -257,22 +254,22 @@ ScriptingResult ScriptableInstrument::SaveCalibration(std::optional<double> temp
   const SavedConstants saved =
       SaveCellConstants(*this, slot, dateSlot, texts, platform::LocalNow());
   if (saved.stored) return std::nullopt;
-  if (!saved.refusal.empty()) return Problem(ScriptingProblem::Kind::NotAllowed, saved.refusal);
-  return NotStored(saved.reason +
-                   platform::FormatText(
-                       " The new constants are in force all the same, at %s degC with the old "
-                       "date, and are stored when the instrument is closed if the archive works "
-                       "by then. Look at \"torvell constants show\".",
-                       CalibrationTargetText(dateSlot).c_str()));
+  if (!saved.refusal.empty()) return Unable(Code::LevelTooLow, saved.refusal);
+  return NotStored(
+      Code::ConstantsNotStored,
+      saved.reason + platform::FormatText(
+                         " The new constants are in force all the same, at %s degC with the old "
+                         "date, and are stored when the instrument is closed if the archive works "
+                         "by then.",
+                         CalibrationTargetText(dateSlot).c_str()));
 }
 
 ScriptingResult ScriptableInstrument::MakePicker(std::optional<CStandardPicker>& picker,
                                                  std::vector<StandardGroupRow>& groups,
                                                  std::string* groupFile) {
   if (GetStandards() == nullptr) {
-    return Problem(ScriptingProblem::Kind::Archive,
-                   "The calibration standards could not be read from the archive. Nothing was "
-                   "changed. Try again; if that does not help, look at the database.");
+    return Unable(Code::NotRead, "The calibration standards could not be read from the archive.",
+                  "Nothing was changed. Try again; if that does not help, look at the database.");
   }
   std::string folder;
   GetArchiveManager()->GetDefaultName(folder);
@@ -316,9 +313,8 @@ ScriptingResult ScriptableInstrument::MakeCalibrationTray(const CalibrationTrayR
   // A command can come before the instrument has reported for the first time, so what counts here
   // is that no tray of it is running.
   if (IsTrayRunning() != 0) {
-    return Problem(ScriptingProblem::Kind::Busy,
-                   "The tray can't be filled while it is running. It was not changed. Wait for its "
-                   "end.");
+    return Unable(Code::TrayRunning, "The tray can't be filled while it is running.",
+                  "It was not changed. Wait for its end.");
   }
   std::optional<CStandardPicker> picker;
   std::vector<StandardGroupRow> groups;
@@ -330,25 +326,28 @@ ScriptingResult ScriptableInstrument::MakeCalibrationTray(const CalibrationTrayR
   }
   if (ScriptingResult problem = Choose(*picker, slots, request.only)) return problem;
   const CalibrationTrayPlan plan = picker->MakePlan();
-  if (!plan.problem.empty()) return BadValue(plan.problem + " The tray was not changed.", "only");
+  if (!plan.problem.empty()) {
+    return BadValue(Code::NotAccepted, Field::Standards, plan.problem, std::string(),
+                    kTrayNotChanged);
+  }
   const TrayFilling filling = FillCalibrationTray(*this, plan);
   if (filling == TrayFilling::Done) return std::nullopt;
   if (filling == TrayFilling::NotAllowed) {
     // The user has gone since the check above, and may even be back.
-    return Problem(ScriptingProblem::Kind::NotAllowed,
-                   "Filling a tray needs level 10. The tray was not changed. Log in as a user of "
-                   "that level.");
+    return Unable(Code::LevelTooLow, "Filling a tray needs level 10.",
+                  "The tray was not changed. Log in as a user of that level.");
   }
   int32_t size = 0;
   {
     TrayGuard guard(*GetTray(0));
     size = GetTray(0)->GetSize();
   }
-  return BadValue(platform::FormatText("%zu standards are chosen and the tray has %d positions. "
-                                       "The tray was not changed. Choose fewer temperatures, or "
-                                       "name the standards to be used.",
+  return BadValue(Code::TooMany, Field::Standards,
+                  platform::FormatText("%zu standards are chosen and the tray has %d positions.",
                                        plan.positions.size(), size),
-                  "only");
+                  std::string(),
+                  "The tray was not changed. Choose fewer temperatures, or name the standards to "
+                  "be used.");
 }
 
 }  // namespace rvx

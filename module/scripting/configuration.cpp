@@ -39,18 +39,13 @@ std::string FindDamage(const ConfigurationRecord& record) {
   return std::string();
 }
 
-std::string UnknownKeyMessage(const std::string& key) {
-  return "There is no setting \"" + key + "\". See \"torvell settings show\" for the keys.";
-}
-
 }  // namespace
 
 ScriptingResult ScriptableInstrument::MayConfigure(int32_t level) {
   if (ScriptingResult problem = CheckLevel(level, "Changing the settings")) return problem;
   if (IsTrayActive() == 0) return std::nullopt;
-  return Problem(ScriptingProblem::Kind::Busy,
-                 "The settings can't be changed while a tray is running. Nothing was changed. "
-                 "Pause the tray or wait for its end.");
+  return Unable(Code::TrayRunning, "The settings can't be changed while a tray is running.",
+                "Nothing was changed. Pause the tray or wait for its end.");
 }
 
 ScriptingResult ScriptableInstrument::Store(const std::function<void()>& undo) {
@@ -63,7 +58,7 @@ ScriptingResult ScriptableInstrument::Store(const std::function<void()>& undo) {
     delete failure;
     undo();
     GetInstrumentManager()->NotifyInstrumentChanged();
-    return NotStored(reason);
+    return NotStored(Code::NotStored, reason);
   }
 }
 
@@ -90,10 +85,10 @@ ScriptingResult ScriptableInstrument::FindSlot(double temperature, int& slot) {
   for (auto t = kCalibrationTemperatures.begin(); t != inUse; ++t) {
     accepted += platform::FormatText(accepted.empty() ? "%.f" : ", %.f", *t);
   }
-  return BadValue(platform::FormatText("%g is no calibration temperature of this instrument. "
-                                       "Accepted: %s degC. Nothing was changed.",
-                                       temperature, accepted.c_str()),
-                  "temperature");
+  return BadValue(
+      Code::NotAccepted, Field::Temperature,
+      platform::FormatText("%g is no calibration temperature of this instrument.", temperature),
+      accepted + " degC", kNothingChanged);
 }
 
 ScriptingResult ScriptableInstrument::SetCellConstants(double temperature, double b0, double b1,
@@ -102,7 +97,8 @@ ScriptingResult ScriptableInstrument::SetCellConstants(double temperature, doubl
   int found = 0;
   if (ScriptingResult problem = FindSlot(temperature, found)) return problem;
   if (!std::isfinite(b0) || !std::isfinite(b1) || !std::isfinite(b2)) {
-    return BadValue("A constant is not a finite number. Nothing was changed.", "constants");
+    return BadValue(Code::NotAccepted, Field::Constants, "A constant is not a finite number.",
+                    std::string(), kNothingChanged);
   }
   const auto slot = static_cast<size_t>(found);
   const CellConstants before = GetCellConstants()[slot];
@@ -110,14 +106,14 @@ ScriptingResult ScriptableInstrument::SetCellConstants(double temperature, doubl
   const CalibrationTexts texts = FormatFit({b0, b1, b2, 0.0, 0.0});
   const SavedConstants saved = SaveCellConstants(*this, found, found, texts, platform::LocalNow());
   if (saved.stored) return std::nullopt;
-  if (!saved.refusal.empty()) return Problem(ScriptingProblem::Kind::NotAllowed, saved.refusal);
+  if (!saved.refusal.empty()) return Unable(Code::LevelTooLow, saved.refusal);
   // The date is back already, and so go the constants: nothing of them was asked to be kept.
   ConfigurationRecord& record = configuration();
   ConfigurationGuard guard(record);
   record.b0[slot] = before.b0;
   record.b1[slot] = before.b1;
   record.b2[slot] = before.b2;
-  return NotStored(saved.reason);
+  return NotStored(Code::NotStored, saved.reason);
 }
 
 std::vector<InstrumentSetting> ScriptableInstrument::GetSettings() {
@@ -137,23 +133,26 @@ ScriptingResult ScriptableInstrument::SetSettings(
   ConfigurationRecord trial = configuration();
   for (const auto& [key, value] : values) {
     const Setting* setting = FindSetting(key);
-    if (setting == nullptr) return BadValue(UnknownKeyMessage(key), key);
+    if (setting == nullptr) {
+      return OfSetting(Unable(Code::UnknownSetting, "There is no setting \"" + key + "\"."), key);
+    }
     if (setting->level == kLevelUnreachable) {
-      return BadValue("\"" + key + "\" can't be changed here: it is " + AcceptedText(*setting) +
-                          ". Nothing was changed.",
-                      key);
+      return OfSetting(
+          Unable(Code::FixedSetting,
+                 "\"" + key + "\" can't be changed here: it is " + AcceptedText(*setting) + ".",
+                 kNothingChanged),
+          key);
     }
     if (ScriptingResult problem = CheckLevel(setting->level, "Changing " + key)) {
-      problem->field = key;
-      return problem;
+      return OfSetting(*problem, key);
     }
     if (!WriteSetting(*setting, trial, value)) {
-      const std::string accepted =
-          AcceptedText(*setting) + (*setting->unit == '\0' ? "" : " ") + setting->unit;
-      return BadValue(
-          platform::FormatText("\"%s\" is not accepted for %s. Accepted: %s. Nothing was changed.",
-                               value.c_str(), key.c_str(), accepted.c_str()),
-          key);
+      const std::string unit =
+          *setting->unit == '\0' ? std::string() : std::string(" ") + setting->unit;
+      return OfSetting(BadValue(Code::NotAccepted, Field::Setting,
+                                "\"" + value + "\" is not accepted for " + key + ".",
+                                AcceptedText(*setting) + unit, kNothingChanged),
+                       key);
     }
   }
   // Field by field, since the record also holds what the instrument's threads keep there.
@@ -173,27 +172,29 @@ ScriptingResult ScriptableInstrument::ImportSettings(const std::string& text) {
   constexpr size_t kFewestLines = 4;
   if (lines.size() < kFewestLines || lines.front() != GetTypeName()) {
     return BadValue(
-        platform::FormatText(
-            "This is no settings text of an %s: it has %zu lines and begins with "
-            "\"%.40s\"; it should have at least %zu and begin with \"%s\". Nothing was "
-            "changed.",
-            GetTypeName().c_str(), lines.size(), lines.empty() ? "" : lines.front().c_str(),
-            kFewestLines, GetTypeName().c_str()),
-        "text");
+        Code::DamagedText, Field::SettingsText,
+        platform::FormatText("This is no settings text of an %s: it has %zu lines and begins with "
+                             "\"%.40s\"; it should have at least %zu and begin with \"%s\".",
+                             GetTypeName().c_str(), lines.size(),
+                             lines.empty() ? "" : lines.front().c_str(), kFewestLines,
+                             GetTypeName().c_str()),
+        std::string(), kNothingChanged);
   }
   ConfigurationRecord trial = configuration();
   constexpr size_t kFewestFields = 44;
   const size_t fields = platform::SplitFields(lines[kConfigurationLine], '\x0B').size();
   if (fields < kFewestFields) {
-    return BadValue(platform::FormatText("Line 3 of the settings text has %zu fields; at least %zu "
-                                         "are needed. Nothing was changed.",
+    return BadValue(Code::DamagedText, Field::SettingsText,
+                    platform::FormatText("Line 3 of the settings text has %zu fields; at least %zu "
+                                         "are needed.",
                                          fields, kFewestFields),
-                    "text");
+                    std::string(), kNothingChanged);
   }
   const ConfigurationRecord present = trial;
   trial.FromText(lines[kConfigurationLine], kLoadAll);
   if (const std::string wrong = FindDamage(trial); !wrong.empty()) {
-    return BadValue("The settings text " + wrong + ". Nothing was changed.", "text");
+    return BadValue(Code::DamagedText, Field::SettingsText, "The settings text " + wrong + ".",
+                    std::string(), kNothingChanged);
   }
   // What a text holds was never checked, so it is checked here like anything typed.
   for (const Setting& setting : GetSettingsTable()) {
@@ -202,14 +203,14 @@ ScriptingResult ScriptableInstrument::ImportSettings(const std::string& text) {
     if (value == ReadSetting(setting, present)) continue;
     ConfigurationRecord probe = trial;
     if (!WriteSetting(setting, probe, value)) {
-      return BadValue("The settings text has \"" + value + "\" for " + setting.key +
-                          ". Accepted: " + AcceptedText(setting) + ". Nothing was changed.",
-                      setting.key);
+      return OfSetting(BadValue(Code::NotAccepted, Field::Setting,
+                                "The settings text has \"" + value + "\" for " + setting.key + ".",
+                                AcceptedText(setting), kNothingChanged),
+                       setting.key);
     }
     if (ScriptingResult problem =
             CheckLevel(setting.level, std::string("Changing ") + setting.key)) {
-      problem->field = setting.key;
-      return problem;
+      return OfSetting(*problem, setting.key);
     }
   }
   const std::string old = SaveSettingsText();

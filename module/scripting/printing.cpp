@@ -37,11 +37,9 @@ ScriptingResult ScriptableInstrument::MakePdf(const SheetRequest& request, std::
   std::string bytes;
   if (render != nullptr) bytes = render(document.title, request.paper, document.draw);
   if (bytes.empty()) {
-    return Problem(ScriptingProblem::Kind::Refused,
-                   "\"" + document.title +
-                       "\" could not be drawn as PDF. Nothing was written. The computer may be "
-                       "short of memory, or the installation incomplete; try again, and install "
-                       "the program anew if that does not help.");
+    return Unable(Code::NotDrawn, "\"" + document.title + "\" could not be drawn as PDF.",
+                  "Nothing was written. The computer may be short of memory, or the installation "
+                  "incomplete; try again, and install the program anew if that does not help.");
   }
   pdf = std::move(bytes);
   return std::nullopt;

@@ -8,26 +8,52 @@
 
 namespace rvx {
 
-inline ScriptingProblem Problem(ScriptingProblem::Kind kind, std::string message,
-                                std::string field = std::string(), int32_t test = -1) {
-  return {kind, std::move(message), std::move(field), test};
+using Code = ScriptingProblem::Code;
+using Field = ScriptingProblem::Field;
+
+inline constexpr char kNothingChanged[] = "Nothing was changed.";
+inline constexpr char kNothingSent[] = "Nothing was sent.";
+inline constexpr char kTrayNotChanged[] = "The tray was not changed.";
+
+// A value that is not taken, and what is.
+inline ScriptingProblem BadValue(Code code, Field field, std::string found,
+                                 std::string accepted = std::string(),
+                                 std::string outcome = std::string()) {
+  ScriptingProblem problem;
+  problem.code = code;
+  problem.field = field;
+  problem.found = std::move(found);
+  problem.accepted = std::move(accepted);
+  problem.outcome = std::move(outcome);
+  return problem;
 }
 
-inline ScriptingProblem BadValue(std::string message, std::string field, int32_t test = -1) {
-  return Problem(ScriptingProblem::Kind::BadValue, std::move(message), std::move(field), test);
+// What has nothing to do with a value.
+inline ScriptingProblem Unable(Code code, std::string found, std::string outcome = std::string()) {
+  return BadValue(code, Field::None, std::move(found), std::string(), std::move(outcome));
+}
+
+inline ScriptingProblem OfTest(ScriptingProblem problem, int32_t test) {
+  problem.test = test;
+  return problem;
+}
+
+inline ScriptingProblem OfSetting(ScriptingProblem problem, std::string key) {
+  problem.field = Field::Setting;
+  problem.setting = std::move(key);
+  return problem;
 }
 
 // `detail`: the archive's reason and what became of the change.
-inline ScriptingProblem NotStored(const std::string& detail) {
-  return Problem(ScriptingProblem::Kind::Archive,
-                 "Unable to store new instrument configuration. Please try again. " + detail);
+inline ScriptingProblem NotStored(Code code, const std::string& detail) {
+  return Unable(code, "Unable to store new instrument configuration. Please try again.", detail);
 }
 
 // Nothing if the present user has the level.
 inline ScriptingResult CheckLevel(int32_t needed, const std::string& what) {
   const std::optional<std::string> refusal = FindLevelRefusal(needed, what);
   if (!refusal) return std::nullopt;
-  return Problem(ScriptingProblem::Kind::NotAllowed, *refusal);
+  return Unable(Code::LevelTooLow, *refusal);
 }
 
 }  // namespace rvx

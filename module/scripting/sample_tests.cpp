@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "boundary/action_keys.h"
 #include "boundary/standards_text.h"
 #include "module/calibration/standards_map.h"
-#include "module/execution/measure_visc_action.h"
 #include "module/execution/sample_result.h"
 #include "module/execution/visc_action.h"
 #include "module/scripting/problems.h"
@@ -22,14 +22,17 @@ constexpr int32_t kLongestTime = 255;       // s, what a byte of a command holds
 constexpr double kLeastViscosity = 1000.0;  // mPa*s
 constexpr double kMostViscosity = 50000.0;
 
-bool Measures(Action& action) { return action.GetClassName() == CMeasureViscAction::kClassKey; }
+bool Measures(Action& action) {
+  return action.GetClassName() == kActionClassKeys[kMeasureViscAction];
+}
 
-ScriptingResult CheckTime(std::optional<int32_t> seconds, int32_t least, const char* field,
+ScriptingResult CheckTime(std::optional<int32_t> seconds, int32_t least, Field field,
                           int32_t test = -1) {
   if (!seconds || (*seconds >= least && *seconds <= kLongestTime)) return std::nullopt;
-  return BadValue(platform::FormatText("%d s is out of range. Accepted: %d to %d s.", *seconds,
-                                       least, kLongestTime),
-                  field, test);
+  return OfTest(
+      BadValue(Code::OutOfRange, field, platform::FormatText("%d s is out of range.", *seconds),
+               platform::FormatText("%d to %d s", least, kLongestTime)),
+      test);
 }
 
 // The viscosity that the store keeps for a standard of this name at a temperature, if any.
@@ -51,43 +54,52 @@ std::optional<double> FindStandard(CStandardsMap* standards, const std::string& 
 }  // namespace
 
 ScriptingResult ScriptableInstrument::CheckTests(const SampleTests& tests, bool measures) {
-  if (tests.tests.empty()) return BadValue("A sample needs at least one test.", "temperature");
-  if (tests.tests.size() > static_cast<size_t>(kMaxTests)) {
-    return BadValue(
-        platform::FormatText("%zu tests are too many. Accepted: 1 to %d tests a sample.",
-                             tests.tests.size(), kMaxTests),
-        "temperature", kMaxTests);
+  if (tests.tests.empty()) {
+    return BadValue(Code::Missing, Field::Temperature, "A sample needs at least one test.");
   }
-  if (ScriptingResult problem = CheckTime(tests.injectionTime, 0, "injection time")) return problem;
-  if (ScriptingResult problem = CheckTime(tests.coolDownTime, 0, "cool-down time")) return problem;
+  if (tests.tests.size() > static_cast<size_t>(kMaxTests)) {
+    return OfTest(BadValue(Code::TooMany, Field::Temperature,
+                           platform::FormatText("%zu tests are too many.", tests.tests.size()),
+                           platform::FormatText("1 to %d tests a sample", kMaxTests)),
+                  kMaxTests);
+  }
+  if (ScriptingResult problem = CheckTime(tests.injectionTime, 0, Field::InjectionTime))
+    return problem;
+  if (ScriptingResult problem = CheckTime(tests.coolDownTime, 0, Field::CoolDownTime))
+    return problem;
   for (size_t i = 0; i < tests.tests.size(); ++i) {
     const SampleTest& test = tests.tests[i];
     const int32_t index = static_cast<int32_t>(i);
     if (!(test.temperature >= kColdestTest && test.temperature <= kWarmestTest)) {
-      return BadValue(platform::FormatText("%g degC is out of range. Accepted: %.f to %.f degC.",
-                                           test.temperature, kColdestTest, kWarmestTest),
-                      "temperature", index);
+      return OfTest(BadValue(Code::OutOfRange, Field::Temperature,
+                             platform::FormatText("%g degC is out of range.", test.temperature),
+                             platform::FormatText("%.f to %.f degC", kColdestTest, kWarmestTest)),
+                    index);
     }
     if (measures && !HasCellConstants(test.temperature)) {
-      return BadValue(
-          platform::FormatText("The cell has no calibration constants for %g degC. Accepted: a "
-                               "calibrated temperature (see \"torvell constants show\").",
-                               test.temperature),
-          "temperature", index);
+      return OfTest(
+          BadValue(Code::NoCellConstants, Field::Temperature,
+                   platform::FormatText("The cell has no calibration constants for %g degC.",
+                                        test.temperature),
+                   "a calibrated temperature"),
+          index);
     }
     if (ScriptingResult problem =
-            CheckTime(test.rotorOnTime, kShortestRotorTime, "rotor on time", index)) {
+            CheckTime(test.rotorOnTime, kShortestRotorTime, Field::RotorOnTime, index)) {
       return problem;
     }
     if (!test.knownViscosity) continue;
     if (measures) {
-      return BadValue("A sample that is measured has no known viscosity. Accepted: an empty cell.",
-                      "known viscosity", index);
+      return OfTest(BadValue(Code::NotWanted, Field::KnownViscosity,
+                             "A sample that is measured has no known viscosity.", "an empty cell"),
+                    index);
     }
     if (!(*test.knownViscosity >= kLeastViscosity && *test.knownViscosity <= kMostViscosity)) {
-      return BadValue(platform::FormatText("%g mPa*s is out of range. Accepted: %.f to %.f mPa*s.",
-                                           *test.knownViscosity, kLeastViscosity, kMostViscosity),
-                      "known viscosity", index);
+      return OfTest(
+          BadValue(Code::OutOfRange, Field::KnownViscosity,
+                   platform::FormatText("%g mPa*s is out of range.", *test.knownViscosity),
+                   platform::FormatText("%.f to %.f mPa*s", kLeastViscosity, kMostViscosity)),
+          index);
     }
   }
   return std::nullopt;
@@ -96,13 +108,13 @@ ScriptingResult ScriptableInstrument::CheckTests(const SampleTests& tests, bool 
 ScriptingResult ScriptableInstrument::SetSampleTests(Action& action, const SampleTests& tests) {
   auto* sampleAction = dynamic_cast<C_RVXViscAction*>(&action);
   if (sampleAction == nullptr) {
-    return BadValue("\"" + action.GetLabel() + "\" is no sample action and has no tests.",
-                    "action");
+    return BadValue(Code::NoSampleAction, Field::Action,
+                    "\"" + action.GetLabel() + "\" is no sample action and has no tests.");
   }
   if (ScriptingResult problem = CheckLevel(kLevelOperator, "Filling a tray")) return problem;
   if (action.IsRunning() != 0 || action.HasRun() != 0) {
-    return Problem(ScriptingProblem::Kind::Busy,
-                   "The sample is running or has run; its tests can't be changed any more.");
+    return Unable(Code::SampleStarted,
+                  "The sample is running or has run; its tests can't be changed any more.");
   }
   const bool measures = Measures(action);
   if (ScriptingResult problem = CheckTests(tests, measures)) return problem;
@@ -135,28 +147,34 @@ ScriptingResult ScriptableInstrument::SetSampleTests(Action& action, const Sampl
     const std::optional<double> stored =
         FindStandard(GetStandards(), action.GetSampleId(), test.temperature);
     if (!stored && !test.knownViscosity) {
-      return BadValue(
-          platform::FormatText(
-              "The known viscosity is missing, and the store has no standard \"%s\" at "
-              "%g degC. Accepted: %.f to %.f mPa*s, or the name of a stored standard "
-              "as the sample id.",
-              action.GetSampleId().c_str(), test.temperature, kLeastViscosity, kMostViscosity),
-          "known viscosity", static_cast<int32_t>(i));
+      return OfTest(
+          BadValue(Code::Missing, Field::KnownViscosity,
+                   platform::FormatText(
+                       "The known viscosity is missing, and the store has no standard \"%s\" at "
+                       "%g degC.",
+                       action.GetSampleId().c_str(), test.temperature),
+                   platform::FormatText(
+                       "%.f to %.f mPa*s, or the name of a stored standard as the sample id",
+                       kLeastViscosity, kMostViscosity)),
+          static_cast<int32_t>(i));
     }
     // A stored action of a standard takes the store's value whenever it is loaded, so another one
     // would not last.
     if (stored && test.knownViscosity && *stored != *test.knownViscosity) {
-      return BadValue(
-          platform::FormatText(
-              "%g mPa*s differs from the stored standard \"%s\", which has %g mPa*s "
-              "at %g degC. Accepted: an empty cell or the stored value.",
-              *test.knownViscosity, action.GetSampleId().c_str(), *stored, test.temperature),
-          "known viscosity", static_cast<int32_t>(i));
+      return OfTest(
+          BadValue(
+              Code::DiffersFromStandard, Field::KnownViscosity,
+              platform::FormatText(
+                  "%g mPa*s differs from the stored standard \"%s\", which has %g mPa*s at "
+                  "%g degC.",
+                  *test.knownViscosity, action.GetSampleId().c_str(), *stored, test.temperature),
+              "an empty cell or the stored value"),
+          static_cast<int32_t>(i));
     }
     viscosities[i] = stored ? *stored : *test.knownViscosity;
   }
   if (!sampleAction->AssignTests(record, viscosities)) {
-    return Problem(ScriptingProblem::Kind::Busy, "The sample has been started meanwhile.");
+    return Unable(Code::SampleStarted, "The sample has been started meanwhile.");
   }
   return std::nullopt;
 }

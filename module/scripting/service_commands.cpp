@@ -61,20 +61,18 @@ class ReplyWaiter : public CommandClient, public InstrErrorClient {
     answer_.Wait(deadline);
     platform::PlainGuard guard(lock_);
     if (!answered_) {
-      return Problem(ScriptingProblem::Kind::NoAnswer,
-                     "The instrument did not answer the command (" + what +
-                         "). Check that it is switched on and its cable is plugged in, and try "
-                         "again.");
+      return Unable(Code::NoReply, "The instrument did not answer the command (" + what + ").",
+                    "Check that it is switched on and its cable is plugged in, and try again.");
     }
     if (error_ != 0) {
-      return Problem(ScriptingProblem::Kind::Refused,
-                     platform::FormatText("The instrument refused the command (%s), code 0x%02x: ",
-                                          what.c_str(), error_) +
-                         instrument_.GetErrorText(error_));
+      return Unable(Code::RefusedByInstrument,
+                    platform::FormatText("The instrument refused the command (%s), code 0x%02x: ",
+                                         what.c_str(), error_) +
+                        instrument_.GetErrorText(error_));
     }
     if (tag_ != expectedTag) {
-      return Problem(ScriptingProblem::Kind::Refused,
-                     "The instrument would not take the command (" + what + ").");
+      return Unable(Code::RefusedByInstrument,
+                    "The instrument would not take the command (" + what + ").");
     }
     return std::nullopt;
   }
@@ -92,16 +90,16 @@ class ReplyWaiter : public CommandClient, public InstrErrorClient {
 ScriptingResult MayServe(ViscometerInstrument& instrument) {
   if (ScriptingResult problem = CheckLevel(kLevelOperator, "A service command")) return problem;
   if (instrument.IsTrayRunning() == 0) return std::nullopt;
-  return Problem(ScriptingProblem::Kind::Busy,
-                 "A tray is running or paused. Nothing was sent. Wait for the end of the tray.");
+  return Unable(Code::TrayRunning, "A tray is running or paused.",
+                "Nothing was sent. Wait for the end of the tray.");
 }
 
 ScriptingResult CheckCellTemperature(double celsius, const char* alternative) {
   if (celsius >= kColdest && celsius <= kWarmest) return std::nullopt;
-  return BadValue(platform::FormatText(
-                      "%g degC is out of range. Accepted: %.f to %.f degC%s. Nothing was sent.",
-                      celsius, kColdest, kWarmest, alternative),
-                  "temperature");
+  return BadValue(Code::OutOfRange, Field::Temperature,
+                  platform::FormatText("%g degC is out of range.", celsius),
+                  platform::FormatText("%.f to %.f degC%s", kColdest, kWarmest, alternative),
+                  kNothingSent);
 }
 
 // Only these models have steppers that a person may move.
@@ -112,8 +110,7 @@ ScriptingResult HasStepperService(C_RVX& instrument) {
     modelCode = instrument.configuration().modelCode;
   }
   if (modelCode == '2' || modelCode == '4') return std::nullopt;
-  return Problem(ScriptingProblem::Kind::Refused,
-                 "This model has no stepper service. Nothing was sent.");
+  return Unable(Code::NoStepperService, "This model has no stepper service.", kNothingSent);
 }
 
 }  // namespace
@@ -188,8 +185,8 @@ ScriptingResult ScriptableInstrument::SetTemperature(std::optional<double> celsi
 ScriptingResult ScriptableInstrument::ChillSimulatedCell(double celsius) {
   if (ScriptingResult problem = MayServe(*this)) return problem;
   if (!IsSimulatedInstrument()) {
-    return Problem(ScriptingProblem::Kind::NotAllowed,
-                   "This instrument is real: its cell is cooled by its chiller. Nothing was sent.");
+    return Unable(Code::NotSimulated, "This instrument is real: its cell is cooled by its chiller.",
+                  kNothingSent);
   }
   if (ScriptingResult problem = CheckCellTemperature(celsius, "")) return problem;
   ReplyWaiter waiter(*this);
@@ -223,10 +220,9 @@ ScriptingResult ScriptableInstrument::JogAxis(ServiceAxis axis, int32_t target) 
   const AxisLimit& limit = *std::find_if(std::begin(kAxisLimits), std::end(kAxisLimits),
                                          [axis](const AxisLimit& l) { return l.axis == axis; });
   if (target < 0 || target > limit.most) {
-    return BadValue(platform::FormatText("%d is out of the way of the %s. Accepted: 0 to %d steps. "
-                                         "Nothing was sent.",
-                                         target, limit.name, limit.most),
-                    "target");
+    return BadValue(Code::OutOfRange, Field::Target,
+                    platform::FormatText("%d is out of the way of the %s.", target, limit.name),
+                    platform::FormatText("0 to %d steps", limit.most), kNothingSent);
   }
   ReplyWaiter waiter(*this);
   MoveStepper(static_cast<uint8_t>(limit.selector), static_cast<uint16_t>(target), &waiter);

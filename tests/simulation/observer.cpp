@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <utility>
 
+#include "module/resources/string_table.h"
 #include "tests/simulation/expected_result.h"
 #include "tests/support/unseen_guard.h"
 
@@ -38,6 +40,17 @@ size_t TestOf(const Sample& sample, const PlannedSample& plan) {
     ++index;
   }
   return index;
+}
+
+// A message that is a text of the string table as it is must carry the code that says so.
+bool HasItsCode(const ActionErrorRecord& error) {
+  static const std::map<std::string, int32_t> kTexts = [] {
+    std::map<std::string, int32_t> texts;
+    for (int32_t id = 300; id <= 367; ++id) texts.emplace(LoadResourceString(id), id);
+    return texts;
+  }();
+  const auto found = kTexts.find(error.message);
+  return found == kTexts.end() || MessageCodeOf(found->second) == error.code;
 }
 
 int64_t Now() { return platform::MonotonicTime().count(); }
@@ -308,6 +321,7 @@ void Observer::ErrorReported(const ActionErrorRecord& error) {
     return;
   }
   ++errors_;
+  Require(HasItsCode(error), "a message is reported without its code: " + error.message);
   if (error.message.find(kArchiveFailure) != std::string::npos) ++archiveErrors_;
   if (error.message == "Instrument not responding.") {
     // A simulating module shows no frames between two outages.

@@ -190,6 +190,9 @@ TEST(CalibrationArchive, ASimulatedSampleStaysMarked) {
   const auto host = OpenHost(folder);
   EXPECT_TRUE(host->samples().IsSimulated(sample.id));
   EXPECT_FALSE(host->samples().IsSimulated(measured.id));
+  const ErrorReport message = host->errors().Last(1).at(0);
+  EXPECT_TRUE(message.acknowledged);
+  EXPECT_EQ(message.code, rvx::MessageCode::None);
   int marked = 0;
   for (const StoredSample& each : host->samples().All()) marked += each.simulated ? 1 : 0;
   EXPECT_EQ(marked, 1);
@@ -208,11 +211,16 @@ TEST(CalibrationArchive, SamplesOfAnOlderArchiveAreMarkedToo) {
     host->samples().StoreSample(measured);
     ExecuteSql(host->database(),
                "ALTER TABLE SAMPLES DROP COLUMN \"Simulated\"; "
+               "INSERT INTO ERRORS (\"Time\") VALUES ('2026-01-05 08:00:00'); "
+               "ALTER TABLE ERRORS DROP COLUMN \"Code\"; "
                "ALTER TABLE ERRORS DROP COLUMN \"Acknowledged\"; PRAGMA user_version = 1");
   }
   const auto host = OpenHost(folder);
   EXPECT_TRUE(host->samples().IsSimulated(sample.id));
   EXPECT_FALSE(host->samples().IsSimulated(measured.id));
+  const ErrorReport message = host->errors().Last(1).at(0);
+  EXPECT_TRUE(message.acknowledged);
+  EXPECT_EQ(message.code, rvx::MessageCode::None);
 }
 
 }  // namespace

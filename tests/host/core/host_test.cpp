@@ -257,6 +257,7 @@ TEST(ErrorStore, ReportsSurviveAndReachListeners) {
     host->errors().AddListener(&listener);
     rvx::ActionErrorRecord record;
     record.message = "Instrument not responding.";
+    record.code = rvx::MessageCode::NotResponding;
     record.kind = 1;
     record.instrumentId = "RVX 7";
     record.tray = 1;
@@ -278,6 +279,7 @@ TEST(ErrorStore, ReportsSurviveAndReachListeners) {
   const auto reports = host->errors().Last(10);
   ASSERT_EQ(reports.size(), 2u);
   EXPECT_EQ(reports[0].source, "RVX 7");
+  EXPECT_EQ(reports[0].code, rvx::MessageCode::NotResponding);
   EXPECT_EQ(reports[0].kind, 1);
   EXPECT_EQ(reports[0].tray, 1);
   EXPECT_EQ(reports[0].position, 5);

@@ -134,7 +134,7 @@ class DesktopBench {
       host_->users().SetActingUser("sara");
       const auto refused =
           session().entry().scripting->SetSettings({{"response-timeout", "60000"}});
-      if (refused) std::fprintf(stderr, "refused: %s\n", refused->message.c_str());
+      if (refused) std::fprintf(stderr, "refused: %s\n", refused->Sentences().c_str());
       host_->users().SetActingUser("");
     });
   }

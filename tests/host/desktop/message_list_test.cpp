@@ -73,7 +73,9 @@ TEST(MessageListTest, WhatNobodyAcknowledgedIsOpenAgainAtTheNextStart) {
 
 TEST(MessageListTest, AFixedMessageIsShownWithItsAdvice) {
   MessageList list;
-  list.Add(Report("COM1", "Instrument not responding."));
+  ErrorReport report = Report("COM1", "Instrument not responding.");
+  report.code = rvx::MessageCode::NotResponding;
+  list.Add(report);
   const QString whole = list.data(list.index(0, MessageList::Text), Qt::ToolTipRole).toString();
   EXPECT_TRUE(whole.startsWith("Instrument not responding.\nLikely cause: "))
       << whole.toStdString();

@@ -17,6 +17,7 @@ namespace rvx {
 namespace {
 
 using Kind = ScriptingProblem::Kind;
+using Field = ScriptingProblem::Field;
 
 class CalibrationBench {
  public:
@@ -107,13 +108,13 @@ TEST(CalibrationTest, FitsTheRunsThatTakePartAndJudgesAll) {
     EXPECT_FALSE(summary.runs[0].recalculated);
     EXPECT_TRUE(summary.hasTooFewSpeeds);
     question.hours = 367;
-    EXPECT_EQ(bench.instrument->FitCalibration(question, summary)->field, "hours");
+    EXPECT_EQ(bench.instrument->FitCalibration(question, summary)->field, Field::Hours);
     question = {};
     question.temperature = -40.0;  // not without the low temperature option
-    EXPECT_EQ(bench.instrument->FitCalibration(question, summary)->field, "temperature");
+    EXPECT_EQ(bench.instrument->FitCalibration(question, summary)->field, Field::Temperature);
     question.temperature = -20.0;
     bench.host.samples.queryFailures.FailNext(1);
-    EXPECT_EQ(bench.instrument->FitCalibration(question, summary)->kind, Kind::Archive);
+    EXPECT_EQ(bench.instrument->FitCalibration(question, summary)->kind(), Kind::Archive);
   });
 }
 
@@ -135,8 +136,8 @@ TEST(CalibrationTest, SavesOneTemperatureOrAllThatAreOffered) {
     }
     EXPECT_FALSE(instrument.SaveCalibration(-20.0, "0", "-0", "0.0"));
     EXPECT_EQ(instrument.GetCellConstants()[4].date, NeverCalibrated());
-    EXPECT_EQ(instrument.SaveCalibration(-20.0, "1e999", "0", "0")->kind, Kind::BadValue);
-    EXPECT_EQ(instrument.SaveCalibration(-20.0, "", "0", "0")->kind, Kind::BadValue);
+    EXPECT_EQ(instrument.SaveCalibration(-20.0, "1e999", "0", "0")->kind(), Kind::BadValue);
+    EXPECT_EQ(instrument.SaveCalibration(-20.0, "", "0", "0")->kind(), Kind::BadValue);
   });
 }
 
@@ -145,17 +146,17 @@ TEST(CalibrationTest, RightsAreCheckedWhereTheChangeIsMade) {
     CalibrationBench bench;
     CalibrationSummary summary;
     bench.host.security.SetUser("manager", 50);
-    EXPECT_EQ(bench.instrument->SaveCalibration({}, "1", "1", "1")->kind, Kind::NotAllowed);
-    EXPECT_EQ(bench.instrument->FitCalibration({}, summary)->kind, Kind::NotAllowed);
+    EXPECT_EQ(bench.instrument->SaveCalibration({}, "1", "1", "1")->kind(), Kind::NotAllowed);
+    EXPECT_EQ(bench.instrument->FitCalibration({}, summary)->kind(), Kind::NotAllowed);
     bench.host.security.SetUser("operator", 10);
     EXPECT_FALSE(bench.instrument->SaveCalibration(-20.0, "1", "1", "1"));
     const platform::Date now = platform::LocalNow();
     EXPECT_NE(SaveCellConstants(*bench.instrument, std::nullopt, 4, {}, now).refusal, "");
     bench.host.security.SetUser("", 9);
-    EXPECT_EQ(bench.instrument->SaveCalibration(-20.0, "2", "2", "2")->kind, Kind::NotAllowed);
+    EXPECT_EQ(bench.instrument->SaveCalibration(-20.0, "2", "2", "2")->kind(), Kind::NotAllowed);
     EXPECT_NE(SaveCellConstants(*bench.instrument, 4, 4, {}, now).refusal, "");
     EXPECT_EQ(bench.instrument->GetCellConstants()[4].b0, 1.0);
-    EXPECT_EQ(bench.instrument->MakeCalibrationTray({{-20.0}, {}})->kind, Kind::NotAllowed);
+    EXPECT_EQ(bench.instrument->MakeCalibrationTray({{-20.0}, {}})->kind(), Kind::NotAllowed);
   });
 }
 
@@ -188,13 +189,13 @@ TEST(CalibrationTest, ARefusedSaveIsInForceAndARefusedConstantIsNot) {
     ASSERT_FALSE(instrument.SetCellConstants(-20.0, 1.0, 2.0, 3.0));
     const platform::Date date = instrument.GetCellConstants()[4].date;
     bench.host.instrumentArchive.storeFailures.FailNext(1);
-    EXPECT_EQ(instrument.SetCellConstants(-20.0, 0.0, 0.0, 0.0)->kind, Kind::Archive);
+    EXPECT_EQ(instrument.SetCellConstants(-20.0, 0.0, 0.0, 0.0)->kind(), Kind::Archive);
     EXPECT_EQ(instrument.GetCellConstants()[4].b2, 3.0);
     EXPECT_EQ(instrument.GetCellConstants()[4].date, date);
     bench.host.instrumentArchive.storeFailures.FailNext(1);
     const ScriptingResult problem = instrument.SaveCalibration(-20.0, "1100", "-400", "5");
     ASSERT_TRUE(problem);
-    EXPECT_EQ(problem->kind, Kind::Archive);
+    EXPECT_EQ(problem->kind(), Kind::Archive);
     EXPECT_NE(problem->message.find("in force all the same, at -20 degC with the old date"),
               std::string::npos)
         << problem->message;

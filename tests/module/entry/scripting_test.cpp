@@ -8,6 +8,7 @@ namespace rvx {
 namespace {
 
 using Kind = ScriptingProblem::Kind;
+using Field = ScriptingProblem::Field;
 
 struct ScriptingBench {
   ScriptingBench() : controller(host.ports.Add("COM1")) {
@@ -39,14 +40,14 @@ TEST(ScriptingTest, SettingsAreTakenAllOrNoneAndStored) {
       const ScriptingResult problem =
           instrument.SetSettings({{"cool-down-time", "99"}, {key, value}});
       ASSERT_TRUE(problem) << key << "=" << value;
-      EXPECT_EQ(problem->kind, Kind::BadValue);
-      EXPECT_EQ(problem->field, key);
+      EXPECT_EQ(problem->kind(), Kind::BadValue);
+      EXPECT_EQ(problem->setting, key);
       EXPECT_EQ(bench.Value("cool-down-time"), "180");
     }
     bench.host.instrumentArchive.storeFailures.FailNext(1);
     const ScriptingResult failed = instrument.SetSettings({{"injection-time", "31"}});
     ASSERT_TRUE(failed);
-    EXPECT_EQ(failed->kind, Kind::Archive);
+    EXPECT_EQ(failed->kind(), Kind::Archive);
     EXPECT_EQ(bench.Value("injection-time"), "30");
   });
 }
@@ -57,21 +58,21 @@ TEST(ScriptingTest, RightsAreCheckedWhereTheChangeIsMade) {
     ScriptableInstrument& instrument = *bench.instrument;
     bench.host.security.SetUser("manager", 50);
     EXPECT_FALSE(instrument.SetSettings({{"injection-time", "30"}}));
-    EXPECT_EQ(instrument.SetSettings({{"temperature-offset", "0.5"}})->kind, Kind::NotAllowed);
+    EXPECT_EQ(instrument.SetSettings({{"temperature-offset", "0.5"}})->kind(), Kind::NotAllowed);
     const std::string text = instrument.SaveSettingsText();
     bench.host.security.SetUser("service", 100);
     EXPECT_FALSE(instrument.SetSettings({{"temperature-offset", "0.5"}}));
     bench.host.security.SetUser("manager", 50);
     // A text that would bring the old offset back needs the same right.
-    EXPECT_EQ(instrument.ImportSettings(text)->kind, Kind::NotAllowed);
+    EXPECT_EQ(instrument.ImportSettings(text)->kind(), Kind::NotAllowed);
     EXPECT_EQ(bench.Value("temperature-offset"), "0.50");
     bench.host.security.SetUser("operator", 10);
-    EXPECT_EQ(instrument.SetCellConstants(-20, 1, 2, 3)->kind, Kind::NotAllowed);
-    EXPECT_EQ(instrument.SetSettings({{"injection-time", "31"}})->kind, Kind::NotAllowed);
+    EXPECT_EQ(instrument.SetCellConstants(-20, 1, 2, 3)->kind(), Kind::NotAllowed);
+    EXPECT_EQ(instrument.SetSettings({{"injection-time", "31"}})->kind(), Kind::NotAllowed);
     EXPECT_FALSE(instrument.SetSwitch(ServiceSwitch::Motor, true));
     bench.host.security.SetUser("", 0);
-    EXPECT_EQ(instrument.SetHomeFlag()->kind, Kind::NotAllowed);
-    EXPECT_EQ(instrument.AbortOperation()->kind, Kind::NotAllowed);
+    EXPECT_EQ(instrument.SetHomeFlag()->kind(), Kind::NotAllowed);
+    EXPECT_EQ(instrument.AbortOperation()->kind(), Kind::NotAllowed);
     bench.host.security.SetUser("operator", 10);
     for (const uint32_t flags : {uint32_t{kTrayRunning}, uint32_t{kTrayRunning | kTrayPaused}}) {
       {
@@ -84,7 +85,7 @@ TEST(ScriptingTest, RightsAreCheckedWhereTheChangeIsMade) {
             instrument.SetSwitch(ServiceSwitch::Motor, true),
             instrument.JogAxis(ServiceAxis::Tube, 0), instrument.RunSelfTest(failures)}) {
         ASSERT_TRUE(result);
-        EXPECT_EQ(result->kind, Kind::Busy);
+        EXPECT_EQ(result->kind(), Kind::Busy);
       }
       EXPECT_FALSE(instrument.AbortOperation()) << "whoever wants it to stop does not wait";
     }
@@ -104,8 +105,8 @@ TEST(ScriptingTest, ConstantsAreRoundedDatedAndLimitedToTheTemperaturesInUse) {
     EXPECT_EQ(constants[4].b1, -7.0);
     EXPECT_EQ(constants[4].date.fields().year, 2026);
     EXPECT_TRUE(constants[3].empty);
-    EXPECT_EQ(instrument.SetCellConstants(-40, 1, 1, 1)->field, "temperature");
-    EXPECT_EQ(instrument.SetCellConstants(-21, 1, 1, 1)->kind, Kind::BadValue);
+    EXPECT_EQ(instrument.SetCellConstants(-40, 1, 1, 1)->field, Field::Temperature);
+    EXPECT_EQ(instrument.SetCellConstants(-21, 1, 1, 1)->kind(), Kind::BadValue);
   });
 }
 
@@ -120,7 +121,7 @@ TEST(ScriptingTest, ImportRefusesWhatItCanNotTakeWhole) {
          {std::string(), std::string("RVX\nRVX\nshort\nTray 0\n"), "X" + good, outOfRange}) {
       const ScriptingResult problem = instrument.ImportSettings(bad);
       ASSERT_TRUE(problem);
-      EXPECT_EQ(problem->kind, Kind::BadValue);
+      EXPECT_EQ(problem->kind(), Kind::BadValue);
       EXPECT_EQ(instrument.SaveSettingsText(), good);
     }
     std::string changed = good;
@@ -152,29 +153,30 @@ TEST(ScriptingTest, TestsOfASampleAreCheckedLikeInItsDialog) {
       SampleTests wrong;
       wrong.tests = std::move(tests);
       const ScriptingResult problem = instrument.SetSampleTests(action, wrong);
-      return problem ? problem->field : std::string("none");
+      return problem ? std::optional(problem->field) : std::nullopt;
     };
-    EXPECT_EQ(problemOf(*measure, {{-30.0, {}, {}}}), "temperature");  // no constants
-    EXPECT_EQ(problemOf(*measure, {{5.0, {}, {}}}), "temperature");
-    EXPECT_EQ(problemOf(*measure, {{-20.0, 29, {}}}), "rotor on time");
-    EXPECT_EQ(problemOf(*measure, {{-20.0, {}, 2000.0}}), "known viscosity");
-    EXPECT_EQ(problemOf(*measure, std::vector<SampleTest>(21, {-20.0, {}, {}})), "temperature");
-    EXPECT_EQ(problemOf(*measure, {}), "temperature");
-    EXPECT_EQ(problemOf(*verify, {{-30.0, {}, {}}}), "known viscosity");
-    EXPECT_EQ(problemOf(*verify, {{-30.0, {}, 999.0}}), "known viscosity");
-    EXPECT_EQ(problemOf(*verify, {{-30.0, {}, 3000.0}}), "none");
+    EXPECT_EQ(problemOf(*measure, {{-30.0, {}, {}}}), Field::Temperature);  // no constants
+    EXPECT_EQ(problemOf(*measure, {{5.0, {}, {}}}), Field::Temperature);
+    EXPECT_EQ(problemOf(*measure, {{-20.0, 29, {}}}), Field::RotorOnTime);
+    EXPECT_EQ(problemOf(*measure, {{-20.0, {}, 2000.0}}), Field::KnownViscosity);
+    EXPECT_EQ(problemOf(*measure, std::vector<SampleTest>(21, {-20.0, {}, {}})),
+              Field::Temperature);
+    EXPECT_EQ(problemOf(*measure, {}), Field::Temperature);
+    EXPECT_EQ(problemOf(*verify, {{-30.0, {}, {}}}), Field::KnownViscosity);
+    EXPECT_EQ(problemOf(*verify, {{-30.0, {}, 999.0}}), Field::KnownViscosity);
+    EXPECT_EQ(problemOf(*verify, {{-30.0, {}, 3000.0}}), std::nullopt);
 
     bench.host.analysis.WriteAnalysisText("Standards.RVX Oil Standards", "RVX Standards",
                                           "CL20\v-20\v4321.5\vL1\v\r");
     instrument.ReloadStandards();
     verify->SetSampleId("CL20");
-    EXPECT_EQ(problemOf(*verify, {{-20.0, {}, {}}}), "none");
+    EXPECT_EQ(problemOf(*verify, {{-20.0, {}, {}}}), std::nullopt);
     EXPECT_EQ(instrument.GetSampleTests(*verify)->tests[0].knownViscosity, 4321.5);
-    EXPECT_EQ(problemOf(*verify, {{-20.0, {}, 4000.0}}), "known viscosity");
+    EXPECT_EQ(problemOf(*verify, {{-20.0, {}, 4000.0}}), Field::KnownViscosity);
 
     bench.host.security.SetUser("operator", 10);
-    EXPECT_EQ(problemOf(*measure, {{-20.0, {}, {}}}), "none");
-    EXPECT_EQ(problemOf(*measure, {{-20.0, 61, {}}}), "");  // times are the manager's
+    EXPECT_EQ(problemOf(*measure, {{-20.0, {}, {}}}), std::nullopt);
+    EXPECT_EQ(problemOf(*measure, {{-20.0, 61, {}}}), Field::None);  // times are the manager's
   });
 }
 
@@ -184,19 +186,19 @@ TEST(ScriptingTest, ServiceCommandsSayWhatTheInstrumentAnswered) {
     ScriptableInstrument& instrument = *bench.instrument;
     EXPECT_FALSE(instrument.SetHomeFlag());
     EXPECT_FALSE(instrument.SetTemperature(-15.0));
-    EXPECT_EQ(instrument.SetTemperature(300.0)->kind, Kind::BadValue);
-    EXPECT_EQ(instrument.JogAxis(ServiceAxis::Tube, 943)->kind, Kind::BadValue);
+    EXPECT_EQ(instrument.SetTemperature(300.0)->kind(), Kind::BadValue);
+    EXPECT_EQ(instrument.JogAxis(ServiceAxis::Tube, 943)->kind(), Kind::BadValue);
     EXPECT_FALSE(instrument.JogAxis(ServiceAxis::Trolley, 405));
     bench.controller.Refuse("AV", 0x83, 1);
     const ScriptingResult refused = instrument.SetSwitch(ServiceSwitch::Cooling, true);
     ASSERT_TRUE(refused);
-    EXPECT_EQ(refused->kind, Kind::Refused);
-    EXPECT_NE(refused->message.find("Thermoelectrics may not be"), std::string::npos);
+    EXPECT_EQ(refused->kind(), Kind::Refused);
+    EXPECT_NE(refused->found.find("Thermoelectrics may not be"), std::string::npos);
     EXPECT_TRUE(bench.host.instruments.errors().empty());  // told once, to the one who asked
     bench.controller.Refuse("AV", 0x80, -1);
-    EXPECT_EQ(instrument.SetSwitch(ServiceSwitch::Cooling, true)->kind, Kind::Refused);
+    EXPECT_EQ(instrument.SetSwitch(ServiceSwitch::Cooling, true)->kind(), Kind::Refused);
     bench.controller.SetSilent(true);
-    EXPECT_EQ(instrument.AbortOperation()->kind, Kind::NoAnswer);
+    EXPECT_EQ(instrument.AbortOperation()->kind(), Kind::NoAnswer);
   });
 }
 

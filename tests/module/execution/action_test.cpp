@@ -187,6 +187,7 @@ TEST(ScreenTest, ASecondStartAndAFailedOneSayWhy) {
     auto record = Raised([&] { action.Start(nullptr, "3,4"); });
     ASSERT_TRUE(record);
     EXPECT_EQ(record->message, "Could not start '' due to computer error.");
+    EXPECT_EQ(record->code, MessageCode::ComputerError);
     EXPECT_EQ(record->tray, 4);
     EXPECT_EQ(record->position, 5);
     EXPECT_EQ(record->kind, 0);
@@ -197,6 +198,7 @@ TEST(ScreenTest, ASecondStartAndAFailedOneSayWhy) {
     record = Raised([&] { action.Start(&watcher, "0,0"); });
     ASSERT_TRUE(record);
     EXPECT_EQ(record->message, "'' is running.");
+    EXPECT_EQ(record->code, MessageCode::ActionRunning);
     action.Stop();
     EXPECT_EQ(watcher.Count("finished 0,0"), 1);
   });
