@@ -13,39 +13,50 @@
 
 namespace rvx {
 
-// Hears what a port receives, on the port's thread.
+// Hears what a port receives; the module implements it.
 class PortWatcher {
  public:
+  // On the port's thread, one call at a time, with no lock of the host held. `bytes` is good for
+  // the call only, and may end anywhere in a frame. May write to the port; must not wait for it.
   virtual void Receive(std::span<const uint8_t> bytes) = 0;
   virtual ~PortWatcher() = default;
 };
 
-// An open port, owned by the port manager. Any thread may call it.
+// An open port, owned by the port manager: good until the last watcher was closed. Any thread.
 class Port {
  public:
-  // Sends all bytes or, if the line is broken, none; never blocks for long.
+  // Sends all bytes in their order, those of two threads not mixed. On a broken line they are
+  // dropped without a word; one that takes nothing more holds the caller for 200 ms at most.
   virtual void Write(std::span<const uint8_t> bytes) = 0;
-  // Drops what was received and not yet handed over.
+  // Drops what was received and not yet handed over. At once.
   virtual void Purge() = 0;
   virtual ~Port() = default;
 };
 
+// The ports by name, "COM1" and so on. Any thread; raises nothing.
 class PortManager {
  public:
-  // The port with one more watcher, or null if it can't be opened.
+  // The port with one more watcher, which is not owned; null if it can't be opened, and the host
+  // keeps the reason for its user. Several watchers may share a port. Opens a device, so it may
+  // take its time.
   virtual Port* OpenPort(const std::string& name, PortWatcher* watcher) = 0;
   // Non-zero: the port's settings decide whether it may be opened.
   virtual int32_t IsPortInUse(const std::string& name) = 0;
-  // May be empty. Character 9 (from 0) is "1" when a port is set aside for an instrument, else "0".
+  // May be empty, also for an unknown name. Character 9 (from 0) is "1" when a port is set aside
+  // for an instrument, else "0".
   virtual void GetPortSettings(const std::string& name, std::string& text) = 0;
-  // Takes one watcher away, which is not called any more once this returns; the port closes behind
-  // the last.
+  // Takes one watcher away, which is not called any more once this returns: it waits for a call in
+  // progress, so hold no lock that the watcher wants. The port closes after the last. No effect for
+  // one that is not open.
   virtual void ClosePort(const std::string& name, PortWatcher* watcher) = 0;
+  // A text that is none, and one for a port without a device, is passed over.
   virtual void SetPortSettings(const std::string& name, const std::string& text) = 0;
   virtual ~PortManager() = default;
 };
 
-// Hears of failures, and of changes in the list of instruments or in one of them. Any thread.
+// Hears of failures, and of changes in the list of instruments or in one of them; module or host
+// may implement it. Called on the thread on which it happens, with locks of the module possibly
+// held: return at once, and never wait for the user-interface thread.
 class ViscometerArrayMonitor {
  public:
   virtual void ErrorReported(ActionErrorRecord record) = 0;
@@ -54,52 +65,70 @@ class ViscometerArrayMonitor {
   virtual ~ViscometerArrayMonitor() = default;
 };
 
+// The instruments that were found, and what is told about them. Any thread; raises nothing.
 class InstrumentManager {
  public:
+  // A handle for UnregisterMonitor. The monitor is not owned.
   virtual int32_t RegisterMonitor(ViscometerArrayMonitor* monitor) = 0;
-  // Null past the last.
+  // An instrument by its number from 0, owned by the host; null past the last.
   virtual ViscometerInstrument* GetInstrument(int32_t index) = 0;
   virtual void ReleaseFrame(int32_t index) = 0;
-  // Reports a failure to the user; the caller keeps the object.
+  // Reports a failure to the user, keeps it in the archive of messages and tells the monitors; the
+  // caller keeps the object.
   virtual void ReportError(ActionException* error) = 0;
+  // Once it returns the monitor is not called any more: it waits for a call in progress, unless it
+  // comes from inside that call. An unknown handle is passed over.
   virtual void UnregisterMonitor(int32_t handle) = 0;
+  // Something of an instrument has changed: tells the monitors.
   virtual void NotifyInstrumentChanged() = 0;
+  // Makes an instrument the selected one if `select` is not 0: 1, or 0 for an unknown number.
   virtual int32_t SelectInstrument(int32_t index, int32_t select) = 0;
   virtual ~InstrumentManager() = default;
 };
 
+// The settings texts of instruments. Any thread; waits for the database, so not the user-interface
+// thread.
 class InstrumentArchive {
  public:
-  // Calls LoadSettingsText of the instrument with the stored text; ArchiveException if there is
-  // none.
+  // Calls LoadSettingsText of the instrument with the stored text, on this thread and with no lock
+  // held. ArchiveException if nothing is stored or it can't be read; then nothing was called.
   virtual void LoadInstrument(const std::string& key, ViscometerInstrument* instrument,
                               int32_t flags) = 0;
-  // Stores the result of SaveSettingsText.
+  // Stores the result of SaveSettingsText, which it calls with no lock held; durable when it
+  // returns. ArchiveException, with the reason as message, if it could not be stored.
   virtual void StoreInstrument(const std::string& key, ViscometerInstrument* instrument) = 0;
   virtual ~InstrumentArchive() = default;
 };
 
-// Chooses samples.
+// Chooses samples; the module implements it. Called on the thread that asks the archive.
 class SampleArchiveFilter {
  public:
+  // Asked for each sample that the query has found. Must not call the archives.
   virtual bool AcceptSample(Sample sample) = 0;
+  // A query over the table SAMPLES.
   virtual std::string GetQueryText() = 0;
   virtual ~SampleArchiveFilter() = default;
 };
 
+// The measured samples. Any thread; waits for the database, so not the user-interface thread.
 class SampleArchive {
  public:
+  // Replaces `out` by the samples of the query that the filter accepts, oldest first; a null filter
+  // takes all. ArchiveException, with `out` as it was, if the query or the archive can't be read.
   virtual void QuerySamples(ArrayOfSamples& out, SampleArchiveFilter* filter) = 0;
-  // Durable when it returns. ArchiveException if it could not be stored.
+  // Durable when it returns. ArchiveException, with a message that says where the sample is kept
+  // instead, if it could not be stored.
   virtual void StoreSample(const Sample& sample) = 0;
   virtual ~SampleArchive() = default;
 };
 
+// Texts that outlive a program: standards, simulated oils. Any thread; waits for the database.
 class AnalysisArchive {
  public:
   // The empty text if nothing is stored; ArchiveException if it can't be read.
   virtual void ReadAnalysisText(const std::string& name, const std::string& section,
                                 std::string& text) = 0;
+  // Durable when it returns; ArchiveException if it could not be stored.
   virtual void WriteAnalysisText(const std::string& name, const std::string& section,
                                  const std::string& text) = 0;
   virtual ~AnalysisArchive() = default;
@@ -107,15 +136,17 @@ class AnalysisArchive {
 
 class ArchiveManager {
  public:
-  // The folder for saved files, with its trailing separator.
+  // The folder for saved files, with its trailing separator. Any thread. The folder is made if it
+  // can be; whoever writes there says when it could not.
   virtual void GetDefaultName(std::string& text) = 0;
   virtual ~ArchiveManager() = default;
 };
 
+// Who is logged in. Any thread, at once; it may be another one at the next call.
 class SecurityManager {
  public:
   virtual void GetUserName(std::string& text) = 0;
-  // 10 operator, 50 manager, 100 service.
+  // 0 nobody, 10 operator, 50 manager, 100 service.
   virtual int32_t GetAccessLevel() = 0;
   virtual ~SecurityManager() = default;
 };
@@ -126,8 +157,13 @@ class AnalysisManager;
 
 }  // namespace rvx
 
-// Run the client's operation on the user-interface thread and return its result when it is done.
+// The host's entries. The `Get` functions may be called on any thread as long as a host is open and
+// return an object of the host, which lives as long. InvalidException without a host, and from the
+// module's functions of these names where the library or the entry is missing.
 extern "C" {
+// Run the client's operation on the user-interface thread and return when it is done, with its
+// result; directly when called on that thread. What the operation raises comes to the caller. Any
+// thread that holds no lock which the user-interface thread may want.
 rvx::FrameWindow* ExecutePerformCreation(rvx::UserInterfaceClient* client);
 int32_t ExecuteLoadResources(rvx::UserInterfaceClient* client);
 rvx::AnalysisArchive* GetAnalysisArchive();
@@ -140,6 +176,8 @@ rvx::PortManager* GetPortManager();
 rvx::SampleArchive* GetSampleArchive();
 rvx::SecurityManager* GetSecurityManager();
 
-// The module's own export: appends the instruments found to the array.
+// The module's own export: looks for instruments on the ports, for up to some seconds a port, and
+// appends those found to the array; the caller owns them. A second call after one that found any
+// adds nothing. Any thread but the user-interface thread. InvalidException without a host.
 void CreateInstruments(rvx::ArrayOfInstruments** array);
 }

@@ -87,64 +87,76 @@ struct SampleTests {
 enum class ServiceSwitch { Injection, Motor, Cooling, AutoReport };
 enum class ServiceAxis { Tube, Table, Trolley };
 
-// The operations of a program. Any thread but the user-interface thread; those that talk to the
-// instrument block until it has answered or the response time-out is over.
+// The operations of a program, with the lifetime of the instrument. Any thread but the
+// user-interface thread; they raise nothing of their own, and what the host raises meanwhile comes
+// to the caller. A ScriptingResult is nothing when it was done, else why not; then nothing has
+// changed unless it is said here. Those that change something check the rights of the user who is
+// logged in, ask that no tray is running unless it is paused, and store the change in the archive.
 class InstrumentScripting {
  public:
   virtual ~InstrumentScripting() = default;
 
+  // As the instrument has told it so far. At once.
   virtual InstrumentIdentity GetIdentity() = 0;
+  // At once.
   virtual InstrumentReadings GetReadings() = 0;
   // Waits for a status frame with a sequence above `after`: false at the deadline.
   virtual bool WaitForReadings(uint64_t after, const platform::Deadline& deadline) = 0;
+  // What an error byte of a status means, for people; empty for 0.
   virtual std::string GetErrorText(uint8_t errorCode) = 0;
 
-  // The constants of the temperatures in use (eight, or nine with the low temperature option).
+  // The constants of the temperatures in use (eight, or nine with the low temperature option). At
+  // once.
   virtual std::vector<CellConstants> GetCellConstants() = 0;
   // Level 50. `temperature` must be one of them; the values are rounded to whole numbers as a
-  // calibration's are. Dated now, or as never calibrated if all are 0. Stored in the archive.
+  // calibration's are. Dated now, or as never calibrated if all are 0.
   virtual ScriptingResult SetCellConstants(double temperature, double b0, double b1, double b2) = 0;
 
   // Finds the runs and fits constants to them; changes nothing. All temperatures at once need level
-  // 100. Too little to fit is no problem: the summary has no fit then.
+  // 100. Too little to fit is no problem: the summary has no fit then. Waits for the archive.
   virtual ScriptingResult FitCalibration(const CalibrationQuestion& question,
                                          CalibrationSummary& summary) = 0;
   // Level 10, and 100 for all temperatures (nothing as the temperature). Puts constants into force,
-  // dated now, as the texts say, and stores them in the archive. Refused while a tray runs. When
-  // the archive refuses, the constants are in force all the same, with the old date (for all
-  // temperatures: of the first one), and closing the instrument stores them if it can by then.
+  // dated now, as the texts say. Refused while a tray runs, paused or not. When the archive
+  // refuses, the constants are in force all the same, with the old date (for all temperatures: of
+  // the first one), and closing the instrument stores them if it can by then.
   virtual ScriptingResult SaveCalibration(std::optional<double> temperature,
                                           const std::string& b0Text, const std::string& b1Text,
                                           const std::string& b2Text) = 0;
-  // At which temperatures the stored standards conform to ASTM D5293.
+  // At which temperatures the stored standards conform to ASTM D5293. Changes nothing; reads the
+  // group file and, the first time, the archive.
   virtual ScriptingResult GetConformity(ConformityReport& report) = 0;
   // Level 10. Fills the tray with the conforming standards of the temperatures and empties the rest
-  // of it; all or nothing. The host stores the instrument behind it.
+  // of it. Refused while a tray runs, paused or not. Does not store: the host stores the instrument
+  // after it.
   virtual ScriptingResult MakeCalibrationTray(const CalibrationTrayRequest& request) = 0;
 
+  // In the order in which people see them. At once.
   virtual std::vector<InstrumentSetting> GetSettings() = 0;
-  // Level 50 (100 for some). All or nothing; stored in the archive.
+  // Pairs of key and value. Level 50 (100 for some). All or nothing.
   virtual ScriptingResult SetSettings(
       const std::vector<std::pair<std::string, std::string>>& values) = 0;
   // Level 50 (100 if it changes what needs it). Refuses a text that LoadSettingsText would not take
-  // whole. Stored in the archive.
+  // whole.
   virtual ScriptingResult ImportSettings(const std::string& text) = 0;
 
   // A printed sheet as the bytes of a PDF file. Every level, as reading needs none. Refused if it
   // can't be drawn; `pdf` is unchanged then. Works without a display.
   virtual ScriptingResult MakePdf(const SheetRequest& request, std::string& pdf) = 0;
 
-  // The tests of a sample action, with the defaults filled in; nothing for other actions.
+  // The tests of a sample action, with the defaults filled in; nothing for other actions. At once.
   virtual std::optional<SampleTests> GetSampleTests(Action& action) = 0;
-  // Gives a sample action its tests without a dialog and marks it as configured. Refuses more than
-  // 20 tests, a Measure Viscosity temperature without constants, values out of range, and, below
-  // level 50, times that differ from the instrument's.
+  // Gives a sample action its tests without a dialog and marks it as configured; neither asks for
+  // the tray nor stores, since the action may be in none yet. Level 10. Refuses more than 20 tests,
+  // a Measure Viscosity temperature without constants, values out of range, an action that runs or
+  // has run, and, below level 50, times that differ from the instrument's.
   virtual ScriptingResult SetSampleTests(Action& action, const SampleTests& tests) = 0;
-  // An estimate of the running time of a sample action, in seconds; 0 for other actions.
+  // An estimate of the running time of a sample action, in seconds; 0 for other actions. At once.
   virtual int32_t EstimateSeconds(Action& action) = 0;
 
-  // Manual commands, level 10; Busy while a tray runs or is paused, but for AbortOperation. The
-  // result says what the instrument answered.
+  // Manual commands, level 10. They block until the instrument has answered or its response
+  // time-out is over; the result says what it answered. All but AbortOperation are refused as Busy
+  // while a tray runs or is paused; none of them stores anything.
   virtual ScriptingResult SetHomeFlag() = 0;
   virtual ScriptingResult SetTemperature(std::optional<double> celsius) = 0;  // nothing: off
   // Does for a simulated cell what a chiller does for a real one: with the temperature control off,
@@ -152,9 +164,10 @@ class InstrumentScripting {
   // a real instrument.
   virtual ScriptingResult ChillSimulatedCell(double celsius) = 0;
   virtual ScriptingResult SetSwitch(ServiceSwitch which, bool on) = 0;
+  // `target` in steps from home. Refused on a model without the service.
   virtual ScriptingResult JogAxis(ServiceAxis axis, int32_t target) = 0;
   virtual ScriptingResult AbortOperation() = 0;
-  // The failures of the instrument's self test; empty when all passed.
+  // The failures of the instrument's self test, for people; empty when all passed.
   virtual ScriptingResult RunSelfTest(std::vector<std::string>& failures) = 0;
 };
 
