@@ -204,29 +204,34 @@ void TrayView::Cut() {
 void TrayView::Paste() {
   const std::vector<int> positions = SelectedPositions();
   if (!editable_ || session_ == nullptr || positions.empty()) return;
+  // The clipboard is read when the paste's turn comes: a cut before it may still be waiting to put
+  // its positions there.
+  session_->Change([this, at = positions.front()](const std::vector<TrayCell>& tray) {
+    return EditOfClipboard(tray, at);
+  });
+}
+
+TrayEdit TrayView::EditOfClipboard(const std::vector<TrayCell>& tray, int at) {
   const QMimeData* pasted = QApplication::clipboard()->mimeData();
-  if (pasted == nullptr) return;
-  const int at = positions.front();
+  if (pasted == nullptr) return {};
   const auto cells = UnpackCells(pasted->data(QString::fromLatin1(kCellsFormat)));
   QStringList lines;
   if (!cells) {
     lines = pasted->text().split(QLatin1Char('\n'));
     while (!lines.isEmpty() && lines.back().trimmed().isEmpty()) lines.removeLast();
   }
-  session_->Change([this, at, cells, lines](const std::vector<TrayCell>& tray) {
-    TrayEdit edit = cells ? PasteEdit(tray, at, *cells) : SampleIdEdit(tray, at, lines);
-    if (edit.empty()) {
-      Q_EMIT Notice(
-          QStringLiteral("Nothing was pasted: the clipboard holds no positions and no sample "
-                         "IDs that fit here."));
-      return edit;
-    }
-    const int unplaced =
-        cells ? CountUnplaced(tray, at, static_cast<int>(cells->size()), PasteKind::Positions)
-              : CountUnplaced(tray, at, static_cast<int>(lines.size()), PasteKind::SampleIds);
-    SayWhatWasLost(lines, unplaced);
+  TrayEdit edit = cells ? PasteEdit(tray, at, *cells) : SampleIdEdit(tray, at, lines);
+  if (edit.empty()) {
+    Q_EMIT Notice(
+        QStringLiteral("Nothing was pasted: the clipboard holds no positions and no sample "
+                       "IDs that fit here."));
     return edit;
-  });
+  }
+  const int unplaced =
+      cells ? CountUnplaced(tray, at, static_cast<int>(cells->size()), PasteKind::Positions)
+            : CountUnplaced(tray, at, static_cast<int>(lines.size()), PasteKind::SampleIds);
+  SayWhatWasLost(lines, unplaced);
+  return edit;
 }
 
 void TrayView::SayWhatWasLost(const QStringList& sampleIds, int unplaced) {

@@ -4,6 +4,8 @@
 #include <QTableView>
 #include <vector>
 
+#include "host/desktop/tray_rows.h"
+
 class QMimeData;
 
 namespace torvell {
@@ -46,7 +48,9 @@ class TrayView : public QTableView {
   void FitRows();
   void Refresh();
   void Move(int by);
-  // What of a paste was cut, and how much found no place; nothing if nothing was.
+  // The edit that puts what is on the clipboard into this tray, from `at` on.
+  TrayEdit EditOfClipboard(const std::vector<TrayCell>& tray, int at);
+  // Tells what of a paste was cut and how much found no place, if anything.
   void SayWhatWasLost(const QStringList& sampleIds, int unplaced);
   void Select(const std::vector<int>& positions);
 
