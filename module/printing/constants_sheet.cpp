@@ -12,8 +12,10 @@ namespace {
 
 constexpr char kName[] = "Current Cell Calibration Constants";
 
-// The layout begins at the printable area's corner and is this wide.
+// What the layout needs; a wider paper leaves the rest free on both sides.
 constexpr double kWidth = 750.0;
+// Of the fields and the table, in the middle.
+constexpr double kBlockWidth = 650.0;
 constexpr double kTop = 25.0;
 constexpr double kFootHeight = 20.0;
 constexpr double kBelowFoot = 25.0;
@@ -25,18 +27,27 @@ constexpr PageFont kValueFont{15.0};
 constexpr double kLeastHeight = 10.0;
 constexpr double kLineStep = 20.0;
 
-void DrawHeading(PageFlow& flow, const TextStyle& style, double height, const std::string& text) {
-  DrawFitted(flow.page(), {0.0, flow.y(), kWidth, flow.y() + height}, style, text, kLeastHeight);
+// The sheet as far as it has been drawn.
+struct Drawing {
+  PageFlow& flow;
+  double width;      // of the whole layout
+  double blockLeft;  // of fields and table
+};
+
+void DrawHeading(Drawing& drawing, const PageFont& font, double height, const std::string& text) {
+  PageFlow& flow = drawing.flow;
+  DrawFitted(flow.page(), {0.0, flow.y(), drawing.width, flow.y() + height},
+             {font, TextPlace::Centre}, text, kLeastHeight);
   flow.Skip(height);
 }
 
-void DrawField(PageFlow& flow, const std::string& label, const std::string& value) {
-  constexpr double kLabelLeft = 50.0;
-  constexpr double kValueLeft = 250.0;
+void DrawField(Drawing& drawing, const std::string& label, const std::string& value) {
+  PageFlow& flow = drawing.flow;
+  const double left = drawing.blockLeft;
+  const double valueLeft = left + 200.0;
   const double bottom = flow.y() + kLineStep;
-  DrawFitted(flow.page(), {kLabelLeft, flow.y(), kValueLeft, bottom}, {kLabelFont}, label,
-             kLeastHeight);
-  DrawFitted(flow.page(), {kValueLeft, flow.y(), kWidth, bottom}, {kValueFont}, value,
+  DrawFitted(flow.page(), {left, flow.y(), valueLeft, bottom}, {kLabelFont}, label, kLeastHeight);
+  DrawFitted(flow.page(), {valueLeft, flow.y(), left + kBlockWidth, bottom}, {kValueFont}, value,
              kLeastHeight);
   flow.Skip(kLineStep);
 }
@@ -49,10 +60,10 @@ PageTable::Row MakeRow(const CellConstants& cell) {
           platform::FormatText("%.f", cell.b2), platform::FormatLocalDate(cell.date)};
 }
 
-PageTable MakeTable() {
+PageTable MakeTable(double left) {
   constexpr double kConstant = 110.0;
   PageTableStyle style;
-  style.left = 50.0;
+  style.left = left;
   style.headGap = 5.0;
   style.rule = 1.0;
   return {{{"Temperature", "(C)", 110.0},
@@ -73,31 +84,31 @@ std::string GetTitle(const ConstantsSheet& sheet) {
 
 void DrawSheet(PrintPage& paper, const ConstantsSheet& sheet) {
   MappedPage page = FitToPrintableWidth(paper, kWidth);
-  const double footBottom = page.GetPrintableArea().bottom - kBelowFoot;
+  const PageBox area = page.GetPrintableArea();
+  const double footBottom = area.bottom - kBelowFoot;
   const double footTop = footBottom - kFootHeight;
   PageFlow flow(page, kTop, footTop - kLineStep, [&](PrintPage& foot) {
-    foot.DrawText({0.0, footTop, kWidth, footBottom}, {kValueFont, TextPlace::Centre},
+    foot.DrawText({0.0, footTop, area.right, footBottom}, {kValueFont, TextPlace::Centre},
                   PageNumberText(foot));
   });
+  Drawing drawing{flow, area.right, (area.right - kBlockWidth) / 2};
 
   const InstrumentIdentity& instrument = sheet.instrument;
-  DrawHeading(flow, {kTitleFont, TextPlace::Centre}, 2 * kLineStep,
-              "HALDEN Cold-Cranking Simulator");
-  DrawHeading(flow, {kSubtitleFont, TextPlace::Centre}, 1.5 * kLineStep, kName);
-  DrawHeading(flow, {kSubtitleFont, TextPlace::Centre}, 1.5 * kLineStep,
-              platform::FormatLocalDate(sheet.printTime));
+  DrawHeading(drawing, kTitleFont, 2 * kLineStep, "HALDEN Cold-Cranking Simulator");
+  DrawHeading(drawing, kSubtitleFont, 1.5 * kLineStep, kName);
+  DrawHeading(drawing, kSubtitleFont, 1.5 * kLineStep, platform::FormatLocalDate(sheet.printTime));
   flow.Skip(kLineStep);
-  DrawField(flow, "Instrument : ", sheet.portAddress);
-  DrawField(flow, "Instrument ID : ", sheet.instrumentId);
-  DrawField(flow,
+  DrawField(drawing, "Instrument : ", sheet.portAddress);
+  DrawField(drawing, "Instrument ID : ", sheet.instrumentId);
+  DrawField(drawing,
             "Instrument Model : ", instrument.model + (instrument.simulated ? " (simulated)" : ""));
-  DrawField(flow, "Instrument S/N : ", instrument.serialNumber);
-  DrawField(flow, "Printed By : ", sheet.user);
+  DrawField(drawing, "Instrument S/N : ", instrument.serialNumber);
+  DrawField(drawing, "Printed By : ", sheet.user);
   flow.Skip(2 * kLineStep);
 
   std::vector<PageTable::Row> rows;
   for (const CellConstants& cell : sheet.constants) rows.push_back(MakeRow(cell));
-  MakeTable().Draw(flow, rows);
+  MakeTable(drawing.blockLeft).Draw(flow, rows);
   flow.Finish();
 }
 

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
+#include <stdlib.h>
 
 #include <cmath>
+
+#include "platform/local_date.h"
 
 namespace platform {
 namespace {
@@ -91,6 +94,20 @@ TEST(DateValue, ArithmeticStaysInRange) {
   EXPECT_EQ(Date::State::Invalid, date.PlusMilliseconds(INT64_MIN).state());
   EXPECT_EQ(Date::State::Invalid, Date::FromMilliseconds(INT64_MAX).state());
   EXPECT_EQ(Date::State::Null, Date().PlusDays(1).state());
+}
+
+TEST(DateTest, APersonReadsDatesInTheLanguageOfTheEnvironment) {
+  const Date date(2026, 1, 31, 16, 5, 6);
+  setenv("LC_ALL", "C", 1);
+  EXPECT_EQ(FormatLocalDate(date), "Sat Jan 31 16:05:06 2026");
+  setenv("LC_ALL", "de_DE.UTF-8", 1);
+  EXPECT_EQ(FormatLocalDate(date, "%x"), "31.01.2026");
+  EXPECT_EQ(FormatLocalDate(date), "Sa 31 Jan 2026 16:05:06");
+  setenv("LC_ALL", "no_such_place", 1);
+  EXPECT_EQ(FormatLocalDate(date, "%x %X"), "01/31/26 16:05:06");
+  unsetenv("LC_ALL");
+  EXPECT_EQ(FormatLocalDate(Date()), "");
+  EXPECT_EQ(FormatLocalDate(Date::Invalid()), "Invalid DateTime");
 }
 
 }  // namespace
