@@ -7,7 +7,7 @@ namespace rvx {
 
 enum class Paper { A4, Letter };
 
-// What stands on the sheet.
+// What is on the sheet.
 enum class SheetKind {
   CellConstants  // the constants in force at each calibration temperature
 };

@@ -32,7 +32,7 @@ class MappedPage final : public PrintPage {
   const double scale_;
 };
 
-// A page for a layout that wants `width` from the left edge of the printable area on: it begins at
+// A page for a layout that needs `width` from the left edge of the printable area on: it begins at
 // that area's upper left corner, and is made smaller where the area is narrower.
 MappedPage FitToPrintableWidth(PrintPage& page, double width);
 

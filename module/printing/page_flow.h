@@ -9,16 +9,16 @@ namespace rvx {
 
 class PageFlow {
  public:
-  // Fills each page from `top` to `bottom`. `foot` draws what stands below on every page; it may be
+  // Fills each page from `top` to `bottom`. `foot` draws what is below on every page; it may be
   // null. The page must outlive it.
   PageFlow(PrintPage& page, double top, double bottom, std::function<void(PrintPage&)> foot);
 
   PrintPage& page() { return page_; }
-  // Where the next thing stands.
+  // Where the next thing goes.
   double y() const { return y_; }
   void Skip(double height) { y_ += height; }
   // Begins a new page if `height` does not fit into the rest of this one: true. Stays on a page on
-  // which nothing stands yet, since no other would be taller.
+  // which nothing has been drawn yet, since no other would be taller.
   bool MakeRoom(double height);
   // Draws the foot of the last page; nothing follows.
   void Finish();

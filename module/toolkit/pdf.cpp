@@ -41,8 +41,9 @@ void LogQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text
                 text.toStdString());
 }
 
-// Fonts need a QGuiApplication. One without a display makes do for the drawing, and goes again:
-// nothing else in the process should find an application there and take it for a window's.
+// Fonts need a QGuiApplication. One without a display is enough for the drawing, and is destroyed
+// after it: nothing else in the process should find an application there and take it for a
+// window's.
 class OffscreenApplication {
  public:
   OffscreenApplication()
