@@ -42,9 +42,6 @@ class ReplyReader {
   // other senders, with more than kReplyCapacity bytes, or with a wrong digit are dropped silently.
   void Feed(std::span<const uint8_t> bytes);
 
-  // Forgets a frame that has begun.
-  void Reset() { state_ = State::Waiting; }
-
  private:
   enum class State {
     Waiting,  // for "-"; everything else is skipped

@@ -114,20 +114,6 @@ TEST(ReplyReader, ShortFramesAreHandedOver) {
   EXPECT_TRUE(Line().Feed("-\r\r").frames.empty());
 }
 
-TEST(ReplyReader, ResetForgetsTheFrameBegun) {
-  struct : FrameHandler {
-    void FrameReceived(std::span<const uint8_t>) override { ++frames; }
-    int frames = 0;
-  } handler;
-  ReplyReader reader(0, &handler);
-  reader.Feed(FromText("-0QTR01"));
-  reader.Reset();
-  reader.Feed(FromText("40\r"));
-  EXPECT_EQ(handler.frames, 0);
-  reader.Feed(FromText(kSelfTest));
-  EXPECT_EQ(handler.frames, 1);
-}
-
 // Noise as a line makes it: mostly characters that mean something to the reader.
 rc::Gen<Bytes> Noise() {
   const auto meaningful = rc::gen::elementOf(FromText("-0QSTMR\r/1AaF:9"));
