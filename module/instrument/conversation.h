@@ -114,9 +114,10 @@ class Conversation : private FrameHandler {
   const uint8_t address_;
 
   // Held while a client is called, and by whoever moves a client between queue and pending command.
-  platform::RecursiveLock deliveryLock_{"reply delivery", kDeliveryLockRank};
+  platform::RecursiveLock deliveryLock_ ACQUIRED_BEFORE(queue_){"reply delivery",
+                                                                kDeliveryLockRank};
 
-  CCommandQueue queue_;
+  CCommandQueue queue_ ACQUIRED_BEFORE(pendingLock_);
 
   mutable platform::PlainLock pendingLock_{"pending command", kPendingLockRank};
   std::unique_ptr<Command> pending_ GUARDED_BY(pendingLock_);  // sent and not yet answered

@@ -1,4 +1,6 @@
-// The order of the module's locks: a thread takes them in rising rank only. The table in
+// The order of the module's locks: a thread takes them in rising rank only, which debug and virtual
+// builds check at each acquisition. Where both locks are members of one class, ACQUIRED_BEFORE lets
+// the compiler check it too; it can't see the order of locks in different objects. The table in
 // ARCHITECTURE.md says what each guards and why it stands where it stands.
 #pragma once
 

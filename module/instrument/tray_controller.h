@@ -38,7 +38,8 @@ class TrayController {
 
   C_RVX& instrument_;
 
-  platform::RecursiveLock runsLock_{"TrayRun", kTrayRunRecordLockRank};  // TrayRun::lock
+  // TrayRun::lock
+  platform::RecursiveLock runsLock_ ACQUIRED_BEFORE(runLock_){"TrayRun", kTrayRunRecordLockRank};
   platform::PlainLock runLock_{"tray-run pointer", kTrayRunPointerLockRank};
   std::shared_ptr<TrayRun> run_ GUARDED_BY(runLock_);
 };
