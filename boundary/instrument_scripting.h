@@ -33,9 +33,10 @@ struct InstrumentIdentity {
   bool simulated = false;
 };
 
-// The last status record, converted.
+// The last status frame, converted; all values belong to that one frame.
 struct InstrumentReadings {
   uint64_t sequence = 0;  // status frames so far; 0: none has come yet, nothing else counts
+  platform::Microseconds time{0};  // when the frame came, MonotonicTime
   uint16_t intCount = 0;
   double temperature = 0.0;                 // degrees C
   std::optional<double> targetTemperature;  // degrees C; nothing when control is off

@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const int32_t flags = data[0] & rvx::kLoadAll;
   const std::string text = fuzz::ToText(data + 1, size - 1);
 
-  rvx::ConfigurationRecord record;
+  rvx::ConfigurationFields record;
   record.optionByte = data[0] & 0x10 ? 2 : 0;
   const std::string before = record.ToText();
   if (!record.FromText(text, flags)) {
@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string written = record.ToText();
   fuzz::Require(std::count(written.begin(), written.end(), '\x0B') == 52, "52 fields are written");
   fuzz::Require(written.find('\n') == std::string::npos, "the text is one line");
-  rvx::ConfigurationRecord second;
+  rvx::ConfigurationFields second;
   fuzz::Require(second.FromText(written, rvx::kLoadAll), "what is written is read");
   fuzz::Require(second.ToText() == written, "what is read is what was written");
 

@@ -13,7 +13,7 @@ namespace {
 
 int32_t GetRotorTime(C_RVX& instrument) {
   ConfigurationGuard guard(instrument.configuration());
-  return instrument.configuration().testRecord.rotorOnTimes[0];
+  return instrument.configuration().fields.testRecord.rotorOnTimes[0];
 }
 
 std::shared_ptr<Action> MakeStandardAction(C_RVX& instrument,

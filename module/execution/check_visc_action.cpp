@@ -26,7 +26,7 @@ void CCheckViscAction::ResetToInstrumentDefaults() {
 
 void CCheckViscAction::SampleComplete(Sample& /*sample*/, ConfigurationRecord& config) {
   ConfigurationGuard guard(config);
-  config.samplesSinceCheck = 0;
+  config.fields.samplesSinceCheck = 0;
 }
 
 bool CCheckViscAction::ShowEditor(SampleActionEditor& editor, bool firstEdit) {

@@ -14,7 +14,7 @@ std::optional<ActionPlace> ParseContext(const std::string& context) {
 
 bool IsTrayPlace(C_RVX& instrument, const ActionPlace& place) {
   instrument.Lock();
-  const int32_t positions = instrument.configuration().trayPositions;
+  const int32_t positions = instrument.configuration().fields.trayPositions;
   instrument.Unlock();
   return place.tray == 0 && place.position >= 0 && place.position < positions;
 }

@@ -96,7 +96,7 @@ void CPMStateMachine::GoOnIf(bool condition, State next) {
 
 void CPMStateMachine::Start() {
   instrument_.Lock();
-  const int32_t minutes = instrument_.configuration().testRecord.preconditionTime;
+  const int32_t minutes = instrument_.configuration().fields.testRecord.preconditionTime;
   instrument_.Unlock();
   if (minutes == 0) {
     SetState(State::End);

@@ -177,7 +177,7 @@ void C_RVXViscAction::ResetToInstrumentDefaults() {
   platform::RecursiveGuard guard(lock_);
   C_RVX& source = instrument();
   source.Lock();
-  testRecord_.Assign(source.configuration().testRecord);
+  testRecord_.Assign(source.configuration().fields.testRecord);
   source.Unlock();
   knownViscosities_.fill(0.0);
 }

@@ -133,8 +133,8 @@ void ViscRun::FillIdentity(Sample& sample, const ActionFacts& facts, int index) 
   sample.typeName = instrument.GetTypeName();
   sample.instrument = instrument.GetInstrumentId();
   instrument.Lock();
-  sample.probeId = instrument.configuration().probeId;
-  sample.serialNumber = instrument.configuration().serialNumber;
+  sample.probeId = instrument.configuration().fields.probeId;
+  sample.serialNumber = instrument.configuration().fields.serialNumber;
   instrument.Unlock();
   sample.tray = static_cast<uint16_t>(record_.tray + 1);
   sample.position = static_cast<uint16_t>(record_.position + 1);
@@ -147,7 +147,7 @@ void ViscRun::FillIdentity(Sample& sample, const ActionFacts& facts, int index) 
 void ViscRun::CountSample() {
   C_RVX& instrument = record_.instrument;
   instrument.Lock();
-  int32_t& samples = instrument.configuration().samplesSinceCheck;
+  int32_t& samples = instrument.configuration().fields.samplesSinceCheck;
   if (samples < INT32_MAX) ++samples;
   instrument.Unlock();
 }

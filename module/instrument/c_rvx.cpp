@@ -1,24 +1,16 @@
 // Life of an instrument, and its operations as the host's ViscometerInstrument.
 #include "module/instrument/c_rvx.h"
 
-#include <algorithm>
-#include <functional>
 #include <iterator>
 #include <system_error>
 
 #include "boundary/access_levels.h"
-#include "module/calibration/standards_map.h"
-#include "module/instrument/own_client.h"
-#include "module/instrument/posted_jobs.h"
+#include "module/instrument/c_rvx_parts.h"
 #include "module/instrument/simulate_setting.h"
-#include "module/instrument/simulated_oils.h"
-#include "module/instrument/simulator_line.h"
 #include "module/instrument/temperature_offset.h"
-#include "module/instrument/tray_controller.h"
 #include "module/protocol/frames.h"
 #include "module/protocol/identification.h"
 #include "module/resources/string_ids.h"
-#include "module/resources/string_table.h"
 #include "platform/end_program.h"
 #include "platform/prompt.h"
 #include "platform/text.h"
@@ -29,20 +21,6 @@ namespace {
 // A CAB that was queued at the end gets this long to go out; a dead line uses all of it.
 constexpr platform::Milliseconds kLastCommands{4000};
 
-// Loads on the user-interface thread what `load` wants.
-class ResourceLoader : public UserInterfaceClient {
- public:
-  explicit ResourceLoader(const std::function<void()>& load) : load_(load) {}
-  FrameWindow* PerformCreation() override { return nullptr; }
-  int32_t LoadResources() override {
-    load_();
-    return 0;
-  }
-
- private:
-  const std::function<void()>& load_;
-};
-
 }  // namespace
 
 C_RVX::C_RVX(const std::string& portName, uint8_t address, const std::string& identification,
@@ -52,79 +30,78 @@ C_RVX::C_RVX(const std::string& portName, uint8_t address, const std::string& id
 }
 
 C_RVX::C_RVX(const ActionTable& actions, OpenedLater)
-    : actions_(actions),
-      simulated_(IsSimulated() != 0),
-      trayController_(std::make_unique<TrayController>(*this)),
-      ownClient_(std::make_unique<OwnClient>(*this)),
-      postedJobs_(std::make_unique<PostedJobs>()) {}
+    : parts_(std::make_unique<Parts>(*this, actions)) {}
+
+C_RVX::Parts::Parts(C_RVX& instrument, const ActionTable& actionTable)
+    : actions(actionTable),
+      conversion(instrument.configuration_),
+      operationClock(instrument.configuration_),
+      standards(instrument.configuration_),
+      statusWindow([&instrument] { return instrument.ReadForStatusWindow(); }),
+      trayController(instrument),
+      line(instrument.configuration_, IsSimulated() != 0),
+      peer(instrument,
+           {instrument.configuration_, line, status, conversion, errorClients, statusWindow}),
+      lastReply(std::make_unique<LastReplyClient>(instrument, instrument.configuration_)),
+      userInterfaceJobs(std::make_unique<PostedJobs>()) {}
 
 void C_RVX::Open(const std::string& portName, uint8_t address, const std::string& identification) {
-  conversation_ = std::make_unique<Conversation>(*this, address);
-  LoadTexts();
+  parts_->conversation = std::make_unique<Conversation>(parts_->peer, address);
+  parts_->texts.Load();
   {
-    ConfigurationGuard guard(configuration_);
-    configuration_.portName = portName;
-    configuration_.address = address;
-    configuration_.responseTimeout = 6000;
+    const ConfigurationGuard guard(configuration_);
+    configuration_.fields.portName = portName;
+    configuration_.fields.address = address;
+    configuration_.fields.responseTimeout = 6000;
   }
-  Port* port = GetPortManager()->OpenPort(portName, this);
-  {
-    ConfigurationGuard guard(configuration_);
-    configuration_.port = port;
-  }
+  parts_->line.OpenPort(portName, *this);
   const bool stored = LoadStoredSettings();
   {
-    ConfigurationGuard guard(configuration_);
-    configuration_.serialNumber.clear();
-    configuration_.firmwareVersion.clear();
-    TakeIdentification(identification.empty() ? std::string(kSimulatorIdentification)
-                                              : identification);
+    const ConfigurationGuard guard(configuration_);
+    parts_->peer.TakeIdentification(identification.empty() ? std::string(kSimulatorIdentification)
+                                                           : identification);
     // Some defaults depend on the model, which is known only now.
     if (!stored) configuration_.SetDefaults();
-    if (UsesTemperatureOffset(configuration_.modelCode) &&
-        configuration_.temperatureOffset == 0.0) {
-      configuration_.temperatureOffset = kUsualTemperatureOffset;
+    ConfigurationFields& fields = configuration_.fields;
+    if (UsesTemperatureOffset(fields.modelCode) && fields.temperatureOffset == 0.0) {
+      fields.temperatureOffset = kUsualTemperatureOffset;
     }
   }
-  // Behind the identification, which says whether the ninth temperature counts.
-  LoadStandards();
-  // The simulator stands before the thread that feeds it.
-  if (simulated_) StartSimulator();
-  conversation_->Start();
-  open_ = true;
+  // After the identification, which says whether the ninth temperature counts.
+  parts_->standards.Read();
+  // The simulator is there before the thread that feeds it.
+  StartSimulator();
+  parts_->conversation->Start();
+  parts_->isOpen = true;
 }
 
-C_RVX::~C_RVX() { Close(); }
+C_RVX::~C_RVX() {
+  Close();
+  // It takes itself out of the conversation, which needs all parts.
+  parts_->lastReply.reset();
+}
 
 void C_RVX::Close() {
-  if (!open_) return;
+  if (!parts_->isOpen) return;
   if (IsOnOwnThread()) RefuseDestruction();
-  open_ = false;
+  parts_->isOpen = false;
   try {
     GetInstrumentArchive()->StoreInstrument(GetArchiveKey(), this);
   } catch (ArchiveException* failure) {
     delete failure;  // the host has told its user; nothing can be done about it here
   }
   EndRunForDestruction();
-  closing_.Set();
-  WaitForUsers();
-  conversation_->WaitUntilIdle(platform::Deadline::After(kLastCommands));
-  conversation_->Stop();
-  postedJobs_.reset();
-  std::string portName;
-  {
-    ConfigurationGuard guard(configuration_);
-    configuration_.port = nullptr;
-    portName = configuration_.portName;
-  }
-  // Behind these two nothing calls Receive any more.
-  simulatorLine_.reset();
-  GetPortManager()->ClosePort(portName, this);
+  parts_->closing.Set();
+  parts_->users.WaitUntilUnused();
+  parts_->conversation->WaitUntilIdle(platform::Deadline::After(kLastCommands));
+  parts_->conversation->Stop();
+  parts_->userInterfaceJobs.reset();
+  parts_->line.Close(*this);
 }
 
 void C_RVX::StartSimulator() {
   try {
-    simulatorLine_ = std::make_unique<SimulatorLine>(*this, MakeStoredRotor());
+    parts_->line.StartSimulator(*this);
   } catch (const std::system_error&) {
     // Like an instrument that is switched off: it does not respond, and everything else works.
     ActionErrorRecord record = MakeErrorRecord();
@@ -133,41 +110,6 @@ void C_RVX::StartSimulator() {
     record.kind = 1;
     ReportError(record);
   }
-}
-
-void C_RVX::LoadTexts() {
-  const std::function<void()> load = [this] {
-    for (const int id : {kTextPortAddress, kTextNotReady, kTextInitializeSteppers,
-                         kTextStopRunningSamples, kTextNotResponding, kTextTrayInUse, kTextNoThread,
-                         kTextCheckStandardDue, kTextCheckStandardNeverRun, kTextCellTooWarm}) {
-      texts_[id] = LoadResourceString(id);
-    }
-    statusTexts_ = StatusTexts::Load();
-  };
-  ResourceLoader loader(load);
-  ExecuteLoadResources(&loader);
-}
-
-const std::string& C_RVX::Text(int stringId) const {
-  static const std::string kNone;
-  const auto found = texts_.find(stringId);
-  return found != texts_.end() ? found->second : kNone;
-}
-
-std::string C_RVX::FormatCheckStandardDue(int32_t samples) const {
-  std::string text = Text(kTextCheckStandardDue);
-  const size_t place = text.find("%d");
-  if (place != std::string::npos) text.replace(place, 2, std::to_string(samples));
-  return text;
-}
-
-void C_RVX::TakeIdentification(const std::string& identification) {
-  const Identification parsed = ParseIdentification(identification);
-  ConfigurationGuard guard(configuration_);
-  configuration_.modelCode = parsed.modelCode;
-  configuration_.optionByte = parsed.optionByte;
-  configuration_.firmwareVersion = parsed.firmwareVersion;
-  configuration_.serialNumber = parsed.serialNumber;
 }
 
 void C_RVX::EndRunForDestruction() {
@@ -181,12 +123,35 @@ void C_RVX::EndRunForDestruction() {
     ActionErrorRecord record = MakeErrorRecord();
     record.message =
         "The tray was ended before all samples were run, because the instrument was closed. "
-        "Samples "
-        "that were finished are stored; start the tray again for the others.";
+        "Samples that were finished are stored; start the tray again for the others.";
     record.kind = 1;
     ReportError(record);
   }
-  trayController_->Abort();
+  parts_->trayController.Abort();
+}
+
+bool C_RVX::IsOnOwnThread() {
+  return parts_->conversation->IsOnItsThreads() || parts_->users.IsOnOwnThread();
+}
+
+// The destructor would wait for the very thread that it is called on, for ever and in silence, with
+// the instrument in the middle of a test. What can still be put in order is, then the program ends.
+void C_RVX::RefuseDestruction() {
+  parts_->trayController.Abort();
+  if (parts_->conversation->IsOnSender()) {
+    // The queue has nobody who would send it.
+    parts_->line.Send(MakeFrame(AbortCommand(GetAddress())));
+  } else {
+    SendAbort(nullptr);  // also for a test outside the tray
+    // Commands before it are left out: no reply to them can be read if this thread reads them, and
+    // one of them may start something. A limit, since the caller may hold what the thread wants.
+    parts_->conversation->StopWithin(platform::Deadline::After(kLastCommands));
+  }
+  platform::EndProgram(
+      "an instrument is destroyed from inside a call that it makes (a watcher's, or the report of "
+      "an error). The host program is at fault: it must let the call return first. The instrument "
+      "is told to stop if it still can be, and the program ends; samples that were finished are "
+      "stored. Look whether the instrument is at rest.");
 }
 
 // --- ViscometerInstrument ---
@@ -201,22 +166,22 @@ int32_t C_RVX::QueryAbortTray() {
       Text(kTextStopRunningSamples), platform::MessageButtons::YesNo,
       platform::MessageIcon::Question);
   if (answer == platform::MessageAnswer::No) return 0;
-  trayController_->Abort();
+  parts_->trayController.Abort();
   return 1;
 }
 
 int32_t C_RVX::StartTrayFor(int32_t /*tray*/, TrayWatcher* watcher) { return StartTray(watcher); }
-int32_t C_RVX::StartTray(TrayWatcher* watcher) { return trayController_->Start(watcher); }
+int32_t C_RVX::StartTray(TrayWatcher* watcher) { return parts_->trayController.Start(watcher); }
 
 std::unique_ptr<Action> C_RVX::MakeAction(int index) {
-  if (index < 0 || index >= static_cast<int>(actions_.size())) throw new InvalidException;
-  return actions_[static_cast<size_t>(index)].make(*this);
+  if (index < 0 || index >= static_cast<int>(parts_->actions.size())) throw new InvalidException;
+  return parts_->actions[static_cast<size_t>(index)].make(*this);
 }
 
 Action* C_RVX::CreateActionByIndex(int32_t index) { return MakeAction(index).release(); }
 
 Action* C_RVX::CreateActionFromText(const std::string& classKey) {
-  for (const ActionTableEntry& entry : actions_) {
+  for (const ActionTableEntry& entry : parts_->actions) {
     if (entry.classKey == classKey) return entry.make(*this).release();
   }
   throw new InvalidException;
@@ -258,37 +223,29 @@ Action* C_RVX::CreateServiceAction(int32_t index) {
   }
   const ActionIndex action = kServiceActions[static_cast<size_t>(index)];
   if (action == kStepperAction) {
-    ConfigurationGuard guard(configuration_);
-    if (configuration_.modelCode != '2' && configuration_.modelCode != '4') {
-      throw new InvalidException;
-    }
+    const ConfigurationGuard guard(configuration_);
+    const char modelCode = configuration_.fields.modelCode;
+    if (modelCode != '2' && modelCode != '4') throw new InvalidException;
   }
   return CreateActionByIndex(action);
 }
 
 TrayOfSampleActions* C_RVX::GetTray(int32_t index) {
   if (index != 0) throw new InvalidException;
-  return &tray_;
+  return &parts_->tray;
 }
 
 std::string C_RVX::GetTypeName() { return "RVX"; }
 int32_t C_RVX::GetTrayCount() { return 1; }
 
-std::string C_RVX::GetPortAddressText() {
-  std::string text = Text(kTextPortAddress);
-  const size_t place = text.find("%X");
-  if (place != std::string::npos) {
-    text.replace(place, 2, platform::FormatText("%X", GetAddress()));
-  }
-  return text;
-}
+std::string C_RVX::GetPortAddressText() { return parts_->texts.FormatPortAddress(GetAddress()); }
 
 std::string C_RVX::GetInstrumentId() { return configuration_.GetInstrumentId(); }
 std::string C_RVX::GetInstrumentName() { return configuration_.GetConfigurationId(); }
 
-void C_RVX::PauseTray(int32_t /*tray*/, int32_t now) { trayController_->Pause(now != 0); }
-int32_t C_RVX::QueryPauseTray() { return trayController_->QueryPause() ? 1 : 0; }
-void C_RVX::ResumeTray(int32_t /*tray*/) { trayController_->Resume(); }
+void C_RVX::PauseTray(int32_t /*tray*/, int32_t now) { parts_->trayController.Pause(now != 0); }
+int32_t C_RVX::QueryPauseTray() { return parts_->trayController.QueryPause() ? 1 : 0; }
+void C_RVX::ResumeTray(int32_t /*tray*/) { parts_->trayController.Resume(); }
 
 int32_t C_RVX::ContinueTray() {
   if (IsTrayPaused() == 0) return 0;
@@ -305,14 +262,14 @@ void C_RVX::SetInstrumentId(const std::string& text) {
 void C_RVX::SetInstrumentName(const std::string& text) {
   if (!text.empty()) {
     ConfigurationGuard guard(configuration_);
-    configuration_.configurationId = text;
+    configuration_.fields.configurationId = text;
   }
   GetInstrumentManager()->NotifyInstrumentChanged();
 }
 
 uint32_t C_RVX::GetRunFlags() {
   ConfigurationGuard guard(configuration_);
-  return configuration_.runFlags;
+  return configuration_.fields.runFlags;
 }
 
 int32_t C_RVX::IsTrayRunning() { return (GetRunFlags() & kTrayRunning) != 0 ? 1 : 0; }
@@ -327,20 +284,56 @@ int32_t C_RVX::IsTrayPaused() {
 }
 
 int32_t C_RVX::IsIdle() {
-  const StatusRecord record = GetStatusRecord();
+  const StatusRecord record = parts_->status.Last().record;
   return (record.machineStatus() & kMachineNotReady) == 0 && IsTrayRunning() == 0 &&
                  record.switchByte() == 0
              ? 1
              : 0;
 }
 
-// --- Others ---
+// --- The parts ---
+
+void C_RVX::Receive(std::span<const uint8_t> bytes) { parts_->conversation->Receive(bytes); }
+
+WindowHandle* C_RVX::ShowStatusWindow(WindowHandle* parent) {
+  return parts_->statusWindow.Show(parent);
+}
+
+void C_RVX::CloseStatusWindow() { parts_->statusWindow.Close(); }
+
+void C_RVX::AddErrorClient(InstrErrorClient* client) { parts_->errorClients.Add(client); }
+void C_RVX::RemoveErrorClient(InstrErrorClient* client) { parts_->errorClients.Remove(client); }
+CStandardsMap* C_RVX::GetStandards() { return parts_->standards.Get(); }
+InstrumentUsers& C_RVX::users() { return parts_->users; }
+platform::Event& C_RVX::closingEvent() { return parts_->closing; }
+bool C_RVX::IsSimulatedInstrument() const { return parts_->line.isSimulated(); }
+const std::string& C_RVX::Text(int stringId) const { return parts_->texts.Get(stringId); }
+
+std::string C_RVX::FormatCheckStandardDue(int32_t samples) const {
+  return parts_->texts.FormatCheckStandardDue(samples);
+}
+
+ActionErrorRecord C_RVX::MakeErrorRecord() {
+  ActionErrorRecord record;
+  record.source = this;
+  record.typeName = GetTypeName();
+  record.instrumentId = GetInstrumentId();
+  GetSecurityManager()->GetUserName(record.operatorName);
+  return record;
+}
+
+void C_RVX::ReportError(const ActionErrorRecord& record) {
+  ActionException error(record);
+  GetInstrumentManager()->ReportError(&error);
+}
+
+// --- The tray's actions ---
 
 std::vector<std::shared_ptr<Action>> C_RVX::MakeEmptyTray() {
   int32_t positions = 0;
   {
-    TrayGuard guard(tray_);
-    positions = tray_.GetSize();
+    TrayGuard guard(parts_->tray);
+    positions = parts_->tray.GetSize();
   }
   std::vector<std::shared_ptr<Action>> empty;
   empty.reserve(static_cast<size_t>(positions));
@@ -349,81 +342,26 @@ std::vector<std::shared_ptr<Action>> C_RVX::MakeEmptyTray() {
 }
 
 std::vector<std::shared_ptr<Action>> C_RVX::EmptyTray(std::vector<std::shared_ptr<Action>> empty) {
-  TrayGuard guard(tray_);
-  return tray_.ReplaceAll(std::move(empty));
+  TrayGuard guard(parts_->tray);
+  return parts_->tray.ReplaceAll(std::move(empty));
 }
 
 void C_RVX::ReleaseTrayAction(int32_t index) {
   {
-    TrayGuard guard(tray_);
-    if (index < 0 || index >= tray_.GetSize()) throw new InvalidException;
+    TrayGuard guard(parts_->tray);
+    if (index < 0 || index >= parts_->tray.GetSize()) throw new InvalidException;
   }
-  postedJobs_->Post([this, index] {
+  parts_->userInterfaceJobs->Post([this, index] {
     std::shared_ptr<Action> removed;
     {
       std::shared_ptr<Action> empty = MakeAction(kNullAction);
-      TrayGuard guard(tray_);
-      if (index < tray_.GetSize()) removed = tray_.Replace(index, std::move(empty));
+      TrayGuard guard(parts_->tray);
+      if (index < parts_->tray.GetSize()) removed = parts_->tray.Replace(index, std::move(empty));
     }
     if (removed) removed->Stop();
     removed.reset();
     GetInstrumentManager()->NotifyInstrumentChanged();
   });
-}
-
-void C_RVX::BeginUse() {
-  platform::PlainGuard guard(usersLock_);
-  ++users_;
-}
-
-void C_RVX::NoteOwnThread() {
-  platform::PlainGuard guard(usersLock_);
-  ownThreads_.push_back(platform::CurrentThreadId());
-}
-
-bool C_RVX::IsOnOwnThread() {
-  if (conversation_->IsOnItsThreads()) return true;
-  platform::PlainGuard guard(usersLock_);
-  const platform::ThreadId here = platform::CurrentThreadId();
-  return std::find(ownThreads_.begin(), ownThreads_.end(), here) != ownThreads_.end();
-}
-
-// The destructor would wait for the very thread that it is called on, for ever and in silence, with
-// the instrument in the middle of a test. What can still be put in order is, then the program ends.
-void C_RVX::RefuseDestruction() {
-  trayController_->Abort();
-  if (conversation_->IsOnSender()) {
-    SendFrame(MakeFrame(AbortCommand(GetAddress())));  // the queue has nobody who would send it
-  } else {
-    SendAbort(nullptr);  // also for a test outside the tray
-    // Commands before it are left out: no reply to them can be read if this thread reads them, and
-    // one of them may start something. A limit, since the caller may hold what the thread wants.
-    conversation_->StopWithin(platform::Deadline::After(kLastCommands));
-  }
-  platform::EndProgram(
-      "an instrument is destroyed from inside a call that it makes (a watcher's, or the report of "
-      "an "
-      "error). The host program is at fault: it must let the call return first. The instrument is "
-      "told to stop if it still can be, and the program ends; samples that were finished are "
-      "stored. "
-      "Look whether the instrument is at rest.");
-}
-
-void C_RVX::EndUse() {
-  // Set under the lock: behind the unlock the waiting destructor may take the event away.
-  platform::PlainGuard guard(usersLock_);
-  std::erase(ownThreads_, platform::CurrentThreadId());
-  if (--users_ == 0) unused_.Set();
-}
-
-void C_RVX::WaitForUsers() {
-  for (;;) {
-    {
-      platform::PlainGuard guard(usersLock_);
-      if (users_ == 0) return;
-    }
-    unused_.Wait();
-  }
 }
 
 }  // namespace rvx

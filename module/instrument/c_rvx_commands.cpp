@@ -1,28 +1,41 @@
 // The command builders: each makes a command's text from the configuration and queues it.
 #include <algorithm>
 
-#include "module/instrument/c_rvx.h"
-#include "module/instrument/own_client.h"
+#include "module/instrument/c_rvx_parts.h"
 #include "module/protocol/frames.h"
 #include "module/protocol/identification.h"
 
 namespace rvx {
+namespace {
+
+double GetInjectionTemperature(const ConfigurationRecord& configuration) {
+  const ConfigurationGuard guard(configuration);
+  return configuration.fields.injectionTemperature;
+}
+
+// The display of the remaining injection time counts down from the time that was sent.
+void KeepSentInjectionTime(ConfigurationRecord& configuration, int32_t seconds) {
+  const ConfigurationGuard guard(configuration);
+  configuration.fields.testRecord.sentInjectionTime = seconds;
+}
+
+}  // namespace
 
 void C_RVX::QueueCommand(const std::string& text, CommandClient* client) {
-  conversation_->Queue(text, client != nullptr ? client : ownClient_.get());
+  parts_->conversation->Queue(text, client != nullptr ? client : parts_->lastReply.get());
 }
 
 void C_RVX::WithdrawCommands(const CommandClient* client) {
-  if (conversation_) conversation_->Withdraw(client);
+  if (parts_->conversation) parts_->conversation->Withdraw(client);
 }
 
 void C_RVX::ForgetClient(CommandClient* client) {
-  if (conversation_) conversation_->ForgetClient(client);
+  if (parts_->conversation) parts_->conversation->ForgetClient(client);
 }
 
 uint8_t C_RVX::GetAddress() {
-  ConfigurationGuard guard(configuration_);
-  return configuration_.address;
+  const ConfigurationGuard guard(configuration_);
+  return configuration_.fields.address;
 }
 
 int32_t C_RVX::SendAbort(CommandClient* client) {
@@ -37,7 +50,7 @@ int32_t C_RVX::SetInjection(bool on, CommandClient* client) {
 
 int32_t C_RVX::SetAutoReport(bool on, CommandClient* client) {
   QueueCommand(AutoReportCommand(GetAddress(), on), client);
-  conversation_->SetAutoReportAsked(on);
+  parts_->conversation->SetAutoReportAsked(on);
   return 1;
 }
 
@@ -59,9 +72,10 @@ int32_t C_RVX::SetHomeFlag(CommandClient* client) {
 int32_t C_RVX::RunMotorCurrent(int32_t position, CommandClient* client) {
   TestRecord test;
   {
-    ConfigurationGuard guard(configuration_);
-    test = configuration_.testRecord;
+    const ConfigurationGuard guard(configuration_);
+    test = configuration_.fields.testRecord;
   }
+  CountConversion& conversion = parts_->conversion;
   MotorCurrentPayload payload;
   payload.position = position;
   payload.injectionTime = position == 0 ? 0 : test.injectionTime;
@@ -69,11 +83,12 @@ int32_t C_RVX::RunMotorCurrent(int32_t position, CommandClient* client) {
   payload.pauseTime = test.pauseTime;
   payload.purgeTime = test.purgeTime;
   payload.coolDownTime = test.coolDownTime;
-  payload.testCounts = CountsForCommand(kMotorCurrentTemperature);
-  payload.undershootCounts = CountsForCommand(kMotorCurrentTemperature + test.undershoot);
-  payload.toleranceCounts = CountsForCommand(kMotorCurrentTemperature + test.tolerance);
-  payload.injectionCounts = CountsForCommand(GetInjectionTemperature());
-  KeepSentInjectionTime(payload.injectionTime);
+  payload.testCounts = conversion.CountsForCommand(kMotorCurrentTemperature);
+  payload.undershootCounts =
+      conversion.CountsForCommand(kMotorCurrentTemperature + test.undershoot);
+  payload.toleranceCounts = conversion.CountsForCommand(kMotorCurrentTemperature + test.tolerance);
+  payload.injectionCounts = conversion.CountsForCommand(GetInjectionTemperature(configuration_));
+  KeepSentInjectionTime(configuration_, payload.injectionTime);
   QueueCommand(MotorCurrentCommand(GetAddress(), payload), client);
   return 1;
 }
@@ -91,10 +106,10 @@ int32_t C_RVX::MoveToPosition(int32_t position, CommandClient* client) {
 int32_t C_RVX::PreconditionMotor(CommandClient* client) {
   std::string text;
   {
-    ConfigurationGuard guard(configuration_);
-    text =
-        PreconditionCommand(configuration_.address, configuration_.testRecord.preconditionTime,
-                            configuration_.testRecord.preconditionSpeed, configuration_.optionByte);
+    const ConfigurationGuard guard(configuration_);
+    ConfigurationFields& fields = configuration_.fields;
+    text = PreconditionCommand(fields.address, fields.testRecord.preconditionTime,
+                               fields.testRecord.preconditionSpeed, fields.optionByte);
   }
   QueueCommand(text, client);
   return 1;
@@ -113,6 +128,7 @@ int32_t C_RVX::SetSerialNumber(const std::string& text, CommandClient* client) {
 int32_t C_RVX::StartTest(int32_t position, int32_t index, TestRecord& test, CommandClient* client) {
   const size_t point = static_cast<size_t>(std::clamp(index, 0, kMaxTests - 1));
   const double temperature = test.testTemperatures[point];
+  CountConversion& conversion = parts_->conversion;
   StartTestPayload payload;
   payload.position = position;
   payload.injectionTime = test.injectionTime;
@@ -121,18 +137,19 @@ int32_t C_RVX::StartTest(int32_t position, int32_t index, TestRecord& test, Comm
   payload.purgeTime = test.purgeTime;
   payload.coolDownTime = test.coolDownTime;
   payload.rotorOnTime = test.rotorOnTimes[point];
-  payload.testCounts = CountsForCommand(temperature);
-  payload.undershootCounts = CountsForCommand(temperature + test.undershoot);
-  payload.toleranceCounts = CountsForCommand(temperature + test.tolerance);
-  payload.injectionCounts = CountsForCommand(GetInjectionTemperature());
+  payload.testCounts = conversion.CountsForCommand(temperature);
+  payload.undershootCounts = conversion.CountsForCommand(temperature + test.undershoot);
+  payload.toleranceCounts = conversion.CountsForCommand(temperature + test.tolerance);
+  payload.injectionCounts = conversion.CountsForCommand(GetInjectionTemperature(configuration_));
   test.sentInjectionTime = payload.injectionTime;
-  KeepSentInjectionTime(payload.injectionTime);
+  KeepSentInjectionTime(configuration_, payload.injectionTime);
   QueueCommand(StartTestCommand(GetAddress(), payload), client);
   return 1;
 }
 
 int32_t C_RVX::SetTemperatureControl(bool on, double temperature, CommandClient* client) {
-  QueueCommand(TemperatureControlCommand(GetAddress(), on, CountsForCommand(temperature)), client);
+  const double counts = parts_->conversion.CountsForCommand(temperature);
+  QueueCommand(TemperatureControlCommand(GetAddress(), on, counts), client);
   return 1;
 }
 
@@ -149,35 +166,6 @@ int32_t C_RVX::QueryIdentity(CommandClient* client) {
 int32_t C_RVX::QuerySelfTest(CommandClient* client) {
   QueueCommand(SelfTestQuery(GetAddress()), client);
   return 1;
-}
-
-double C_RVX::GetInjectionTemperature() {
-  ConfigurationGuard guard(configuration_);
-  return configuration_.injectionTemperature;
-}
-
-// The display of the remaining injection time counts down from the time that was sent.
-void C_RVX::KeepSentInjectionTime(int32_t seconds) {
-  ConfigurationGuard guard(configuration_);
-  configuration_.testRecord.sentInjectionTime = seconds;
-}
-
-double C_RVX::CountsForCommand(double temperature) {
-  ProbeConstants probe;
-  char modelCode = 0;
-  double offset = 0.0;
-  {
-    ConfigurationGuard guard(configuration_);
-    probe = {configuration_.a0, configuration_.a1, configuration_.a2};
-    modelCode = configuration_.modelCode;
-    offset = configuration_.temperatureOffset;
-  }
-  SupplyPair pair;
-  {
-    platform::PlainGuard guard(supplyLock_);
-    pair = supply_.Latch();
-  }
-  return TemperatureToCounts(temperature, probe, pair, modelCode, offset);
 }
 
 }  // namespace rvx

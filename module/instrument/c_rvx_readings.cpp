@@ -1,166 +1,126 @@
-// The readings: the last status record, converted with the configuration.
-#include <algorithm>
-
-#include "module/instrument/c_rvx.h"
+// The readings: the last status frame, converted with the configuration.
+#include "module/instrument/c_rvx_parts.h"
 #include "module/protocol/identification.h"
-#include "module/resources/string_ids.h"
-#include "platform/text.h"
 
 namespace rvx {
 
-StatusRecord C_RVX::GetStatusRecord() {
-  platform::PlainGuard guard(statusLock_);
-  return status_;
+uint64_t C_RVX::GetStatusSequence() { return parts_->status.GetSequence(); }
+void C_RVX::AddStatusEvent(platform::Event* event) { parts_->status.AddEvent(event); }
+void C_RVX::RemoveStatusEvent(platform::Event* event) { parts_->status.RemoveEvent(event); }
+
+void C_RVX::GetMonitorReadings(MonitorReadings& out) {
+  const StatusFrame frame = parts_->status.Last();
+  out = parts_->conversion.Present().Readings(frame);
 }
-
-uint64_t C_RVX::GetStatusSequence() {
-  platform::PlainGuard guard(statusLock_);
-  return statusSequence_;
-}
-
-C_RVX::Conversion C_RVX::GetConversion() {
-  Conversion conversion;
-  {
-    ConfigurationGuard guard(configuration_);
-    conversion.probe = {configuration_.a0, configuration_.a1, configuration_.a2};
-    conversion.modelCode = configuration_.modelCode;
-    conversion.offset = configuration_.temperatureOffset;
-    conversion.optionByte = configuration_.optionByte;
-  }
-  platform::PlainGuard guard(supplyLock_);
-  conversion.pair = supply_.inUse();
-  return conversion;
-}
-
-uint16_t C_RVX::GetIntCount() { return GetStatusRecord().intCount(); }
-
-double C_RVX::GetTemperature() {
-  const Conversion c = GetConversion();
-  return CountsToTemperature(GetTemperatureCounts(), c.probe, c.pair, c.modelCode, c.offset);
-}
-
-double C_RVX::GetTargetTemperature() {
-  const Conversion c = GetConversion();
-  return TargetCountsToTemperature(GetTargetCounts(), c.probe, c.pair, c.modelCode, c.offset);
-}
-
-uint16_t C_RVX::GetTemperatureCounts() { return GetStatusRecord().temperatureCounts(); }
-uint16_t C_RVX::GetTargetCounts() { return GetStatusRecord().targetCounts(); }
-double C_RVX::GetPlusVss() { return CountsToSupplyVolts(GetStatusRecord().plusVssCounts()); }
-double C_RVX::GetMinusVss() { return CountsToSupplyVolts(GetStatusRecord().minusVssCounts()); }
-
-void C_RVX::GetPairInUse(double& plus, double& minus) {
-  platform::PlainGuard guard(supplyLock_);
-  plus = supply_.inUse().plus;
-  minus = supply_.inUse().minus;
-}
-
-double C_RVX::GetRotorSpeed() {
-  return SpeedFromCounts(GetStatusRecord().speedCounts(), GetConversion().optionByte);
-}
-
-uint8_t C_RVX::GetMachineStatus() { return GetStatusRecord().machineStatus(); }
-uint8_t C_RVX::GetSwitchByte() { return GetStatusRecord().switchByte(); }
-uint8_t C_RVX::GetOperation() { return GetStatusRecord().operation(); }
-uint8_t C_RVX::GetErrorCode() { return GetStatusRecord().errorCode(); }
-
-uint8_t C_RVX::GetPromptFlag() {
-  return IsManualInjectionModel() ? GetStatusRecord().promptFlag() : uint8_t{0};
-}
-
-std::string C_RVX::GetLastTag() { return GetStatusRecord().lastTag(); }
-
-void C_RVX::GetRawStatus(std::array<uint8_t, kStatusRecordSize>& out) {
-  out = GetStatusRecord().bytes();
-}
-
-void C_RVX::GetMonitorReadings(MonitorReadings& out) { ConvertStatus(GetStatusRecord(), out); }
 
 bool C_RVX::GetNextReadings(uint64_t& sequence, MonitorReadings& out) {
-  StatusRecord record;
-  bool isNew;
-  {
-    platform::PlainGuard guard(statusLock_);
-    isNew = statusSequence_ > sequence;
-    record = status_;
-    if (isNew) {
-      const uint64_t lost = statusSequence_ > kStatusHistory ? statusSequence_ - kStatusHistory : 0;
-      sequence = std::max(sequence, lost) + 1;
-      record = statusHistory_[sequence % kStatusHistory];
-    }
-  }
-  ConvertStatus(record, out);
+  StatusFrame frame;
+  const bool isNew = parts_->status.Next(sequence, frame);
+  out = parts_->conversion.Present().Readings(frame);
   return isNew;
 }
 
-void C_RVX::ConvertStatus(const StatusRecord& record, MonitorReadings& out) {
-  const Conversion c = GetConversion();
-  out.intCount = record.intCount();
-  out.actualTemperatureCounts = record.temperatureCounts();
-  out.actualTemperature =
-      CountsToTemperature(record.temperatureCounts(), c.probe, c.pair, c.modelCode, c.offset);
-  out.targetTemperatureCounts = record.targetCounts();
-  out.targetTemperature =
-      TargetCountsToTemperature(record.targetCounts(), c.probe, c.pair, c.modelCode, c.offset);
-  out.plusVss = CountsToSupplyVolts(record.plusVssCounts());
-  out.minusVss = CountsToSupplyVolts(record.minusVssCounts());
-  out.rotorSpeed = SpeedFromCounts(record.speedCounts(), c.optionByte);
-  out.machineStatus = record.machineStatus();
-  out.switchByte = record.switchByte();
-  out.operation = record.operation();
-  out.promptFlag = record.promptFlag();
-  out.errorCode = record.errorCode();
-  const std::array<char, 2> tag = record.lastTagBytes();
-  std::copy(tag.begin(), tag.end(), out.lastTag);
+double C_RVX::GetTemperature() {
+  const Conversion conversion = parts_->conversion.Present();
+  return conversion.Temperature(GetTemperatureCounts());
+}
+
+double C_RVX::GetTargetTemperature() {
+  const Conversion conversion = parts_->conversion.Present();
+  return conversion.TargetTemperature(GetTargetCounts());
+}
+
+double C_RVX::GetRotorSpeed() {
+  const StatusRecord record = parts_->status.Last().record;
+  return parts_->conversion.Present().Speed(record.speedCounts());
+}
+
+uint16_t C_RVX::GetIntCount() { return parts_->status.Last().record.intCount(); }
+uint16_t C_RVX::GetTemperatureCounts() { return parts_->status.Last().record.temperatureCounts(); }
+uint16_t C_RVX::GetTargetCounts() { return parts_->status.Last().record.targetCounts(); }
+uint8_t C_RVX::GetMachineStatus() { return parts_->status.Last().record.machineStatus(); }
+uint8_t C_RVX::GetSwitchByte() { return parts_->status.Last().record.switchByte(); }
+uint8_t C_RVX::GetOperation() { return parts_->status.Last().record.operation(); }
+uint8_t C_RVX::GetErrorCode() { return parts_->status.Last().record.errorCode(); }
+std::string C_RVX::GetLastTag() { return parts_->status.Last().record.lastTag(); }
+
+double C_RVX::GetPlusVss() {
+  return CountsToSupplyVolts(parts_->status.Last().record.plusVssCounts());
+}
+
+double C_RVX::GetMinusVss() {
+  return CountsToSupplyVolts(parts_->status.Last().record.minusVssCounts());
+}
+
+uint8_t C_RVX::GetPromptFlag() {
+  return IsManualInjectionModel() ? parts_->status.Last().record.promptFlag() : uint8_t{0};
+}
+
+void C_RVX::GetRawStatus(std::array<uint8_t, kStatusRecordSize>& out) {
+  out = parts_->status.Last().record.bytes();
+}
+
+void C_RVX::GetPairInUse(double& plus, double& minus) {
+  const SupplyPair pair = parts_->conversion.GetPairInUse();
+  plus = pair.plus;
+  minus = pair.minus;
+}
+
+void C_RVX::LatchSupplyPair() { parts_->conversion.LatchSupplyPair(); }
+
+void C_RVX::SetRotorTime(int32_t seconds) { parts_->operationClock.SetRotorTime(seconds); }
+
+int32_t C_RVX::GetOperationTimer(int32_t& seconds) {
+  return parts_->operationClock.GetSeconds(parts_->status.Last(), seconds) ? 1 : 0;
+}
+
+int32_t C_RVX::GetOperationTimer(const MonitorReadings& readings, int32_t& seconds) {
+  return parts_->operationClock.GetSeconds(readings.frame, seconds) ? 1 : 0;
+}
+
+StatusReadings C_RVX::ReadForStatusWindow() {
+  MonitorReadings status;
+  GetMonitorReadings(status);
+  StatusReadings readings;
+  readings.received = status.frame.IsReceived();
+  // A window that opens on a silent instrument must not show its last values as new.
+  readings.time = status.frame.time;
+  readings.temperature = status.actualTemperature;
+  readings.targetTemperature = status.targetTemperature;
+  readings.speed = status.rotorSpeed;
+  readings.countsDown = GetOperationTimer(status, readings.seconds) != 0;
+  readings.machineStatusText = GetMachineStatusText(status.machineStatus);
+  return readings;
+}
+
+std::string C_RVX::GetOperationText(uint8_t code) {
+  return parts_->texts.status().OperationText(code);
+}
+
+std::string C_RVX::GetErrorText(uint8_t code) { return parts_->texts.status().ErrorText(code); }
+
+std::string C_RVX::GetMachineStatusText(uint8_t status) {
+  return parts_->texts.status().MachineStatusText(status);
 }
 
 uint16_t C_RVX::GetSelfTestWord() {
-  ConfigurationGuard guard(configuration_);
-  return configuration_.selfTestWord;
-}
-
-int32_t C_RVX::GetOperationTimer(int32_t& seconds) {
-  const StatusRecord record = GetStatusRecord();
-  OperationTimes times;
-  {
-    ConfigurationGuard guard(configuration_);
-    times.preconditionTime = configuration_.testRecord.preconditionTime * 60;
-    times.sentInjectionTime = configuration_.testRecord.sentInjectionTime;
-    times.coolDownTime = configuration_.testRecord.coolDownTime;
-  }
-  {
-    platform::PlainGuard guard(rotorTimeLock_);
-    times.rotorTime = rotorTime_;
-  }
-  platform::PlainGuard guard(timerLock_);
-  return timer_.Update(record.intCount(), record.operation(), times, seconds) ? 1 : 0;
-}
-
-std::string C_RVX::GetOperationText(uint8_t code) { return statusTexts_.OperationText(code); }
-std::string C_RVX::GetErrorText(uint8_t code) { return statusTexts_.ErrorText(code); }
-
-std::string C_RVX::GetMachineStatusText(uint8_t status) {
-  return statusTexts_.MachineStatusText(status);
+  const ConfigurationGuard guard(configuration_);
+  return configuration_.fields.selfTestWord;
 }
 
 double C_RVX::GetFirmwareNumber() {
-  ConfigurationGuard guard(configuration_);
-  return FirmwareNumber(configuration_.firmwareVersion);
+  const ConfigurationGuard guard(configuration_);
+  return FirmwareNumber(configuration_.fields.firmwareVersion);
 }
 
 bool C_RVX::IsManualInjectionModel() {
-  ConfigurationGuard guard(configuration_);
-  return IsManualInjection(configuration_.modelCode);
+  const ConfigurationGuard guard(configuration_);
+  return IsManualInjection(configuration_.fields.modelCode);
 }
 
-void C_RVX::SetRotorTime(int32_t seconds) {
-  platform::PlainGuard guard(rotorTimeLock_);
-  rotorTime_ = seconds;
-}
-
-void C_RVX::LatchSupplyPair() {
-  platform::PlainGuard guard(supplyLock_);
-  supply_.Latch();
+int32_t C_RVX::GetResponseTimeout() {
+  const ConfigurationGuard guard(configuration_);
+  return configuration_.fields.responseTimeout;
 }
 
 void C_RVX::GetCellConstants(double temperature, double& b0, double& b1, double& b2) {
@@ -169,21 +129,6 @@ void C_RVX::GetCellConstants(double temperature, double& b0, double& b1, double&
 
 bool C_RVX::HasCellConstants(double temperature) {
   return configuration_.HasCellConstants(temperature);
-}
-
-int32_t C_RVX::GetResponseTimeout() {
-  ConfigurationGuard guard(configuration_);
-  return configuration_.responseTimeout;
-}
-
-void C_RVX::AddStatusEvent(platform::Event* event) {
-  platform::PlainGuard guard(statusEventsLock_);
-  statusEvents_.push_back(event);
-}
-
-void C_RVX::RemoveStatusEvent(platform::Event* event) {
-  platform::PlainGuard guard(statusEventsLock_);
-  std::erase(statusEvents_, event);
 }
 
 }  // namespace rvx

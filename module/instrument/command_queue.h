@@ -14,8 +14,8 @@ namespace rvx {
 // Add, Take and the rest run between Lock and Unlock.
 class CAPABILITY("mutex") CCommandQueue {
  public:
-  void Lock() ACQUIRE() NO_THREAD_SAFETY_ANALYSIS { lock_.Lock(); }
-  void Unlock() RELEASE() NO_THREAD_SAFETY_ANALYSIS { lock_.Unlock(); }
+  void Lock() ACQUIRE() { lock_.Lock(); }
+  void Unlock() RELEASE() { lock_.Unlock(); }
 
   void Add(std::unique_ptr<Command> command) REQUIRES(this);
   // Removes and returns the first, or null if the queue is empty.

@@ -19,7 +19,7 @@ constexpr size_t kLeastFieldCount = 44;
 constexpr size_t kFieldsWithOffset = 45;
 constexpr size_t kFieldsWithNinthSlot = 49;
 
-constexpr int kFrontSlots = 8;  // the ninth slot's fields stand behind the offset
+constexpr int kFrontSlots = 8;  // the ninth slot's fields come after the offset
 constexpr size_t kIdentityFields = 4;
 constexpr size_t kCalibrationFields = 4 + kFrontSlots * 4;
 constexpr size_t kParameterFields = 2;
@@ -28,46 +28,12 @@ double DefaultInjectionTemperature(char modelCode) {
   return static_cast<unsigned char>(modelCode) < '3' ? -5.0 : 15.0;
 }
 
-// Everything but the lock; the test record by its own operation.
-void CopyFields(ConfigurationRecord& to, const ConfigurationRecord& from) {
-  to.instrumentId = from.instrumentId;
-  to.configurationId = from.configurationId;
-  to.responseTimeout = from.responseTimeout;
-  to.serialNumber = from.serialNumber;
-  to.firmwareVersion = from.firmwareVersion;
-  to.trayPositions = from.trayPositions;
-  to.statusPeriod = from.statusPeriod;
-  to.probeId = from.probeId;
-  to.a0 = from.a0;
-  to.a1 = from.a1;
-  to.a2 = from.a2;
-  to.b0 = from.b0;
-  to.b1 = from.b1;
-  to.b2 = from.b2;
-  to.checkStandardFlag = from.checkStandardFlag;
-  to.checkStandardInterval = from.checkStandardInterval;
-  to.samplesSinceCheck = from.samplesSinceCheck;
-  to.injectionTemperature = from.injectionTemperature;
-  to.calibrationDates = from.calibrationDates;
-  to.testRecord = from.testRecord;
-  to.temperatureOffset = from.temperatureOffset;
-  to.portName = from.portName;
-  to.address = from.address;
-  to.modelCode = from.modelCode;
-  to.optionByte = from.optionByte;
-  to.selfTestWord = from.selfTestWord;
-  to.latchedMachineStatus = from.latchedMachineStatus;
-  to.lastReply = from.lastReply;
-  to.runFlags = from.runFlags;
-  to.port = from.port;
-}
-
-void WriteSlot(RecordWriter& writer, const ConfigurationRecord& record, size_t slot) {
+void WriteSlot(RecordWriter& writer, const ConfigurationFields& record, size_t slot) {
   writer.Double(record.b0[slot]).Double(record.b1[slot]).Double(record.b2[slot]);
   writer.Date(record.calibrationDates[slot]);
 }
 
-void ReadSlot(RecordReader& reader, ConfigurationRecord& record, size_t slot) {
+void ReadSlot(RecordReader& reader, ConfigurationFields& record, size_t slot) {
   record.b0[slot] = reader.Double();
   record.b1[slot] = reader.Double();
   record.b2[slot] = reader.Double();
@@ -76,31 +42,12 @@ void ReadSlot(RecordReader& reader, ConfigurationRecord& record, size_t slot) {
 
 }  // namespace
 
-ConfigurationRecord::ConfigurationRecord() : instrumentId("RVX"), configurationId("Unsaved") {
+ConfigurationFields::ConfigurationFields() : instrumentId("RVX"), configurationId("Unsaved") {
   // The date of a slot that was never calibrated.
   calibrationDates.fill(platform::Date(1938, 1, 1));
 }
 
-ConfigurationRecord::ConfigurationRecord(const ConfigurationRecord& other)
-    : testRecord(other.testRecord) {
-  const ConfigurationGuard guard(other);
-  CopyFields(*this, other);
-}
-
-ConfigurationRecord& ConfigurationRecord::operator=(const ConfigurationRecord& other) {
-  if (this != &other) Assign(other);
-  return *this;
-}
-
-void ConfigurationRecord::Lock() const { lock_.Lock(); }
-
-void ConfigurationRecord::Unlock() const { lock_.Unlock(); }
-
-void ConfigurationRecord::SetDefaults() {
-  // Made before the lock is taken: its defaults ask the host.
-  TestRecord defaults;
-
-  const ConfigurationGuard guard(*this);
+void ConfigurationFields::SetDefaults(const TestRecord& testDefaults) {
   instrumentId = "RVX";
   trayPositions = 30;
   responseTimeout = 6000;
@@ -109,20 +56,12 @@ void ConfigurationRecord::SetDefaults() {
   checkStandardFlag = 0;
   checkStandardInterval = 25;
   samplesSinceCheck = kNeverChecked;
-  defaults.sentInjectionTime = testRecord.sentInjectionTime;
-  testRecord = defaults;
+  const int32_t sentInjectionTime = testRecord.sentInjectionTime;
+  testRecord = testDefaults;
+  testRecord.sentInjectionTime = sentInjectionTime;
 }
 
-void ConfigurationRecord::Assign(const ConfigurationRecord& other) {
-  if (this == &other) return;
-  // By way of a copy, so that the locks of two records are never held together.
-  const ConfigurationRecord copy(other);
-  const ConfigurationGuard guard(*this);
-  CopyFields(*this, copy);
-}
-
-std::string ConfigurationRecord::ToText() const {
-  const ConfigurationGuard guard(*this);
+std::string ConfigurationFields::ToText() const {
   RecordWriter writer(kSeparator);
   writer.Text(configurationId, kReserved);
   writer.Text(instrumentId, kReserved).Text(serialNumber, kReserved);
@@ -136,12 +75,10 @@ std::string ConfigurationRecord::ToText() const {
   return writer.Take();
 }
 
-bool ConfigurationRecord::FromText(const std::string& text, int32_t flags) {
+bool ConfigurationFields::FromText(const std::string& text, int32_t flags) {
   const std::vector<std::string> fields = platform::SplitFields(text, kSeparator, kFieldCount);
   if (fields.size() < kLeastFieldCount) return false;
   RecordReader reader(fields);
-
-  const ConfigurationGuard guard(*this);
   configurationId = reader.Text();
   if ((flags & kLoadIdentity) != 0) {
     instrumentId = platform::Trim(RecordWriter::WithoutReserved(reader.Text(), kReserved));
@@ -178,28 +115,22 @@ bool ConfigurationRecord::FromText(const std::string& text, int32_t flags) {
   return true;
 }
 
-std::string ConfigurationRecord::GetInstrumentId() const {
-  const ConfigurationGuard guard(*this);
-  return platform::Trim(instrumentId);
-}
+std::string ConfigurationFields::GetInstrumentId() const { return platform::Trim(instrumentId); }
 
-void ConfigurationRecord::SetInstrumentId(const std::string& text) {
-  const ConfigurationGuard guard(*this);
+void ConfigurationFields::SetInstrumentId(const std::string& text) {
   // What becomes a blank in the stored text becomes one here, or being stored would change the id.
   instrumentId = platform::Trim(RecordWriter::WithoutReserved(text, kReserved));
 }
 
-std::string ConfigurationRecord::GetConfigurationId() const {
-  const ConfigurationGuard guard(*this);
+std::string ConfigurationFields::GetConfigurationId() const {
   return platform::Trim(configurationId);
 }
 
-int ConfigurationRecord::GetSlotCount() const {
-  const ConfigurationGuard guard(*this);
+int ConfigurationFields::GetSlotCount() const {
   return (optionByte & kOptionLowTemperature) != 0 ? kCalibrationSlots : kCalibrationSlots - 1;
 }
 
-int ConfigurationRecord::SelectCalibrationSlot(double temperature) const {
+int ConfigurationFields::SelectCalibrationSlot(double temperature) const {
   const int last = GetSlotCount() - 1;
   for (int slot = 0; slot < last; ++slot) {
     const auto i = static_cast<size_t>(slot);
@@ -210,17 +141,15 @@ int ConfigurationRecord::SelectCalibrationSlot(double temperature) const {
   return last;
 }
 
-void ConfigurationRecord::GetCellConstants(double temperature, double& b0Out, double& b1Out,
+void ConfigurationFields::GetCellConstants(double temperature, double& b0Out, double& b1Out,
                                            double& b2Out) const {
-  const ConfigurationGuard guard(*this);
   const auto slot = static_cast<size_t>(SelectCalibrationSlot(temperature));
   b0Out = b0[slot];
   b1Out = b1[slot];
   b2Out = b2[slot];
 }
 
-bool ConfigurationRecord::HasCellConstants(double temperature) const {
-  const ConfigurationGuard guard(*this);
+bool ConfigurationFields::HasCellConstants(double temperature) const {
   const auto isFilled = [this](int slot) {
     const auto i = static_cast<size_t>(slot);
     return b0[i] != 0.0 || b1[i] != 0.0 || b2[i] != 0.0;
@@ -230,6 +159,71 @@ bool ConfigurationRecord::HasCellConstants(double temperature) const {
     if (isFilled(slot)) return true;
   }
   return false;
+}
+
+ConfigurationFields ConfigurationRecord::Copy() const {
+  const ConfigurationGuard guard(*this);
+  return fields;
+}
+
+void ConfigurationRecord::Assign(const ConfigurationRecord& other) {
+  if (this == &other) return;
+  const ConfigurationFields copy = other.Copy();
+  const ConfigurationGuard guard(*this);
+  fields = copy;
+}
+
+void ConfigurationRecord::SetDefaults() {
+  // Made before the lock is taken: its defaults ask the host.
+  const TestRecord testDefaults;
+  const ConfigurationGuard guard(*this);
+  fields.SetDefaults(testDefaults);
+}
+
+std::string ConfigurationRecord::ToText() const {
+  const ConfigurationGuard guard(*this);
+  return fields.ToText();
+}
+
+bool ConfigurationRecord::FromText(const std::string& text, int32_t flags) {
+  const ConfigurationGuard guard(*this);
+  return fields.FromText(text, flags);
+}
+
+std::string ConfigurationRecord::GetInstrumentId() const {
+  const ConfigurationGuard guard(*this);
+  return fields.GetInstrumentId();
+}
+
+void ConfigurationRecord::SetInstrumentId(const std::string& text) {
+  const ConfigurationGuard guard(*this);
+  fields.SetInstrumentId(text);
+}
+
+std::string ConfigurationRecord::GetConfigurationId() const {
+  const ConfigurationGuard guard(*this);
+  return fields.GetConfigurationId();
+}
+
+int ConfigurationRecord::GetSlotCount() const {
+  const ConfigurationGuard guard(*this);
+  return fields.GetSlotCount();
+}
+
+int ConfigurationRecord::SelectCalibrationSlot(double temperature) const {
+  const ConfigurationGuard guard(*this);
+  return fields.SelectCalibrationSlot(temperature);
+}
+
+void ConfigurationRecord::GetCellConstants(double temperature, double& b0, double& b1,
+                                           double& b2) const {
+  const ConfigurationGuard guard(*this);
+  fields.GetCellConstants(temperature, b0, b1, b2);
+}
+
+bool ConfigurationRecord::HasCellConstants(double temperature) const {
+  const ConfigurationGuard guard(*this);
+  return fields.HasCellConstants(temperature);
 }
 
 }  // namespace rvx

@@ -19,7 +19,7 @@ inline constexpr double kAnyTemperature = 1.7976931348623157e+308;
 // A samples-since-check of this or more: no check standard was ever run.
 inline constexpr int32_t kNeverChecked = 10000;
 
-// What FromText takes over beside the configuration id.
+// What FromText takes over in addition to the configuration id.
 enum SettingsFlag : int32_t {
   kLoadTray = 1,
   kLoadRunParameters = 2,
@@ -30,24 +30,16 @@ enum SettingsFlag : int32_t {
 
 enum RunFlag : uint32_t { kTrayRunning = 1, kTrayPaused = 2 };
 
-// A part of C_RVX, where its lock is the configuration lock; other copies are plain working copies.
-// The fields are public, to be read and written between Lock and Unlock; the operations take the
-// lock themselves.
-class CAPABILITY("mutex") ConfigurationRecord {
- public:
-  ConfigurationRecord();
-  ConfigurationRecord(const ConfigurationRecord& other);
-  ConfigurationRecord& operator=(const ConfigurationRecord& other);
-
-  void Lock() const ACQUIRE() NO_THREAD_SAFETY_ANALYSIS;
-  void Unlock() const RELEASE() NO_THREAD_SAFETY_ANALYSIS;
+// The values of a configuration, without a lock: what the record below guards, and what working
+// copies are made of.
+struct ConfigurationFields {
+  ConfigurationFields();
 
   // Sets instrument id, tray positions, time-out, period, injection temperature (by the present
   // model code), check-standard fields and the test record to their defaults; the rest stays.
-  void SetDefaults();
-  // Copies everything but the lock.
-  void Assign(const ConfigurationRecord& other);
-  // The text form: 52 fields, 0x0B behind each.
+  // `testDefaults` is a fresh test record.
+  void SetDefaults(const TestRecord& testDefaults);
+  // The text form: 52 fields, each with 0x0B after it.
   std::string ToText() const;
   // Takes over what `flags` select. False, and nothing is changed, for fewer than 44 fields.
   bool FromText(const std::string& text, int32_t flags);
@@ -90,6 +82,41 @@ class CAPABILITY("mutex") ConfigurationRecord {
   std::string lastReply;
   uint32_t runFlags = 0;  // RunFlag
   Port* port = nullptr;   // not owned
+};
+
+// The configuration of an instrument, a part of C_RVX; its lock is the configuration lock. Any
+// thread. The operations take the lock themselves; `fields` wants it held, so that several values
+// can be read or changed at once:
+//
+//   const ConfigurationGuard guard(record);
+//   record.fields.b0[slot] = b0;
+class CAPABILITY("mutex") ConfigurationRecord {
+ public:
+  ConfigurationRecord() = default;
+  ConfigurationRecord(const ConfigurationRecord&) = delete;
+  ConfigurationRecord& operator=(const ConfigurationRecord&) = delete;
+
+  void Lock() const ACQUIRE() { lock_.Lock(); }
+  void Unlock() const RELEASE() { lock_.Unlock(); }
+
+  // A working copy.
+  ConfigurationFields Copy() const;
+  // Copies everything but the lock. The two locks are never held together.
+  void Assign(const ConfigurationRecord& other);
+
+  // As those of the fields.
+  void SetDefaults();
+  std::string ToText() const;
+  bool FromText(const std::string& text, int32_t flags);
+  std::string GetInstrumentId() const;
+  void SetInstrumentId(const std::string& text);
+  std::string GetConfigurationId() const;
+  int GetSlotCount() const;
+  int SelectCalibrationSlot(double temperature) const;
+  void GetCellConstants(double temperature, double& b0, double& b1, double& b2) const;
+  bool HasCellConstants(double temperature) const;
+
+  ConfigurationFields fields GUARDED_BY(this);
 
  private:
   mutable platform::RecursiveLock lock_{"configuration", kConfigurationLockRank};

@@ -1,10 +1,31 @@
-// The last status record in engineering units, for sequencers and screens.
+// One status frame: what came, when it came, and what it says in engineering units.
 #pragma once
 
 #include <cstdint>
 
+#include "module/protocol/status_record.h"
+#include "platform/time_base.h"
+
 namespace rvx {
 
+// Values older than this are shown as old: several polls have failed by then.
+inline constexpr platform::Milliseconds kStaleAfter{5000};
+
+// A status frame as it was received.
+struct StatusFrame {
+  StatusRecord record;             // the 19 raw bytes
+  uint64_t sequence = 0;           // its number; 0: none has come yet, nothing else counts
+  platform::Microseconds time{0};  // when it came, MonotonicTime
+
+  bool IsReceived() const { return sequence > 0; }
+  // `now` is MonotonicTime. Meaningful only for a frame that was received.
+  platform::Microseconds Age(platform::Microseconds now) const { return now - time; }
+  bool IsStale(platform::Microseconds now) const { return Age(now) > kStaleAfter; }
+};
+
+// The readings of one frame, converted with the configuration and the supply pair at the moment of
+// the conversion. All values, raw and converted, belong to `frame`, so that nobody has to put two
+// readings together. A plain value without a lock.
 struct MonitorReadings {
   uint16_t intCount = 0;
   double actualTemperature = 0.0;  // degrees C
@@ -20,6 +41,7 @@ struct MonitorReadings {
   uint8_t promptFlag = 0;
   uint8_t errorCode = 0;
   char lastTag[2] = {0, 0};
+  StatusFrame frame;  // number, time and raw bytes
 };
 
 }  // namespace rvx

@@ -84,6 +84,10 @@ bool OperationTimer::Update(uint16_t intCount, uint8_t operation, const Operatio
     }
     lastCount_ = intCount;
   }
+  return Read(seconds);
+}
+
+bool OperationTimer::Read(int32_t& seconds) const {
   seconds = seconds_;
   return down_;
 }

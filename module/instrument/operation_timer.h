@@ -19,6 +19,8 @@ class OperationTimer {
  public:
   // True if the seconds count down.
   bool Update(uint16_t intCount, uint8_t operation, const OperationTimes& times, int32_t& seconds);
+  // What the last Update said.
+  bool Read(int32_t& seconds) const;
 
  private:
   uint8_t lastOperation_ = 0;

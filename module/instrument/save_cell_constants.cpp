@@ -32,12 +32,13 @@ SavedConstants SaveCellConstants(C_RVX& instrument, std::optional<int> temperatu
   {
     ConfigurationGuard guard(record);
     const int end = temperatureIndex ? first + 1 : record.GetSlotCount();
-    oldDate = record.calibrationDates[dateSlot];
+    ConfigurationFields& fields = record.fields;
+    oldDate = fields.calibrationDates[dateSlot];
     for (size_t slot = static_cast<size_t>(first); slot < static_cast<size_t>(end); ++slot) {
-      record.b0[slot] = saved.values.b0;
-      record.b1[slot] = saved.values.b1;
-      record.b2[slot] = saved.values.b2;
-      record.calibrationDates[slot] = saved.date;
+      fields.b0[slot] = saved.values.b0;
+      fields.b1[slot] = saved.values.b1;
+      fields.b2[slot] = saved.values.b2;
+      fields.calibrationDates[slot] = saved.date;
     }
   }
   try {
@@ -48,7 +49,7 @@ SavedConstants SaveCellConstants(C_RVX& instrument, std::optional<int> temperatu
     saved.reason = refused->GetRecord().message;
     delete refused;
     ConfigurationGuard guard(record);
-    record.calibrationDates[dateSlot] = oldDate;
+    record.fields.calibrationDates[dateSlot] = oldDate;
     saved.date = oldDate;
   }
   return saved;

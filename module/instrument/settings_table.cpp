@@ -22,7 +22,7 @@ constexpr SettingRange Between(double least, double most) { return {least, most,
 // What a byte of a command holds.
 constexpr SettingRange kSeconds = Closed(0, 255);
 
-using Config = ConfigurationRecord;
+using Config = ConfigurationFields;
 using Kind = SettingKind;
 using Group = SettingGroup;
 
@@ -104,7 +104,7 @@ constexpr Setting kSettings[] = {
      .description = "motor preconditioning; 0 is off",
      .kind = Kind::Whole,
      .group = Group::Tray,
-     .field = &TestRecord::preconditionTime,
+     .field = &TestParameters::preconditionTime,
      .range = Closed(0, 9),
      .integerDigits = 1},
     {.key = "precondition-speed",
@@ -113,7 +113,7 @@ constexpr Setting kSettings[] = {
      .description = "rotor speed of preconditioning",
      .kind = Kind::Whole,
      .group = Group::None,
-     .field = &TestRecord::preconditionSpeed,
+     .field = &TestParameters::preconditionSpeed,
      .range = Closed(1, 980)},
     {.key = "injection-time",
      .label = "Sample Oil Injection Time (s) : ",
@@ -121,7 +121,7 @@ constexpr Setting kSettings[] = {
      .description = "sample oil injection time",
      .kind = Kind::Whole,
      .group = Group::Tray,
-     .field = &TestRecord::injectionTime,
+     .field = &TestParameters::injectionTime,
      .range = kSeconds,
      .integerDigits = 3},
     {.key = "burst-time",
@@ -130,7 +130,7 @@ constexpr Setting kSettings[] = {
      .description = "injection burst",
      .kind = Kind::Whole,
      .group = Group::None,
-     .field = &TestRecord::burstTime,
+     .field = &TestParameters::burstTime,
      .range = kSeconds},
     {.key = "pause-time",
      .label = "",
@@ -138,7 +138,7 @@ constexpr Setting kSettings[] = {
      .description = "injection pause",
      .kind = Kind::Whole,
      .group = Group::None,
-     .field = &TestRecord::pauseTime,
+     .field = &TestParameters::pauseTime,
      .range = kSeconds},
     {.key = "purge-time",
      .label = "",
@@ -146,7 +146,7 @@ constexpr Setting kSettings[] = {
      .description = "injection purge",
      .kind = Kind::Whole,
      .group = Group::None,
-     .field = &TestRecord::purgeTime,
+     .field = &TestParameters::purgeTime,
      .range = kSeconds},
     {.key = "injection-temperature",
      .label = "Injection Temperature (C) :",
@@ -161,7 +161,7 @@ constexpr Setting kSettings[] = {
      .description = "cell equilibration time",
      .kind = Kind::Whole,
      .group = Group::Tray,
-     .field = &TestRecord::coolDownTime,
+     .field = &TestParameters::coolDownTime,
      .range = kSeconds,
      .integerDigits = 3},
     {.key = "rotor-on-time",
@@ -170,7 +170,7 @@ constexpr Setting kSettings[] = {
      .description = "rotor ON time of a test",
      .kind = Kind::Whole,
      .group = Group::Tray,
-     .field = &TestRecord::rotorOnTimes,
+     .field = &TestParameters::rotorOnTimes,
      .range = kSeconds,
      .integerDigits = 3},
     {.key = "undershoot",
@@ -179,7 +179,7 @@ constexpr Setting kSettings[] = {
      .description = "how far below the test temperature the cell goes first",
      .kind = Kind::Decimal,
      .group = Group::None,
-     .field = &TestRecord::undershoot,
+     .field = &TestParameters::undershoot,
      .range = Closed(0, 5),
      .decimals = 2},
     {.key = "tolerance",
@@ -188,7 +188,7 @@ constexpr Setting kSettings[] = {
      .description = "around the target within which the temperature counts as reached",
      .kind = Kind::Decimal,
      .group = Group::None,
-     .field = &TestRecord::tolerance,
+     .field = &TestParameters::tolerance,
      .range = Closed(0.01, 5),
      .decimals = 2},
     {.key = "averaging-count",
@@ -197,7 +197,7 @@ constexpr Setting kSettings[] = {
      .description = "seconds at the end of a run that are averaged",
      .kind = Kind::Whole,
      .group = Group::None,
-     .field = &TestRecord::averagingCount,
+     .field = &TestParameters::averagingCount,
      .range = Closed(1, 20)},
     {.key = "save-csv",
      .label = "Save each measurement as csv : ",
@@ -205,14 +205,14 @@ constexpr Setting kSettings[] = {
      .description = "save each measurement as a csv file",
      .kind = Kind::Switch,
      .group = Group::Tray,
-     .field = &TestRecord::csvFlag},
+     .field = &TestParameters::csvFlag},
     {.key = "save-location",
      .label = "Save Location :",
      .unit = "",
      .description = "folder of the csv files",
      .kind = Kind::Folder,
      .group = Group::Tray,
-     .field = &TestRecord::saveLocation},
+     .field = &TestParameters::saveLocation},
     // Moves every reading of the cell, so it is the service's alone.
     {.key = "temperature-offset",
      .label = "Temperature Offset (C) :",
@@ -277,15 +277,15 @@ constexpr Setting kSettings[] = {
 };
 
 template <class Record, class Value>
-auto& FieldOf(Record& record, Value ConfigurationRecord::*field) {
+auto& FieldOf(Record& record, Value ConfigurationFields::*field) {
   return record.*field;
 }
 template <class Record, class Value>
-auto& FieldOf(Record& record, Value TestRecord::*field) {
+auto& FieldOf(Record& record, Value TestParameters::*field) {
   return record.testRecord.*field;
 }
 template <class Record>
-auto& FieldOf(Record& record, std::array<int32_t, kMaxTests> TestRecord::*field) {
+auto& FieldOf(Record& record, std::array<int32_t, kMaxTests> TestParameters::*field) {
   return (record.testRecord.*field)[0];
 }
 
@@ -303,7 +303,7 @@ double NumberOf(const SettingField& field, const Record& record) {
       field);
 }
 
-void StoreNumber(const SettingField& field, ConfigurationRecord& record, double number) {
+void StoreNumber(const SettingField& field, ConfigurationFields& record, double number) {
   std::visit(
       [&](auto member) {
         auto& value = FieldOf(record, member);
@@ -313,7 +313,7 @@ void StoreNumber(const SettingField& field, ConfigurationRecord& record, double 
       field);
 }
 
-std::string TextOf(const SettingField& field, const ConfigurationRecord& record) {
+std::string TextOf(const SettingField& field, const ConfigurationFields& record) {
   return std::visit(
       [&](auto member) -> std::string {
         const auto& value = FieldOf(record, member);
@@ -326,7 +326,7 @@ std::string TextOf(const SettingField& field, const ConfigurationRecord& record)
       field);
 }
 
-void StoreText(const SettingField& field, ConfigurationRecord& record, const std::string& text) {
+void StoreText(const SettingField& field, ConfigurationFields& record, const std::string& text) {
   std::visit(
       [&](auto member) {
         auto& value = FieldOf(record, member);
@@ -335,7 +335,7 @@ void StoreText(const SettingField& field, ConfigurationRecord& record, const std
       field);
 }
 
-bool WriteText(const Setting& setting, ConfigurationRecord& record, const std::string& text) {
+bool WriteText(const Setting& setting, ConfigurationFields& record, const std::string& text) {
   // Control characters are the separators of the stored text.
   const bool isPlain = std::none_of(text.begin(), text.end(),
                                     [](char c) { return static_cast<unsigned char>(c) < 0x20; });
@@ -346,13 +346,13 @@ bool WriteText(const Setting& setting, ConfigurationRecord& record, const std::s
 }
 
 // The name of a csv file is added directly after the location, so that has to end with a separator.
-bool WriteFolder(const Setting& setting, ConfigurationRecord& record, const std::string& text) {
+bool WriteFolder(const Setting& setting, ConfigurationFields& record, const std::string& text) {
   std::error_code error;
   if (!std::filesystem::is_directory(text, error)) return false;
   return WriteText(setting, record, text.back() == '/' ? text : text + '/');
 }
 
-bool WriteNumber(const Setting& setting, ConfigurationRecord& record, const std::string& text) {
+bool WriteNumber(const Setting& setting, ConfigurationFields& record, const std::string& text) {
   std::optional<double> value;
   if (setting.kind == SettingKind::Whole) {
     value = platform::ParseInt(text);
@@ -364,7 +364,7 @@ bool WriteNumber(const Setting& setting, ConfigurationRecord& record, const std:
   return true;
 }
 
-bool WriteSwitch(const Setting& setting, ConfigurationRecord& record, const std::string& text) {
+bool WriteSwitch(const Setting& setting, ConfigurationFields& record, const std::string& text) {
   const bool on = text == "on" || text == "1";
   if (!on && text != "off" && text != "0") return false;
   StoreNumber(setting.field, record, on ? 1 : 0);
@@ -428,7 +428,7 @@ bool AcceptsNumber(const Setting& setting, double value) {
          platform::ParseDouble(FormatText("%.*f", setting.decimals, value)) == value;
 }
 
-std::string ReadSetting(const Setting& setting, const ConfigurationRecord& record) {
+std::string ReadSetting(const Setting& setting, const ConfigurationFields& record) {
   const double number = NumberOf(setting.field, record);
   switch (setting.kind) {
     case SettingKind::Whole:
@@ -447,7 +447,7 @@ std::string ReadSetting(const Setting& setting, const ConfigurationRecord& recor
   return TextOf(setting.field, record);
 }
 
-bool WriteSetting(const Setting& setting, ConfigurationRecord& record, const std::string& text) {
+bool WriteSetting(const Setting& setting, ConfigurationFields& record, const std::string& text) {
   if (setting.level == kLevelUnreachable) return false;
   if (setting.isOnModel != nullptr && !setting.isOnModel(record.modelCode)) return false;
   switch (setting.kind) {
@@ -468,14 +468,14 @@ bool WriteSetting(const Setting& setting, ConfigurationRecord& record, const std
   return false;
 }
 
-void CopySetting(const Setting& setting, ConfigurationRecord& to, const ConfigurationRecord& from) {
+void CopySetting(const Setting& setting, ConfigurationFields& to, const ConfigurationFields& from) {
   std::visit([&](auto member) { FieldOf(to, member) = FieldOf(from, member); }, setting.field);
 }
 
-ConfigurationRecord MakeDefaultConfiguration(char modelCode) {
-  ConfigurationRecord record;
+ConfigurationFields MakeDefaultConfiguration(char modelCode) {
+  ConfigurationFields record;
   record.modelCode = modelCode;
-  record.SetDefaults();
+  record.SetDefaults(TestRecord());
   return record;
 }
 

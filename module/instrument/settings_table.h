@@ -44,10 +44,10 @@ struct SettingRange {
 // Where a setting is kept: a field of the configuration or of its test record; of an array it is
 // the first element.
 using SettingField =
-    std::variant<int32_t ConfigurationRecord::*, double ConfigurationRecord::*,
-                 std::string ConfigurationRecord::*, uint8_t ConfigurationRecord::*,
-                 int32_t TestRecord::*, double TestRecord::*, std::string TestRecord::*,
-                 std::array<int32_t, kMaxTests> TestRecord::*>;
+    std::variant<int32_t ConfigurationFields::*, double ConfigurationFields::*,
+                 std::string ConfigurationFields::*, uint8_t ConfigurationFields::*,
+                 int32_t TestParameters::*, double TestParameters::*, std::string TestParameters::*,
+                 std::array<int32_t, kMaxTests> TestParameters::*>;
 
 // One row. The texts live as long as the program.
 struct Setting {
@@ -83,19 +83,19 @@ std::string AcceptedText(const Setting& setting);
 // than can be typed there are not accepted.
 bool AcceptsNumber(const Setting& setting, double value);
 
-// The next three work between Lock and Unlock of the records, or on working copies.
+// The next three work on a working copy, or on the fields of a record between Lock and Unlock.
 
 // The value as text, with a point as decimal sign.
-std::string ReadSetting(const Setting& setting, const ConfigurationRecord& record);
+std::string ReadSetting(const Setting& setting, const ConfigurationFields& record);
 // False if the text is not accepted, the record's model has no such setting or nobody may write it;
 // then nothing is written. The level is the caller's to check.
-bool WriteSetting(const Setting& setting, ConfigurationRecord& record, const std::string& text);
+bool WriteSetting(const Setting& setting, ConfigurationFields& record, const std::string& text);
 // Copies the exact value, digits that are not shown included.
-void CopySetting(const Setting& setting, ConfigurationRecord& to, const ConfigurationRecord& from);
+void CopySetting(const Setting& setting, ConfigurationFields& to, const ConfigurationFields& from);
 
 // A configuration of this model with every default. Asks the archive manager for the default
 // folder. On models with a temperature offset one of exactly 0 becomes kUsualTemperatureOffset when
 // the instrument is opened.
-ConfigurationRecord MakeDefaultConfiguration(char modelCode);
+ConfigurationFields MakeDefaultConfiguration(char modelCode);
 
 }  // namespace rvx

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "boundary/viscometer_instrument.h"
+#include "module/instrument/monitor_readings.h"
 #include "platform/time_base.h"
 
 namespace rvx {

@@ -17,33 +17,13 @@ constexpr size_t kFieldCount = 53;
 // With this many the csv flag and the save location stay as they are.
 constexpr size_t kLeastFieldCount = 51;
 
-// Everything but the lock.
-void CopyFields(TestRecord& to, const TestRecord& from) {
-  to.injectionTime = from.injectionTime;
-  to.burstTime = from.burstTime;
-  to.pauseTime = from.pauseTime;
-  to.purgeTime = from.purgeTime;
-  to.preconditionSpeed = from.preconditionSpeed;
-  to.preconditionTime = from.preconditionTime;
-  to.coolDownTime = from.coolDownTime;
-  to.undershoot = from.undershoot;
-  to.tolerance = from.tolerance;
-  to.averagingCount = from.averagingCount;
-  to.rotorOnTimes = from.rotorOnTimes;
-  to.testTemperatures = from.testTemperatures;
-  to.testCount = from.testCount;
-  to.csvFlag = from.csvFlag;
-  to.saveLocation = from.saveLocation;
-  to.sentInjectionTime = from.sentInjectionTime;
-}
-
 }  // namespace
 
 TestRecord::TestRecord() { SetDefaults(); }
 
-TestRecord::TestRecord(const TestRecord& other) {
+TestRecord::TestRecord(const TestRecord& other) : TestParameters() {
   const TestGuard guard(other.lock_);
-  CopyFields(*this, other);
+  TestParameters::operator=(other);
 }
 
 TestRecord& TestRecord::operator=(const TestRecord& other) {
@@ -81,7 +61,7 @@ void TestRecord::Assign(const TestRecord& other) {
   // By way of a copy, so that the locks of two records are never held together.
   const TestRecord copy(other);
   const TestGuard guard(lock_);
-  CopyFields(*this, copy);
+  TestParameters::operator=(copy);
 }
 
 std::string TestRecord::ToText() const {

@@ -14,26 +14,8 @@ inline constexpr int kMaxTests = 20;
 // As a temperature: off, or a test point that is not in use.
 inline constexpr double kTemperatureOff = 65535.0;
 
-// The fields are public: a holder of the record's only reference reads them directly; a record that
-// threads share is used through its operations, or under the lock of what it is a part of. The
-// operations take the record's own lock.
-class TestRecord {
- public:
-  // With the defaults.
-  TestRecord();
-  TestRecord(const TestRecord& other);
-  TestRecord& operator=(const TestRecord& other);
-
-  // Writes every default but the one of sentInjectionTime. Asks the archive manager for the default
-  // folder.
-  void SetDefaults();
-  // Copies everything but the lock.
-  void Assign(const TestRecord& other);
-  // The text form: TAB behind each of 53 values, with a point as decimal sign.
-  std::string ToText() const;
-  // Fewer than 51 fields change nothing; 51 or 52 leave csv flag and save location as they are.
-  void FromText(const std::string& text);
-
+// The values of a test record.
+struct TestParameters {
   int32_t injectionTime = 0;      // s
   int32_t burstTime = 0;          // s
   int32_t pauseTime = 0;          // s
@@ -43,13 +25,35 @@ class TestRecord {
   int32_t coolDownTime = 0;       // s
   double undershoot = 0.0;        // degrees C
   double tolerance = 0.0;         // degrees C
-  int32_t averagingCount = 0;     // N, readings pairs at the end of a run that are averaged
+  int32_t averagingCount = 0;     // N, pairs of readings at the end of a run that are averaged
   std::array<int32_t, kMaxTests> rotorOnTimes{};     // s
   std::array<double, kMaxTests> testTemperatures{};  // degrees C; kTemperatureOff: not in use
   int32_t testCount = 0;
   int32_t csvFlag = 0;            // non-zero: save each measurement as csv
   std::string saveLocation;       // folder of the csv files, with its trailing separator
   int32_t sentInjectionTime = 0;  // s, of the last CST or CMC; not stored
+};
+
+// The record's own lock makes each operation whole against the other operations. Single values are
+// read and written without it: whoever does so has the record alone, or holds the lock of the
+// object that the record is a member of. That is where the guard is declared
+// (ConfigurationRecord::fields, C_RVXViscAction::testRecord_), so the compiler checks each access.
+class TestRecord : public TestParameters {
+ public:
+  // With the defaults.
+  TestRecord();
+  TestRecord(const TestRecord& other);
+  TestRecord& operator=(const TestRecord& other);
+
+  // Sets every value but sentInjectionTime to its default. Asks the archive manager for the default
+  // folder.
+  void SetDefaults();
+  // Copies everything but the lock.
+  void Assign(const TestRecord& other);
+  // The text form: 53 values, each with a TAB after it, with a point as decimal sign.
+  std::string ToText() const;
+  // Fewer than 51 fields change nothing; 51 or 52 leave csv flag and save location as they are.
+  void FromText(const std::string& text);
 
  private:
   mutable platform::RecursiveLock lock_{"test record", kTestRecordLockRank};

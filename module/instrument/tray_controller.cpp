@@ -45,9 +45,8 @@ int32_t TrayController::Start(TrayWatcher* watcher) {
   }
   if (CurrentRun() != run) Raise(instrument_, record, kTextTrayInUse, 0);
   {
-    ConfigurationRecord& configuration = instrument_.configuration();
-    ConfigurationGuard guard(configuration);
-    configuration.runFlags = kTrayRunning;
+    const ConfigurationGuard guard(instrument_.configuration());
+    instrument_.configuration().fields.runFlags = kTrayRunning;
   }
   try {
     auto use = std::make_shared<InstrumentUse>(instrument_);
@@ -57,9 +56,8 @@ int32_t TrayController::Start(TrayWatcher* watcher) {
     });
   } catch (const std::system_error&) {
     {
-      ConfigurationRecord& configuration = instrument_.configuration();
-      ConfigurationGuard guard(configuration);
-      configuration.runFlags &= ~static_cast<uint32_t>(kTrayRunning);
+      const ConfigurationGuard guard(instrument_.configuration());
+      instrument_.configuration().fields.runFlags &= ~static_cast<uint32_t>(kTrayRunning);
     }
     ForgetRun(run.get());
     Raise(instrument_, record, kTextNoThread, 1);
@@ -70,9 +68,9 @@ int32_t TrayController::Start(TrayWatcher* watcher) {
 void TrayController::Pause(bool now) {
   platform::PlainGuard guard(runLock_);
   {
-    const ConfigurationRecord& configuration = instrument_.configuration();
-    ConfigurationGuard configurationGuard(configuration);
-    if ((configuration.runFlags & (kTrayRunning | kTrayPaused)) != kTrayRunning) return;
+    const ConfigurationGuard configurationGuard(instrument_.configuration());
+    const uint32_t flags = instrument_.configuration().fields.runFlags;
+    if ((flags & (kTrayRunning | kTrayPaused)) != kTrayRunning) return;
   }
   if (!run_) return;
   (now ? run_->pauseNow : run_->pauseAfter).Set();
@@ -83,9 +81,8 @@ void TrayController::Pause(bool now) {
 void TrayController::Resume() {
   platform::PlainGuard guard(runLock_);
   {
-    ConfigurationRecord& configuration = instrument_.configuration();
-    ConfigurationGuard configurationGuard(configuration);
-    if ((configuration.runFlags & kTrayPaused) == 0) return;
+    const ConfigurationGuard configurationGuard(instrument_.configuration());
+    if ((instrument_.configuration().fields.runFlags & kTrayPaused) == 0) return;
   }
   if (!run_) return;
   run_->pauseAfter.Reset();
@@ -107,9 +104,8 @@ void TrayController::Abort() {
     // First: a host that sees no run any more fills the tray anew.
     removed = instrument_.EmptyTray(std::move(empty));
     {
-      ConfigurationRecord& configuration = instrument_.configuration();
-      ConfigurationGuard configurationGuard(configuration);
-      configuration.runFlags = 0;
+      const ConfigurationGuard configurationGuard(instrument_.configuration());
+      instrument_.configuration().fields.runFlags = 0;
     }
     ForgetRun(run.get());
   }

@@ -52,11 +52,11 @@ void TrayThread::PromptForCheckStandard() {
   int32_t interval = 0;
   int32_t samples = 0;
   {
-    ConfigurationRecord& configuration = instrument_.configuration();
-    ConfigurationGuard guard(configuration);
-    wanted = configuration.checkStandardFlag != 0;
-    interval = configuration.checkStandardInterval;
-    samples = configuration.samplesSinceCheck;
+    const ConfigurationGuard guard(instrument_.configuration());
+    ConfigurationFields& fields = instrument_.configuration().fields;
+    wanted = fields.checkStandardFlag != 0;
+    interval = fields.checkStandardInterval;
+    samples = fields.samplesSinceCheck;
   }
   if (!wanted || interval > samples) return;
   ActionErrorRecord record = instrument_.MakeErrorRecord();
@@ -143,9 +143,8 @@ void TrayThread::Finish() {
     // First: a host that sees no run any more fills the tray anew.
     removed = instrument_.EmptyTray(std::move(empty));
     {
-      ConfigurationRecord& configuration = instrument_.configuration();
-      ConfigurationGuard configurationGuard(configuration);
-      configuration.runFlags &= ~static_cast<uint32_t>(kTrayRunning);
+      const ConfigurationGuard configurationGuard(instrument_.configuration());
+      instrument_.configuration().fields.runFlags &= ~static_cast<uint32_t>(kTrayRunning);
     }
     controller_.ForgetRun(run_.get());
     watcher = std::exchange(run_->watcher, nullptr);
@@ -226,10 +225,10 @@ void TrayThread::TellPause(bool paused) {
   platform::RecursiveGuard guard(run_->lock);
   if (run_->instrument == nullptr) return;
   {
-    ConfigurationRecord& configuration = instrument_.configuration();
-    ConfigurationGuard configurationGuard(configuration);
-    configuration.runFlags &= ~static_cast<uint32_t>(kTrayPaused);
-    if (paused) configuration.runFlags |= kTrayPaused;
+    const ConfigurationGuard configurationGuard(instrument_.configuration());
+    uint32_t& flags = instrument_.configuration().fields.runFlags;
+    flags &= ~static_cast<uint32_t>(kTrayPaused);
+    if (paused) flags |= kTrayPaused;
   }
   run_->Tell("TrayPauseChanged", &TrayWatcher::TrayPauseChanged, 0, paused ? 1 : 0);
 }

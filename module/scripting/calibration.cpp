@@ -208,7 +208,8 @@ ScriptingResult ScriptableInstrument::FitCalibration(const CalibrationQuestion& 
   summary.hasTooFewSpeeds = CountDifferentSpeeds(points) < kFewestSpeeds;
   if (slot) {
     ConfigurationGuard guard(configuration());
-    const platform::Date& date = configuration().calibrationDates[static_cast<size_t>(*slot)];
+    const platform::Date& date =
+        configuration().fields.calibrationDates[static_cast<size_t>(*slot)];
     if (date.IsValid() && !(date == NeverCalibrated())) summary.lastCalibration = date;
   }
   std::optional<CellConstantValues> constants;

@@ -16,7 +16,7 @@ namespace {
 constexpr size_t kConfigurationLine = 2;
 
 // What of a settings text no screen could have written, in words; empty if there is nothing.
-std::string FindDamage(const ConfigurationRecord& record) {
+std::string FindDamage(const ConfigurationFields& record) {
   constexpr int32_t kMostPositions = 30;
   if (record.trayPositions < 1 || record.trayPositions > kMostPositions) {
     return platform::FormatText("has %d tray positions; accepted: 1 to %d", record.trayPositions,
@@ -68,8 +68,9 @@ std::vector<CellConstants> ScriptableInstrument::GetCellConstants() {
   ConfigurationGuard guard(record);
   for (int slot = 0; slot < record.GetSlotCount(); ++slot) {
     const size_t i = static_cast<size_t>(slot);
-    CellConstants constants{kCalibrationTemperatures[i], record.b0[i], record.b1[i], record.b2[i],
-                            record.calibrationDates[i],  false};
+    const ConfigurationFields& fields = record.fields;
+    CellConstants constants{kCalibrationTemperatures[i], fields.b0[i], fields.b1[i], fields.b2[i],
+                            fields.calibrationDates[i],  false};
     constants.empty = constants.b0 == 0.0 && constants.b1 == 0.0 && constants.b2 == 0.0;
     all.push_back(constants);
   }
@@ -110,9 +111,9 @@ ScriptingResult ScriptableInstrument::SetCellConstants(double temperature, doubl
   // The date is back already, and so go the constants: nothing of them was asked to be kept.
   ConfigurationRecord& record = configuration();
   ConfigurationGuard guard(record);
-  record.b0[slot] = before.b0;
-  record.b1[slot] = before.b1;
-  record.b2[slot] = before.b2;
+  record.fields.b0[slot] = before.b0;
+  record.fields.b1[slot] = before.b1;
+  record.fields.b2[slot] = before.b2;
   return NotStored(Code::NotStored, saved.reason);
 }
 
@@ -121,7 +122,7 @@ std::vector<InstrumentSetting> ScriptableInstrument::GetSettings() {
   const ConfigurationRecord& record = configuration();
   ConfigurationGuard guard(record);
   for (const Setting& setting : GetSettingsTable()) {
-    settings.push_back({setting.key, ReadSetting(setting, record), setting.unit,
+    settings.push_back({setting.key, ReadSetting(setting, record.fields), setting.unit,
                         AcceptedText(setting), setting.description, setting.level});
   }
   return settings;
@@ -130,7 +131,7 @@ std::vector<InstrumentSetting> ScriptableInstrument::GetSettings() {
 ScriptingResult ScriptableInstrument::SetSettings(
     const std::vector<std::pair<std::string, std::string>>& values) {
   if (ScriptingResult problem = MayConfigure(kLevelManager)) return problem;
-  ConfigurationRecord trial = configuration();
+  ConfigurationFields trial = configuration().Copy();
   for (const auto& [key, value] : values) {
     const Setting* setting = FindSetting(key);
     if (setting == nullptr) {
@@ -157,10 +158,10 @@ ScriptingResult ScriptableInstrument::SetSettings(
   }
   // Field by field, since the record also holds what the instrument's threads keep there.
   ConfigurationRecord& record = configuration();
-  const ConfigurationRecord before = record;
-  const auto copyFrom = [&record, &values](const ConfigurationRecord& source) {
+  const ConfigurationFields before = record.Copy();
+  const auto copyFrom = [&record, &values](const ConfigurationFields& source) {
     ConfigurationGuard guard(record);
-    for (const auto& [key, value] : values) CopySetting(*FindSetting(key), record, source);
+    for (const auto& [key, value] : values) CopySetting(*FindSetting(key), record.fields, source);
   };
   copyFrom(trial);
   return Store([&] { copyFrom(before); });
@@ -180,7 +181,7 @@ ScriptingResult ScriptableInstrument::ImportSettings(const std::string& text) {
                              GetTypeName().c_str()),
         std::string(), kNothingChanged);
   }
-  ConfigurationRecord trial = configuration();
+  ConfigurationFields trial = configuration().Copy();
   constexpr size_t kFewestFields = 44;
   const size_t fields = platform::SplitFields(lines[kConfigurationLine], '\x0B').size();
   if (fields < kFewestFields) {
@@ -190,7 +191,7 @@ ScriptingResult ScriptableInstrument::ImportSettings(const std::string& text) {
                                          fields, kFewestFields),
                     std::string(), kNothingChanged);
   }
-  const ConfigurationRecord present = trial;
+  const ConfigurationFields present = trial;
   trial.FromText(lines[kConfigurationLine], kLoadAll);
   if (const std::string wrong = FindDamage(trial); !wrong.empty()) {
     return BadValue(Code::DamagedText, Field::SettingsText, "The settings text " + wrong + ".",
@@ -201,7 +202,7 @@ ScriptingResult ScriptableInstrument::ImportSettings(const std::string& text) {
     if (setting.level == kLevelUnreachable) continue;
     const std::string value = ReadSetting(setting, trial);
     if (value == ReadSetting(setting, present)) continue;
-    ConfigurationRecord probe = trial;
+    ConfigurationFields probe = trial;
     if (!WriteSetting(setting, probe, value)) {
       return OfSetting(BadValue(Code::NotAccepted, Field::Setting,
                                 "The settings text has \"" + value + "\" for " + setting.key + ".",
@@ -218,7 +219,7 @@ ScriptingResult ScriptableInstrument::ImportSettings(const std::string& text) {
   {
     // What the instrument has said of itself, a text of another one does not change.
     ConfigurationGuard guard(configuration());
-    configuration().serialNumber = present.serialNumber;
+    configuration().fields.serialNumber = present.serialNumber;
   }
   return Store([this, &old] { LoadSettingsText(old, kLoadAll); });
 }

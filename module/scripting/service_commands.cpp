@@ -107,7 +107,7 @@ ScriptingResult HasStepperService(C_RVX& instrument) {
   char modelCode = 0;
   {
     ConfigurationGuard guard(instrument.configuration());
-    modelCode = instrument.configuration().modelCode;
+    modelCode = instrument.configuration().fields.modelCode;
   }
   if (modelCode == '2' || modelCode == '4') return std::nullopt;
   return Unable(Code::NoStepperService, "This model has no stepper service.", kNothingSent);
@@ -119,8 +119,8 @@ InstrumentIdentity ScriptableInstrument::GetIdentity() {
   InstrumentIdentity identity;
   identity.archiveKey = GetArchiveKey();
   identity.simulated = IsSimulatedInstrument();
-  const ConfigurationRecord& record = configuration();
-  ConfigurationGuard guard(record);
+  const ConfigurationGuard guard(configuration());
+  ConfigurationFields& record = configuration().fields;
   identity.portName = record.portName;
   identity.address = record.address;
   identity.modelCode = std::string(1, record.modelCode);
@@ -133,10 +133,11 @@ InstrumentIdentity ScriptableInstrument::GetIdentity() {
 }
 
 InstrumentReadings ScriptableInstrument::GetReadings() {
-  InstrumentReadings readings;
-  readings.sequence = GetStatusSequence();
   MonitorReadings status;
   GetMonitorReadings(status);
+  InstrumentReadings readings;
+  readings.sequence = status.frame.sequence;
+  readings.time = status.frame.time;
   readings.intCount = status.intCount;
   readings.temperature = status.actualTemperature;
   if (status.targetTemperatureCounts != kCountsOff) {
@@ -151,7 +152,7 @@ InstrumentReadings ScriptableInstrument::GetReadings() {
   readings.operation = status.operation;
   readings.operationText = GetOperationText(status.operation);
   readings.errorCode = status.errorCode;
-  readings.countsDown = GetOperationTimer(readings.seconds) != 0;
+  readings.countsDown = GetOperationTimer(status, readings.seconds) != 0;
   return readings;
 }
 

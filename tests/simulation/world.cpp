@@ -104,8 +104,8 @@ void World::OpenInstrument() {
 }
 
 void World::Configure() {
-  ConfigurationRecord& record = instrument_->configuration();
-  const ConfigurationGuard guard(record);
+  const ConfigurationGuard guard(instrument_->configuration());
+  ConfigurationFields& record = instrument_->configuration().fields;
   for (size_t slot = 0; slot < record.b0.size(); ++slot) {
     record.b0.at(slot) = kB0 + static_cast<double>(slot);
     record.b1.at(slot) = kB1;

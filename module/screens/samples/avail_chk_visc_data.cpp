@@ -23,12 +23,7 @@ constexpr double kMostViscosity = 50000.0;
 
 std::string CAvailChkViscData::GetListItem(int /*row*/, int column, int index) {
   const CStandardsMap* standards = action_.instrument().GetStandards();
-  int count;
-  {
-    const ConfigurationRecord& configuration = action_.instrument().configuration();
-    const ConfigurationGuard guard(configuration);
-    count = configuration.GetSlotCount();
-  }
+  const int count = action_.instrument().configuration().GetSlotCount();
   if (column != kTemperatureColumn || index < 0 || index >= count || standards == nullptr) {
     throw new InvalidException;
   }

@@ -17,10 +17,6 @@ struct StatusWindowTexts {
   static StatusWindowTexts Load();
 };
 
-// Readings older than this, in the base's time, are shown as old: several polls have failed by
-// then.
-inline constexpr platform::Milliseconds kStaleAfter{5000};
-
 // The texts of the controls, with a point as decimal sign.
 struct StatusDisplay {
   std::string temperature;  // degrees C

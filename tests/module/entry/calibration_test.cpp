@@ -132,7 +132,7 @@ TEST(CalibrationTest, SavesOneTemperatureOrAllThatAreOffered) {
     for (const CellConstants& slot : instrument.GetCellConstants()) EXPECT_EQ(slot.b0, 1200.5);
     {
       ConfigurationGuard guard(instrument.configuration());
-      EXPECT_EQ(instrument.configuration().b0[8], 0.0) << "the ninth is not offered";
+      EXPECT_EQ(instrument.configuration().fields.b0[8], 0.0) << "the ninth is not offered";
     }
     EXPECT_FALSE(instrument.SaveCalibration(-20.0, "0", "-0", "0.0"));
     EXPECT_EQ(instrument.GetCellConstants()[4].date, NeverCalibrated());
@@ -208,7 +208,9 @@ TEST(CalibrationTest, TheTrayHoldsEachChosenStandardWithTheWarmestTestFirst) {
   RunVirtual([] {
     CalibrationBench bench;
     bench.StoreStandards(4, {"-20", "- 5"});
-    bench.instrument->configuration().testRecord.rotorOnTimes[0] = 77;
+    bench.instrument->Lock();
+    bench.instrument->configuration().fields.testRecord.rotorOnTimes[0] = 77;
+    bench.instrument->Unlock();
     ASSERT_FALSE(bench.instrument->MakeCalibrationTray({{-20.0, -5.0}, {}}));
     EXPECT_EQ(bench.TrayIds(),
               (std::vector<std::string>{"S00 L- 5", "S01 L- 5", "S02 L- 5", "S03 L- 5"}));

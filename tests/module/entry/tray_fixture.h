@@ -104,11 +104,11 @@ struct TrayBench {
     instrument = std::make_unique<C_RVX>("COM1", 0, controller.identification(), GetActionTable());
     ConfigurationRecord& record = instrument->configuration();
     record.Lock();
-    record.b0[4] = 1000.0;
-    record.b1[4] = 10.0;
-    record.testRecord.injectionTime = 4;
-    record.testRecord.coolDownTime = 4;
-    record.testRecord.rotorOnTimes[0] = 30;
+    record.fields.b0[4] = 1000.0;
+    record.fields.b1[4] = 10.0;
+    record.fields.testRecord.injectionTime = 4;
+    record.fields.testRecord.coolDownTime = 4;
+    record.fields.testRecord.rotorOnTimes[0] = 30;
     record.Unlock();
     WaitForStatus();
   }

@@ -346,15 +346,15 @@ TEST(TrayTest, AsksForACheckStandardFromTheIntervalOn) {
     RunVirtual([&c] {
       TrayBench bench;
       bench.instrument->Lock();
-      bench.instrument->configuration().checkStandardFlag = 1;
-      bench.instrument->configuration().samplesSinceCheck = c.samples;
+      bench.instrument->configuration().fields.checkStandardFlag = 1;
+      bench.instrument->configuration().fields.samplesSinceCheck = c.samples;
       bench.instrument->Unlock();
       bench.Put(0, bench.instrument->CreateActionByIndex(kCheckViscAction));
       bench.instrument->StartTray(&bench.log);
       ASSERT_TRUE(bench.log.WaitFor("tray finished"));
       EXPECT_EQ(bench.ErrorTexts(), c.message == nullptr ? Lines{} : Lines{c.message});
       ConfigurationGuard guard(bench.instrument->configuration());
-      EXPECT_EQ(bench.instrument->configuration().samplesSinceCheck, 0);  // one was verified
+      EXPECT_EQ(bench.instrument->configuration().fields.samplesSinceCheck, 0);  // one was verified
     });
   }
 }
@@ -363,7 +363,7 @@ TEST(TrayTest, APauseInTheFirstStageNeedsNoQuestionAndStartsItAnew) {
   RunVirtual([] {
     TrayBench bench;
     bench.instrument->Lock();
-    bench.instrument->configuration().testRecord.preconditionTime = 1;
+    bench.instrument->configuration().fields.testRecord.preconditionTime = 1;
     bench.instrument->Unlock();
     bench.Fill({0});
     EXPECT_EQ(bench.instrument->QueryPauseTray(), 0);

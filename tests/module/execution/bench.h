@@ -142,13 +142,13 @@ struct Bench {
   }
   void SetPreconditionTime(int minutes) {
     instrument->Lock();
-    instrument->configuration().testRecord.preconditionTime = minutes;
+    instrument->configuration().fields.testRecord.preconditionTime = minutes;
     instrument->Unlock();
   }
   // A measurement of one test at -20 with these times in seconds, in the instrument's test record.
   void SetTimes(int injection, int coolDown, int rotorOn) {
     instrument->Lock();
-    TestRecord& record = instrument->configuration().testRecord;
+    TestRecord& record = instrument->configuration().fields.testRecord;
     record.injectionTime = injection;
     record.coolDownTime = coolDown;
     record.rotorOnTimes[0] = rotorOn;

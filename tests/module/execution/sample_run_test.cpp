@@ -16,7 +16,7 @@ constexpr size_t kSlotOfMinus20 = 4;
 // Constants at -20 alone.
 void SetConstants(Bench& bench, double b0, double b1, double b2) {
   bench.instrument->Lock();
-  ConfigurationRecord& config = bench.instrument->configuration();
+  ConfigurationFields& config = bench.instrument->configuration().fields;
   config.b0[kSlotOfMinus20] = b0;
   config.b1[kSlotOfMinus20] = b1;
   config.b2[kSlotOfMinus20] = b2;
@@ -26,7 +26,7 @@ void SetConstants(Bench& bench, double b0, double b1, double b2) {
 
 int SamplesSinceCheck(Bench& bench) {
   bench.instrument->Lock();
-  const int samples = bench.instrument->configuration().samplesSinceCheck;
+  const int samples = bench.instrument->configuration().fields.samplesSinceCheck;
   bench.instrument->Unlock();
   return samples;
 }
@@ -107,7 +107,7 @@ TEST(SampleRunTest, TakesTheConstantsOfTheMeasuredTemperature) {
       Bench bench;
       bench.instrument->Lock();
       for (size_t i = 0; i < 9; ++i) {
-        bench.instrument->configuration().b1[i] = static_cast<double>(i + 1);
+        bench.instrument->configuration().fields.b1[i] = static_cast<double>(i + 1);
       }
       bench.instrument->Unlock();
       bench.SetTimes(0, 0, 6);

@@ -41,9 +41,9 @@ TEST(InstrumentTest, BeginsWithDefaultsAndAnEmptyTray) {
     EXPECT_EQ(tray->GetAt(29)->GetClassName(), kNullActionClassKey);
     ConfigurationGuard configurationGuard(bench.instrument->configuration());
     // A model "4": its own injection temperature and offset, though the model is known only late.
-    EXPECT_EQ(bench.instrument->configuration().injectionTemperature, 15.0);
-    EXPECT_EQ(bench.instrument->configuration().temperatureOffset, 0.12);
-    EXPECT_EQ(bench.instrument->configuration().serialNumber, "SN-1");
+    EXPECT_EQ(bench.instrument->configuration().fields.injectionTemperature, 15.0);
+    EXPECT_EQ(bench.instrument->configuration().fields.temperatureOffset, 0.12);
+    EXPECT_EQ(bench.instrument->configuration().fields.serialNumber, "SN-1");
   });
 }
 
@@ -111,7 +111,7 @@ TEST(InstrumentTest, ADamagedStoredTextGivesDefaultsATrayAndAMessage) {
         EXPECT_EQ(tray->GetSize(), 30);
       }
       ConfigurationGuard guard(bench.instrument->configuration());
-      EXPECT_EQ(bench.instrument->configuration().injectionTemperature, 15.0);
+      EXPECT_EQ(bench.instrument->configuration().fields.injectionTemperature, 15.0);
     });
   }
 }
@@ -137,14 +137,14 @@ TEST(InstrumentTest, MakesTheActionsThatRightsAndModelAllow) {
     EXPECT_EQ(KeyOf(instrument.CreateSampleAction(1)), "Plain Action 2");
     EXPECT_TRUE(RaisesInvalid([&] { instrument.CreateSampleAction(2); }));
     instrument.Lock();
-    instrument.configuration().b1[4] = 1.0;
+    instrument.configuration().fields.b1[4] = 1.0;
     instrument.Unlock();
     EXPECT_EQ(KeyOf(instrument.CreateSampleAction(1)), "Plain Action 1");
     EXPECT_EQ(KeyOf(instrument.CreateSampleAction(2)), "Plain Action 2");
 
     EXPECT_EQ(KeyOf(instrument.CreateServiceAction(4)), "Plain Action 5");
     instrument.Lock();
-    instrument.configuration().modelCode = '3';
+    instrument.configuration().fields.modelCode = '3';
     instrument.Unlock();
     EXPECT_TRUE(RaisesInvalid([&] { instrument.CreateServiceAction(4); }));
   });
@@ -194,7 +194,7 @@ TEST(InstrumentTest, TheMotorCurrentAndModelCommandsCarryTheRecordAndTheFirmware
       InstrumentBench bench(options ? "0QMTRVX 1 02.17SN-1      " : "0QMTRVX 1 02.16SN-1      ");
       ASSERT_TRUE(bench.WaitForStatus(2));
       bench.instrument->Lock();
-      bench.instrument->configuration().testRecord.injectionTime = 10;
+      bench.instrument->configuration().fields.testRecord.injectionTime = 10;
       bench.instrument->Unlock();
       TagClient client(bench.instrument.get());
       bench.instrument->RunMotorCurrent(5, &client);

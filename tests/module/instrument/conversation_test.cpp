@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "module/instrument/conversation.h"
 #include "tests/module/instrument/instrument_fixture.h"
 
 namespace rvx {
@@ -21,7 +22,7 @@ TEST(ConversationTest, TheFirstStatusSendsTheCellToAHarmlessTarget) {
     ASSERT_EQ(commands.size(), 1u);  // once, not with every status
     EXPECT_EQ(commands[0].substr(0, 6), "0CTC00");
     ConfigurationGuard guard(bench.instrument->configuration());
-    EXPECT_EQ(bench.instrument->configuration().lastReply, "TC");
+    EXPECT_EQ(bench.instrument->configuration().fields.lastReply, "TC");
   });
 }
 
@@ -452,9 +453,9 @@ TEST(ConversationTest, SelfTestAndIdentityReachTheRecordAndTheirClients) {
     ASSERT_TRUE(bench.WaitForStatus(bench.instrument->GetStatusSequence() + 2));
     EXPECT_EQ(bench.instrument->GetSelfTestWord(), 0x0201);
     ConfigurationGuard guard(bench.instrument->configuration());
-    EXPECT_EQ(bench.instrument->configuration().modelCode, '2');
-    EXPECT_EQ(bench.instrument->configuration().optionByte, 3);
-    EXPECT_EQ(bench.instrument->configuration().serialNumber, "NEW-7");
+    EXPECT_EQ(bench.instrument->configuration().fields.modelCode, '2');
+    EXPECT_EQ(bench.instrument->configuration().fields.optionByte, 3);
+    EXPECT_EQ(bench.instrument->configuration().fields.serialNumber, "NEW-7");
   });
 }
 

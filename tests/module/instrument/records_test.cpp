@@ -131,8 +131,8 @@ TEST_F(TestRecordText, SaveLocationCannotBreakTheText) {
 
 using Configuration = Records;
 
-ConfigurationRecord Filled() {
-  ConfigurationRecord record;
+ConfigurationFields Filled() {
+  ConfigurationFields record;
   record.configurationId = "Line 3";
   record.instrumentId = "RVX 7";
   record.serialNumber = "SN-1";
@@ -179,7 +179,7 @@ TEST_F(Configuration, FieldsStandInTheirPlaces) {
 }
 
 TEST_F(Configuration, FreshRecord) {
-  ConfigurationRecord record;
+  ConfigurationFields record;
   EXPECT_EQ(record.GetInstrumentId(), "RVX");
   EXPECT_EQ(record.GetConfigurationId(), "Unsaved");
   EXPECT_EQ(record.portName, "COM2");
@@ -188,10 +188,10 @@ TEST_F(Configuration, FreshRecord) {
 }
 
 TEST_F(Configuration, SetDefaultsLeavesIdentityAndCalibration) {
-  ConfigurationRecord record = Filled();
+  ConfigurationFields record = Filled();
   record.modelCode = '3';
   record.testRecord.sentInjectionTime = 5;
-  record.SetDefaults();
+  record.SetDefaults(TestRecord());
   EXPECT_EQ(record.instrumentId, "RVX");
   EXPECT_EQ(record.trayPositions, 30);
   EXPECT_EQ(record.responseTimeout, 6000);
@@ -206,12 +206,12 @@ TEST_F(Configuration, SetDefaultsLeavesIdentityAndCalibration) {
   EXPECT_EQ(record.temperatureOffset, 0.12);
   EXPECT_EQ(record.serialNumber, "SN-1");
   record.modelCode = '2';
-  record.SetDefaults();
+  record.SetDefaults(TestRecord());
   EXPECT_EQ(record.injectionTemperature, -5.0);
 }
 
 TEST_F(Configuration, IdsAreTrimmed) {
-  ConfigurationRecord record;
+  ConfigurationFields record;
   record.SetInstrumentId("  RVX 7 ");
   EXPECT_EQ(record.instrumentId, "RVX 7");
   record.instrumentId = " raw ";
@@ -221,7 +221,7 @@ TEST_F(Configuration, IdsAreTrimmed) {
 }
 
 TEST_F(Configuration, CopiesHoldEverything) {
-  ConfigurationRecord record = Filled();
+  ConfigurationFields record = Filled();
   record.firmwareVersion = "02.17";
   record.portName = "COM4";
   record.address = 11;
@@ -231,9 +231,15 @@ TEST_F(Configuration, CopiesHoldEverything) {
   record.latchedMachineStatus = 4;
   record.lastReply = "TC";
   record.runFlags = kTrayRunning;
-  ConfigurationRecord copy;
-  copy = record;
-  copy.Assign(copy);
+  ConfigurationRecord first;
+  {
+    const ConfigurationGuard guard(first);
+    first.fields = record;
+  }
+  ConfigurationRecord second;
+  second.Assign(first);
+  second.Assign(second);
+  const ConfigurationFields copy = second.Copy();
   EXPECT_EQ(copy.ToText(), record.ToText());
   EXPECT_EQ(copy.firmwareVersion, "02.17");
   EXPECT_EQ(copy.portName, "COM4");
@@ -249,7 +255,7 @@ TEST_F(Configuration, CopiesHoldEverything) {
 // What of a filled record's text a fresh record takes over with these flags, as a list of field
 // numbers (from 1).
 std::vector<size_t> Taken(const std::string& text, int32_t flags) {
-  ConfigurationRecord record;
+  ConfigurationFields record;
   const auto before = platform::SplitFields(record.ToText(), '\v');
   record.FromText(text, flags);
   const auto after = platform::SplitFields(record.ToText(), '\v');
@@ -305,7 +311,7 @@ TEST_F(Configuration, DamagedFields) {
   text = WithField(text, '\v', 18, "");
   text = WithField(text, '\v', 44, "1\t2\t3\t");
   text = WithField(text, '\v', 50, "7");
-  ConfigurationRecord record;
+  ConfigurationFields record;
   record.FromText(text, kLoadAll);
   EXPECT_EQ(record.trayPositions, 0);
   EXPECT_EQ(record.b0[0], 1.0);
@@ -319,14 +325,14 @@ TEST_F(Configuration, DamagedFields) {
 }
 
 TEST_F(Configuration, NamesCannotBreakTheText) {
-  ConfigurationRecord record = Filled();
+  ConfigurationFields record = Filled();
   record.configurationId = "a\vb";
   record.instrumentId = "c\nd";
   record.probeId = std::string("e\0f", 3);
   const std::string text = record.ToText();
   EXPECT_EQ(CountFields(text, '\v'), 52u);
   EXPECT_EQ(text.find('\n'), std::string::npos);
-  ConfigurationRecord read;
+  ConfigurationFields read;
   read.FromText(text, kLoadAll);
   EXPECT_EQ(read.configurationId, "a b");
   EXPECT_EQ(read.instrumentId, "c d");
@@ -334,7 +340,7 @@ TEST_F(Configuration, NamesCannotBreakTheText) {
 }
 
 TEST_F(Configuration, SlotBorders) {
-  ConfigurationRecord record;
+  ConfigurationFields record;
   struct {
     double temperature;
     int slot8, slot9;
@@ -350,7 +356,7 @@ TEST_F(Configuration, SlotBorders) {
 }
 
 TEST_F(Configuration, EmptySlots) {
-  ConfigurationRecord record;
+  ConfigurationFields record;
   record.b2[8] = 1e-300;
   EXPECT_FALSE(record.HasCellConstants(-40.0)) << "slot 7 without the option";
   EXPECT_FALSE(record.HasCellConstants(kAnyTemperature));
@@ -378,10 +384,10 @@ std::string Damaged(const std::string& text) {
 
 RC_GTEST_PROP(RecordTextProperty, DamagedConfigurationSettlesInOneRoundTrip, ()) {
   FakeHost host;
-  ConfigurationRecord record;
+  ConfigurationFields record;
   record.FromText(Damaged(Filled().ToText()), *rc::gen::inRange(0, 16));
   const std::string once = record.ToText();
-  ConfigurationRecord again;
+  ConfigurationFields again;
   again.FromText(once, kLoadAll);
   RC_ASSERT(again.ToText() == once);
 }

@@ -36,7 +36,7 @@ std::string AnyNumber(double least, double most, int decimals) {
 
 // Writes the text; whatever comes of it, nothing else may change.
 bool Write(const Setting& setting, const std::string& text) {
-  ConfigurationRecord record = MakeDefaultConfiguration('4');
+  ConfigurationFields record = MakeDefaultConfiguration('4');
   const std::string before = record.ToText();
   if (!WriteSetting(setting, record, text)) {
     RC_ASSERT(record.ToText() == before);
@@ -45,7 +45,7 @@ bool Write(const Setting& setting, const std::string& text) {
   const double kept = platform::ParseLeadingDouble(ReadSetting(setting, record));
   RC_ASSERT(std::fabs(kept - platform::ParseLeadingDouble(text)) <
             std::pow(10.0, -setting.decimals));
-  ConfigurationRecord back = MakeDefaultConfiguration('4');
+  ConfigurationFields back = MakeDefaultConfiguration('4');
   CopySetting(setting, back, record);
   RC_ASSERT(back.ToText() == record.ToText());
   CopySetting(setting, back, MakeDefaultConfiguration('4'));
@@ -97,7 +97,7 @@ RC_GTEST_PROP(SettingsTable, TakesTheEndsThatItNamesAndNothingBeyond, ()) {
 TEST(SettingsTable, TakesItsOwnDefaultsOnTheModelsThatHaveThem) {
   const FakeHost host;
   for (const char model : {'1', '4'}) {
-    ConfigurationRecord record = MakeDefaultConfiguration(model);
+    ConfigurationFields record = MakeDefaultConfiguration(model);
     record.testRecord.saveLocation = "/";
     const std::string before = record.ToText();
     for (const Setting& setting : GetSettingsTable()) {
@@ -111,7 +111,7 @@ TEST(SettingsTable, TakesItsOwnDefaultsOnTheModelsThatHaveThem) {
 
 TEST(SettingsTable, TakesTextsThatCanBeKept) {
   const FakeHost host;
-  ConfigurationRecord record;
+  ConfigurationFields record;
   const auto write = [&record](const char* key, const std::string& text) {
     return WriteSetting(*FindSetting(key), record, text);
   };

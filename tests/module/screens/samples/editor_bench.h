@@ -26,7 +26,7 @@ class EditorBench {
   void Calibrate(std::initializer_list<double> temperatures) {
     C_RVX& instrument = *bench.instrument;
     const ConfigurationGuard guard(instrument.configuration());
-    ConfigurationRecord& configuration = instrument.configuration();
+    ConfigurationFields& configuration = instrument.configuration().fields;
     configuration.b0.fill(0.0);
     for (size_t slot = 0; slot < kCalibrationTemperatures.size(); ++slot) {
       for (const double temperature : temperatures) {
