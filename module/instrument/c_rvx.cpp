@@ -144,7 +144,8 @@ void C_RVX::RefuseDestruction() {
   } else {
     SendAbort(nullptr);  // also for a test outside the tray
     // Commands before it are left out: no reply to them can be read if this thread reads them, and
-    // one of them may start something. A limit, since the caller may hold what the thread wants.
+    // one of them may start something. A limit, since the caller may hold what the thread waits
+    // for.
     parts_->conversation->StopWithin(platform::Deadline::After(kLastCommands));
   }
   platform::EndProgram(

@@ -9,7 +9,7 @@ namespace {
 
 constexpr char kTrayLine[] = "Tray 0";
 constexpr size_t kMaxLines = 65;
-// The configuration's text stands on this line, counted from 0.
+// The line of the configuration's text, counted from 0.
 constexpr size_t kConfigurationLine = 2;
 constexpr size_t kFirstTrayLine = 3;
 constexpr size_t kMinLines = 4;

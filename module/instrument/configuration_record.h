@@ -85,7 +85,7 @@ struct ConfigurationFields {
 };
 
 // The configuration of an instrument, a part of C_RVX; its lock is the configuration lock. Any
-// thread. The operations take the lock themselves; `fields` wants it held, so that several values
+// thread. The operations take the lock themselves; `fields` requires it, so that several values
 // can be read or changed at once:
 //
 //   const ConfigurationGuard guard(record);

@@ -151,7 +151,7 @@ void Conversation::SendLastAbort() {
       abort = queue_.Take();
   }
   if (!abort || KindAndTag(abort->text) != kAbort) return;
-  // Its turn comes as ever: behind the reply to the frame before, or that one's time-out.
+  // Its turn comes as ever: after the reply to the frame before, or that one's time-out.
   if (awaitsReply_) reply_.Wait(platform::Deadline::At(lastSend_ + kReplyTimeout));
   peer_.SendFrame(MakeFrame(abort->text));
 }
@@ -230,7 +230,7 @@ void Conversation::EndExchange() {
     platform::PlainGuard guard(pendingLock_);
     if (frameExchange_ != exchanges_) return;
   }
-  // First: behind the event the next frame may go out, and its answer must not be purged.
+  // First: after the event the next frame may go out, and its answer must not be purged.
   peer_.PurgePort();
   platform::PlainGuard guard(pendingLock_);
   if (frameExchange_ != exchanges_) return;
@@ -326,9 +326,9 @@ void Conversation::AnswerByStatus(const StatusRecord& record) {
   if (asksForResend && command->resends < kMostResends) {
     ++command->resends;
     {
-      // Behind whatever has been queued meanwhile; the client hears nothing.
+      // After whatever has been queued meanwhile; the client hears nothing.
       QueueGuard guard(queue_);
-      // Behind an abort it would start what the abort was to end, with nobody there to watch it.
+      // After an abort it would start what the abort was to end, with nobody there to watch it.
       if (!IsEndedByAbort(command->text) || !queue_.Holds(kAbort)) queue_.Add(std::move(command));
     }
     // The thread may be past the exchange that was refused, and asleep.

@@ -33,11 +33,11 @@ class ConversationPeer {
   // Keeps the record; called before the client of the answered command hears of it. Empty if the
   // data are none.
   virtual std::optional<StatusRecord> KeepStatus(std::span<const uint8_t> data) = 0;
-  // All that follows from a record, behind the client's call.
+  // All that follows from a record, after the client's call.
   virtual void FollowStatus(const StatusRecord& record) = 0;
   virtual void KeepIdentity(std::span<const uint8_t> frame) = 0;
   virtual void KeepSelfTest(uint16_t word) = 0;
-  // Behind everything that a frame has changed: wakes those who wait for a new status.
+  // After everything that a frame has changed: wakes those who wait for a new status.
   virtual void FrameProcessed() = 0;
 };
 
@@ -67,7 +67,7 @@ class Conversation : private FrameHandler {
   // that waits for its reply is not sent again, and no reply to them reaches the client. Any
   // thread.
   void Withdraw(const CommandClient* client);
-  // Behind the queueing of CAR: polling stops at once when Auto Report is asked for, and goes on
+  // After the queueing of CAR: polling stops at once when Auto Report is asked for, and goes on
   // with the first status frame that shows it off.
   void SetAutoReportAsked(bool asked);
   // Whether the caller is the communications thread.
@@ -86,12 +86,12 @@ class Conversation : private FrameHandler {
   bool HasQueued();
   // Makes the first queued command pending: its text, or nothing if the queue is empty.
   std::optional<std::string> TakeCommand();
-  // When the next poll is due; only behind a long silence while Auto Report is on or asked for.
+  // When the next poll is due; only after a long silence while Auto Report is on or asked for.
   platform::Deadline NextPoll() const;
   void Exchange(const std::string& text);
   // Counts an exchange, just before its frame goes out.
   void BeginExchange();
-  // Whether a frame has come behind the one that was sent last.
+  // Whether a frame has come after the one that was sent last.
   bool IsAnswered();
   // The frame under way ends the exchange that it belongs to.
   void EndExchange();

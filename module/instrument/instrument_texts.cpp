@@ -10,7 +10,7 @@
 namespace rvx {
 namespace {
 
-// Loads on the user-interface thread what `load` wants.
+// Calls `load` on the user-interface thread.
 class ResourceLoader : public UserInterfaceClient {
  public:
   explicit ResourceLoader(const std::function<void()>& load) : load_(load) {}

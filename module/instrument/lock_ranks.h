@@ -1,7 +1,7 @@
 // The order of the module's locks: a thread takes them in rising rank only, which debug and virtual
 // builds check at each acquisition. Where both locks are members of one class, ACQUIRED_BEFORE lets
 // the compiler check it too; it can't see the order of locks in different objects. The table in
-// ARCHITECTURE.md says what each guards and why it stands where it stands.
+// ARCHITECTURE.md says what each guards and why it has its rank.
 #pragma once
 
 #include "platform/lock.h"
@@ -10,7 +10,7 @@ namespace rvx {
 
 inline constexpr platform::LockRank kStatusWindowLockRank = 100;
 // A launch record is held over the watcher calls of a run and over the storing of a sample, so
-// everything those reach comes behind it.
+// everything those reach has a higher rank.
 inline constexpr platform::LockRank kLaunchRecordLockRank = 200;
 inline constexpr platform::LockRank kTrayRunRecordLockRank = 300;   // TrayRun
 inline constexpr platform::LockRank kTrayRunPointerLockRank = 400;  // C_RVX's pointer to it

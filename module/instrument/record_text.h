@@ -1,4 +1,4 @@
-// The fields of a record's stored text: each with its separator behind it, numbers with a point.
+// The fields of a record's stored text: each with its separator after it, numbers with a point.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ class RecordWriter {
   RecordWriter& Int(int32_t value) { return Raw(platform::FormatText("%d", value)); }
   RecordWriter& Double(double value) { return Raw(platform::FormatText("%.15f", value)); }
   RecordWriter& Date(const platform::Date& date) { return Raw(platform::FormatEnglishDate(date)); }
-  // A text as it stands, but for the characters of `reserved` and zero bytes: those separate fields
+  // A text as it is, but for the characters of `reserved` and zero bytes: those separate fields
   // or lines of the texts that this one becomes a part of, so they are written as blanks.
   RecordWriter& Text(std::string_view value, std::string_view reserved) {
     return Raw(WithoutReserved(value, reserved));

@@ -15,8 +15,8 @@ class RotorModel;
 // simulator's.
 class SimulatorLine {
  public:
-  // `watcher` is not owned; behind the destructor it is not called any more. A null `rotorModel`
-  // stands for the usual one.
+  // `watcher` is not owned; after the destructor it is not called any more. A null `rotorModel`
+  // means the usual one.
   SimulatorLine(PortWatcher& watcher, std::unique_ptr<simulator::RotorModel> rotorModel);
   ~SimulatorLine();
   SimulatorLine(const SimulatorLine&) = delete;

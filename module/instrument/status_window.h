@@ -1,5 +1,5 @@
 // The live panel of an instrument that the host embeds in a window of its own, as far as the
-// instrument needs to know it. A program with a window puts its panel behind this.
+// instrument needs to know it. A program with a window implements it.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +21,7 @@ struct StatusReadings {
   double speed = 0.0;              // rpm/1000
   int32_t seconds = 0;             // of the present operation
   bool countsDown = false;         // the seconds remain; else they have elapsed
-  std::string machineStatusText;   // items, each with a comma behind it
+  std::string machineStatusText;   // items, each with a comma after it
 };
 
 // One panel. Made and destroyed on the user-interface thread.

@@ -110,8 +110,8 @@ void TrayController::Abort() {
     ForgetRun(run.get());
   }
   run->abort.Set();
-  // Behind the locks: a running action's thread may be in a call to the watcher, which wants the
-  // TrayRun's lock, and stopping it waits for that call.
+  // After the locks are released: a running action's thread may be in a call to the watcher, which
+  // wants the TrayRun's lock, and stopping it waits for that call.
   for (const std::shared_ptr<Action>& action : removed) action->Stop();
   removed.clear();
   if (watcher != nullptr) {
@@ -127,7 +127,7 @@ bool TrayController::QueryPause() {
     return true;
   }
   if (instrument_.IsTrayActive() == 0) return false;
-  // No lock is held while the question stands: the tray thread goes on meanwhile.
+  // No lock is held while the question is open: the tray thread goes on meanwhile.
   const std::optional<int> choice =
       platform::GetPrompter().Choose("Pause Tray", {"Now", "After sample is complete"}, 0);
   if (!choice) return false;

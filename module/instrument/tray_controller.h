@@ -22,7 +22,7 @@ class TrayController {
   // Starts the tray thread, 1; raises ActionException if a tray runs already, the cell is too warm
   // or no thread can be started.
   int32_t Start(TrayWatcher* watcher);
-  // Only while the tray runs and is not paused. now: at once; else behind the present position.
+  // Only while the tray runs and is not paused. now: at once; else after the present position.
   void Pause(bool now);
   void Resume();
   // Ends the run: the watcher hears TrayFinished, the tray is empty, running actions are stopped.

@@ -101,7 +101,7 @@ bool TrayThread::RunPositions() {
   for (int32_t position = 0;; ++position) {
     if (!SleepUnlessAborted(kBetweenPositions)) return false;
     const std::shared_ptr<Action> action = HoldPosition(position);
-    if (!action) return true;  // behind the last position
+    if (!action) return true;  // past the last position
     CActionWatcher watcher(*run_);
     const std::string context = platform::FormatText("0,%d", position);
     Wait end = Wait::PauseNow;
@@ -118,7 +118,7 @@ bool TrayThread::RunPositions() {
       case StartResult::Aborted:
         return false;
     }
-    // Also behind a normal end: it waits out the last lines of the action's thread, so that no run
+    // Also after a normal end: it waits out the last lines of the action's thread, so that no run
     // is going on while the watcher is called.
     action->Stop();
     if (end == Wait::Aborted) return false;
@@ -162,7 +162,7 @@ TrayThread::StartResult TrayThread::StartAction(Action& action, CActionWatcher& 
                                                 int32_t errorPosition) {
   CViscoException* failure = nullptr;
   {
-    // The test and the start under one lock: an abort comes either before both or behind both. The
+    // The test and the start under one lock: an abort comes either before both or after both. The
     // tray's lock is not needed, since the action is held, and an empty position calls the watcher
     // from inside its start, which may want the locks that come before the tray's.
     platform::RecursiveGuard guard(run_->lock);

@@ -23,14 +23,14 @@ class TrayThread {
   enum class StartResult {
     Started,
     NotReady,    // reported, and the tray is asked to pause at once
-    GoOn,        // failed; behind a pause if it was a failure that a person can mend
+    GoOn,        // failed; after a pause if it was a failure that a person can mend
     LeaveStage,  // failed with a computer or instrument failure: no use in going on with this stage
     Aborted
   };
 
   bool HasFilledPosition();
   void PromptForCheckStandard();
-  // The first and the last stage: an action of the tray's own, started anew behind each pause.
+  // The first and the last stage: an action of the tray's own, started anew after each pause.
   // False: aborted.
   bool RunOwnAction(int actionIndex, platform::Milliseconds sleepBefore);
   bool RunPositions();
