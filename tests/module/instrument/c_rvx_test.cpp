@@ -260,6 +260,40 @@ TEST(InstrumentTest, AReadingOfTheStandardsThatComesTooLateIsNotTaken) {
   });
 }
 
+TEST(InstrumentTest, AllReadingsOfAFrameBelongTogetherWhenTheNextHasCome) {
+  RunVirtual([] {
+    InstrumentBench bench;
+    C_RVX& instrument = *bench.instrument;
+    bench.controller.SetWord(0, 100);
+    bench.controller.SetByte(14, 4);  // Locate Sample, which counts up
+    ASSERT_TRUE(bench.WaitForStatus(instrument.GetStatusSequence() + 2));
+    MonitorReadings early;
+    instrument.GetMonitorReadings(early);
+    const StatusBytes sent = bench.controller.status();
+    EXPECT_TRUE(std::equal(sent.begin(), sent.begin() + 16, early.frame.record.bytes().begin()));
+    int32_t seconds = -1;
+    instrument.GetOperationTimer(early, seconds);
+    EXPECT_EQ(seconds, 0);
+
+    bench.controller.SetWord(0, 102);
+    ASSERT_TRUE(bench.WaitForStatus(early.frame.sequence + 2));
+    uint64_t sequence = early.frame.sequence;
+    MonitorReadings late;
+    while (instrument.GetNextReadings(sequence, late)) EXPECT_EQ(late.frame.sequence, sequence);
+    EXPECT_GT(late.frame.time, early.frame.time);
+    EXPECT_EQ(late.frame.record.intCount(), late.intCount);
+    instrument.GetOperationTimer(late, seconds);
+    EXPECT_EQ(seconds, 1);
+    // A thread that still has the older frame does not move the clock.
+    instrument.GetOperationTimer(early, seconds);
+    EXPECT_EQ(seconds, 1);
+
+    const platform::Microseconds moment = late.frame.time;
+    EXPECT_FALSE(late.frame.IsStale(moment + 5s));
+    EXPECT_TRUE(late.frame.IsStale(moment + 5001ms));
+  });
+}
+
 TEST(OperationTimerTest, CountsByGroupsAndOnceASecond) {
   OperationTimer timer;
   const OperationTimes times{120, 240, 180, 60};
