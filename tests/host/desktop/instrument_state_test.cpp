@@ -60,8 +60,7 @@ TEST(StateWordTest, NothingHeardYetIsDisconnectedAndStale) {
 
 TEST(RunOffersTest, AReadyTrayCanOnlyBeStartedAndEdited) {
   const RunOffers offers = OffersOf(Ready());
-  EXPECT_TRUE(offers.start.enabled);
-  EXPECT_TRUE(offers.edit.enabled);
+  EXPECT_TRUE(offers.start.enabled && offers.edit.enabled);
   for (const Offer* offer : {&offers.pauseNow, &offers.pauseAfter, &offers.resume, &offers.abort,
                              &offers.prepare, &offers.newTray}) {
     EXPECT_FALSE(offer->shown);

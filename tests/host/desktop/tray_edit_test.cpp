@@ -76,6 +76,7 @@ TEST(TrayEditTest, SampleIdsAreOneLineOfBoundedLength) {
 class RunRowsTest : public testing::Test {
  protected:
   RunRowsTest() : run_(InstrumentEntry(), Plan()) {
+    QLocale::setDefault(QLocale::c());
     Take(RunEvent::Kind::TrayStarted);
     Take(RunEvent::Kind::SampleStarted, 0);  // the first stage, announced as position 0
     Take(RunEvent::Kind::SampleStarted, 0);
@@ -122,7 +123,6 @@ TEST_F(RunRowsTest, TheRunningPositionSaysWhatItDoesUntilItHasResults) {
   EXPECT_EQ(Row(3).state, RowState::Waiting);
   EXPECT_EQ(Row(1).state, RowState::Empty);
   Take(RunEvent::Kind::Sample, 0, 5400.3);
-  QLocale::setDefault(QLocale::c());
   EXPECT_EQ(ResultText(Row(0)), "5400.3");
 }
 
@@ -130,7 +130,6 @@ TEST_F(RunRowsTest, APositionWithoutAllItsResultsHasFailed) {
   Take(RunEvent::Kind::Sample, 0, 5400.3);
   Take(RunEvent::Kind::SampleFinished, 0);
   EXPECT_EQ(Row(0).state, RowState::Failed);
-  QLocale::setDefault(QLocale::c());
   EXPECT_EQ(ResultText(Row(0)), "5400.3, -") << "what is missing is never a number";
   Take(RunEvent::Kind::TrayFinished);
   EXPECT_EQ(Row(3).state, RowState::NotRun) << "the run was aborted before it";
@@ -141,7 +140,6 @@ TEST_F(RunRowsTest, ResultsInALocaleWithADecimalCommaStayApart) {
   Take(RunEvent::Kind::Sample, 0, 7030.5);
   QLocale::setDefault(QLocale(QLocale::German));
   EXPECT_EQ(ResultText(Row(0)), "5400,3; 7030,5");
-  QLocale::setDefault(QLocale::c());
 }
 
 TEST_F(RunRowsTest, ProgressNamesTheEndAndNoneWhilePaused) {
