@@ -25,7 +25,7 @@ enum class SettingKind {
   Count     // a whole number of the program's own; kNeverChecked and more is "never"
 };
 
-// The section of a screen or a sheet in which a setting stands.
+// The section of a screen or a sheet that shows a setting.
 enum class SettingGroup {
   Instrument,  // instrument settings: identification and check standards
   Probe,       // instrument settings: the temperature probe
