@@ -72,7 +72,27 @@ class FrameWindow {
   // Destroys the window, if it is still there. Returns when it is gone, so that what it uses may go
   // next. Any thread; the user-interface thread must run.
   virtual void Destroy() = 0;
+  // Why the window does not want to close now, a sentence for its user; empty if it may close.
+  // User-interface thread.
+  virtual std::string GetCloseRefusal() { return std::string(); }
   virtual ~FrameWindow() = default;
+};
+
+// What an action with a screen tells a host that offers it. A host reaches it from an Action by
+// dynamic_cast; an action without a screen has none.
+class ScreenAction {
+ public:
+  enum class Use {
+    None,   // this program has nothing to show for it, and Start is refused: do not offer it
+    Start,  // Start opens its screen
+    Edit    // it has no screen: Edit does at once what it is for, as a printout
+  };
+  // Any thread.
+  virtual Use GetUse() = 0;
+  // Why its open screen does not want to close now, a sentence for its user; empty if it may close
+  // or is not open. A Stop ends it all the same. User-interface thread.
+  virtual std::string GetCloseRefusal() = 0;
+  virtual ~ScreenAction() = default;
 };
 
 // Something that has to happen on the host's user-interface thread; the module implements it. Not

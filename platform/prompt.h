@@ -3,8 +3,11 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
+
+#include "platform/event.h"
 
 namespace platform {
 
@@ -18,6 +21,15 @@ class Prompter {
   virtual ~Prompter() = default;
   virtual MessageAnswer ShowMessage(const std::string& text, MessageButtons buttons,
                                     MessageIcon icon) = 0;
+  // The same for a question that loses its sense when one of these events is set, such as the end
+  // of the run that asks: then it is taken back and nothing is answered. The events are of the
+  // ManualReset mode and outlive the call. A prompter that can't take a question back waits for its
+  // answer.
+  virtual std::optional<MessageAnswer> ShowMessageUntil(const std::string& text,
+                                                        MessageButtons buttons, MessageIcon icon,
+                                                        std::span<Event* const> /*withdrawal*/) {
+    return ShowMessage(text, buttons, icon);
+  }
   // A choice among `options`, with `initial` chosen at the start. Returns its index, or nothing if
   // the person cancels.
   virtual std::optional<int> Choose(const std::string& title,

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
 
 #include "host/cli/terminal.h"
@@ -14,6 +15,11 @@ namespace {
 
 // How long a person's key is waited for before the program looks around again.
 constexpr int kKeyPollMilliseconds = 100;
+
+bool IsTakenBack(std::span<platform::Event* const> withdrawal) {
+  return std::any_of(withdrawal.begin(), withdrawal.end(),
+                     [](platform::Event* event) { return event->TryWait(); });
+}
 
 void Write(const std::string& text) {
   std::fwrite(text.data(), 1, text.size(), stderr);
@@ -57,7 +63,13 @@ ConsolePrompter::ConsolePrompter(Output& output)
 
 platform::MessageAnswer ConsolePrompter::ShowMessage(const std::string& text,
                                                      platform::MessageButtons buttons,
-                                                     platform::MessageIcon) {
+                                                     platform::MessageIcon icon) {
+  return *ShowMessageUntil(text, buttons, icon, {});
+}
+
+std::optional<platform::MessageAnswer> ConsolePrompter::ShowMessageUntil(
+    const std::string& text, platform::MessageButtons buttons, platform::MessageIcon,
+    std::span<platform::Event* const> withdrawal) {
   const bool question = buttons == platform::MessageButtons::YesNo;
   {
     const platform::PlainGuard guard(lock_);
@@ -71,7 +83,11 @@ platform::MessageAnswer ConsolePrompter::ShowMessage(const std::string& text,
   const Standing standing(*this);
   for (;;) {
     Write(text + (question ? " [y/n] " : "\n[Enter for OK] "));
-    const std::optional<std::string> answer = ReadAnswer(standing.generation());
+    const std::optional<std::string> answer = ReadAnswer(standing.generation(), withdrawal);
+    if (IsTakenBack(withdrawal)) {
+      Write("\n");
+      return std::nullopt;
+    }
     if (!question || !answer) return otherwise;
     const std::string word = platform::Trim(*answer);
     if (platform::CompareNoCase(word, "y") == 0 || platform::CompareNoCase(word, "yes") == 0) {
@@ -128,10 +144,11 @@ int ConsolePrompter::Generation() {
   return generation_;
 }
 
-std::optional<std::string> ConsolePrompter::ReadAnswer(int generation) {
+std::optional<std::string> ConsolePrompter::ReadAnswer(
+    int generation, std::span<platform::Event* const> withdrawal) {
   // Key by key in short steps, so that Ctrl+C can take the question away.
   std::string line;
-  while (generation == Generation()) {
+  while (generation == Generation() && !IsTakenBack(withdrawal)) {
     const std::optional<char> key = WaitForKey(kKeyPollMilliseconds);
     if (!key) {
       if (!SomebodyIsThere()) return std::nullopt;

@@ -17,6 +17,9 @@ class ConsolePrompter : public platform::Prompter {
 
   platform::MessageAnswer ShowMessage(const std::string& text, platform::MessageButtons buttons,
                                       platform::MessageIcon icon) override;
+  std::optional<platform::MessageAnswer> ShowMessageUntil(
+      const std::string& text, platform::MessageButtons buttons, platform::MessageIcon icon,
+      std::span<platform::Event* const> withdrawal) override;
   std::optional<int> Choose(const std::string& title, const std::vector<std::string>& options,
                             int initial) override;
   void Beep() override;
@@ -47,8 +50,10 @@ class ConsolePrompter : public platform::Prompter {
   class Standing;
 
   void CountYes(int change);
-  // The person's line; nothing once the question was dismissed or the terminal is gone.
-  std::optional<std::string> ReadAnswer(int generation);
+  // The person's line; nothing once the question was dismissed or taken back, or the terminal is
+  // gone.
+  std::optional<std::string> ReadAnswer(int generation,
+                                        std::span<platform::Event* const> withdrawal = {});
   int Generation();
 
   Output& output_;

@@ -42,11 +42,7 @@ using torvell::CurrentHost;
 
 rvx::FrameWindow* ExecutePerformCreation(rvx::UserInterfaceClient* client) {
   rvx::FrameWindow* frame = nullptr;
-  torvell::UserInterfaceExecutor& userInterface = CurrentHost().userInterface();
-  userInterface.Run([&] {
-    frame = client->PerformCreation();
-    if (frame != nullptr) userInterface.FrameMade();
-  });
+  CurrentHost().userInterface().Run([&] { frame = client->PerformCreation(); });
   return frame;
 }
 

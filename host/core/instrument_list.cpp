@@ -119,9 +119,13 @@ void InstrumentList::NotifyInstrumentChanged() {
 }
 
 int32_t InstrumentList::SelectInstrument(int32_t index, int32_t select) {
-  platform::PlainGuard guard(lock_);
-  if (index < 0 || static_cast<size_t>(index) >= entries_.size()) return 0;
-  if (select != 0) selected_ = index;
+  {
+    platform::PlainGuard guard(lock_);
+    if (index < 0 || static_cast<size_t>(index) >= entries_.size()) return 0;
+    if (select == 0) return 1;
+    selected_ = index;
+  }
+  selections_.ForEach([index](SelectionListener& listener) { listener.InstrumentSelected(index); });
   return 1;
 }
 

@@ -27,6 +27,15 @@ struct InstrumentEntry {
   std::string Title() const { return identity.portName + " " + identity.model; }
 };
 
+// Hears which instrument is to be shown.
+class SelectionListener {
+ public:
+  virtual ~SelectionListener() = default;
+  // `index` in the list. On the thread that selects, which may be any; must not wait for the
+  // user-interface thread.
+  virtual void InstrumentSelected(int32_t index) = 0;
+};
+
 // The list of instruments. Any thread.
 class InstrumentList : public rvx::InstrumentManager, public LineListener {
  public:
@@ -51,6 +60,9 @@ class InstrumentList : public rvx::InstrumentManager, public LineListener {
   void NotifyInstrumentChanged() override;
   int32_t SelectInstrument(int32_t index, int32_t select) override;
   int32_t SelectedInstrument();
+  void AddSelectionListener(SelectionListener* listener) { selections_.Add(listener); }
+  // Once it returns the listener is not called any more.
+  void RemoveSelectionListener(SelectionListener* listener) { selections_.Remove(listener); }
 
   // LineListener: reports once, and pauses a tray that is running on this port at once. Nothing
   // goes on by itself when the line is back.
@@ -60,6 +72,7 @@ class InstrumentList : public rvx::InstrumentManager, public LineListener {
  private:
   ErrorStore& errors_;
   ListenerList<rvx::ViscometerArrayMonitor> monitors_;
+  ListenerList<SelectionListener> selections_;
   platform::PlainLock lock_{"instrument list", kInstrumentListLockRank};
   std::vector<InstrumentEntry> entries_ GUARDED_BY(lock_);
   std::map<int32_t, rvx::ViscometerArrayMonitor*> handles_ GUARDED_BY(lock_);

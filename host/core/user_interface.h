@@ -21,8 +21,6 @@ class UserInterfaceExecutor {
   // thread, at once. What the job raises is raised here. Any thread, without locks that a job may
   // need.
   virtual void Run(const std::function<void()>& job) = 0;
-  // On the user-interface thread, behind the making of a screen: there is a new frame.
-  virtual void FrameMade() {}
 };
 
 // A thread of its own, named "user interface", for programs without a display.

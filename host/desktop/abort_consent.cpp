@@ -28,6 +28,13 @@ platform::MessageAnswer AbortConsent::ShowMessage(const std::string& text,
   return behind_->ShowMessage(text, buttons, icon);
 }
 
+std::optional<platform::MessageAnswer> AbortConsent::ShowMessageUntil(
+    const std::string& text, platform::MessageButtons buttons, platform::MessageIcon icon,
+    std::span<platform::Event* const> withdrawal) {
+  if (consenting && buttons == platform::MessageButtons::YesNo) return platform::MessageAnswer::Yes;
+  return behind_->ShowMessageUntil(text, buttons, icon, withdrawal);
+}
+
 std::optional<int> AbortConsent::Choose(const std::string& title,
                                         const std::vector<std::string>& options, int initial) {
   return behind_->Choose(title, options, initial);

@@ -32,6 +32,9 @@ class AbortConsent : public platform::Prompter {
 
   platform::MessageAnswer ShowMessage(const std::string& text, platform::MessageButtons buttons,
                                       platform::MessageIcon icon) override;
+  std::optional<platform::MessageAnswer> ShowMessageUntil(
+      const std::string& text, platform::MessageButtons buttons, platform::MessageIcon icon,
+      std::span<platform::Event* const> withdrawal) override;
   std::optional<int> Choose(const std::string& title, const std::vector<std::string>& options,
                             int initial) override;
   void Beep() override;

@@ -40,10 +40,6 @@ void GuiThread::Run(const std::function<void()>& job) {
   if (call.raised) std::rethrow_exception(call.raised);
 }
 
-void GuiThread::FrameMade() {
-  if (frameHook_) frameHook_();
-}
-
 void GuiThread::Post(std::function<void()> job) {
   QMetaObject::invokeMethod(this, std::move(job), Qt::QueuedConnection);
 }

@@ -22,9 +22,6 @@ class GuiThread : public QObject, public UserInterfaceExecutor {
   // UserInterfaceExecutor. Jobs run whenever the thread looks at its events, also while a dialog
   // stands.
   void Run(const std::function<void()>& job) override;
-  void FrameMade() override;
-  // Called behind each screen that the module makes; null takes it away. The window's thread.
-  void SetFrameHook(std::function<void()> hook) { frameHook_ = std::move(hook); }
 
   // Runs the job later, in the order of posting, and returns at once. A job that waits when this
   // object ends is dropped. Any thread.
@@ -34,7 +31,6 @@ class GuiThread : public QObject, public UserInterfaceExecutor {
   struct Call;
 
   const platform::ThreadId threadId_;
-  std::function<void()> frameHook_;
 };
 
 // A widget as the module takes it for the parent of its status window, and back. Both sides are

@@ -8,9 +8,11 @@ HostEvents::HostEvents(Host& host, GuiThread& gui) : host_(host), gui_(gui) {
   host_.errors().AddListener(this);
   host_.samples().AddListener(this);
   monitor_ = host_.instruments().RegisterMonitor(this);
+  host_.instruments().AddSelectionListener(this);
 }
 
 HostEvents::~HostEvents() {
+  host_.instruments().RemoveSelectionListener(this);
   host_.instruments().UnregisterMonitor(monitor_);
   host_.samples().RemoveListener(this);
   host_.errors().RemoveListener(this);
@@ -35,6 +37,10 @@ void HostEvents::SampleStored(const rvx::Sample&, const SampleOrigin&) {
 
 void HostEvents::InstrumentsChanged(int32_t) {
   Post([](HostEvents& self) { Q_EMIT self.InstrumentChanged(); });
+}
+
+void HostEvents::InstrumentSelected(int32_t index) {
+  Post([index](HostEvents& self) { Q_EMIT self.SelectionWanted(index); });
 }
 
 }  // namespace torvell

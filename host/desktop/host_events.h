@@ -15,6 +15,7 @@ namespace torvell {
 class HostEvents : public QObject,
                    private ErrorListener,
                    private SampleStoredListener,
+                   private SelectionListener,
                    private rvx::ViscometerArrayMonitor {
   Q_OBJECT
 
@@ -29,16 +30,20 @@ class HostEvents : public QObject,
   void Stored();
   // Settings, constants or the tray of an instrument are others than before.
   void InstrumentChanged();
+  // Somebody, such as a screen, wants this instrument of the list to be the one that is shown.
+  void SelectionWanted(int32_t index);
 
  private:
   // Has the window's thread emit a signal. Any thread.
   void Post(std::function<void(HostEvents&)> emit);
 
-  // ErrorListener, SampleStoredListener, rvx::ViscometerArrayMonitor: on any thread.
+  // ErrorListener, SampleStoredListener, SelectionListener, rvx::ViscometerArrayMonitor: on any
+  // thread.
   void ErrorReported(const ErrorReport& report) override;
   void SampleStored(const rvx::Sample& sample, const SampleOrigin& origin) override;
   void ErrorReported(rvx::ActionErrorRecord record) override;
   void InstrumentsChanged(int32_t index) override;
+  void InstrumentSelected(int32_t index) override;
 
   Host& host_;
   GuiThread& gui_;

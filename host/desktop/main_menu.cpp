@@ -54,6 +54,7 @@ void MainWindow::RefreshMenus() {
   if (selected_ == nullptr) {
     for (QMenu* menu : {settingsMenu_, serviceMenu_}) {
       menu->addAction(QStringLiteral("No instrument"))->setEnabled(false);
+      menu->menuAction()->setVisible(true);
     }
     return;
   }
@@ -62,13 +63,11 @@ void MainWindow::RefreshMenus() {
     QAction* action = menu->addAction(offer.label, this, [this, offer] {
       if (selected_ != nullptr) screens_->Open(selected_->entry(), offer);
     });
-    action->setEnabled(offer.offered);
-    // The module refuses a configuration screen for the level alone, a service one for the model.
-    if (!offer.offered) {
-      action->setToolTip(offer.kind == ScreenKind::Configuration
-                             ? LevelNeededText(kLevelService, level_)
-                             : QStringLiteral("This model of instrument has nothing to do here."));
-    }
+    action->setEnabled(offer.refusal.isEmpty());
+    if (!offer.refusal.isEmpty()) action->setToolTip(offer.refusal);
+  }
+  for (QMenu* menu : {settingsMenu_, serviceMenu_}) {
+    menu->menuAction()->setVisible(!menu->isEmpty());
   }
   tray_->SetSampleKinds(screens_->sampleKinds());
 }
@@ -102,7 +101,7 @@ void MainWindow::ApplyActor(const QString& name, int32_t level, bool isUser) {
   tray_->SetActor(level_, user_);
   logOut_->setEnabled(isUser);
   lock_->setEnabled(isUser);
-  if (selected_ != nullptr) screens_->Ask(selected_->entry());
+  if (selected_ != nullptr) screens_->Ask(selected_->entry(), level_);
   OfferInterrupted();
 }
 

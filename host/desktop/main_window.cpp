@@ -55,7 +55,6 @@ MainWindow::MainWindow(Host& host, GuiThread& gui, AbortConsent& consent,
   BuildMenus();
   connect(screens_.get(), &Screens::Offered, this, &MainWindow::RefreshMenus);
   connect(screens_.get(), &Screens::Failed, this, &MainWindow::ShowFailure);
-  connect(screens_.get(), &Screens::Notice, this, &MainWindow::ShowNotice);
   ConnectMessages();
   ConnectHost();
   if (options_.lockMinutes > 0) {
@@ -100,7 +99,13 @@ void MainWindow::ConnectHost() {
     if (closing_) return;
     for (const auto& session : sessions_) session->Reload();
     // New constants may allow samples that were refused before.
-    if (selected_ != nullptr) screens_->Ask(selected_->entry());
+    if (selected_ != nullptr) screens_->Ask(selected_->entry(), level_);
+  });
+  connect(events_.get(), &HostEvents::SelectionWanted, this, [this](int32_t index) {
+    const auto place = static_cast<size_t>(index);
+    if (closing_ || place >= sessions_.size()) return;
+    InstrumentSession* const session = sessions_[place].get();
+    if (session != selected_) Select(session);
   });
 }
 
@@ -261,7 +266,7 @@ void MainWindow::Select(InstrumentSession* session) {
   plot_->Restart();
   BeginCurve();
   if (session != nullptr) {
-    screens_->Ask(session->entry());
+    screens_->Ask(session->entry(), level_);
     const auto& all = sessions_;
     for (size_t i = 0; i < all.size(); ++i) {
       if (all[i].get() == session) {
@@ -365,7 +370,11 @@ bool MainWindow::MayClose() {
                     session->run() != nullptr ? DescribeLoss(*session->run())
                                               : QStringLiteral("The tray is being started.")});
   }
-  const std::optional<ClosingQuestion> question = AskBeforeClosing(runs, {});
+  std::vector<ClosingObstacle> screens;
+  for (const CloseRefusal& refusal : screens_->Refusals()) {
+    screens.push_back({refusal.label, refusal.reason});
+  }
+  const std::optional<ClosingQuestion> question = AskBeforeClosing(runs, screens);
   if (!question) return true;
   QMessageBox box(QMessageBox::Warning, QStringLiteral("Close TORVELL"), question->text,
                   QMessageBox::NoButton, this);
@@ -390,6 +399,8 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 
 void MainWindow::BeginClosing() {
   closing_ = true;
+  // At once, so that what a screen has set moving does not go on until the runs have ended.
+  screens_->CloseAll();
   // What is typed now would come too late.
   centralWidget()->setEnabled(false);
   menuBar()->setEnabled(false);

@@ -1,10 +1,11 @@
 #include "host/desktop/screens.h"
 
-#include <algorithm>
+#include <span>
 #include <utility>
 
 #include "boundary/action.h"
 #include "boundary/action_keys.h"
+#include "host/desktop/instrument_state.h"
 
 namespace torvell {
 namespace {
@@ -29,18 +30,32 @@ std::unique_ptr<rvx::Action> Make(rvx::ViscometerInstrument& instrument, ScreenK
   });
 }
 
-// `place`: in the table of all actions, from which the label of one that is refused has to come.
-ScreenOffer OfferOf(rvx::ViscometerInstrument& instrument, ScreenKind kind, int index,
-                    int32_t place) {
+// Why somebody of this level can't choose it; empty if he can. The module itself refuses a
+// configuration screen for the level alone, a service one for the model.
+QString RefusalOf(ScreenKind kind, bool made, int32_t level) {
+  if (kind == ScreenKind::Service && level < kLevelOperator) {
+    return LevelNeededText(kLevelOperator, level);
+  }
+  if (made) return {};
+  return kind == ScreenKind::Configuration
+             ? LevelNeededText(kLevelService, level)
+             : QStringLiteral("This model of instrument has nothing to do here.");
+}
+
+// Nothing where the module has nothing to show.
+std::optional<ScreenOffer> OfferOf(rvx::ViscometerInstrument& instrument, ScreenKind kind,
+                                   int index, int32_t place, int32_t level) {
+  std::unique_ptr<rvx::Action> action = Make(instrument, kind, index);
+  const bool made = action != nullptr;
+  if (!made) action = TryMake([&] { return instrument.CreateActionByIndex(place); });
+  auto* screen = dynamic_cast<rvx::ScreenAction*>(action.get());
+  if (screen == nullptr || screen->GetUse() == rvx::ScreenAction::Use::None) return std::nullopt;
   ScreenOffer offer;
   offer.kind = kind;
   offer.index = index;
-  std::unique_ptr<rvx::Action> action = Make(instrument, kind, index);
-  offer.offered = action != nullptr;
-  if (action == nullptr) {
-    action = TryMake([&] { return instrument.CreateActionByIndex(place); });
-  }
-  if (action != nullptr) offer.label = QString::fromStdString(action->GetLabel());
+  offer.label = QString::fromStdString(action->GetLabel());
+  offer.refusal = RefusalOf(kind, made, level);
+  offer.edits = screen->GetUse() == rvx::ScreenAction::Use::Edit;
   return offer;
 }
 
@@ -70,27 +85,19 @@ class Screens::Watcher : public rvx::ActionWatcher {
 struct Screens::Opened {
   InstrumentEntry entry;
   ScreenOffer offer;
-  std::string classKey;
-  bool hasFrame = false;
+  bool started = false;  // the window's thread: the action is made and has been started
   std::unique_ptr<Watcher> watcher;
   // Goes before the watcher that it may still call.
   std::unique_ptr<rvx::Action> action;
 };
 
-Screens::Screens(GuiThread& gui, Worker& worker) : gui_(gui), worker_(worker) {
-  gui_.SetFrameHook([this] {
-    if (const std::shared_ptr<Opened> opened = starting_) {
-      opened->hasFrame = true;
-      Started(opened);
-    }
-  });
-}
+Screens::Screens(GuiThread& gui, Worker& worker) : gui_(gui), worker_(worker) {}
 
-Screens::~Screens() { gui_.SetFrameHook(nullptr); }
+Screens::~Screens() = default;
 
-void Screens::Ask(const InstrumentEntry& entry) {
+void Screens::Ask(const InstrumentEntry& entry, int32_t level) {
   if (asking_) {
-    askAgain_ = entry;
+    askAgain_ = Wish{entry, level};
     return;
   }
   asking_ = true;
@@ -101,20 +108,20 @@ void Screens::Ask(const InstrumentEntry& entry) {
   auto answer = std::make_shared<Answer>();
   const auto over = [this] {
     asking_ = false;
-    if (const auto again = std::exchange(askAgain_, std::nullopt)) Ask(*again);
+    if (const auto again = std::exchange(askAgain_, std::nullopt)) Ask(again->entry, again->level);
   };
   worker_.Do(
       this,
-      [entry, answer] {
+      [entry, level, answer] {
         rvx::ViscometerInstrument& instrument = *entry.instrument;
-        int index = 0;
-        for (const int32_t place : rvx::kConfigActions) {
-          answer->offers.push_back(OfferOf(instrument, ScreenKind::Configuration, index++, place));
-        }
-        index = 0;
-        for (const int32_t place : rvx::kServiceActions) {
-          answer->offers.push_back(OfferOf(instrument, ScreenKind::Service, index++, place));
-        }
+        const auto offer = [&](ScreenKind kind, std::span<const rvx::ActionIndex> places) {
+          for (size_t i = 0; i < places.size(); ++i) {
+            auto found = OfferOf(instrument, kind, static_cast<int>(i), places[i], level);
+            if (found) answer->offers.push_back(std::move(*found));
+          }
+        };
+        offer(ScreenKind::Configuration, rvx::kConfigActions);
+        offer(ScreenKind::Service, rvx::kServiceActions);
         for (const int kind : {rvx::kFirstSampleKind, rvx::kSecondSampleKind}) {
           const auto action = TryMake([&] { return instrument.CreateSampleAction(kind); });
           if (action) {
@@ -141,65 +148,62 @@ void Screens::Open(const InstrumentEntry& entry, const ScreenOffer& offer) {
   opened->watcher = std::make_unique<Watcher>(gui_, this);
   opened->watcher->SetOpened(opened);
   open_.push_back(opened);
-  waiting_.push_back(opened);
-  StartNext();
-}
-
-void Screens::StartNext() {
-  if (starting_ != nullptr || waiting_.empty()) return;
-  starting_ = waiting_.front();
-  waiting_.pop_front();
   worker_.Do(
       this,
-      [opened = starting_] {
-        const ScreenOffer& offer = opened->offer;
-        opened->action = Make(*opened->entry.instrument, offer.kind, offer.index);
+      [opened] {
+        opened->action = Make(*opened->entry.instrument, opened->offer.kind, opened->offer.index);
         if (!opened->action) {
           rvx::ActionErrorRecord record;
           record.message =
-              "\"" + offer.label.toStdString() +
+              "\"" + opened->offer.label.toStdString() +
               "\" is not offered for this instrument or this user. Nothing was opened.";
           throw new rvx::InvalidException(record);
         }
-        opened->classKey = opened->action->GetClassName();
-        opened->action->Start(opened->watcher.get(), "0,0");
+        if (!opened->offer.edits) opened->action->Start(opened->watcher.get(), "0,0");
       },
-      {},
-      [this, opened = starting_](const QString& text) {
-        open_.erase(std::remove(open_.begin(), open_.end(), opened), open_.end());
-        Started(opened);
+      [this, opened] {
+        opened->started = true;
+        if (opened->offer.edits) Edit(opened);
+      },
+      [this, opened](const QString& text) {
+        std::erase(open_, opened);
         Q_EMIT Failed(text);
       });
 }
 
-void Screens::Started(const std::shared_ptr<Opened>& opened) {
-  if (starting_ != opened) return;
-  starting_.reset();
-  StartNext();
+void Screens::Edit(const std::shared_ptr<Opened>& opened) {
+  const QPointer<Screens> self = this;
+  QString failure;
+  try {
+    opened->action->Edit();
+  } catch (...) {
+    failure = DescribeRaised();
+  }
+  // It may have shown dialogs, and the window may have closed behind them.
+  if (self.isNull()) return;
+  if (!failure.isEmpty()) Q_EMIT Failed(failure);
+  Ended(opened);
 }
 
 void Screens::Ended(const std::shared_ptr<Opened>& opened) {
-  const auto found = std::find(open_.begin(), open_.end(), opened);
-  if (found == open_.end()) return;
-  open_.erase(found);
-  Started(opened);
-  // A second start of an open screen only raises it, and makes no frame either.
-  const bool isRaise = std::any_of(open_.begin(), open_.end(), [&](const auto& other) {
-    return other->hasFrame && other->classKey == opened->classKey &&
-           other->entry.instrument == opened->entry.instrument;
-  });
-  if (!opened->hasFrame && !isRaise) {
-    Q_EMIT Notice(
-        QStringLiteral("\"%1\" has no screen in this version yet. Nothing was opened or changed.")
-            .arg(opened->offer.label));
-  }
+  if (std::erase(open_, opened) == 0) return;
   // The action's end may wait for its thread, which may want this one.
   worker_.Do(this, [held = opened]() mutable { held->action.reset(); });
 }
 
+std::vector<CloseRefusal> Screens::Refusals() const {
+  std::vector<CloseRefusal> refusals;
+  for (const auto& opened : open_) {
+    if (!opened->started) continue;
+    auto* screen = dynamic_cast<rvx::ScreenAction*>(opened->action.get());
+    const std::string reason = screen != nullptr ? screen->GetCloseRefusal() : std::string();
+    if (reason.empty()) continue;
+    refusals.push_back({opened->offer.label, QString::fromStdString(reason)});
+  }
+  return refusals;
+}
+
 void Screens::CloseAll() {
-  waiting_.clear();
-  starting_.reset();
   // There, because what was given to the worker before may still be starting one of them.
   worker_.Do(this, [open = std::exchange(open_, {})] {
     for (const auto& opened : open) {

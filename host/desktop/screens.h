@@ -3,7 +3,6 @@
 
 #include <QObject>
 #include <QPointer>
-#include <deque>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -16,12 +15,20 @@ namespace torvell {
 
 enum class ScreenKind { Configuration, Service };
 
-// One entry of a menu: the module's label, in the module's order, and whether it is offered now.
+// One entry of a menu: the module's label, in the module's order. What the module has no screen for
+// is no entry.
 struct ScreenOffer {
   ScreenKind kind = ScreenKind::Configuration;
   int index = 0;
   QString label;
-  bool offered = false;
+  QString refusal;     // why it can't be chosen now; empty if it can
+  bool edits = false;  // it opens no screen: the action's Edit does what it is for
+};
+
+// An open screen that does not want to close, and why.
+struct CloseRefusal {
+  QString label;
+  QString reason;
 };
 
 // Asks the module what it offers, and opens it. The window's thread.
@@ -32,42 +39,42 @@ class Screens : public QObject {
   Screens(GuiThread& gui, Worker& worker);
   ~Screens() override;
 
-  // Looks again, for this instrument and the user of the moment; Offered says when it is done. Of
+  // Looks again, for this instrument and a user of this level; Offered says when it is done. Of
   // several wishes at once only the last is looked for.
-  void Ask(const InstrumentEntry& entry);
+  void Ask(const InstrumentEntry& entry, int32_t level);
   const std::vector<ScreenOffer>& offers() const { return offers_; }
   // The sample actions that the module offers: kind and label.
   const std::vector<std::pair<int, QString>>& sampleKinds() const { return sampleKinds_; }
 
+  // Opens the screen, or raises it if it is open; or runs the action's Edit.
   void Open(const InstrumentEntry& entry, const ScreenOffer& offer);
-  // Gives up what is open, and has the worker close it behind everything that it was given before.
+  // Which of the open screens do not want to close.
+  std::vector<CloseRefusal> Refusals() const;
+  // Ends what is open whatever it says, on the worker, behind everything that it was given before.
   void CloseAll();
 
  Q_SIGNALS:
   void Offered();
   void Failed(const QString& text);
-  void Notice(const QString& text);
 
  private:
   struct Opened;
   class Watcher;
 
-  // Starts the next one that waits, if none is on its way.
-  void StartNext();
-  // This one has its frame, or will never have one.
-  void Started(const std::shared_ptr<Opened>& opened);
+  void Edit(const std::shared_ptr<Opened>& opened);
   void Ended(const std::shared_ptr<Opened>& opened);
 
   GuiThread& gui_;
   Worker& worker_;
   bool asking_ = false;
-  std::optional<InstrumentEntry> askAgain_;
+  struct Wish {
+    InstrumentEntry entry;
+    int32_t level = 0;
+  };
+  std::optional<Wish> askAgain_;
   std::vector<ScreenOffer> offers_;
   std::vector<std::pair<int, QString>> sampleKinds_;
   std::vector<std::shared_ptr<Opened>> open_;
-  // The one that a new frame belongs to, so they are started one at a time.
-  std::shared_ptr<Opened> starting_;
-  std::deque<std::shared_ptr<Opened>> waiting_;
 };
 
 }  // namespace torvell

@@ -2,8 +2,12 @@
 
 #include <QApplication>
 
+#include "boundary/action_keys.h"
 #include "module/execution/sample_action_editor.h"
+#include "module/execution/screen_maker.h"
 #include "module/printing/pdf_renderer.h"
+#include "module/screens/calibration/cell_cals_vw.h"
+#include "module/screens/common/make_screen.h"
 #include "module/screens/samples/sample_editor.h"
 #include "module/screens/status/custom_status_wnd.h"
 #include "module/toolkit/pdf.h"
@@ -25,6 +29,7 @@ void InstallScreens() {
   static SampleEditor* const editor = new SampleEditor;
   SetSampleActionEditor(editor);
   SetStatusWindowMaker(MakeStatusWindow);
+  SetScreenMaker(kCurrentCellCalsAction, MakeScreen<CCellCalsVw>);
 }
 
 }  // namespace rvx

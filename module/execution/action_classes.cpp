@@ -31,7 +31,7 @@ constexpr std::array kScreenClasses = {
 template <size_t kPlace>
 std::unique_ptr<Action> MakeScreen(C_RVX& instrument) {
   constexpr const ScreenClass& kClass = kScreenClasses[kPlace];
-  return std::make_unique<CScreenAction>(instrument, kClass.labelId,
+  return std::make_unique<CScreenAction>(instrument, kClass.index, kClass.labelId,
                                          kActionClassKeys[kClass.index]);
 }
 

@@ -133,6 +133,7 @@ void CBaseAction::StopRun() {
     const bool runs = std::exchange(launch->action, nullptr) != nullptr;
     launch->stopped = true;
     if (runs && launch->drivesInstrument) instrument_.SendAbort(nullptr);
+    launch->motion.End();
   }
   launch->stopEvent.Set();
   {

@@ -8,6 +8,7 @@
 #include "boundary/action.h"
 #include "boundary/exceptions.h"
 #include "module/execution/launch_record.h"
+#include "module/execution/screen_maker.h"
 #include "module/instrument/lock_ranks.h"
 #include "platform/lock.h"
 #include "platform/thread.h"
@@ -16,7 +17,7 @@ namespace rvx {
 
 class C_RVX;
 
-// As it stands, an action with a screen: Start opens the screen of PerformCreation and watches it.
+// As it stands, an action with a screen: Start opens the screen of GetScreenMaker and watches it.
 // A class that can be made calls StopRun at the beginning of its destructor, because the thread may
 // be calling one of its own operations until then.
 class CBaseAction : public Action, public UserInterfaceClient {
@@ -51,6 +52,10 @@ class CBaseAction : public Action, public UserInterfaceClient {
 
   FrameWindow* PerformCreation() override { return nullptr; }
   int32_t LoadResources() override;
+  // What makes the action's screen, null where it has none. The maker must not use this object: it
+  // is called without a lock, so that its screen may ask the person something, and a stop may have
+  // taken the action away by then.
+  virtual ScreenMaker GetScreenMaker() { return nullptr; }
 
   // Ends a run that nobody has stopped: tells the watcher, then lets the action be started again.
   // The run's thread calls it; nothing happens for a record that is detached.

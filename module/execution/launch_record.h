@@ -1,9 +1,11 @@
 // What an action and the thread of its run share.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "boundary/action.h"
+#include "module/execution/screen_motion.h"
 #include "module/instrument/lock_ranks.h"
 #include "platform/event.h"
 #include "platform/lock.h"
@@ -55,6 +57,9 @@ struct LaunchRecord {
   // Set once by the stopper; it stays set, so that nobody has to hand it on.
   platform::Event stopEvent{"action stop", platform::Event::Mode::ManualReset};
 
+  // What the record's screen has set moving; of screens alone.
+  ScreenMotion motion{instrument};
+
   platform::RecursiveLock lock{"launch record", kLaunchRecordLockRank};
   ActionWatcher* watcher GUARDED_BY(lock);  // not owned; null once detached
   CBaseAction* action GUARDED_BY(lock);     // not owned; null once detached
@@ -62,6 +67,8 @@ struct LaunchRecord {
   // run's thread may be held up for long (by a question to the user, say) and its CAB would then
   // end a run that has been started meanwhile.
   bool stopped GUARDED_BY(lock) = false;
+  // The window of the record's screen; null before it is made and for runs without one.
+  std::shared_ptr<FrameWindow> frame GUARDED_BY(lock);
 };
 
 }  // namespace rvx

@@ -188,12 +188,14 @@ void CTestStateMachine::AwaitRun() {
   Collect();
 }
 
-// Blocks the run until the user has answered; a stop is seen only then.
+// Blocks the run until the user has answered or the run is stopped. A prompt that outlived its run
+// would lie beside that of the next one, and nobody could tell which of the two to press.
 void CTestStateMachine::PromptForInjection() {
   platform::Prompter& prompter = platform::GetPrompter();
   prompter.Beep();
-  prompter.ShowMessage(promptText_, platform::MessageButtons::Ok,
-                       platform::MessageIcon::Information);
+  platform::Event* const withdrawal[] = {&launch_.stopEvent};
+  prompter.ShowMessageUntil(promptText_, platform::MessageButtons::Ok,
+                            platform::MessageIcon::Information, withdrawal);
   // Stopped while the question stood: the instrument must not begin an injection now.
   TakeUntaggedReply();
   if (!launch_.SendUnlessStopped([this] { instrument_.UserAcknowledge(this); })) return;

@@ -3,6 +3,8 @@
 #include <memory>
 #include <utility>
 
+#include "module/execution/screen_failure.h"
+#include "module/execution/screen_maker.h"
 #include "module/instrument/c_rvx.h"
 
 namespace rvx {
@@ -13,20 +15,33 @@ namespace {
 constexpr platform::Milliseconds kLookInterval{150};
 constexpr platform::Milliseconds kLastWait{100};
 
-// Creates the screen on the user-interface thread. It takes the record's lock there and not on the
-// view thread: a stop on the user-interface thread waits for that lock, and if the view thread held
-// it while waiting for that same thread, neither would go on.
+// Creates the screen on the user-interface thread, with no lock held: a screen that asks the person
+// something while it is made would otherwise keep everybody waiting who stops its action.
 class ScreenCreator final : public UserInterfaceClient {
  public:
-  explicit ScreenCreator(LaunchRecord& record) : record_(record) {}
+  explicit ScreenCreator(LaunchRecord& record) : record_(record) {
+    platform::RecursiveGuard guard(record.lock);
+    if (record.action == nullptr) return;
+    maker_ = record.action->GetScreenMaker();
+    label_ = record.action->GetLabel();
+  }
+  // What leaves this would end the process, so nothing does.
   FrameWindow* PerformCreation() override {
-    platform::RecursiveGuard guard(record_.lock);
-    return record_.action != nullptr ? record_.action->PerformCreation() : nullptr;
+    if (!maker_ || record_.IsDetached()) return nullptr;
+    try {
+      return maker_({record_.instrument, label_, record_.motion, record_.stopEvent});
+    } catch (...) {
+      record_.motion.End();
+      ReportScreenFailure(&record_.instrument, label_, DescribeRaised());
+    }
+    return nullptr;
   }
   int32_t LoadResources() override { return 0; }
 
  private:
   LaunchRecord& record_;
+  ScreenMaker maker_;
+  std::string label_;  // the screen keeps a reference to it
 };
 
 enum class ScreenEnd { Closed, Stopped, InstrumentCloses };
@@ -50,15 +65,60 @@ ScreenEnd WaitForEnd(LaunchRecord& record, FrameWindow* frame) {
 void ViewThread(LaunchRecord& record) {
   record.ReportStarted();
   ScreenCreator creator(record);
-  const std::unique_ptr<FrameWindow> frame(ExecutePerformCreation(&creator));
+  const std::shared_ptr<FrameWindow> frame(ExecutePerformCreation(&creator));
+  {
+    platform::RecursiveGuard guard(record.lock);
+    record.frame = frame;
+  }
   const ScreenEnd end = WaitForEnd(record, frame.get());
+  if (end == ScreenEnd::InstrumentCloses) record.motion.End();
   // The window uses the instrument, which this thread keeps alive: it goes first.
   if (end != ScreenEnd::Closed && frame != nullptr) frame->Destroy();
   // Whoever stopped the action has told its watcher.
   if (end != ScreenEnd::Stopped) CBaseAction::FinishRun(record);
 }
 
-CScreenAction::CScreenAction(C_RVX& instrument, int labelId, std::string classKey)
-    : CBaseAction(instrument, labelId), classKey_(std::move(classKey)) {}
+CScreenAction::CScreenAction(C_RVX& instrument, ActionIndex index, int labelId,
+                             std::string classKey)
+    : CBaseAction(instrument, labelId), index_(index), classKey_(std::move(classKey)) {}
+
+void CScreenAction::Start(ActionWatcher* watcher, const std::string& context) {
+  if (rvx::GetScreenMaker(index_)) {
+    CBaseAction::Start(watcher, context);
+    return;
+  }
+  Raise(instrument().MakeErrorRecord(),
+        HasScreens()
+            ? "\"" + GetLabel() +
+                  "\" has no screen in this version yet. Nothing was opened or changed."
+            : "\"" + GetLabel() +
+                  "\" can't be opened, because the program runs without a display. Nothing was "
+                  "changed. Open it from the program's window.");
+}
+
+int32_t CScreenAction::Edit() {
+  const ActionEditor editor = GetActionEditor(index_);
+  return editor ? editor(instrument()) : CBaseAction::Edit();
+}
+
+ScreenAction::Use CScreenAction::GetUse() {
+  if (rvx::GetScreenMaker(index_)) return Use::Start;
+  return GetActionEditor(index_) ? Use::Edit : Use::None;
+}
+
+std::string CScreenAction::GetCloseRefusal() {
+  std::shared_ptr<LaunchRecord> launch;
+  {
+    platform::RecursiveGuard guard(lock_);
+    launch = launch_;
+  }
+  if (launch == nullptr) return std::string();
+  std::shared_ptr<FrameWindow> frame;
+  {
+    platform::RecursiveGuard guard(launch->lock);
+    frame = launch->frame;
+  }
+  return frame != nullptr ? frame->GetCloseRefusal() : std::string();
+}
 
 }  // namespace rvx

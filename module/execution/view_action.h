@@ -11,15 +11,25 @@ namespace rvx {
 // closed it or the action was stopped, in which case it destroys the screen.
 void ViewThread(LaunchRecord& record);
 
-// An action whose class has no screen in this program: starting it reports start and finish.
-// A program with a window puts a class with a PerformCreation of its own in its place.
-class CScreenAction : public CBaseAction {
+// An action with a screen, or with an editor in its place: which one is the program's to say, by
+// SetScreenMaker and SetActionEditor. All thirteen of them are objects of this class.
+class CScreenAction final : public CBaseAction, public ScreenAction {
  public:
-  CScreenAction(C_RVX& instrument, int labelId, std::string classKey);
+  CScreenAction(C_RVX& instrument, ActionIndex index, int labelId, std::string classKey);
   ~CScreenAction() override { StopRun(); }
+  // Refused with ActionException where the program has no such screen.
+  void Start(ActionWatcher* watcher, const std::string& context) override;
+  // Calls the editor: its result, or 1 without one.
+  int32_t Edit() override;
   std::string GetClassName() override { return classKey_; }
+  ScreenMaker GetScreenMaker() override { return rvx::GetScreenMaker(index_); }
+
+  // ScreenAction
+  Use GetUse() override;
+  std::string GetCloseRefusal() override;
 
  private:
+  const ActionIndex index_;
   const std::string classKey_;
 };
 

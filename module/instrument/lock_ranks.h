@@ -16,6 +16,8 @@ inline constexpr platform::LockRank kTrayRunRecordLockRank = 300;   // TrayRun
 inline constexpr platform::LockRank kTrayRunPointerLockRank = 400;  // C_RVX's pointer to it
 inline constexpr platform::LockRank kTrayLockRank = 600;  // of the tray that the host sees
 inline constexpr platform::LockRank kActionLockRank = 700;
+// Held while a screen queues what sets something moving, or the abort that ends it.
+inline constexpr platform::LockRank kScreenMotionLockRank = 750;
 // Held while a CommandClient is called; a client may queue from inside.
 inline constexpr platform::LockRank kDeliveryLockRank = 800;
 inline constexpr platform::LockRank kErrorClientsLockRank = 850;

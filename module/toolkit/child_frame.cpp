@@ -1,5 +1,6 @@
 #include "module/toolkit/child_frame.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QPointer>
 #include <QStatusBar>
@@ -24,6 +25,12 @@ class CChildFrame::Handle final : public FrameWindow {
   void Destroy() override {
     // Behind the wait nothing of the screen touches the instrument any more.
     RunOnGuiThread([this] { delete link_->frame; });
+  }
+  std::string GetCloseRefusal() override {
+    AssertGuiThread("FrameWindow::GetCloseRefusal");
+    CChildFrame* const frame = link_->frame;
+    if (frame == nullptr || !frame->IsOpen() || frame->view() == nullptr) return std::string();
+    return frame->view()->GetCloseRefusal();
   }
 
  private:
@@ -54,7 +61,20 @@ void CChildFrame::AttachView(CFormView* view) {
 
 int32_t CChildFrame::QueryClose() { return view_ != nullptr ? view_->QueryClose() : 0; }
 
+void CChildFrame::End() {
+  closed_ = true;
+  hide();
+  deleteLater();
+}
+
 void CChildFrame::RaiseToUser() {
+  if (view_ == nullptr) {
+    if (QWidget* question = QApplication::activeModalWidget()) {
+      question->raise();
+      question->activateWindow();
+    }
+    return;
+  }
   if (isMinimized()) {
     setWindowState(windowState() & ~Qt::WindowMinimized);
   }

@@ -28,8 +28,12 @@ class CChildFrame : public QMainWindow {
   CFormView* view() const { return view_; }
   // Whether the frame may close: the view's answer, 0 without a view.
   int32_t QueryClose();
-  // Brings it to the top, not iconic any more, with the focus.
+  // Brings it to the top, not iconic any more, with the focus; while its view is being made and
+  // asks the person something, the question.
   void RaiseToUser();
+  // Takes it away without asking the view. It is deleted behind the present event, so a view may
+  // call this from inside its own code.
+  void End();
   // False once it has been closed, though the object may still be there for a moment.
   bool IsOpen() const { return !closed_; }
   // What the thread of the screen's action gets. The caller owns it; it outlives the frame safely.

@@ -17,6 +17,9 @@ class CFormView : public QWidget {
   // Asked when the frame is to close: 0 lets it close, anything else keeps it open. A view that
   // refuses tells its user why.
   virtual int32_t QueryClose() { return 0; }
+  // What QueryClose would answer, as a sentence for the user and without telling it: empty if the
+  // frame may close.
+  virtual std::string GetCloseRefusal() { return std::string(); }
   // The help topic that the help key opens, "RVX.chm::/RVX/....htm"; empty for none.
   virtual std::string GetHelpTopic() const { return std::string(); }
 

@@ -3,6 +3,9 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPointer>
+#include <QTimer>
+#include <algorithm>
+#include <utility>
 
 #include "module/toolkit/gui_thread.h"
 #include "module/toolkit/pause_tray_query.h"
@@ -21,6 +24,13 @@ QMessageBox::Icon ToBoxIcon(platform::MessageIcon icon) {
       return QMessageBox::Warning;
   }
   return QMessageBox::NoIcon;
+}
+
+constexpr int kLookInterval = 50;  // ms, at the events that take a question back
+
+bool IsSet(std::span<platform::Event* const> events) {
+  return std::any_of(events.begin(), events.end(),
+                     [](platform::Event* event) { return event->TryWait(); });
 }
 
 std::unique_ptr<QDialog> MakeBox(const std::string& text, platform::MessageButtons buttons,
@@ -43,8 +53,16 @@ std::unique_ptr<QDialog> MakeBox(const std::string& text, platform::MessageButto
 
 // A question of another thread, until it is answered.
 struct QtPrompter::Question {
+  Question(DialogMaker ownMake, AnswerReader ownRead)
+      : make(std::move(ownMake)), read(std::move(ownRead)) {}
+
+  const DialogMaker make;
   platform::Event answered{"question answered", platform::Event::Mode::ManualReset};
   QPointer<QDialog> dialog;  // GUI thread
+
+  platform::PlainLock lock{"question", platform::kLeafRank};
+  // What it writes to is on the asking thread's stack: null once that has stopped waiting.
+  AnswerReader read GUARDED_BY(lock);
 };
 
 void QtPrompter::Close() {
@@ -63,20 +81,27 @@ void QtPrompter::Close() {
 platform::MessageAnswer QtPrompter::ShowMessage(const std::string& text,
                                                 platform::MessageButtons buttons,
                                                 platform::MessageIcon icon) {
+  return *ShowMessageUntil(text, buttons, icon, {});
+}
+
+std::optional<platform::MessageAnswer> QtPrompter::ShowMessageUntil(
+    const std::string& text, platform::MessageButtons buttons, platform::MessageIcon icon,
+    Withdrawal withdrawal) {
   platform::MessageAnswer answer = buttons == platform::MessageButtons::YesNo
                                        ? platform::MessageAnswer::No
                                        : platform::MessageAnswer::Ok;
-  Ask([&] { return MakeBox(text, buttons, icon); },
-      [&answer](QDialog&, int result) {
-        if (result == QMessageBox::Yes) answer = platform::MessageAnswer::Yes;
-      });
-  return answer;
+  const bool stood = Ask([=] { return MakeBox(text, buttons, icon); },
+                         [&answer](QDialog&, int result) {
+                           if (result == QMessageBox::Yes) answer = platform::MessageAnswer::Yes;
+                         },
+                         withdrawal);
+  return stood ? std::optional(answer) : std::nullopt;
 }
 
 std::optional<int> QtPrompter::Choose(const std::string& title,
                                       const std::vector<std::string>& options, int initial) {
   std::optional<int> choice;
-  Ask([&] { return std::make_unique<CPauseTrayQuery>(title, options, initial); },
+  Ask([=] { return std::make_unique<CPauseTrayQuery>(title, options, initial); },
       [&choice](QDialog& dialog, int result) {
         if (result == QDialog::Accepted) choice = static_cast<CPauseTrayQuery&>(dialog).answer();
       });
@@ -87,31 +112,62 @@ void QtPrompter::Beep() {
   PostToGuiThread([] { QApplication::beep(); });
 }
 
-void QtPrompter::Ask(const DialogMaker& make, const AnswerReader& read) {
+bool QtPrompter::Ask(const DialogMaker& make, const AnswerReader& read, Withdrawal withdrawal) {
   {
     platform::PlainGuard guard(lock_);
-    if (closed_) return;
+    if (closed_) return true;
   }
-  if (IsGuiThread()) {
-    RunDialog<QDialog>(make(), read);
-    return;
-  }
-  auto question = std::make_shared<Question>();
-  {
-    platform::PlainGuard guard(lock_);
-    if (closed_) return;
-    standing_.push_back(question);
-  }
-  PostToGuiThread([question, &make, &read] { Show(question, make, read); });
-  question->answered.Wait();
-  platform::PlainGuard guard(lock_);
-  std::erase(standing_, question);
+  return IsGuiThread() ? AskHere(make, read, withdrawal) : AskBeside(make, read, withdrawal);
 }
 
-void QtPrompter::Show(const std::shared_ptr<Question>& question, const DialogMaker& make,
-                      const AnswerReader& read) {
-  if (question->answered.TryWait()) return;  // dropped meanwhile; `make` and `read` are gone
-  QDialog* dialog = make().release();
+bool QtPrompter::AskHere(const DialogMaker& make, const AnswerReader& read, Withdrawal withdrawal) {
+  // Its parent may be destroyed while it is open, and the dialog with it.
+  const QPointer<QDialog> dialog = make().release();
+  bool takenBack = false;
+  QTimer look;
+  if (!withdrawal.empty()) {
+    QObject::connect(&look, &QTimer::timeout, dialog, [&dialog, &takenBack, withdrawal] {
+      takenBack = IsSet(withdrawal);
+      if (takenBack) dialog->reject();
+    });
+    look.start(kLookInterval);
+  }
+  const int result = dialog->exec();
+  // What took the question back may also have destroyed the window that it stood over.
+  if (!dialog) takenBack = IsSet(withdrawal);
+  if (dialog && !takenBack) read(*dialog, result);
+  delete dialog;
+  return !takenBack;
+}
+
+bool QtPrompter::AskBeside(const DialogMaker& make, const AnswerReader& read,
+                           Withdrawal withdrawal) {
+  const auto question = std::make_shared<Question>(make, read);
+  {
+    platform::PlainGuard guard(lock_);
+    if (closed_) return true;
+    standing_.push_back(question);
+  }
+  PostToGuiThread([question] { Show(question); });
+  std::vector<platform::Event*> events{&question->answered};
+  events.insert(events.end(), withdrawal.begin(), withdrawal.end());
+  const bool takenBack = platform::WaitForAny(events, platform::Deadline::Never()) != 0;
+  {
+    platform::PlainGuard guard(question->lock);
+    question->read = nullptr;
+  }
+  if (takenBack) {
+    question->answered.Set();
+    PostToGuiThread([question] { delete question->dialog; });
+  }
+  platform::PlainGuard guard(lock_);
+  std::erase(standing_, question);
+  return !takenBack;
+}
+
+void QtPrompter::Show(const std::shared_ptr<Question>& question) {
+  if (question->answered.TryWait()) return;  // dropped meanwhile
+  QDialog* dialog = question->make().release();
   question->dialog = dialog;
   // No window owns it: one that is closed must not take an unanswered question with it.
   dialog->setParent(nullptr, dialog->windowFlags() | Qt::WindowStaysOnTopHint);
@@ -119,9 +175,11 @@ void QtPrompter::Show(const std::shared_ptr<Question>& question, const DialogMak
   // Above a modal window only a modal one can be used.
   dialog->setWindowModality(QApplication::activeModalWidget() != nullptr ? Qt::ApplicationModal
                                                                          : Qt::NonModal);
-  QObject::connect(dialog, &QDialog::finished, dialog, [question, dialog, &read](int result) {
-    if (question->answered.TryWait()) return;
-    read(*dialog, result);
+  QObject::connect(dialog, &QDialog::finished, dialog, [question, dialog](int result) {
+    {
+      platform::PlainGuard guard(question->lock);
+      if (question->read) question->read(*dialog, result);
+    }
     question->answered.Set();
   });
   dialog->show();

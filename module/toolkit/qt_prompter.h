@@ -26,6 +26,9 @@ class QtPrompter final : public platform::Prompter {
 
   platform::MessageAnswer ShowMessage(const std::string& text, platform::MessageButtons buttons,
                                       platform::MessageIcon icon) override;
+  std::optional<platform::MessageAnswer> ShowMessageUntil(
+      const std::string& text, platform::MessageButtons buttons, platform::MessageIcon icon,
+      std::span<platform::Event* const> withdrawal) override;
   std::optional<int> Choose(const std::string& title, const std::vector<std::string>& options,
                             int initial) override;
   void Beep() override;
@@ -36,10 +39,15 @@ class QtPrompter final : public platform::Prompter {
   // Reads the answer from the closed dialog, with its result code. GUI thread.
   using AnswerReader = std::function<void(QDialog& dialog, int result)>;
 
-  // Shows the dialog and returns when `read` has been called or the question was dropped.
-  void Ask(const DialogMaker& make, const AnswerReader& read);
-  static void Show(const std::shared_ptr<Question>& question, const DialogMaker& make,
-                   const AnswerReader& read);
+  using Withdrawal = std::span<platform::Event* const>;
+
+  // Shows the dialog and returns when `read` has been called or the question was dropped: false if
+  // it was taken back.
+  bool Ask(const DialogMaker& make, const AnswerReader& read, Withdrawal withdrawal = {});
+  // The same on the GUI thread, in a loop of its events, and on another one, which waits.
+  static bool AskHere(const DialogMaker& make, const AnswerReader& read, Withdrawal withdrawal);
+  bool AskBeside(const DialogMaker& make, const AnswerReader& read, Withdrawal withdrawal);
+  static void Show(const std::shared_ptr<Question>& question);
 
   platform::PlainLock lock_{"questions", platform::kLeafRank};
   std::vector<std::shared_ptr<Question>> standing_ GUARDED_BY(lock_);

@@ -24,10 +24,14 @@ FrameWindow* ScreenTable::OpenOrRaise(ViscometerInstrument& instrument, const st
   }
   auto frame = std::make_unique<CChildFrame>();
   frame->setWindowTitle(QString::fromStdString(MakeFrameTitle(label, instrument)));
-  frame->AttachView(makeView().release());
+  // Before the view is made: it may ask the person something, and a second start that comes in
+  // meanwhile must find this one.
+  frames_[&instrument] = frame.get();
+  std::unique_ptr<CFormView> view = makeView();
+  if (view == nullptr) return nullptr;
+  frame->AttachView(view.release());
   frame->adjustSize();
   frame->show();
-  frames_[&instrument] = frame.get();
   return frame.release()->MakeHandle().release();
 }
 

@@ -24,10 +24,11 @@ class ScreenTable {
  public:
   using ViewMaker = std::function<std::unique_ptr<CFormView>()>;
 
-  // What a screen's PerformCreation does: raises the instrument's screen if it is open, and answers
-  // null; otherwise makes a frame with the view of `makeView`, sizes it to the form, shows it and
-  // answers its handle, which the caller owns. The instrument must outlive the frame; the thread of
-  // the screen's action sees to that.
+  // What a screen's PerformCreation does: raises the instrument's screen if it is open or being
+  // made, and answers null; otherwise makes a frame with the view of `makeView`, sizes it to the
+  // form, shows it and answers its handle, which the caller owns. Without a view there is no frame
+  // either; what `makeView` raises passes through. It may ask the person something. The instrument
+  // must outlive the frame; the thread of the screen's action sees to that.
   FrameWindow* OpenOrRaise(ViscometerInstrument& instrument, const std::string& label,
                            const ViewMaker& makeView);
   // The instrument's open screen, or null.

@@ -6,6 +6,8 @@
 #include "module/calibration/standards_map.h"
 #include "module/resources/string_ids.h"
 #include "module/resources/string_table.h"
+#include "module/screens/calibration/cell_cals_vw.h"
+#include "module/screens/common/make_screen.h"
 #include "module/screens/samples/check_visc_list.h"
 #include "module/screens/samples/sample_tests_editor.h"
 #include "module/screens/status/custom_status_wnd.h"
@@ -96,6 +98,44 @@ void ShootQuestions(Camera& camera) {
                        platform::MessageIcon::Information);
 }
 
+// A screen as its action opens it, closed again.
+void ShootScreen(Camera& camera, EditorBench& test, ActionIndex index, const QString& name) {
+  const std::unique_ptr<Action> action(test.bench.instrument->CreateActionByIndex(index));
+  action->Start(nullptr, "0,0");
+  CChildFrame* frame = nullptr;
+  PumpUntil([&] {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+      auto* each = dynamic_cast<CChildFrame*>(widget);
+      if (each != nullptr && each->isVisible()) frame = each;
+    }
+    return frame != nullptr;
+  });
+  frame->activateWindow();
+  camera.Shoot(*frame, name);
+  frame->close();
+  PumpUntil([&] { return action->IsRunning() == 0; });
+}
+
+void ShootCellConstants(Camera& camera, EditorBench& test) {
+  SetScreenMaker(kCurrentCellCalsAction, MakeScreen<CCellCalsVw>);
+  ShootScreen(camera, test, kCurrentCellCalsAction, "cell-constants-none");
+  {
+    C_RVX& instrument = *test.bench.instrument;
+    const ConfigurationGuard guard(instrument.configuration());
+    ConfigurationRecord& configuration = instrument.configuration();
+    configuration.modelCode = '4';
+    configuration.optionByte = 0x02;
+    for (size_t slot = 0; slot < kCalibrationTemperatures.size(); ++slot) {
+      configuration.b0[slot] = 1234567.8 + static_cast<double>(slot);
+      configuration.b1[slot] = -12345.6;
+      configuration.b2[slot] = 123.4;
+      configuration.calibrationDates[slot] = platform::Date(2026, 11, 30, 23, 59, 59);
+    }
+  }
+  test.bench.instrument->SetInstrumentId("Cell 7");
+  ShootScreen(camera, test, kCurrentCellCalsAction, "cell-constants");
+}
+
 void ShootStatusWindow(Camera& camera) {
   StatusReadings readings;
   readings.received = true;
@@ -133,6 +173,7 @@ int main(int argc, char** argv) {
   rvx::Camera camera(arguments[1], arguments[2] == "dark", QLocale(arguments[3]));
   rvx::InPacedTime([&] {
     rvx::EditorBench test;
+    rvx::ShootCellConstants(camera, test);
     rvx::ShootEditors(camera, test);
     rvx::ShootStandards(camera, test);
     rvx::ShootQuestions(camera);

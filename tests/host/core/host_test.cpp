@@ -158,8 +158,16 @@ TEST(Host, DeletesInstrumentsBeforeItsServices) {
     };
     EXPECT_EQ(GetInstrumentManager()->GetInstrument(0), &instrument);
     EXPECT_EQ(GetInstrumentManager()->GetInstrument(1), nullptr);
+    struct Listener : SelectionListener {
+      void InstrumentSelected(int32_t index) override { told.push_back(index); }
+      std::vector<int32_t> told;
+    } listener;
+    host->instruments().AddSelectionListener(&listener);
     EXPECT_EQ(GetInstrumentManager()->SelectInstrument(1, 1), 0);
+    EXPECT_NE(GetInstrumentManager()->SelectInstrument(0, 0), 0);  // only asks
     EXPECT_NE(GetInstrumentManager()->SelectInstrument(0, 1), 0);
+    EXPECT_EQ(listener.told, std::vector<int32_t>{0});
+    host->instruments().RemoveSelectionListener(&listener);
   }
   EXPECT_TRUE(deleted);
   EXPECT_TRUE(OpenHost(folder)->instrumentTexts().Read("RVXCOM1:0"));

@@ -2,6 +2,7 @@
 #include "module/entry/screens.h"
 
 #include "module/execution/sample_action_editor.h"
+#include "module/execution/screen_maker.h"
 #include "module/instrument/status_window.h"
 #include "tests/support/gui.h"
 
@@ -16,6 +17,7 @@ TEST(InstallScreensTest, ThePrompterOfTheHostStays) {
   }
   EXPECT_NE(GetSampleActionEditor(), nullptr);
   EXPECT_NE(GetStatusWindowMaker(), nullptr);
+  EXPECT_TRUE(GetScreenMaker(kCurrentCellCalsAction));
   EXPECT_FALSE(platform::HasPrompter());
   InstallScreens();
   EXPECT_TRUE(platform::HasPrompter());

@@ -86,6 +86,7 @@ TEST(NullActionTest, ReportsAtOnce) {
 struct TestFrame {
   std::atomic<bool> open{true};
   std::atomic<int> destroyed{0};
+  platform::Event created{"test screen created"};
 };
 
 class TestHandle final : public FrameWindow {
@@ -101,15 +102,18 @@ class TestHandle final : public FrameWindow {
   TestFrame& frame_;
 };
 
+// Without a frame it only raises one that is open.
 class FramedAction final : public CBaseAction {
  public:
   FramedAction(C_RVX& instrument, TestFrame* frame) : CBaseAction(instrument, 550), frame_(frame) {}
   ~FramedAction() override { StopRun(); }
-  FrameWindow* PerformCreation() override {
-    created.Set();
-    return new TestHandle(*frame_);
+  ScreenMaker GetScreenMaker() override {
+    return [frame = frame_](const ScreenRequest&) -> FrameWindow* {
+      if (frame == nullptr) return nullptr;
+      frame->created.Set();
+      return new TestHandle(*frame);
+    };
   }
-  platform::Event created{"test screen created"};
 
  private:
   TestFrame* frame_;
@@ -141,7 +145,7 @@ TEST(ScreenTest, AStopDestroysIt) {
     {
       FramedAction action(*bench.instrument, &frame);
       action.Start(&watcher, "0,0");
-      EXPECT_TRUE(action.created.Wait(1s));
+      EXPECT_TRUE(frame.created.Wait(1s));
       action.Stop();
       EXPECT_EQ(watcher.calls(), (std::vector<std::string>{"started 0,0", "finished 0,0"}));
       action.Stop();
@@ -159,7 +163,7 @@ TEST(ScreenTest, ADyingInstrumentClosesIt) {
     RecordingWatcher watcher;
     auto action = std::make_unique<FramedAction>(*bench.instrument, &frame);
     action->Start(&watcher, "0,0");
-    EXPECT_TRUE(action->created.Wait(1s));
+    EXPECT_TRUE(frame.created.Wait(1s));
     bench.instrument.reset();
     EXPECT_EQ(frame.destroyed, 1);
     EXPECT_EQ(watcher.calls(), (std::vector<std::string>{"started 0,0", "finished 0,0"}));
@@ -170,11 +174,33 @@ TEST(ScreenTest, ADyingInstrumentClosesIt) {
 TEST(ScreenTest, AScreenThatIsOpenAlreadyEndsTheNewActionSoon) {
   InVirtualTime([] {
     Bench bench;
-    const auto action = bench.Make<CScreenAction>(kMonitorAction);
+    FramedAction action(*bench.instrument, nullptr);
     RecordingWatcher watcher;
-    action->Start(&watcher, "0,0");
+    action.Start(&watcher, "0,0");
     EXPECT_TRUE(watcher.WaitForFinish(101ms));
     EXPECT_EQ(watcher.calls(), (std::vector<std::string>{"started 0,0", "finished 0,0"}));
+  });
+}
+
+TEST(ScreenTest, WhatTheProgramCannotShowIsRefusedWithASentence) {
+  InVirtualTime([] {
+    Bench bench;
+    RecordingWatcher watcher;
+    const auto monitor = bench.Make<CScreenAction>(kMonitorAction);
+    const auto refusal = [&] {
+      const auto record = Raised([&] { monitor->Start(&watcher, "0,0"); });
+      return record ? record->message : std::string();
+    };
+    EXPECT_NE(refusal().find("without a display"), std::string::npos);
+    // An action without a screen, which does its work in Edit.
+    const auto print = bench.Make<CScreenAction>(kPrintConfigAction);
+    EXPECT_EQ(print->GetUse(), ScreenAction::Use::None);
+    SetActionEditor(kPrintConfigAction, [](C_RVX&) { return 7; });
+    EXPECT_EQ(print->GetUse(), ScreenAction::Use::Edit);
+    EXPECT_EQ(print->Edit(), 7);
+    EXPECT_NE(refusal().find("no screen in this version"), std::string::npos);
+    SetActionEditor(kPrintConfigAction, nullptr);
+    EXPECT_TRUE(watcher.calls().empty());
   });
 }
 

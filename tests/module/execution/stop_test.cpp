@@ -77,6 +77,41 @@ TEST(StopTest, SendsItsCabWhileThePromptStillStandsAndNoneBehindIt) {
   });
 }
 
+// A box that outlived its run would lie beside that of the next one.
+TEST(StopTest, TheInjectionPromptGoesWithItsRun) {
+  struct Standing : PromptCounter {
+    std::optional<platform::MessageAnswer> ShowMessageUntil(
+        const std::string&, platform::MessageButtons, platform::MessageIcon,
+        std::span<platform::Event* const> withdrawal) override {
+      ++shown;
+      EXPECT_EQ(++open, 1);
+      opened.Set();
+      platform::WaitForAny(withdrawal, platform::Deadline::Never());
+      --open;
+      return std::nullopt;
+    }
+    int shown = 0;
+    int open = 0;
+    platform::Event opened{"test: the prompt is open"};
+  };
+  InVirtualTime([] {
+    Bench bench('1');
+    Standing prompter;
+    const auto action = MakeTwoTests(bench);
+    RecordingWatcher watcher;
+    for (int run = 1; run <= 2; ++run) {
+      action->Start(&watcher, "0,0");
+      ASSERT_TRUE(prompter.opened.Wait(1h));
+      action->Stop();
+      EXPECT_TRUE(bench.controller.WaitForCommands("AB", run, 1min));
+    }
+    bench.instrument.reset();  // nobody answers, and no thread waits
+    EXPECT_EQ(prompter.shown, 2);
+    EXPECT_EQ(bench.Heard(), "ST AB ST AB");
+    platform::SetPrompter(&bench.prompts);
+  });
+}
+
 // Not started again is what matters: a stopped action has not run, so it may be.
 TEST(StopTest, AStoppedActionCanBeStartedAgain) {
   InVirtualTime([] {

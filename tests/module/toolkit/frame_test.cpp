@@ -43,9 +43,12 @@ class TestScreenAction final : public CBaseAction {
  public:
   explicit TestScreenAction(C_RVX& instrument) : CBaseAction(instrument, 550) {}
   ~TestScreenAction() override { StopRun(); }
-  FrameWindow* PerformCreation() override {
-    return Table().OpenOrRaise(instrument(), GetLabel(),
-                               [this] { return std::make_unique<TestView>(instrument()); });
+  ScreenMaker GetScreenMaker() override {
+    return [](const ScreenRequest& request) {
+      return Table().OpenOrRaise(request.instrument, request.label, [&request] {
+        return std::make_unique<TestView>(request.instrument);
+      });
+    };
   }
 };
 

@@ -1,6 +1,7 @@
 // Questions in windows, asked from either side.
 #include <QAbstractButton>
 #include <QMessageBox>
+#include <QPointer>
 #include <QRadioButton>
 
 #include "module/toolkit/controls.h"
@@ -70,6 +71,31 @@ TEST(PrompterTest, AtItsEndNothingIsConfirmed) {
       answer = prompter.ShowMessage("Stop?", MessageButtons::YesNo, MessageIcon::Question);
     });
     EXPECT_EQ(answer, MessageAnswer::No);
+  }
+}
+
+TEST(PrompterTest, AQuestionThatIsTakenBackGoesWithoutAnAnswer) {
+  for (const bool beside : {false, true}) {
+    QtPrompter prompter;
+    platform::Event ended("test: the run has ended", platform::Event::Mode::ManualReset);
+    platform::Event* const withdrawal[] = {&ended};
+    std::optional<MessageAnswer> answer = MessageAnswer::Ok;
+    QPointer<QMessageBox> shown;
+    WhenShown<QMessageBox>([&](QMessageBox& box) {
+      shown = &box;
+      ended.Set();
+    });
+    const auto ask = [&] {
+      answer = prompter.ShowMessageUntil("Lower it.", MessageButtons::Ok, MessageIcon::Information,
+                                         withdrawal);
+    };
+    if (beside) {
+      RunBeside(ask);
+    } else {
+      ask();
+    }
+    EXPECT_EQ(answer, std::nullopt);
+    EXPECT_TRUE(PumpUntil([&] { return shown.isNull(); }));
   }
 }
 

@@ -1,0 +1,20 @@
+#include "module/screens/common/make_screen.h"
+
+#include "module/instrument/c_rvx.h"
+#include "module/screens/common/screen_view.h"
+
+namespace rvx {
+
+FrameWindow* OpenScreen(ScreenTable& table, const ScreenRequest& request,
+                        const std::function<std::unique_ptr<CScreenView>()>& makeView) {
+  return table.OpenOrRaise(request.instrument, request.label, [&]() -> std::unique_ptr<CFormView> {
+    std::unique_ptr<CScreenView> view = makeView();
+    // It may have asked the person something, and was stopped meanwhile: it is never shown.
+    if (request.stopped.TryWait() || request.instrument.closingEvent().TryWait()) {
+      return nullptr;
+    }
+    return view;
+  });
+}
+
+}  // namespace rvx

@@ -1,0 +1,81 @@
+#include "module/screens/common/reply_client.h"
+
+#include <utility>
+
+#include "module/toolkit/gui_thread.h"
+
+namespace rvx {
+namespace {
+
+constexpr int kLookInterval = 50;  // ms, at the deadline, which is in the base's time
+
+}  // namespace
+
+ReplyClient::ReplyClient(C_RVX& instrument)
+    : CommandClient(&instrument), instrument_(instrument), link_(std::make_shared<Link>()) {
+  AssertGuiThread("ReplyClient");
+  link_->client = this;
+  QObject::connect(&look_, &QTimer::timeout, &look_, [this] {
+    if (!deadline_.HasPassed()) return;
+    const Done done = std::exchange(done_, nullptr);
+    Cancel();
+    if (done) done({CommandResult::Kind::NoReply, std::string()});
+  });
+}
+
+ReplyClient::~ReplyClient() {
+  Cancel();
+  Detach();
+  link_->client = nullptr;
+}
+
+bool ReplyClient::Send(const std::function<void(CommandClient*)>& send,
+                       platform::Milliseconds timeout, Done done) {
+  AssertGuiThread("ReplyClient::Send");
+  if (IsWaiting()) return false;
+  {
+    platform::PlainGuard guard(lock_);
+    ++number_;
+  }
+  done_ = std::move(done);
+  deadline_ = platform::Deadline::After(timeout);
+  look_.start(kLookInterval);
+  send(this);
+  return true;
+}
+
+void ReplyClient::Cancel() {
+  look_.stop();
+  done_ = nullptr;
+  {
+    platform::PlainGuard guard(lock_);
+    ++number_;
+  }
+  instrument_.WithdrawCommands(this);
+  instrument_.ForgetClient(this);
+}
+
+void ReplyClient::CommandReply(const std::string& tag) {
+  uint64_t number = 0;
+  {
+    platform::PlainGuard guard(lock_);
+    number = number_;
+  }
+  PostToGuiThread([link = link_, number, tag] {
+    if (link->client != nullptr) link->client->TakeReply(number, tag);
+  });
+}
+
+void ReplyClient::TakeReply(uint64_t number, const std::string& tag) {
+  {
+    platform::PlainGuard guard(lock_);
+    if (number != number_) return;
+  }
+  look_.stop();
+  // Behind the call this object may be gone: its screen may have closed.
+  const Done done = std::exchange(done_, nullptr);
+  if (!done) return;
+  done({tag.empty() ? CommandResult::Kind::Refused : CommandResult::Kind::Replied, tag});
+}
+
+}  // namespace rvx

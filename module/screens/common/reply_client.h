@@ -1,0 +1,64 @@
+// Commands of a screen whose replies it waits for.
+#pragma once
+
+#include <QTimer>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "module/instrument/c_rvx.h"
+#include "platform/lock.h"
+#include "platform/time_base.h"
+
+namespace rvx {
+
+struct CommandResult {
+  enum class Kind {
+    Replied,  // `tag` is the reply's
+    Refused,  // the instrument would not take the command
+    NoReply   // nothing came in time; the command was withdrawn if it was still queued
+  };
+  Kind kind = Kind::NoReply;
+  std::string tag;
+};
+
+// Sends one command at a time and hears its reply on the GUI thread, or that none has come: it has
+// a time-out of its own, because nothing else ends the wait for an instrument that is silent. Made,
+// used and destroyed on the GUI thread; it may go before the reply.
+class ReplyClient final : private CommandClient {
+ public:
+  using Done = std::function<void(const CommandResult& result)>;
+
+  explicit ReplyClient(C_RVX& instrument);
+  ~ReplyClient() override;
+
+  // Has `send` queue one command with the client that it is given. `done` is called once, unless
+  // this object is gone or has been cancelled. `timeout` counts from now, in the base's time. False
+  // while an earlier command still waits.
+  bool Send(const std::function<void(CommandClient* client)>& send, platform::Milliseconds timeout,
+            Done done);
+  // Takes the command back if it was not sent yet, and calls nobody.
+  void Cancel();
+  bool IsWaiting() const { return done_ != nullptr; }
+
+ private:
+  // What a posted reply looks at, when this object may be gone.
+  struct Link {
+    ReplyClient* client = nullptr;  // GUI thread
+  };
+
+  void CommandReply(const std::string& tag) override;
+  void TakeReply(uint64_t number, const std::string& tag);
+
+  C_RVX& instrument_;
+  Done done_;  // null when nothing waits
+  platform::Deadline deadline_ = platform::Deadline::Never();
+  QTimer look_;
+  const std::shared_ptr<Link> link_;
+
+  platform::PlainLock lock_{"screen reply", platform::kLeafRank};
+  // Of the present command: a reply to an earlier one may still be on its way to the GUI thread.
+  uint64_t number_ GUARDED_BY(lock_) = 0;
+};
+
+}  // namespace rvx

@@ -1,0 +1,300 @@
+// What all screens do the same way: their making, their ends, their work beside the window.
+#include "module/screens/common/screen_view.h"
+
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QVBoxLayout>
+#include <stdexcept>
+
+#include "module/screens/common/make_screen.h"
+#include "module/toolkit/qt_prompter.h"
+#include "tests/module/screens/common/screen_bench.h"
+
+namespace rvx {
+namespace {
+
+constexpr int kGoId = 1030;
+
+// A screen that does what a test tells it to.
+class TestView final : public CScreenView {
+ public:
+  struct Script {
+    std::function<void(TestView&)> made, go, tick;
+    std::string refusal;
+  };
+  inline static Script script;
+
+  explicit TestView(const ScreenRequest& request) : CScreenView(request) {
+    auto* layout = new QVBoxLayout(this);
+    for (const auto& [id, text] : {std::pair{kGoId, "Go"}, std::pair{kOkId, "Close"}}) {
+      auto* button = new QPushButton(QString::fromLatin1(text), this);
+      button->setProperty(kControlIdProperty, id);
+      layout->addWidget(button);
+    }
+    BindButtons(kOkId, kGoId);
+    On(FindControl<QPushButton>(*this, kGoId), &QPushButton::clicked, [this](bool) {
+      if (script.go) script.go(*this);
+    });
+    SetTickPeriod(10);
+    if (script.made) script.made(*this);
+  }
+  std::string GetCloseRefusal() override { return script.refusal; }
+  void Tick(int32_t) override {
+    if (script.tick) script.tick(*this);
+  }
+
+  using CScreenView::Ask;
+  using CScreenView::AskInstrument;
+  using CScreenView::instrument;
+  using CScreenView::motion;
+  using CScreenView::RefreshOnChange;
+  using CScreenView::Work;
+};
+
+class ScreenViewTest : public testing::Test {
+ protected:
+  ~ScreenViewTest() override { TestView::script = {}; }
+
+  // Runs a test with an instrument whose monitor action opens the scripted screen.
+  void Run(const std::function<void(ScreenBench&)>& body) {
+    InPacedTime([&] {
+      ScreenBench test(kMonitorAction, MakeScreen<TestView>);
+      body(test);
+    });
+  }
+  TestView::Script& script() { return TestView::script; }
+  static void PressGo() { QTest::keyClick(ScreenBench::frame()->view(), Qt::Key_Return); }
+  static void Move(TestView& view) {
+    view.motion().Begin([&] { view.instrument().MoveStepper(0x08, 0, nullptr); });
+  }
+};
+
+enum class End { Closed, Stopped, ActionGone, InstrumentGone, Failed };
+
+void Bring(End end, ScreenBench& test) {
+  switch (end) {
+    case End::Closed:
+      QTest::keyClick(ScreenBench::frame()->view(), Qt::Key_Escape);
+      return;
+    case End::Stopped:
+      test.action->Stop();
+      return;
+    case End::ActionGone:
+      test.action.reset();
+      return;
+    case End::InstrumentGone:
+      test.CloseInstrument();
+      return;
+    case End::Failed:
+      TestView::script.tick = [](TestView&) { throw std::runtime_error("a fault"); };
+      return;
+  }
+}
+
+class ScreenEndTest : public ScreenViewTest, public testing::WithParamInterface<End> {};
+
+TEST_P(ScreenEndTest, SendsOneAbortForWhatMovesAndNoneForWhatRests) {
+  for (const bool moves : {true, false}) {
+    Run([&](ScreenBench& test) {
+      script() = {};
+      ScreenMotion* motion = nullptr;
+      script().go = [&](TestView& view) {
+        motion = &view.motion();
+        Move(view);
+        if (!moves) view.motion().NoteRest();
+      };
+      test.Open();
+      PressGo();
+      ASSERT_TRUE(PumpUntil([&] { return test.bench.controller.CountCommands("MM") == 1; }));
+      Bring(GetParam(), test);
+      EXPECT_TRUE(test.IsOver());
+      // Its end lets out what is queued.
+      test.CloseInstrument();
+      EXPECT_EQ(test.bench.controller.CountCommands("AB"), moves ? 1 : 0);
+    });
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(AllEnds, ScreenEndTest,
+                         testing::Values(End::Closed, End::Stopped, End::ActionGone,
+                                         End::InstrumentGone, End::Failed));
+
+// The stopper has sent the CAB; a press that comes between it and the window's end must not follow
+// it with another move.
+TEST_F(ScreenViewTest, NothingMovesBehindAStop) {
+  Run([&](ScreenBench& test) {
+    script().go = [&](TestView& view) {
+      test.action->Stop();
+      Move(view);
+    };
+    test.Open();
+    PressGo();
+    EXPECT_TRUE(test.IsOver());
+    test.CloseInstrument();
+    EXPECT_EQ(test.bench.Heard(), "");
+  });
+}
+
+class AskingScreenTest : public ScreenViewTest, public testing::WithParamInterface<End> {};
+
+// Who ends the action waits neither for a lock nor for the person, and the question goes.
+TEST_P(AskingScreenTest, AQuestionWhileAScreenIsMadeHoldsNobodyUp) {
+  QtPrompter prompter;
+  Run([&](ScreenBench& test) {
+    platform::SetPrompter(&prompter);
+    bool answered = true;
+    script().made = [&](TestView& view) {
+      answered = view.Ask("Use the stored values?", platform::MessageButtons::YesNo,
+                          platform::MessageIcon::Question)
+                     .has_value();
+    };
+    WhenShown<QMessageBox>([&](QMessageBox&) {
+      RecordingWatcher second;
+      const std::unique_ptr<Action> raises = test.MakeAction();
+      raises->Start(&second, "0,0");
+      EXPECT_TRUE(PumpUntil([&] { return raises->IsRunning() == 0; }));
+      Bring(GetParam(), test);
+    });
+    test.action->Start(&test.watcher, "0,0");
+    EXPECT_TRUE(PumpUntil([&] { return test.watcher.Count("finished 0,0") == 1; }));
+    EXPECT_TRUE(PumpUntil([&] { return !answered && ScreenBench::frame() == nullptr; }));
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(Ends, AskingScreenTest,
+                         testing::Values(End::Stopped, End::InstrumentGone));
+
+TEST_F(ScreenViewTest, AFailureClosesTheScreenAndIsReported) {
+  const auto fail = [](TestView&) { throw std::runtime_error("a fault"); };
+  const auto raise = [](TestView&) {
+    ActionErrorRecord record;
+    record.message = "a fault";
+    throw new InvalidException(record);
+  };
+  const std::vector<std::function<void()>> places = {
+      [&] { script().made = fail; }, [&] { script().made = raise; }, [&] { script().tick = fail; },
+      [&] { script().go = raise; },
+      [&] {
+        script().go = [fail](TestView& view) {
+          view.Work([] {}, [fail, &view] { fail(view); }, {});
+        };
+      }};
+  for (const auto& plan : places) {
+    Run([&](ScreenBench& test) {
+      script() = {};
+      plan();
+      const bool opens = !script().made;
+      test.action->Start(&test.watcher, "0,0");
+      if (script().go) {
+        ASSERT_TRUE(PumpUntil([] { return ScreenBench::frame() != nullptr; }));
+        ASSERT_TRUE(PumpUntil([] { return ScreenBench::frame()->isVisible(); }));
+        PressGo();
+      }
+      EXPECT_TRUE(test.IsOver());
+      const auto errors = test.bench.host.instruments.errors();
+      ASSERT_EQ(errors.size(), 1u);
+      EXPECT_NE(errors[0].message.find("\"RVX Monitor\" was closed because it failed (a fault)"),
+                std::string::npos);
+      EXPECT_EQ(test.bench.prompts.beeps, opens ? 1 : 0);
+    });
+  }
+}
+
+TEST_F(ScreenViewTest, ARefusalKeepsItOpenAndIsToldToUserAndHost) {
+  Run([&](ScreenBench& test) {
+    auto& screen = dynamic_cast<ScreenAction&>(*test.action);
+    EXPECT_EQ(screen.GetUse(), ScreenAction::Use::Start);
+    EXPECT_EQ(screen.GetCloseRefusal(), "");
+    script().refusal = "The motor is running.";
+    test.Open();
+    QTest::keyClick(ScreenBench::frame()->view(), Qt::Key_Escape);
+    EXPECT_FALSE(ScreenBench::frame()->close());
+    EXPECT_EQ(test.bench.prompts.beeps, 2);
+    EXPECT_EQ(ScreenBench::frame()->statusBar()->currentMessage(), "The motor is running.");
+    EXPECT_EQ(screen.GetCloseRefusal(), "The motor is running.");
+    script().refusal = "";
+    QTest::mouseClick(FindControl<>(*ScreenBench::frame()->view(), kOkId), Qt::LeftButton);
+    EXPECT_TRUE(test.IsOver());
+  });
+}
+
+TEST_F(ScreenViewTest, WorkEndsOnTheWindowsThreadIfTheScreenIsStillThere) {
+  Run([&](ScreenBench& test) {
+    platform::Event mayEnd("test: the job may end", platform::Event::Mode::ManualReset);
+    std::string heard;
+    int jobs = 0;
+    script().go = [&](TestView& view) {
+      const auto done = [&] { heard += IsGuiThread() ? "done " : "elsewhere "; };
+      const auto failed = [&](const std::string& why) { heard += why + " "; };
+      view.Work(
+          [&] {
+            mayEnd.Wait();
+            ++jobs;
+          },
+          done, failed);
+      view.Work([] { throw new InvalidException; }, done, failed);
+    };
+    test.Open();
+    PressGo();
+    EXPECT_EQ(heard, "");  // the window's thread has not waited
+    mayEnd.Set();
+    EXPECT_TRUE(PumpUntil([&] { return heard == "done CViscoException "; })) << heard;
+    mayEnd.Reset();
+    PressGo();
+    Bring(End::Closed, test);
+    EXPECT_TRUE(test.IsOver());
+    mayEnd.Set();
+    test.CloseInstrument();  // waits for the job, which is done all the same
+    EXPECT_EQ(jobs, 2);
+    EXPECT_EQ(heard, "done CViscoException ");
+  });
+}
+
+TEST_F(ScreenViewTest, ACommandIsAnsweredOrTimesOutOrLosesItsScreen) {
+  Run([&](ScreenBench& test) {
+    std::vector<CommandResult> results;
+    script().go = [&](TestView& view) {
+      const auto send = [&](CommandClient* client) { view.instrument().SetHomeFlag(client); };
+      const auto done = [&](const CommandResult& result) { results.push_back(result); };
+      EXPECT_TRUE(view.AskInstrument(send, 4s, done));
+      EXPECT_FALSE(view.AskInstrument(send, 4s, done));  // one at a time
+    };
+    test.Open();
+    PressGo();
+    ASSERT_TRUE(PumpUntil([&] { return results.size() == 1; }));
+    EXPECT_EQ(results[0].kind, CommandResult::Kind::Replied);
+    EXPECT_EQ(results[0].tag, "HO");
+    test.bench.controller.SetSilent(true);
+    PressGo();
+    ASSERT_TRUE(PumpUntil([&] { return results.size() == 2; }));
+    EXPECT_EQ(results[1].kind, CommandResult::Kind::NoReply);
+    PressGo();
+    Bring(End::Closed, test);
+    EXPECT_TRUE(test.IsOver());
+    test.bench.controller.SetSilent(false);
+    test.bench.WaitForStatus();
+    EXPECT_EQ(results.size(), 2u);
+  });
+}
+
+TEST_F(ScreenViewTest, ManyChangesAreOneRefreshAndNoneBehindTheEnd) {
+  Run([&](ScreenBench& test) {
+    int refreshes = 0;
+    script().made = [&](TestView& view) { view.RefreshOnChange([&] { ++refreshes; }); };
+    test.Open();
+    FakeInstrumentManager& manager = test.bench.host.instruments;
+    for (int i = 0; i < 100; ++i) manager.NotifyInstrumentChanged();
+    EXPECT_TRUE(PumpUntil([&] { return refreshes > 0; }));
+    EXPECT_EQ(refreshes, 1);
+    RunBeside([&] { manager.NotifyInstrumentChanged(); });
+    EXPECT_TRUE(PumpUntil([&] { return refreshes == 2; }));
+    manager.NotifyInstrumentChanged();  // on its way when the screen goes
+    Bring(End::ActionGone, test);
+    EXPECT_TRUE(test.IsOver());
+    EXPECT_EQ(refreshes, 2);
+  });
+}
+
+}  // namespace
+}  // namespace rvx
