@@ -25,11 +25,16 @@ class ScreenCreator final : public UserInterfaceClient {
     maker_ = record.action->GetScreenMaker();
     label_ = record.action->GetLabel();
   }
-  // What leaves this would end the process, so nothing does.
+  // What leaves this would end the process, so nothing does. The frame is put into the record, here
+  // and not behind the call: the window's thread may ask for it at once.
   FrameWindow* PerformCreation() override {
     if (!maker_ || record_.IsDetached()) return nullptr;
     try {
-      return maker_({record_.instrument, label_, record_.motion, record_.stopEvent});
+      const std::shared_ptr<FrameWindow> frame(
+          maker_({record_.instrument, label_, record_.motion, record_.stopEvent}));
+      platform::RecursiveGuard guard(record_.lock);
+      record_.frame = frame;
+      return frame.get();
     } catch (...) {
       record_.motion.End();
       ReportScreenFailure(&record_.instrument, label_, DescribeRaised());
@@ -65,10 +70,11 @@ ScreenEnd WaitForEnd(LaunchRecord& record, FrameWindow* frame) {
 void ViewThread(LaunchRecord& record) {
   record.ReportStarted();
   ScreenCreator creator(record);
-  const std::shared_ptr<FrameWindow> frame(ExecutePerformCreation(&creator));
+  ExecutePerformCreation(&creator);
+  std::shared_ptr<FrameWindow> frame;
   {
     platform::RecursiveGuard guard(record.lock);
-    record.frame = frame;
+    frame = record.frame;
   }
   const ScreenEnd end = WaitForEnd(record, frame.get());
   if (end == ScreenEnd::InstrumentCloses) record.motion.End();

@@ -104,11 +104,11 @@ TEST(StopTest, TheInjectionPromptGoesWithItsRun) {
       ASSERT_TRUE(prompter.opened.Wait(1h));
       action->Stop();
       EXPECT_TRUE(bench.controller.WaitForCommands("AB", run, 1min));
+      bench.WaitForStatus();  // idle: the next run may begin
     }
     bench.instrument.reset();  // nobody answers, and no thread waits
     EXPECT_EQ(prompter.shown, 2);
     EXPECT_EQ(bench.Heard(), "ST AB ST AB");
-    platform::SetPrompter(&bench.prompts);
   });
 }
 
