@@ -16,7 +16,8 @@ namespace {
 enum Column { kTemperature, kB0, kB1, kB2, kDate, kColumnCount };
 // Pixels, as long as the texts need no more.
 constexpr int kWidths[kColumnCount] = {90, 55, 55, 55, 135};
-constexpr int kBesideText = 16;  // pixels in a column that its text does not use
+constexpr int kBesideText = 16;   // pixels in a column that its text does not use
+constexpr int kBetweenLines = 6;  // pixels
 
 QStringList TextsOf(const CellConstantsRow& row) {
   return {QString::fromStdString(row.temperature), QString::fromStdString(row.b0),
@@ -68,6 +69,7 @@ void CCellCalsVw::Load() {
     const QStringList texts = TextsOf(rows[i]);
     if (i >= rows_.size()) {
       auto* item = new QTreeWidgetItem(&list, texts);
+      item->setSizeHint(kTemperature, {0, list.fontMetrics().height() + kBetweenLines});
       for (const int column : {kB0, kB1, kB2}) {
         item->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
       }
