@@ -130,10 +130,13 @@ void Screens::Ask(const InstrumentEntry& entry, int32_t level) {
         }
       },
       [this, answer, over] {
+        // A menu that is built anew closes under the pointer of whoever reads it, and the module
+        // tells of changes often.
+        const bool changed = offers_ != answer->offers || sampleKinds_ != answer->kinds;
         offers_ = std::move(answer->offers);
         sampleKinds_ = std::move(answer->kinds);
         over();
-        Q_EMIT Offered();
+        if (changed) Q_EMIT Offered();
       },
       [this, over](const QString& text) {
         over();

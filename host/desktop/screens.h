@@ -23,6 +23,8 @@ struct ScreenOffer {
   QString label;
   QString refusal;     // why it can't be chosen now; empty if it can
   bool edits = false;  // it opens no screen: the action's Edit does what it is for
+
+  bool operator==(const ScreenOffer& other) const = default;
 };
 
 // An open screen that does not want to close, and why.
@@ -39,7 +41,7 @@ class Screens : public QObject {
   Screens(GuiThread& gui, Worker& worker);
   ~Screens() override;
 
-  // Looks again, for this instrument and a user of this level; Offered says when it is done. Of
+  // Looks again, for this instrument and a user of this level; Offered says if anything is new. Of
   // several wishes at once only the last is looked for.
   void Ask(const InstrumentEntry& entry, int32_t level);
   const std::vector<ScreenOffer>& offers() const { return offers_; }

@@ -243,21 +243,25 @@ TEST_F(WindowTest, TheMenusOfferTheScreensThatTheModuleHas) {
 }
 
 TEST_F(WindowTest, AScreenOpensFromTheMenuAndGoesWithTheWindow) {
-  QAction* offered = nullptr;
-  ASSERT_TRUE(DesktopBench::Until([&] {
-    offered = Find<QAction>("Current Cell Calibration Constants");
-    return offered != nullptr && offered->isEnabled();
-  }));
+  // Looked for each time: a change in the instrument may build the menu anew.
+  const auto choose = [this] {
+    ASSERT_TRUE(DesktopBench::Until([&] {
+      QAction* offered = Find<QAction>("Current Cell Calibration Constants");
+      if (offered == nullptr || !offered->isEnabled()) return false;
+      offered->trigger();
+      return true;
+    }));
+  };
   const auto frame = []() -> QWidget* {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
       if (widget->isVisible() && widget->windowTitle().startsWith("Current Cell")) return widget;
     }
     return nullptr;
   };
-  offered->trigger();
+  choose();
   ASSERT_TRUE(DesktopBench::Until([&] { return frame() != nullptr; }));
   const QPointer<QWidget> first = frame();
-  offered->trigger();  // raises it
+  choose();  // raises it
   bool closed = false;
   QObject::connect(&bench_.window(), &MainWindow::Closed, [&closed] { closed = true; });
   bench_.window().close();
