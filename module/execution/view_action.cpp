@@ -93,13 +93,13 @@ void CScreenAction::Start(ActionWatcher* watcher, const std::string& context) {
     CBaseAction::Start(watcher, context);
     return;
   }
-  Raise(instrument().MakeErrorRecord(),
-        HasScreens()
-            ? "\"" + GetLabel() +
-                  "\" has no screen in this version yet. Nothing was opened or changed."
-            : "\"" + GetLabel() +
-                  "\" can't be opened, because the program runs without a display. Nothing was "
-                  "changed. Open it from the program's window.");
+  ActionErrorRecord record = instrument().MakeErrorRecord();
+  record.message =
+      "\"" + GetLabel() +
+      (HasScreens() ? "\" has no screen in this version yet. Nothing was opened or changed."
+                    : "\" can't be opened, because the program runs without a display. Nothing was "
+                      "changed. Open it from the program's window.");
+  throw new ActionException(std::move(record));
 }
 
 int32_t CScreenAction::Edit() {
