@@ -599,7 +599,7 @@ class Rights(Case):
 
 
 class Calibrations(Case):
-    EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples")
+    EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "..", "examples")
 
     def rehearse(self):
         """The tray of standards at -20, run in oils of known truth."""
