@@ -182,7 +182,7 @@ void Screens::Edit(const std::shared_ptr<Opened>& opened) {
   } catch (...) {
     failure = DescribeRaised();
   }
-  // It may have shown dialogs, and the window may have closed behind them.
+  // It may have shown dialogs, and the window may have closed meanwhile.
   if (self.isNull()) return;
   if (!failure.isEmpty()) Q_EMIT Failed(failure);
   Ended(opened);

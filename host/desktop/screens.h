@@ -52,7 +52,7 @@ class Screens : public QObject {
   void Open(const InstrumentEntry& entry, const ScreenOffer& offer);
   // Which of the open screens do not want to close.
   std::vector<CloseRefusal> Refusals() const;
-  // Ends what is open whatever it says, on the worker, behind everything that it was given before.
+  // Ends what is open whatever it says, on the worker, after everything that it was given before.
   void CloseAll();
 
  Q_SIGNALS:

@@ -1,5 +1,5 @@
-// The screens behind the actions, as far as the actions need to know them. A program with a window
-// puts its screens behind this; without one no screen can be started.
+// The screens of the actions, as far as the actions need to know them. A program with a window
+// registers its screens here; without one no screen can be started.
 #pragma once
 
 #include <functional>

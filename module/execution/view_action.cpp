@@ -26,7 +26,7 @@ class ScreenCreator final : public UserInterfaceClient {
     label_ = record.action->GetLabel();
   }
   // What leaves this would end the process, so nothing does. The frame is put into the record, here
-  // and not behind the call: the window's thread may ask for it at once.
+  // and not after the call: the window's thread may ask for it at once.
   FrameWindow* PerformCreation() override {
     if (!maker_ || record_.IsDetached()) return nullptr;
     try {

@@ -31,7 +31,7 @@ class CChildFrame : public QMainWindow {
   // Brings it to the top, not iconic any more, with the focus; while its view is being made and
   // asks the person something, the question.
   void RaiseToUser();
-  // Takes it away without asking the view. It is deleted behind the present event, so a view may
+  // Takes it away without asking the view. It is deleted after the present event, so a view may
   // call this from inside its own code.
   void End();
   // False once it has been closed, though the object may still be there for a moment.

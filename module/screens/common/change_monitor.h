@@ -15,8 +15,8 @@ namespace rvx {
 class ChangeMonitor final : private ViscometerArrayMonitor {
  public:
   explicit ChangeMonitor(std::function<void()> refresh);
-  // Behind it `refresh` is not called any more. Waits for a call of the host that is under way,
-  // which itself waits for nothing.
+  // Once it returns `refresh` is not called any more. Waits for a call of the host that is under
+  // way, which itself waits for nothing.
   ~ChangeMonitor() override;
   ChangeMonitor(const ChangeMonitor&) = delete;
   ChangeMonitor& operator=(const ChangeMonitor&) = delete;

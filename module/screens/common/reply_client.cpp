@@ -72,7 +72,7 @@ void ReplyClient::TakeReply(uint64_t number, const std::string& tag) {
     if (number != number_) return;
   }
   look_.stop();
-  // Behind the call this object may be gone: its screen may have closed.
+  // After the call this object may be gone: its screen may have closed.
   const Done done = std::exchange(done_, nullptr);
   if (!done) return;
   done({tag.empty() ? CommandResult::Kind::Refused : CommandResult::Kind::Replied, tag});

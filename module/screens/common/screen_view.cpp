@@ -87,7 +87,8 @@ void CScreenView::ShowStatusLine() {
 void CScreenView::CloseScreen() { window()->close(); }
 
 void CScreenView::Guard(const std::function<void()>& code) {
-  // The code may wait for the person, and the screen and its instrument may be gone behind it.
+  // The code may wait for the person, and the screen and its instrument may be gone when it
+  // returns.
   const QPointer<CScreenView> self = this;
   const std::string label = request_.label;
   try {

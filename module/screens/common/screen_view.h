@@ -66,15 +66,15 @@ class CScreenView : public CFormView {
   // Not called any more once the instrument closes.
   virtual void Tick(int32_t /*level*/) {}
 
-  // Has `refresh` called behind each change of an instrument that the host tells of.
+  // Has `refresh` called after each change of an instrument that the host tells of.
   void RefreshOnChange(std::function<void()> refresh);
 
-  // Runs `job` on another thread, behind the jobs before it; then `done` here, or `failed` with
+  // Runs `job` on another thread, after the jobs before it; then `done` here, or `failed` with
   // what it raised, unless the view is gone. For whatever may block, such as an archive. The job
   // uses no widget and no view.
   void Work(std::function<void()> job, std::function<void()> done,
             std::function<void(const std::string&)> failed);
-  // Has `send` queue one command, and calls `done` with its reply or behind the time-out, unless
+  // Has `send` queue one command, and calls `done` with its reply or after the time-out, unless
   // the view is gone. False while an earlier one still waits: then nothing is sent.
   bool AskInstrument(const std::function<void(CommandClient* client)>& send,
                      platform::Milliseconds timeout,

@@ -122,7 +122,7 @@ INSTANTIATE_TEST_SUITE_P(AllEnds, ScreenEndTest,
 
 // The stopper has sent the CAB; a press that comes between it and the window's end must not follow
 // it with another move.
-TEST_F(ScreenViewTest, NothingMovesBehindAStop) {
+TEST_F(ScreenViewTest, NothingMovesAfterAStop) {
   Run([&](ScreenBench& test) {
     script().go = [&](TestView& view) {
       test.action->Stop();
@@ -284,7 +284,7 @@ TEST_F(ScreenViewTest, ACommandIsAnsweredOrTimesOutOrLosesItsScreen) {
   });
 }
 
-TEST_F(ScreenViewTest, ManyChangesAreOneRefreshAndNoneBehindTheEnd) {
+TEST_F(ScreenViewTest, ManyChangesAreOneRefreshAndNoneAfterTheEnd) {
   Run([&](ScreenBench& test) {
     int refreshes = 0;
     script().made = [&](TestView& view) { view.RefreshOnChange([&] { ++refreshes; }); };
