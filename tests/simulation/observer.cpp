@@ -42,7 +42,8 @@ size_t TestOf(const Sample& sample, const PlannedSample& plan) {
   return index;
 }
 
-// A message that is a text of the string table as it is must carry the code that says so.
+// A message that is a text of the string table as it is must carry the code that says so. Some
+// error bytes have no text, and so no code.
 bool HasItsCode(const ActionErrorRecord& error) {
   static const std::map<std::string, int32_t> kTexts = [] {
     std::map<std::string, int32_t> texts;
@@ -50,7 +51,8 @@ bool HasItsCode(const ActionErrorRecord& error) {
     return texts;
   }();
   const auto found = kTexts.find(error.message);
-  return found == kTexts.end() || MessageCodeOf(found->second) == error.code;
+  return error.message.empty() || found == kTexts.end() ||
+         MessageCodeOf(found->second) == error.code;
 }
 
 int64_t Now() { return platform::MonotonicTime().count(); }

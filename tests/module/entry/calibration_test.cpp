@@ -196,9 +196,9 @@ TEST(CalibrationTest, ARefusedSaveIsInForceAndARefusedConstantIsNot) {
     const ScriptingResult problem = instrument.SaveCalibration(-20.0, "1100", "-400", "5");
     ASSERT_TRUE(problem);
     EXPECT_EQ(problem->kind(), Kind::Archive);
-    EXPECT_NE(problem->message.find("in force all the same, at -20 degC with the old date"),
+    EXPECT_NE(problem->outcome.find("in force all the same, at -20 degC with the old date"),
               std::string::npos)
-        << problem->message;
+        << problem->Sentences();
     EXPECT_EQ(instrument.GetCellConstants()[4].b2, 5.0);
     EXPECT_EQ(instrument.GetCellConstants()[4].date, date);
   });
@@ -238,7 +238,7 @@ TEST(CalibrationTest, WhatDoesNotConformOrFitLeavesTheTrayAsItIs) {
       const auto problem =
           bench.instrument->MakeCalibrationTray({std::move(temperatures), std::move(only)});
       EXPECT_EQ(bench.TrayIds(), before);
-      return problem ? problem->message : std::string();
+      return problem ? problem->Sentences() : std::string();
     };
     EXPECT_NE(refusal({-25.0}, {}).find("A, B, C"), std::string::npos);
     EXPECT_NE(refusal({-21.0}, {}), "");
