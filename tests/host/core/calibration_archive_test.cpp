@@ -190,9 +190,6 @@ TEST(CalibrationArchive, ASimulatedSampleStaysMarked) {
   const auto host = OpenHost(folder);
   EXPECT_TRUE(host->samples().IsSimulated(sample.id));
   EXPECT_FALSE(host->samples().IsSimulated(measured.id));
-  const ErrorReport message = host->errors().Last(1).at(0);
-  EXPECT_TRUE(message.acknowledged);
-  EXPECT_EQ(message.code, rvx::MessageCode::None);
   int marked = 0;
   for (const StoredSample& each : host->samples().All()) marked += each.simulated ? 1 : 0;
   EXPECT_EQ(marked, 1);
