@@ -13,8 +13,8 @@
 namespace rvx {
 
 // How old a run may be, in hours, as a person may ask for it.
-inline constexpr int32_t kFewestCalibrationHours = 1;
-inline constexpr int32_t kMostCalibrationHours = 366;
+inline constexpr int32_t kMinCalibrationHours = 1;
+inline constexpr int32_t kMaxCalibrationHours = 366;
 inline constexpr int32_t kUsualCalibrationHours = 4;
 
 // Which runs of known viscosity a calibration is made of.

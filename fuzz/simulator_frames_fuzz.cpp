@@ -46,8 +46,8 @@ struct Controller {
   SimLink link{stop, board, firmware};
 
   void Settle() {
-    constexpr int kMostPasses = 64;
-    for (int i = 0; i < kMostPasses; ++i) {
+    constexpr int kMaxPasses = 64;
+    for (int i = 0; i < kMaxPasses; ++i) {
       const auto intCount = static_cast<uint16_t>(board.AdvanceClock(link.WantsTick()));
       const bool progressed = firmware.Pass(intCount);
       link.StatusPass(intCount);

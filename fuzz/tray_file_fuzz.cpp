@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (const torvell::TrayFilePosition& position : tray) {
     fuzz::Require(position.position > last && position.position <= kPositions,
                   "positions are in order and on the tray");
-    fuzz::Require(!position.tests.empty() && position.tests.size() <= torvell::kMostTests,
+    fuzz::Require(!position.tests.empty() && position.tests.size() <= torvell::kMaxTestsOfSample,
                   "a position has 1 to 20 tests");
     last = position.position;
   }

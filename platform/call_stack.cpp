@@ -17,8 +17,8 @@
 namespace platform::detail {
 namespace {
 
-constexpr size_t kMostFrames = 40;
-constexpr size_t kMostCallsTold = 4;
+constexpr size_t kMaxFrames = 40;
+constexpr size_t kMaxCallsTold = 4;
 
 // What a function pushes first, on each machine that has frame pointers.
 struct Frame {
@@ -131,7 +131,7 @@ bool IsBetween(const Call& call) {
 CallStack WalkFrames(const void* frame) {
   CallStack stack;
   Frame current{};
-  while (stack.size() < kMostFrames && ReadFrame(frame, current)) {
+  while (stack.size() < kMaxFrames && ReadFrame(frame, current)) {
     if (current.returnAddress == nullptr) break;
     stack.push_back(current.returnAddress);
     if (current.caller <= frame) break;  // stacks grow downwards
@@ -146,7 +146,7 @@ std::vector<std::vector<std::string>> DescribeCalls(std::span<const CallStack> s
   for (const CallStack& stack : stacks) {
     std::vector<std::string>& told = descriptions.emplace_back();
     for (const void* address : stack) {
-      if (told.size() == kMostCallsTold) break;
+      if (told.size() == kMaxCallsTold) break;
       const Call& call = calls[address];
       if (call.place.empty() || IsOfThePlatform(address) || IsBetween(call)) continue;
       told.push_back(call.function.empty() ? call.place : call.function + " (" + call.place + ")");

@@ -12,7 +12,7 @@ namespace platform {
 namespace detail {
 
 void HeldLocks::Push(LockState* lock) {
-  if (count_ == kMost) Fatal(std::string("too many locks held, the last: ") + lock->name);
+  if (count_ == kMaxLocks) Fatal(std::string("too many locks held, the last: ") + lock->name);
   locks_[count_++] = lock;
 }
 

@@ -6,15 +6,15 @@
 namespace platform::detail {
 namespace {
 
-constexpr double kShortestStall = 1'000;      // us
-constexpr double kLongestStall = 2'000'000;   // us
-constexpr double kLongestTail = 30'000'000;   // us
-constexpr uint32_t kTailOneIn = 20;           // stalls
-constexpr double kShortestOvershoot = 1'000;  // us
-constexpr double kLongestOvershoot = 64'000;  // us
-constexpr int kMostStalls = 20;               // in a run
-constexpr int kLeastHeavyStalls = 20;         // in a run that is about stalls
-constexpr int kMostHeavyStalls = 200;
+constexpr double kMinStall = 1'000;       // us
+constexpr double kMaxStall = 2'000'000;   // us
+constexpr double kMaxTail = 30'000'000;   // us
+constexpr uint32_t kTailOneIn = 20;       // stalls
+constexpr double kMinOvershoot = 1'000;   // us
+constexpr double kMaxOvershoot = 64'000;  // us
+constexpr int kMaxStalls = 20;            // in a run
+constexpr int kMinHeavyStalls = 20;       // in a run that is about stalls
+constexpr int kMaxHeavyStalls = 200;
 
 }  // namespace
 
@@ -33,8 +33,8 @@ ScheduleFaults::ScheduleFaults(const VirtualOptions& options, uint64_t seed)
 // threads start, and a run that ends early gets its share.
 void ScheduleFaults::PlaceStalls(const VirtualOptions& options) {
   const bool heavy = options.strategy == ScheduleStrategy::StallHeavy;
-  const int count = heavy ? stalls_.Between(kLeastHeavyStalls, kMostHeavyStalls)
-                          : stalls_.Between(1, kMostStalls);
+  const int count =
+      heavy ? stalls_.Between(kMinHeavyStalls, kMaxHeavyStalls) : stalls_.Between(1, kMaxStalls);
   const auto last = static_cast<double>(std::max<uint64_t>(options.expectedPoints, 1));
   for (int i = 0; i < count; ++i) {
     const double point = stalls_.OneIn(2) ? stalls_.Unit() * last : stalls_.LogUniform(1, last);
@@ -49,17 +49,15 @@ Microseconds ScheduleFaults::DrawStall() {
   stallPoints_.pop_back();
   nextStall_ = stallPoints_.empty() ? 0 : stallPoints_.back();
   ++stallsMade_;
-  const double length = stalls_.OneIn(kTailOneIn)
-                            ? stalls_.LogUniform(kLongestStall, kLongestTail)
-                            : stalls_.LogUniform(kShortestStall, kLongestStall);
+  const double length = stalls_.OneIn(kTailOneIn) ? stalls_.LogUniform(kMaxStall, kMaxTail)
+                                                  : stalls_.LogUniform(kMinStall, kMaxStall);
   return Microseconds(static_cast<int64_t>(length));
 }
 
 Microseconds ScheduleFaults::Overshoot() {
   if (lateOneIn_ == 0 || !late_.OneIn(lateOneIn_)) return Microseconds(0);
   ++overshoots_;
-  return Microseconds(
-      static_cast<int64_t>(late_.LogUniform(kShortestOvershoot, kLongestOvershoot)));
+  return Microseconds(static_cast<int64_t>(late_.LogUniform(kMinOvershoot, kMaxOvershoot)));
 }
 
 }  // namespace platform::detail

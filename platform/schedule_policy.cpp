@@ -71,8 +71,8 @@ class PriorityPolicy final : public SchedulePolicy {
   }
 
  private:
-  static constexpr uint32_t kWindow = 500;                    // choices
-  static constexpr uint64_t kLeastDrawn = uint64_t{1} << 32;  // above all that became the last
+  static constexpr uint32_t kWindow = 500;                  // choices
+  static constexpr uint64_t kMinDrawn = uint64_t{1} << 32;  // above all that became the last
 
   // True if the task that would continue becomes the last in priority at this choice.
   bool CountChoice() {
@@ -84,7 +84,7 @@ class PriorityPolicy final : public SchedulePolicy {
   uint64_t PriorityOf(Task& task) {
     if (task.priorityWindow != window_) {
       task.priorityWindow = window_;
-      task.priority = kLeastDrawn + (draws_.Next() >> 1);
+      task.priority = kMinDrawn + (draws_.Next() >> 1);
     }
     return task.priority;
   }
@@ -102,7 +102,7 @@ class PriorityPolicy final : public SchedulePolicy {
   uint64_t window_ = 1;            // number of the present or last window
   uint32_t choice_ = 0;            // choices made in it
   std::vector<uint32_t> changes_;  // choices at which a task becomes the last
-  uint64_t lowest_ = kLeastDrawn;  // the priority given last to such a task
+  uint64_t lowest_ = kMinDrawn;    // the priority given last to such a task
 };
 
 class UniformPolicy final : public SchedulePolicy {

@@ -27,8 +27,8 @@ class HeldLocks {
 
  private:
   // No order of ranks has room for more locks at once, so more of them are a fault.
-  static constexpr size_t kMost = 24;
-  std::array<LockState*, kMost> locks_{};
+  static constexpr size_t kMaxLocks = 24;
+  std::array<LockState*, kMaxLocks> locks_{};
   size_t count_ = 0;
 };
 

@@ -18,7 +18,7 @@ namespace {
 constexpr Milliseconds kLastThreadsTimeout{2000};
 // Likewise a program under the virtual base before it begins.
 constexpr Milliseconds kEarlierThreadsTimeout{200};
-constexpr int kMostPace = 1000;
+constexpr int kMaxPace = 1000;
 
 int64_t SystemMilliseconds() {
   timespec now{};
@@ -69,7 +69,7 @@ int64_t ElapsedOfDay() { return MonotonicTime().count() / 1000 + movedBy; }
 int64_t ElapsedMilliseconds() { return MonotonicTime().count() / 1000; }
 
 void Check(const TimeBaseOptions& options) {
-  if (options.kind == TimeBaseKind::Paced && (options.pace < 1 || options.pace > kMostPace)) {
+  if (options.kind == TimeBaseKind::Paced && (options.pace < 1 || options.pace > kMaxPace)) {
     throw std::invalid_argument("the pace of a time base is 1 to 1000");
   }
   if (options.startOfClock && !options.startOfClock->IsValid()) {

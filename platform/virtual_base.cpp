@@ -13,8 +13,8 @@ namespace platform::detail {
 namespace {
 
 // A program that has run for so many steps without letting time pass never will.
-constexpr uint64_t kMostStepsAtOneTime = 100'000;
-constexpr uint64_t kMostPointsAtOneTime = 100'000'000;
+constexpr uint64_t kMaxStepsAtOneTime = 100'000;
+constexpr uint64_t kMaxPointsAtOneTime = 100'000'000;
 
 // The price of a question without a time-out while a thread is held up.
 constexpr Microseconds kAskingTime{1000};
@@ -152,8 +152,8 @@ void VirtualBase::OpenWindow() {
 
 void VirtualBase::MayLeave() {
   if (choosing_) return;
-  if (++pointsAtThisTime_ > kMostPointsAtOneTime) {
-    Abandon("livelock: " + std::to_string(kMostPointsAtOneTime) + " calls without time moving");
+  if (++pointsAtThisTime_ > kMaxPointsAtOneTime) {
+    Abandon("livelock: " + std::to_string(kMaxPointsAtOneTime) + " calls without time moving");
   }
   MayStall();
   if (!ready_.empty() && policy_->LeavesEarly(*running_, ready_)) Yield();
@@ -218,8 +218,8 @@ Task& VirtualBase::ChooseNext() {
   choosing_ = true;
   DeliverSignals();
   steps_.store(steps_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-  if (++stepsAtThisTime_ > kMostStepsAtOneTime) {
-    Abandon("livelock: " + std::to_string(kMostStepsAtOneTime) + " steps without time moving");
+  if (++stepsAtThisTime_ > kMaxStepsAtOneTime) {
+    Abandon("livelock: " + std::to_string(kMaxStepsAtOneTime) + " steps without time moving");
   }
   if (faults_ && faults_->WakesForNothing()) WakeOneForNothing();
   while (ready_.empty()) {

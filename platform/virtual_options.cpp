@@ -9,8 +9,8 @@ namespace platform {
 namespace {
 
 constexpr std::chrono::seconds kHangAfter{10};
-constexpr double kShortestLead = 100;             // ms, from the start to the wrap of the clock
-constexpr double kLongestLead = 8 * 3600 * 1000;  // ms, a working day
+constexpr double kMinLead = 100;              // ms, from the start to the wrap of the clock
+constexpr double kMaxLead = 8 * 3600 * 1000;  // ms, a working day
 
 ScheduleStrategy DrawStrategy(RandomStream draws) {
   const uint32_t percent = draws.Below(100);
@@ -23,7 +23,7 @@ ScheduleStrategy DrawStrategy(RandomStream draws) {
 
 uint32_t DrawStartTick(RandomStream draws) {
   if (!draws.OneIn(4)) return 0;
-  const auto lead = static_cast<uint32_t>(draws.LogUniform(kShortestLead, kLongestLead));
+  const auto lead = static_cast<uint32_t>(draws.LogUniform(kMinLead, kMaxLead));
   return (draws.OneIn(2) ? 0x8000'0000u : 0u) - lead;
 }
 

@@ -155,7 +155,7 @@ void VirtualBase::SleepUntil(const Deadline& deadline) {
 // Lost signals.
 
 // Longer than a thread can be held up before it announces something.
-static constexpr Microseconds kMostWithoutSignal{60'000'000};
+static constexpr Microseconds kMaxWithoutSignal{60'000'000};
 
 void VirtualBase::Suspect(EventState& event) {
   const SchedulerScope scope;
@@ -172,7 +172,7 @@ void VirtualBase::Clear(const EventState& event) {
 }
 
 void VirtualBase::CheckSuspicions() const {
-  if (suspicions_.empty() || now_ - suspicions_.front().since < kMostWithoutSignal) return;
+  if (suspicions_.empty() || now_ - suspicions_.front().since < kMaxWithoutSignal) return;
   const Suspicion& oldest = suspicions_.front();
   Abandon(std::string("lost signal: the wait of \"") + oldest.thread + "\" for event \"" +
           oldest.event->name +

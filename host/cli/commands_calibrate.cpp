@@ -21,7 +21,7 @@ namespace torvell {
 namespace {
 
 constexpr size_t kShortId = 8;  // what the table shows of an id
-constexpr size_t kFewestIdCharacters = 4;
+constexpr size_t kMinIdCharacters = 4;
 
 struct CalibrateArguments {
   std::optional<double> temperature;
@@ -42,7 +42,7 @@ class Exclusion {
     const std::string id = platform::FormatGuid(sample.id);
     bool takesPart = true;
     for (auto& [text, match] : matches_) {
-      const bool byId = text.size() >= kFewestIdCharacters && text.size() <= id.size() &&
+      const bool byId = text.size() >= kMinIdCharacters && text.size() <= id.size() &&
                         platform::CompareNoCase(text, id.substr(0, text.size())) == 0;
       const bool bySampleId = text == sample.sampleId;
       if (byId) match.byId.insert(id);
@@ -62,7 +62,7 @@ class Exclusion {
             fmt::format("--exclude {}: no run that was found has this id. Accepted: a sample id, "
                         "or the id of a run or its first {} characters or more, of the runs that "
                         "the command lists without --exclude. Nothing was done.",
-                        text, kFewestIdCharacters));
+                        text, kMinIdCharacters));
       }
       const bool isBoth =
           !match.byId.empty() &&
@@ -159,13 +159,13 @@ constexpr char kMeasureOthers[] =
     "Nothing was changed. Measure standards of other viscosities, or exclude fewer runs.";
 
 std::string WhyNoFit(const rvx::CalibrationSummary& summary) {
-  constexpr int kFewestRuns = 3;
-  if (summary.usedCount < kFewestRuns) {
+  constexpr int kMinRuns = 3;
+  if (summary.usedCount < kMinRuns) {
     return fmt::format(
         "there is nothing to fit: {} runs were found and {} take part; at least {} of different "
         "speeds are needed. Nothing was changed. Look further back with --hours, exclude fewer "
         "runs, or measure more standards (torvell standards tray).",
-        summary.runs.size(), summary.usedCount, kFewestRuns);
+        summary.runs.size(), summary.usedCount, kMinRuns);
   }
   return fmt::format(
       "there is nothing to fit: the {} runs that take part do not have three different speeds, so "
@@ -318,10 +318,10 @@ void AddCalibrateCommand(const Command& program) {
   which.AddFlag("--all", arguments->all, "those of all temperatures, for all of them (level 100)");
   calibrate
       .Add("--hours", arguments->hours,
-           fmt::format("no older than this, {} to {}; {} by default", rvx::kFewestCalibrationHours,
-                       rvx::kMostCalibrationHours, rvx::kUsualCalibrationHours))
+           fmt::format("no older than this, {} to {}; {} by default", rvx::kMinCalibrationHours,
+                       rvx::kMaxCalibrationHours, rvx::kUsualCalibrationHours))
       .Named("N")
-      .Whole(rvx::kFewestCalibrationHours, rvx::kMostCalibrationHours);
+      .Whole(rvx::kMinCalibrationHours, rvx::kMaxCalibrationHours);
   calibrate
       .Add("--exclude", arguments->excluded,
            "leave out runs: their ids, the first characters of them, or sample ids")

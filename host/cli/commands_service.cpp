@@ -15,8 +15,8 @@ namespace torvell {
 namespace {
 
 // What a command can hold; tray and axes have limits of their own.
-constexpr int64_t kMostPosition = 256;
-constexpr int64_t kMostSteps = 65535;
+constexpr int64_t kMaxPosition = 256;
+constexpr int64_t kMaxSteps = 65535;
 
 int Done(Session& session, const std::string& what) {
   session.output().Result({{"command", what}, {"done", true}}, what + ": done\n");
@@ -139,7 +139,7 @@ void AddJog(const Command& service) {
                                     {"trolley", ServiceAxis::Trolley}}));
   command.Add("TARGET", arguments->target, "tube 0 to 942, table 0 to 615, trolley 0 to 1620")
       .Required()
-      .Whole(0, kMostSteps);
+      .Whole(0, kMaxSteps);
 }
 
 }  // namespace
@@ -162,7 +162,7 @@ void AddServiceCommands(const Command& program) {
   service.AddCommand("move", "move to a tray position", Move, position)
       .Add("POSITION", *position, "from 1")
       .Required()
-      .Whole(1, kMostPosition);
+      .Whole(1, kMaxPosition);
   AddSwitch(service);
   AddJog(service);
 }

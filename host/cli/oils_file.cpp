@@ -14,9 +14,9 @@ namespace torvell {
 
 namespace {
 
-constexpr int kMostPositions = 30;
-constexpr double kColdest = -45.0, kWarmest = 25.0;                    // degrees C
-constexpr double kLeastViscosity = 100.0, kMostViscosity = 1000000.0;  // mPa*s
+constexpr int kMaxTrayPositions = 30;
+constexpr double kColdest = -45.0, kWarmest = 25.0;                 // degrees C
+constexpr double kMinViscosity = 100.0, kMaxViscosity = 1000000.0;  // mPa*s
 enum Column { kPosition, kTemperature, kViscosity, kColumns };
 
 const std::vector<std::string>& Heading() {
@@ -24,7 +24,7 @@ const std::vector<std::string>& Heading() {
   return heading;
 }
 
-bool IsViscosity(double value) { return value >= kLeastViscosity && value <= kMostViscosity; }
+bool IsViscosity(double value) { return value >= kMinViscosity && value <= kMaxViscosity; }
 
 class OilsReader {
  public:
@@ -37,8 +37,8 @@ class OilsReader {
     const std::string temperature = platform::Trim(row.cells[kTemperature]);
     const std::string viscosity = platform::Trim(row.cells[kViscosity]);
     const std::optional<int> place = platform::ParseInt(position);
-    if (!place || *place < 1 || *place > kMostPositions) {
-      Add(kPosition, position, fmt::format("a whole number from 1 to {}", kMostPositions));
+    if (!place || *place < 1 || *place > kMaxTrayPositions) {
+      Add(kPosition, position, fmt::format("a whole number from 1 to {}", kMaxTrayPositions));
       return;
     }
     std::optional<double> degrees;
@@ -58,7 +58,7 @@ class OilsReader {
       Add(kTemperature, temperature, "a temperature in degC, since the viscosity is a number");
     } else if (!IsViscosity(*value)) {
       Add(kViscosity, viscosity,
-          fmt::format("a number from {:.0f} to {:.0f} mPa*s", kLeastViscosity, kMostViscosity));
+          fmt::format("a number from {:.0f} to {:.0f} mPa*s", kMinViscosity, kMaxViscosity));
     } else {
       Take({*place, *degrees, *value});
     }

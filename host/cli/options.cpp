@@ -8,7 +8,7 @@ namespace torvell {
 namespace {
 
 constexpr int kFastestPace = 1000;
-constexpr int64_t kMostDescriptor = 65535;
+constexpr int64_t kMaxDescriptor = 65535;
 // In the order of the help.
 constexpr void (*kFamilies[])(const Command&) = {
     AddReadingCommands,   AddPortCommands,     AddConstantsCommands, AddSettingsCommands,
@@ -36,7 +36,7 @@ void AddGlobalOptions(const Command& program, GlobalOptions& options) {
       .Add("--password-fd", options.passwordDescriptor,
            "read passwords from this file descriptor, one line each")
       .Named("N")
-      .Whole(0, kMostDescriptor);
+      .Whole(0, kMaxDescriptor);
   program
       .Add("--instrument", options.instrument,
            "the instrument meant, where several are there: its port (COM1), its key (RVXCOM1:0) "

@@ -15,7 +15,7 @@ namespace torvell {
 
 namespace {
 
-constexpr size_t kLongestLine = 4096;
+constexpr size_t kMaxLineLength = 4096;
 
 // Puts a terminal's attributes back at its end.
 class AttributeGuard {
@@ -86,7 +86,7 @@ std::optional<std::string> AskPassword(const std::string& question) {
 std::optional<std::string> ReadLineFrom(int descriptor) {
   std::string line;
   bool any = false;
-  while (line.size() < kLongestLine) {
+  while (line.size() < kMaxLineLength) {
     char c = 0;
     const ssize_t count = read(descriptor, &c, 1);
     if (count < 0 && errno == EINTR) continue;

@@ -42,7 +42,7 @@ const char* OrderColumn(SampleQuery::Order order) {
   return "\"Timestamp\"";
 }
 
-constexpr size_t kLongestSearchText = 1000;  // bytes; the database has a limit of its own
+constexpr size_t kMaxSearchTextBytes = 1000;  // bytes; the database has a limit of its own
 
 // A text to be found anywhere, taken letter by letter.
 std::string AnywherePattern(const std::string& text) {
@@ -66,12 +66,12 @@ struct Condition {
 
 Condition ConditionOf(const SampleQuery& wanted) {
   const size_t longest = std::max(wanted.instrument.size(), wanted.sampleId.size());
-  if (longest > kLongestSearchText) {
+  if (longest > kMaxSearchTextBytes) {
     throw HostError(
         HostErrorKind::BadInput,
         fmt::format("The text to be searched for is too long: {} bytes, of which at most "
                     "{} can be looked for. Nothing was searched. Shorten it.",
-                    longest, kLongestSearchText));
+                    longest, kMaxSearchTextBytes));
   }
   Condition condition;
   if (!wanted.instrument.empty()) {

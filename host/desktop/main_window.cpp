@@ -36,7 +36,7 @@ namespace torvell {
 namespace {
 
 constexpr int kNoticeMilliseconds = 8000;
-constexpr int kLongestFailures = 2000;  // letters in one box
+constexpr int kMaxFailureLetters = 2000;  // letters in one box
 constexpr int kNarrowestTray = 480;
 constexpr int kNarrowestSide = 320;
 constexpr int64_t kHistory = 1000;  // messages of earlier days in the list
@@ -340,7 +340,7 @@ void MainWindow::ShowFailure(const QString& text) {
   // One box, however much goes wrong at once: a pile of them would bury Pause and Abort.
   if (!failures_.isNull() && failures_->isVisible()) {
     const QString shown = failures_->text();
-    const QString more = shown.size() < kLongestFailures
+    const QString more = shown.size() < kMaxFailureLetters
                              ? text
                              : QStringLiteral("More has failed; look at what was not done.");
     if (!shown.contains(more)) failures_->setText(shown + QStringLiteral("\n\n") + more);

@@ -14,7 +14,7 @@ namespace torvell {
 namespace {
 
 // Older ones are in the archive, where "torvell messages" shows them.
-constexpr size_t kMostRows = 5000;
+constexpr size_t kMaxRows = 5000;
 
 MessageRow RowOf(const ErrorReport& report) {
   MessageRow row;
@@ -84,7 +84,7 @@ void MessageList::Add(const ErrorReport& report) {
   beginInsertRows({}, 0, 0);
   rows_.push_front(std::move(added));
   endInsertRows();
-  if (rows_.size() > kMostRows) {
+  if (rows_.size() > kMaxRows) {
     const int last = static_cast<int>(rows_.size()) - 1;
     beginRemoveRows({}, last, last);
     rows_.pop_back();

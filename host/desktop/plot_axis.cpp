@@ -7,8 +7,8 @@
 namespace torvell {
 namespace {
 
-constexpr double kShortestWindow = 10.0;
-constexpr double kLongestWindow = 24.0 * 3600.0;
+constexpr double kMinWindow = 10.0;
+constexpr double kMaxWindow = 24.0 * 3600.0;
 // Steps of a time axis that a clock has too, in seconds.
 constexpr std::array<double, 14> kTimeSteps = {1,   2,   5,    10,   30,   60,   120,
                                                300, 600, 1200, 1800, 3600, 7200, 21600};
@@ -81,7 +81,7 @@ void PlotWindow::Pan(double seconds, double newest) {
 
 void PlotWindow::Zoom(double factor, double at, double newest) {
   const PlotRange shown = Shown(newest);
-  const double span = std::clamp(span_ * factor, kShortestWindow, kLongestWindow);
+  const double span = std::clamp(span_ * factor, kMinWindow, kMaxWindow);
   const double share = shown.span() > 0.0 ? (at - shown.low) / shown.span() : 0.5;
   low_ = at - share * span;
   span_ = span;
@@ -95,7 +95,7 @@ void PlotWindow::Follow() {
 }
 
 void PlotWindow::Keep(double newest) {
-  low_ = std::clamp(low_, 0.0, std::max(0.0, newest - kShortestWindow / 2.0));
+  low_ = std::clamp(low_, 0.0, std::max(0.0, newest - kMinWindow / 2.0));
 }
 
 }  // namespace torvell

@@ -6,9 +6,9 @@ namespace torvell {
 namespace {
 
 // A frame comes twice a second; the wait ends sooner than that only to look at the stop.
-constexpr platform::Milliseconds kLongestWait{300};
+constexpr platform::Milliseconds kMaxWait{300};
 // A window that does not take them for so long has lost its curve, not its state.
-constexpr size_t kMostWaiting = 4000;
+constexpr size_t kMaxWaiting = 4000;
 
 }  // namespace
 
@@ -29,11 +29,11 @@ std::vector<TimedReadings> ReadingsFeed::Take() {
 void ReadingsFeed::Main() {
   uint64_t seen = 0;
   while (!stop_.TryWait()) {
-    if (!entry_.scripting->WaitForReadings(seen, platform::Deadline::After(kLongestWait))) continue;
+    if (!entry_.scripting->WaitForReadings(seen, platform::Deadline::After(kMaxWait))) continue;
     TimedReadings entry{platform::MonotonicTime(), entry_.scripting->GetReadings()};
     seen = entry.readings.sequence;
     platform::PlainGuard guard(lock_);
-    if (waiting_.size() >= kMostWaiting) waiting_.erase(waiting_.begin());
+    if (waiting_.size() >= kMaxWaiting) waiting_.erase(waiting_.begin());
     waiting_.push_back(std::move(entry));
   }
 }

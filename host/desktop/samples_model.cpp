@@ -12,7 +12,7 @@ namespace {
 // A page is more than a screen shows, so that scrolling asks rarely.
 constexpr int kPageRows = 200;
 // Pages in memory: a few megabytes.
-constexpr size_t kMostPages = 40;
+constexpr size_t kMaxPages = 40;
 
 bool IsNumber(int column) { return SampleFields()[static_cast<size_t>(column)].isNumber; }
 
@@ -131,7 +131,7 @@ void SamplesModel::TakePage(int generation, int page, std::vector<StoredSample> 
   if (generation != generation_) return;
   fetching_.erase(page);
   // The farthest from what is looked at goes first.
-  if (pages_.size() >= kMostPages) {
+  if (pages_.size() >= kMaxPages) {
     const auto lowest = pages_.begin();
     const auto highest = std::prev(pages_.end());
     pages_.erase(page - lowest->first > highest->first - page ? lowest : highest);

@@ -12,7 +12,7 @@ namespace {
 
 // Tells our own cells from other bytes on the clipboard.
 constexpr quint32 kCellsMark = 0x54524359;
-constexpr int kMostCells = 1000;
+constexpr int kMaxCells = 1000;
 
 // Only what differs from the tray.
 TrayEdit Changes(const std::vector<TrayCell>& tray, const TrayEdit& wanted) {
@@ -80,7 +80,7 @@ std::optional<std::vector<TrayCell>> UnpackCells(const QByteArray& packed) {
   quint32 mark = 0;
   qint32 count = 0;
   stream >> mark >> count;
-  if (stream.status() != QDataStream::Ok || mark != kCellsMark || count < 0 || count > kMostCells) {
+  if (stream.status() != QDataStream::Ok || mark != kCellsMark || count < 0 || count > kMaxCells) {
     return std::nullopt;
   }
   std::vector<TrayCell> cells;

@@ -90,9 +90,9 @@ TrayEdit FillDownEdit(const std::vector<TrayCell>& tray, const std::vector<int>&
 // The positions one up (-1) or down (+1), changing places with what stands there.
 TrayEdit MoveEdit(const std::vector<TrayCell>& tray, const std::vector<int>& positions, int by);
 
-// A sample id as it may be stored: one line, no control characters, at most kLongestSampleId
+// A sample id as it may be stored: one line, no control characters, at most kMaxSampleIdLength
 // letters, no blanks at the ends.
-inline constexpr int kLongestSampleId = 120;
+inline constexpr int kMaxSampleIdLength = 120;
 QString CleanSampleId(const QString& typed);
 
 }  // namespace torvell

@@ -18,8 +18,8 @@ namespace {
 
 constexpr char kCellsFormat[] = "application/x-torvell-tray-positions";
 // A row is never lower than its text, and not higher than looks like a table.
-constexpr int kLowestRow = 18;
-constexpr int kHighestRow = 26;
+constexpr int kMinRowHeight = 18;
+constexpr int kMaxRowHeight = 26;
 
 // The editor of a sample id takes no more than can be stored.
 class SampleIdDelegate : public QStyledItemDelegate {
@@ -30,7 +30,7 @@ class SampleIdDelegate : public QStyledItemDelegate {
                         const QModelIndex& index) const override {
     QWidget* editor = QStyledItemDelegate::createEditor(parent, option, index);
     if (auto* line = qobject_cast<QLineEdit*>(editor)) {
-      line->setMaxLength(kLongestSampleId);
+      line->setMaxLength(kMaxSampleIdLength);
       line->setAccessibleName(QStringLiteral("Sample ID of position %1").arg(index.row() + 1));
     }
     return editor;
@@ -71,7 +71,7 @@ TrayView::TrayView(QWidget* parent) : QTableView(parent), model_(new TrayModel(t
   setTabKeyNavigation(false);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   verticalHeader()->hide();
-  verticalHeader()->setMinimumSectionSize(kLowestRow);
+  verticalHeader()->setMinimumSectionSize(kMinRowHeight);
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   QHeaderView* header = horizontalHeader();
   header->setHighlightSections(false);
@@ -131,9 +131,9 @@ void TrayView::Refresh() {
 
 void TrayView::FitRows() {
   const int count = std::max(1, model_->rowCount());
-  const int lowest = std::max(kLowestRow, TextRow(*this));
+  const int lowest = std::max(kMinRowHeight, TextRow(*this));
   const int height =
-      std::clamp(viewport()->height() / count, lowest, std::max(lowest, kHighestRow));
+      std::clamp(viewport()->height() / count, lowest, std::max(lowest, kMaxRowHeight));
   if (verticalHeader()->defaultSectionSize() != height) {
     verticalHeader()->setDefaultSectionSize(height);
   }
@@ -236,9 +236,10 @@ TrayEdit TrayView::EditOfClipboard(const std::vector<TrayCell>& tray, int at) {
 
 void TrayView::SayWhatWasLost(const QStringList& sampleIds, int unplaced) {
   QStringList lost;
-  const bool cut = std::any_of(sampleIds.begin(), sampleIds.end(),
-                               [](const QString& each) { return each.size() > kLongestSampleId; });
-  if (cut) lost << QStringLiteral("A sample ID was cut to %1 letters.").arg(kLongestSampleId);
+  const bool cut = std::any_of(sampleIds.begin(), sampleIds.end(), [](const QString& each) {
+    return each.size() > kMaxSampleIdLength;
+  });
+  if (cut) lost << QStringLiteral("A sample ID was cut to %1 letters.").arg(kMaxSampleIdLength);
   if (unplaced > 0) {
     lost << QStringLiteral("The tray had no place for %1 of what was pasted.").arg(unplaced);
   }

@@ -15,11 +15,11 @@
 namespace torvell {
 namespace {
 
-constexpr int kMostLetters = 200;
+constexpr int kMaxLetters = 200;
 
 QLineEdit* MakeField(QFormLayout& form, const QString& label, bool secret) {
   auto* edit = new QLineEdit();
-  edit->setMaxLength(kMostLetters);
+  edit->setMaxLength(kMaxLetters);
   edit->setMinimumWidth(260);
   if (secret) edit->setEchoMode(QLineEdit::Password);
   form.addRow(label, edit);

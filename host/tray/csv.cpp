@@ -15,7 +15,7 @@ namespace torvell {
 
 namespace {
 
-constexpr size_t kMostProblemsShown = 20;
+constexpr size_t kMaxProblemsShown = 20;
 
 struct CloseFile {
   void operator()(FILE* file) const { std::fclose(file); }
@@ -117,11 +117,11 @@ std::string FormatProblem(const std::string& file, const FileProblem& problem) {
 
 std::string FormatProblems(const std::string& file, const std::vector<FileProblem>& problems) {
   std::string text;
-  for (size_t i = 0; i < problems.size() && i < kMostProblemsShown; ++i) {
+  for (size_t i = 0; i < problems.size() && i < kMaxProblemsShown; ++i) {
     text += FormatProblem(file, problems[i]) + "\n";
   }
-  if (problems.size() > kMostProblemsShown) {
-    text += fmt::format("and {} more\n", problems.size() - kMostProblemsShown);
+  if (problems.size() > kMaxProblemsShown) {
+    text += fmt::format("and {} more\n", problems.size() - kMaxProblemsShown);
   }
   return text + "Nothing of the file was taken over. Correct it and load it again.";
 }

@@ -12,8 +12,8 @@ namespace torvell {
 
 namespace {
 
-constexpr int kShortestRotorTime = 30;
-constexpr int kLongestTime = 255;
+constexpr int kMinRotorTime = 30;
+constexpr int kMaxTime = 255;
 
 bool HasControlCharacter(const std::string& text) {
   for (const char c : text) {
@@ -122,9 +122,8 @@ class TrayReader {
     if (HasControlCharacter(sampleId)) {
       reader.Refuse(TrayColumn::SampleId, "a text in one line, without control characters");
     }
-    const auto injection =
-        reader.WholeNumber(TrayColumn::InjectionTime, 0, kLongestTime, " seconds");
-    const auto coolDown = reader.WholeNumber(TrayColumn::CoolDownTime, 0, kLongestTime, " seconds");
+    const auto injection = reader.WholeNumber(TrayColumn::InjectionTime, 0, kMaxTime, " seconds");
+    const auto coolDown = reader.WholeNumber(TrayColumn::CoolDownTime, 0, kMaxTime, " seconds");
     if (isNew) {
       target.sampleId = sampleId;
       target.injectionTime = injection;
@@ -143,16 +142,16 @@ class TrayReader {
     test.line = reader.line();
     test.temperature = reader.Number(TrayColumn::Temperature, -60.0, 40.0, "degrees C");
     test.rotorOnTime =
-        reader.WholeNumber(TrayColumn::RotorOnTime, kShortestRotorTime, kLongestTime, " seconds");
+        reader.WholeNumber(TrayColumn::RotorOnTime, kMinRotorTime, kMaxTime, " seconds");
     test.knownViscosity = reader.Number(TrayColumn::KnownViscosity, 0.0, 1e9, "mPa*s");
     if (test.knownViscosity && !target.verify) {
       reader.Refuse(TrayColumn::KnownViscosity, "nothing, since the action is measure");
     }
-    if (target.tests.size() == kMostTests) {
+    if (target.tests.size() == kMaxTestsOfSample) {
       problems_.push_back(
           {reader.line(), 0, "",
-           fmt::format("test number {} of position {}", kMostTests + 1, target.position),
-           fmt::format("at most {} tests in one position", kMostTests)});
+           fmt::format("test number {} of position {}", kMaxTestsOfSample + 1, target.position),
+           fmt::format("at most {} tests in one position", kMaxTestsOfSample)});
     }
     target.tests.push_back(test);
   }

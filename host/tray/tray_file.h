@@ -24,7 +24,7 @@ enum class TrayColumn {
 const std::vector<std::string>& TrayFileHeading();
 std::string TrayColumnName(TrayColumn column);
 
-inline constexpr int kMostTests = 20;
+inline constexpr int kMaxTestsOfSample = 20;
 
 // What is absent takes the instrument's default.
 struct TrayFileTest {

@@ -10,7 +10,7 @@
 namespace rvx {
 namespace {
 
-constexpr int kFewestPoints = 3;
+constexpr int kMinPoints = 3;
 constexpr double kPercent = 100.0;
 
 // x is the speed, z the viscosity times the speed, which makes the equation a polynomial.
@@ -48,7 +48,7 @@ int CountDifferentSpeeds(const std::vector<CalibrationPoint>& points) {
         !std::isnan(point.speed)) {
       speeds.push_back(point.speed);
     }
-    if (speeds.size() == kFewestSpeeds) break;
+    if (speeds.size() == kMinSpeeds) break;
   }
   return static_cast<int>(speeds.size());
 }
@@ -59,7 +59,7 @@ std::optional<CalibrationFitResult> FitCalibrationConstants(
     const std::vector<CalibrationPoint>& points) {
   Sums s;
   for (const CalibrationPoint& point : points) s.Add(point);
-  if (s.n < kFewestPoints) return std::nullopt;
+  if (s.n < kMinPoints) return std::nullopt;
   const double a = s.x4 * s.x2 - s.x3 * s.x3;
   const double c1 = s.x4 * s.x - s.x3 * s.x2;
   const double c2 = s.x3 * s.x - s.x2 * s.x2;

@@ -22,7 +22,7 @@ CalibrationPoint PointOf(const Sample& sample);
 
 // With fewer different speeds than this the constants mean nothing: other constants fit the same
 // points as well, and the fit returns some only because its arithmetic is not exact.
-inline constexpr int kFewestSpeeds = 3;
+inline constexpr int kMinSpeeds = 3;
 // Stops counting at that number.
 int CountDifferentSpeeds(const std::vector<CalibrationPoint>& points);
 

@@ -11,15 +11,15 @@
 namespace rvx {
 namespace {
 
-constexpr size_t kMostBytes = 1024 * 1024;
-constexpr size_t kMostOfLine = 63;
+constexpr size_t kMaxBytes = 1024 * 1024;
+constexpr size_t kMaxPieceLength = 63;
 constexpr size_t kFieldCount = 3;
 constexpr char kNoTemperature[] = "777";
 
 // Takes the next piece off the front: up to and including a newline, or the longest piece of a
 // line.
 std::string_view TakePiece(std::string_view& bytes) {
-  std::string_view piece = bytes.substr(0, kMostOfLine);
+  std::string_view piece = bytes.substr(0, kMaxPieceLength);
   const size_t newline = piece.find('\n');
   if (newline != std::string_view::npos) piece = piece.substr(0, newline + 1);
   bytes.remove_prefix(piece.size());
@@ -83,7 +83,7 @@ std::vector<StandardGroupRow> ReadStandardGroups(const std::string& path) {
   if (!std::filesystem::is_regular_file(path, error)) return {};
   std::ifstream file(path, std::ios::binary);
   if (!file) return {};
-  std::string bytes(kMostBytes, '\0');
+  std::string bytes(kMaxBytes, '\0');
   file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   bytes.resize(static_cast<size_t>(std::max<std::streamsize>(file.gcount(), 0)));
   return ParseStandardGroups(bytes);

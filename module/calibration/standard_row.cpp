@@ -5,7 +5,7 @@
 namespace rvx {
 namespace {
 
-constexpr size_t kLongestTemperature = 3;
+constexpr size_t kMaxTemperatureLength = 3;
 constexpr size_t kGroupLength = 2;  // a blank and the letter
 
 }  // namespace
@@ -33,7 +33,7 @@ std::string FormatStandardRow(StandardRowText row) {
 }
 
 std::string PieceTemperature(std::string_view piece) {
-  if (piece.size() > kLongestTemperature) piece.remove_suffix(kGroupLength);
+  if (piece.size() > kMaxTemperatureLength) piece.remove_suffix(kGroupLength);
   return std::string(piece);
 }
 

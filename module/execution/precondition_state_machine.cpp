@@ -11,7 +11,7 @@ namespace {
 // Warmer than this the oil in the cell is too thin to be run in.
 constexpr double kPreconditionTemperature = -15.0;  // degrees C
 constexpr double kNearTarget = 0.5;                 // degrees C
-constexpr int64_t kLongestSeek = 300000;            // ms
+constexpr int64_t kMaxSeek = 300000;                // ms
 constexpr int64_t kHoldTime = 10000;                // ms
 // The commands in the order in which a run sends them.
 enum Command { kControlOnCommand = 1, kControlOffCommand, kMotorCommand };
@@ -35,7 +35,7 @@ platform::Deadline CPMStateMachine::StateDeadline() const {
     case State::AwaitMotorReply:
       return ResponseDeadline();
     case State::SeekTemperature:
-      return AfterState(kLongestSeek);
+      return AfterState(kMaxSeek);
     case State::Hold:
       return AfterState(kHoldTime);
     case State::Start:
@@ -124,7 +124,7 @@ void CPMStateMachine::SeekTemperature() {
   if (distance < kNearTarget) {
     GoOnIf(true, State::Hold);
   } else {
-    GoOnIf(GetElapsed() >= kLongestSeek, State::SwitchControlOff);
+    GoOnIf(GetElapsed() >= kMaxSeek, State::SwitchControlOff);
   }
 }
 

@@ -15,13 +15,13 @@ namespace {
 constexpr uint8_t kRunTestOperation = static_cast<uint8_t>(Operation::RunTest);
 constexpr int kReadingsPerSecond = 2;  // the int count's pace
 // The wire has one byte for the rotor ON time; a stored text may say anything.
-constexpr int kLongestRotorTime = 65535;  // s
+constexpr int kMaxRotorTime = 65535;  // s
 // The commands in the order in which a run sends them.
 enum Command { kStartTestCommand = 1, kAcknowledgeCommand };
 
 size_t CountReadings(const TestRecord& test, int testIndex) {
   const int seconds = test.rotorOnTimes.at(static_cast<size_t>(testIndex));
-  return static_cast<size_t>(std::clamp(seconds, 0, kLongestRotorTime)) * kReadingsPerSecond;
+  return static_cast<size_t>(std::clamp(seconds, 0, kMaxRotorTime)) * kReadingsPerSecond;
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ constexpr char kFieldEnd = '\x0B';
 constexpr size_t kFirstViscosity = 2;
 constexpr size_t kTestRecordField = kFirstViscosity + kMaxTests;
 constexpr size_t kFields = kTestRecordField + 1;
-constexpr size_t kFewestFields = 4;
+constexpr size_t kMinFields = 4;
 
 // Zero bytes too: a host may keep the text as one that ends at the first.
 std::string WithoutEnds(std::string text) {
@@ -34,7 +34,7 @@ std::string WriteSampleActionState(const SampleActionState& state) {
 
 bool ReadSampleActionState(const std::string& text, SampleActionState& state) {
   const std::vector<std::string> fields = platform::SplitFields(text, kFieldEnd, kFields);
-  if (fields.size() < kFewestFields) return false;
+  if (fields.size() < kMinFields) return false;
   state.sampleId = fields[0];
   state.configured = platform::ParseLeadingInt(fields[1]);
   const size_t viscosities = std::min(fields.size(), kTestRecordField);

@@ -15,7 +15,7 @@ constexpr char kSeparator = '\x0B';
 constexpr std::string_view kReserved = "\x0B\n";
 
 constexpr size_t kFieldCount = 52;
-constexpr size_t kLeastFieldCount = 44;
+constexpr size_t kMinFieldCount = 44;
 constexpr size_t kFieldsWithOffset = 45;
 constexpr size_t kFieldsWithNinthSlot = 49;
 
@@ -77,7 +77,7 @@ std::string ConfigurationFields::ToText() const {
 
 bool ConfigurationFields::FromText(const std::string& text, int32_t flags) {
   const std::vector<std::string> fields = platform::SplitFields(text, kSeparator, kFieldCount);
-  if (fields.size() < kLeastFieldCount) return false;
+  if (fields.size() < kMinFieldCount) return false;
   RecordReader reader(fields);
   configurationId = reader.Text();
   if ((flags & kLoadIdentity) != 0) {

@@ -15,7 +15,7 @@ namespace {
 
 constexpr platform::Milliseconds kReplyTimeout{2000};
 constexpr platform::Milliseconds kSilence{20000};
-constexpr int kMostResends = 101;
+constexpr int kMaxResends = 101;
 
 constexpr std::string_view kAbort = "CAB";
 
@@ -79,7 +79,7 @@ void Conversation::Withdraw(const CommandClient* client) {
   platform::PlainGuard pendingGuard(pendingLock_);
   if (!pending_ || pending_->client != client) return;
   pending_->client = nullptr;
-  pending_->resends = kMostResends;
+  pending_->resends = kMaxResends;
 }
 
 void Conversation::SetAutoReportAsked(bool asked) {
@@ -323,7 +323,7 @@ void Conversation::AnswerByStatus(const StatusRecord& record) {
   std::unique_ptr<Command> command = TakeAnswered();
   if (!command) return;
   const bool asksForResend = AsksForResend(record.errorCode());
-  if (asksForResend && command->resends < kMostResends) {
+  if (asksForResend && command->resends < kMaxResends) {
     ++command->resends;
     {
       // After whatever has been queued meanwhile; the client hears nothing.

@@ -15,7 +15,7 @@ using TestGuard = platform::RecursiveGuard;
 constexpr char kSeparator = '\t';
 constexpr size_t kFieldCount = 53;
 // With this many the csv flag and the save location stay as they are.
-constexpr size_t kLeastFieldCount = 51;
+constexpr size_t kMinFieldCount = 51;
 
 }  // namespace
 
@@ -81,7 +81,7 @@ std::string TestRecord::ToText() const {
 
 void TestRecord::FromText(const std::string& text) {
   const std::vector<std::string> fields = platform::SplitFields(text, kSeparator, kFieldCount);
-  if (fields.size() < kLeastFieldCount) return;
+  if (fields.size() < kMinFieldCount) return;
   RecordReader reader(fields);
 
   const TestGuard guard(lock_);

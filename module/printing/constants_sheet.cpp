@@ -24,7 +24,7 @@ constexpr PageFont kTitleFont{30.0, PageFont::kBold};
 constexpr PageFont kSubtitleFont{20.0};
 constexpr PageFont kLabelFont{15.0, PageFont::kBold};
 constexpr PageFont kValueFont{15.0};
-constexpr double kLeastHeight = 10.0;
+constexpr double kMinHeight = 10.0;
 constexpr double kLineStep = 20.0;
 
 // The sheet as far as it has been drawn.
@@ -37,7 +37,7 @@ struct Drawing {
 void DrawHeading(Drawing& drawing, const PageFont& font, double height, const std::string& text) {
   PageFlow& flow = drawing.flow;
   DrawFitted(flow.page(), {0.0, flow.y(), drawing.width, flow.y() + height},
-             {font, TextPlace::Centre}, text, kLeastHeight);
+             {font, TextPlace::Centre}, text, kMinHeight);
   flow.Skip(height);
 }
 
@@ -46,9 +46,9 @@ void DrawField(Drawing& drawing, const std::string& label, const std::string& va
   const double left = drawing.blockLeft;
   const double valueLeft = left + 200.0;
   const double bottom = flow.y() + kLineStep;
-  DrawFitted(flow.page(), {left, flow.y(), valueLeft, bottom}, {kLabelFont}, label, kLeastHeight);
+  DrawFitted(flow.page(), {left, flow.y(), valueLeft, bottom}, {kLabelFont}, label, kMinHeight);
   DrawFitted(flow.page(), {valueLeft, flow.y(), left + kBlockWidth, bottom}, {kValueFont}, value,
-             kLeastHeight);
+             kMinHeight);
   flow.Skip(kLineStep);
 }
 

@@ -11,7 +11,7 @@ namespace {
 // Kept free in a column, so that two long texts do not read as one.
 constexpr double kColumnGap = 4.0;
 // A heading that is too long is set smaller before it is shortened.
-constexpr double kLeastHeadHeight = 10.0;
+constexpr double kMinHeadHeight = 10.0;
 
 // The room of one line of a column. A text at the right edge would touch the next column's.
 PageBox LineBox(const PageColumn& column, double left, double top, double height) {
@@ -55,7 +55,7 @@ void PageTable::DrawHead(PrintPage& page, double top) const {
   double left = style_.left;
   const auto drawText = [&](const PageColumn& column, double lineTop, const std::string& text) {
     const double width = column.width - kColumnGap;
-    const PageFont font = FitFont(page, style_.headFont, text, width, kLeastHeadHeight);
+    const PageFont font = FitFont(page, style_.headFont, text, width, kMinHeadHeight);
     page.DrawText(LineBox(column, left, lineTop, style_.lineStep),
                   {font, column.place, TextLevel::Bottom}, ShortenText(page, font, text, width));
   };

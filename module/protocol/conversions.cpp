@@ -29,7 +29,7 @@ constexpr double kKelvin = 273.0;
 constexpr int kMaxSearchSteps = 100;
 constexpr double kSearchTolerance = 1e-06;
 // The highest count that is a temperature; the next one means off.
-constexpr double kHighestCounts = 65534.0;
+constexpr double kMaxCounts = 65534.0;
 
 constexpr double kSpeedScaleCoarse = 0.06;  // rpm a count
 constexpr double kSpeedScaleFine = 0.015;
@@ -70,14 +70,14 @@ double TemperatureToCounts(double temperature, const ProbeConstants& probe,
     }
     l -= error / slope;
   }
-  if (!found) return kHighestCounts;
+  if (!found) return kMaxCounts;
   const double resistance = std::exp(l);
   const double volts =
       ((supply.plus - supply.minus) / (resistance + kBridgeSeries + kBridgeTap) * kBridgeTap +
        supply.minus) *
       kBridgeGain;
   const double counts = (volts + kConverterLow) / kConverterRange * kConverterCounts;
-  return std::clamp(counts, 0.0, kHighestCounts);
+  return std::clamp(counts, 0.0, kMaxCounts);
 }
 
 double TargetCountsToTemperature(uint16_t counts, const ProbeConstants& probe,

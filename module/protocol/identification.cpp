@@ -51,8 +51,8 @@ std::string IdentificationText(char addressCharacter, std::span<const uint8_t> f
 
 bool IsWholeIdentification(std::span<const uint8_t> frame) {
   constexpr std::string_view kFamily = "QMTRVX ";
-  constexpr size_t kFewestBytes = 14;
-  return frame.size() >= kFewestBytes && std::equal(kFamily.begin(), kFamily.end(), frame.begin());
+  constexpr size_t kMinBytes = 14;
+  return frame.size() >= kMinBytes && std::equal(kFamily.begin(), kFamily.end(), frame.begin());
 }
 
 std::string ModelName(char modelCode, uint8_t optionByte) {

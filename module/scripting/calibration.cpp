@@ -178,11 +178,11 @@ ScriptingResult ScriptableInstrument::FitCalibration(const CalibrationQuestion& 
   if (ScriptingResult problem = FindSlots(question.temperature, "Calibrating", slot)) {
     return problem;
   }
-  if (question.hours < kFewestCalibrationHours || question.hours > kMostCalibrationHours) {
+  if (question.hours < kMinCalibrationHours || question.hours > kMaxCalibrationHours) {
     return BadValue(
         Code::OutOfRange, Field::Hours,
         platform::FormatText("%d hours are out of range.", question.hours),
-        platform::FormatText("%d to %d hours", kFewestCalibrationHours, kMostCalibrationHours));
+        platform::FormatText("%d to %d hours", kMinCalibrationHours, kMaxCalibrationHours));
   }
   ArrayOfSamples samples;
   CalibrationFilter filter(BuildCalibrationQuery(
@@ -205,7 +205,7 @@ ScriptingResult ScriptableInstrument::FitCalibration(const CalibrationQuestion& 
   }
   summary.targetText = CalibrationTargetText(slot);
   summary.usedCount = static_cast<int32_t>(points.size());
-  summary.hasTooFewSpeeds = CountDifferentSpeeds(points) < kFewestSpeeds;
+  summary.hasTooFewSpeeds = CountDifferentSpeeds(points) < kMinSpeeds;
   if (slot) {
     ConfigurationGuard guard(configuration());
     const platform::Date& date =

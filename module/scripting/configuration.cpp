@@ -17,10 +17,10 @@ constexpr size_t kConfigurationLine = 2;
 
 // What of a settings text no screen could have written, in words; empty if there is nothing.
 std::string FindDamage(const ConfigurationFields& record) {
-  constexpr int32_t kMostPositions = 30;
-  if (record.trayPositions < 1 || record.trayPositions > kMostPositions) {
+  constexpr int32_t kMaxTrayPositions = 30;
+  if (record.trayPositions < 1 || record.trayPositions > kMaxTrayPositions) {
     return platform::FormatText("has %d tray positions; accepted: 1 to %d", record.trayPositions,
-                                kMostPositions);
+                                kMaxTrayPositions);
   }
   if (record.testRecord.testCount < 1 || record.testRecord.testCount > kMaxTests) {
     return platform::FormatText("has %d tests; accepted: 1 to %d", record.testRecord.testCount,
@@ -170,25 +170,25 @@ ScriptingResult ScriptableInstrument::SetSettings(
 ScriptingResult ScriptableInstrument::ImportSettings(const std::string& text) {
   if (ScriptingResult problem = MayConfigure(kLevelManager)) return problem;
   const std::vector<std::string> lines = platform::SplitFields(text, '\n');
-  constexpr size_t kFewestLines = 4;
-  if (lines.size() < kFewestLines || lines.front() != GetTypeName()) {
+  constexpr size_t kMinLines = 4;
+  if (lines.size() < kMinLines || lines.front() != GetTypeName()) {
     return BadValue(
         Code::DamagedText, Field::SettingsText,
         platform::FormatText("This is no settings text of an %s: it has %zu lines and begins with "
                              "\"%.40s\"; it should have at least %zu and begin with \"%s\".",
                              GetTypeName().c_str(), lines.size(),
-                             lines.empty() ? "" : lines.front().c_str(), kFewestLines,
+                             lines.empty() ? "" : lines.front().c_str(), kMinLines,
                              GetTypeName().c_str()),
         std::string(), kNothingChanged);
   }
   ConfigurationFields trial = configuration().Copy();
-  constexpr size_t kFewestFields = 44;
+  constexpr size_t kMinFields = 44;
   const size_t fields = platform::SplitFields(lines[kConfigurationLine], '\x0B').size();
-  if (fields < kFewestFields) {
+  if (fields < kMinFields) {
     return BadValue(Code::DamagedText, Field::SettingsText,
                     platform::FormatText("Line 3 of the settings text has %zu fields; at least %zu "
                                          "are needed.",
-                                         fields, kFewestFields),
+                                         fields, kMinFields),
                     std::string(), kNothingChanged);
   }
   const ConfigurationFields present = trial;

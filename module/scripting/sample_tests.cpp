@@ -17,10 +17,10 @@ namespace {
 // What the dialogs of the sample actions accept.
 constexpr double kWarmestTest = -5.0;   // degrees C
 constexpr double kColdestTest = -40.0;  // degrees C
-constexpr int32_t kShortestRotorTime = 30;
-constexpr int32_t kLongestTime = 255;       // s, what a byte of a command holds
-constexpr double kLeastViscosity = 1000.0;  // mPa*s
-constexpr double kMostViscosity = 50000.0;
+constexpr int32_t kMinRotorTime = 30;
+constexpr int32_t kMaxTime = 255;         // s, what a byte of a command holds
+constexpr double kMinViscosity = 1000.0;  // mPa*s
+constexpr double kMaxViscosity = 50000.0;
 
 bool Measures(Action& action) {
   return action.GetClassName() == kActionClassKeys[kMeasureViscAction];
@@ -28,10 +28,10 @@ bool Measures(Action& action) {
 
 ScriptingResult CheckTime(std::optional<int32_t> seconds, int32_t least, Field field,
                           int32_t test = -1) {
-  if (!seconds || (*seconds >= least && *seconds <= kLongestTime)) return std::nullopt;
+  if (!seconds || (*seconds >= least && *seconds <= kMaxTime)) return std::nullopt;
   return OfTest(
       BadValue(Code::OutOfRange, field, platform::FormatText("%d s is out of range.", *seconds),
-               platform::FormatText("%d to %d s", least, kLongestTime)),
+               platform::FormatText("%d to %d s", least, kMaxTime)),
       test);
 }
 
@@ -85,7 +85,7 @@ ScriptingResult ScriptableInstrument::CheckTests(const SampleTests& tests, bool 
           index);
     }
     if (ScriptingResult problem =
-            CheckTime(test.rotorOnTime, kShortestRotorTime, Field::RotorOnTime, index)) {
+            CheckTime(test.rotorOnTime, kMinRotorTime, Field::RotorOnTime, index)) {
       return problem;
     }
     if (!test.knownViscosity) continue;
@@ -94,11 +94,11 @@ ScriptingResult ScriptableInstrument::CheckTests(const SampleTests& tests, bool 
                              "A sample that is measured has no known viscosity.", "an empty cell"),
                     index);
     }
-    if (!(*test.knownViscosity >= kLeastViscosity && *test.knownViscosity <= kMostViscosity)) {
+    if (!(*test.knownViscosity >= kMinViscosity && *test.knownViscosity <= kMaxViscosity)) {
       return OfTest(
           BadValue(Code::OutOfRange, Field::KnownViscosity,
                    platform::FormatText("%g mPa*s is out of range.", *test.knownViscosity),
-                   platform::FormatText("%.f to %.f mPa*s", kLeastViscosity, kMostViscosity)),
+                   platform::FormatText("%.f to %.f mPa*s", kMinViscosity, kMaxViscosity)),
           index);
     }
   }
@@ -155,7 +155,7 @@ ScriptingResult ScriptableInstrument::SetSampleTests(Action& action, const Sampl
                        action.GetSampleId().c_str(), test.temperature),
                    platform::FormatText(
                        "%.f to %.f mPa*s, or the name of a stored standard as the sample id",
-                       kLeastViscosity, kMostViscosity)),
+                       kMinViscosity, kMaxViscosity)),
           static_cast<int32_t>(i));
     }
     // A stored action of a standard takes the store's value whenever it is loaded, so another one

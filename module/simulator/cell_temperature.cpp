@@ -5,15 +5,15 @@ namespace {
 
 constexpr int kFastCounts = 80;  // counts a step far from the target, and what counts as far
 constexpr int kSlowCounts = 2;
-constexpr int kHighest = 65520;  // the converter's range, with some room at both ends
-constexpr int kLowest = 16;
+constexpr int kMaxCellCounts = 65520;  // the converter's range, with some room at both ends
+constexpr int kMinCellCounts = 16;
 
 int StepCell(int actual, int target) {
   if (actual < target) {
-    if (actual > kHighest) return kHighest;
+    if (actual > kMaxCellCounts) return kMaxCellCounts;
     return actual + (target - actual > kFastCounts ? kFastCounts : kSlowCounts);
   }
-  if (actual < kLowest) return kLowest;
+  if (actual < kMinCellCounts) return kMinCellCounts;
   if (actual > target) return actual - (actual - target > kFastCounts ? kFastCounts : kSlowCounts);
   return actual;
 }

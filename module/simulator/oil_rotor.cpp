@@ -13,12 +13,12 @@ namespace {
 
 constexpr double kRpmOfCount = 0.06;
 constexpr double kCountsOfSpeed = 1000.0 / kRpmOfCount;  // speed in rpm/1000
-constexpr double kMostCounts = 65535.0;
+constexpr double kMaxCounts = 65535.0;
 
 // Of an oil whose viscosity is known at one temperature only: it doubles over some 6 degrees.
 constexpr double kUsualSlope = -0.115;  // of the logarithm, for each degree C
 // Keeps the exponential within what a double holds, far outside every oil.
-constexpr double kMostLogViscosity = 30.0;
+constexpr double kMaxLogViscosity = 30.0;
 
 // The rotor comes up to its speed within seconds.
 constexpr double kTickSeconds = 0.5;
@@ -27,7 +27,7 @@ constexpr double kLagSeconds = 1.0;
 constexpr double kSpeedNoise = 0.001;
 constexpr double kTemperatureNoise = 3.0;
 // Noise beyond this would be a fault.
-constexpr double kMostDeviations = 4.0;
+constexpr double kMaxDeviations = 4.0;
 
 constexpr uint64_t kNext = 0x9E3779B97F4A7C15ULL;  // keeps zeros apart from what follows them
 
@@ -65,7 +65,7 @@ double ViscosityAt(const OilCurve& oil, double celsius) {
     slope = std::log(right->second / left->second) / (right->first - left->first);
   }
   const double logarithm = std::log(right->second) + slope * (celsius - right->first);
-  return std::exp(std::clamp(logarithm, -kMostLogViscosity, kMostLogViscosity));
+  return std::exp(std::clamp(logarithm, -kMaxLogViscosity, kMaxLogViscosity));
 }
 
 OilRotor::OilRotor(std::map<int, OilCurve> oils, CountsToCelsius celsius, uint64_t seed)
@@ -77,7 +77,7 @@ double OilRotor::Noise(uint64_t stream, int64_t tick) const {
   const uint64_t second = Mix64(first + kNext);
   const double radius = std::sqrt(-2.0 * std::log(Uniform(first)));
   const double normal = radius * std::cos(2.0 * std::numbers::pi * Uniform(second));
-  return std::clamp(normal, -kMostDeviations, kMostDeviations);
+  return std::clamp(normal, -kMaxDeviations, kMaxDeviations);
 }
 
 int OilRotor::TemperatureNoise(int64_t tick) const {
@@ -91,7 +91,7 @@ double OilRotor::TargetCounts(const RotorConditions& conditions) const {
   const double celsius = celsius_(conditions.cellCounts);
   if (!std::isfinite(celsius)) return SteadyRotor::kSpeedCounts;
   const double speed = SpeedInOil(TrueConstantsAt(celsius), ViscosityAt(oil->second, celsius));
-  return std::min(speed * kCountsOfSpeed, kMostCounts);
+  return std::min(speed * kCountsOfSpeed, kMaxCounts);
 }
 
 uint16_t OilRotor::SpeedCounts(const RotorConditions& conditions) {
@@ -104,7 +104,7 @@ uint16_t OilRotor::SpeedCounts(const RotorConditions& conditions) {
     return static_cast<uint16_t>(std::lround(counts_));
   }
   const double noisy = counts_ * (1.0 + kSpeedNoise * Noise(kSpeedStream, conditions.tick));
-  return static_cast<uint16_t>(std::lround(std::clamp(noisy, 0.0, kMostCounts)));
+  return static_cast<uint16_t>(std::lround(std::clamp(noisy, 0.0, kMaxCounts)));
 }
 
 }  // namespace rvx::simulator

@@ -8,7 +8,7 @@
 namespace rvx::simulator {
 namespace {
 
-constexpr int kHighestReading = 0xFFFF;
+constexpr int kMaxReading = 0xFFFF;
 
 }  // namespace
 
@@ -53,7 +53,7 @@ SimCell SimBoard::Cell() {
   CatchUpCell();
   SimCell reading = cell_;
   const int noisy = int{cell_.actual} + rotorModel_->TemperatureNoise(ticks_);
-  reading.actual = static_cast<uint16_t>(std::clamp(noisy, 0, kHighestReading));
+  reading.actual = static_cast<uint16_t>(std::clamp(noisy, 0, kMaxReading));
   return reading;
 }
 

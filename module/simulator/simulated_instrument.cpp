@@ -8,7 +8,7 @@ namespace {
 // A sequence settles in a few passes; the longest, the search for the speed of a precondition,
 // takes about thirty. Only phases of no length could repeat for ever: then the machines pause for a
 // millisecond at a time, like any controller.
-constexpr int kMostPassesAtOnce = 64;
+constexpr int kMaxPassesAtOnce = 64;
 constexpr platform::Milliseconds kPassPause{1};
 
 }  // namespace
@@ -48,7 +48,7 @@ void SimulatedInstrument::Feed(const std::string& text) {
 // Runs the machines until nothing changes any more at this moment. Returns the moment of the next
 // pass that is due without an input or the end of a move.
 platform::Deadline SimulatedInstrument::Settle() {
-  for (int passes = 0; passes < kMostPassesAtOnce; ++passes) {
+  for (int passes = 0; passes < kMaxPassesAtOnce; ++passes) {
     const auto intCount = static_cast<uint16_t>(board_->AdvanceClock(link_->WantsTick()));
     const bool progressed = firmware_->Pass(intCount);
     link_->StatusPass(intCount);

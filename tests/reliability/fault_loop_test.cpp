@@ -53,8 +53,8 @@ bool TriesAll() { return std::getenv("RVX_EXHAUSTIVE") != nullptr; }
 // two starts.
 Outcomes FailEverywhere(FaultCounter& faults, bool forEver, bool onNewFolder, bool spread) {
   Outcomes outcomes;
-  constexpr int64_t kMost = 100000;
-  for (int64_t from = 1; from < kMost; from += spread && !TriesAll() ? 1 + from / 100 : 1) {
+  constexpr int64_t kMaxRounds = 100000;
+  for (int64_t from = 1; from < kMaxRounds; from += spread && !TriesAll() ? 1 + from / 100 : 1) {
     SCOPED_TRACE(fmt::format("failure {} {}", forEver ? "from" : "at", from));
     const TempFolder folder;
     if (!onNewFolder) OpenHost(folder)->samples().StoreSample(NumberedSample(kOld));

@@ -6,7 +6,7 @@
 namespace rvx::soak {
 namespace {
 
-constexpr size_t kMostBytes = 25;
+constexpr size_t kMaxBytes = 25;
 constexpr size_t kPlainBytes = 3;  // kind and tag
 
 int DigitValue(uint8_t c) {
@@ -42,7 +42,7 @@ std::optional<SeenReply> ReplyWatcher::Feed(uint8_t c) {
     }
     return reply;
   }
-  if (bytes_.size() >= kMostBytes) {
+  if (bytes_.size() >= kMaxBytes) {
     state_ = State::Waiting;
   } else if (bytes_.size() < kPlainBytes || bytes_[1] == 'M') {
     bytes_.push_back(c);

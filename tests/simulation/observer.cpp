@@ -20,9 +20,9 @@ namespace {
 constexpr double kSameSpeed = 1e-9;  // rpm/1000
 constexpr int64_t kSecond = 1'000'000;
 constexpr size_t kKeptStarts = 4;
-constexpr int kMostAnswers = 2;
+constexpr int kMaxAnswers = 2;
 constexpr uint8_t kBusySwitches = 0x68;  // a move, a test, a motor run
-constexpr int kMostSends = 102;
+constexpr int kMaxSends = 102;
 constexpr int64_t kReplyTimeout = 2 * kSecond;
 // Silence that must have led to a report, with room for threads that are held up.
 constexpr int64_t kReportDue = 150 * kSecond;
@@ -150,7 +150,7 @@ void Observer::FollowRun(const SeenStatus& status) {
 void Observer::BytesTaken() {
   const UnseenGuard guard(lock_);
   if (!std::exchange(frameUnderWay_, false)) return;
-  answers_ = std::min(answers_ + 1, kMostAnswers);
+  answers_ = std::min(answers_ + 1, kMaxAnswers);
   if (!outageExcused_) outageReported_ = false;
 }
 
@@ -393,7 +393,7 @@ void Observer::CountOwnCommand(std::string_view payload) {
   const auto text = FromHex(payload).value_or(std::vector<uint8_t>());
   const int number = std::atoi(std::string(text.begin() + 1, text.end()).c_str());
   OwnCommand& command = commands_.at(static_cast<size_t>(number));
-  if (++command.sends > kMostSends) Break("a command is sent for the 103rd time");
+  if (++command.sends > kMaxSends) Break("a command is sent for the 103rd time");
   if (command.sends > 1) return;
   int& last = lastCommand_.at(static_cast<size_t>(command.who));
   Require(number > last, "commands overtake each other");

@@ -29,7 +29,7 @@ namespace {
 // A run that takes so long has come to a halt in a way that the scheduler does not see.
 constexpr unsigned kHangSeconds = 120;
 // What is shown of what a process wrote: a sanitizer's report is long.
-constexpr size_t kMostOutput = 50'000;
+constexpr size_t kMaxOutput = 50'000;
 
 // One child with its page and what it writes.
 class Child {
@@ -63,7 +63,7 @@ class Child {
   void Ended() { RealArchive::RemoveFolderOf(std::exchange(pid_, 0)); }
 
   std::string Output() const {
-    std::string text(kMostOutput, '\0');
+    std::string text(kMaxOutput, '\0');
     const ssize_t size = pread(output_, text.data(), text.size(), 0);
     text.resize(size > 0 ? static_cast<size_t>(size) : 0);
     return text;

@@ -16,8 +16,8 @@ constexpr int kTemperatureColumn = 0;
 constexpr int kViscosityColumn = 1;
 constexpr int kRotorTimeColumn = 2;
 // What a known viscosity may be, in mPa*s.
-constexpr double kLeastViscosity = 1000.0;
-constexpr double kMostViscosity = 50000.0;
+constexpr double kMinViscosity = 1000.0;
+constexpr double kMaxViscosity = 50000.0;
 
 }  // namespace
 
@@ -67,15 +67,15 @@ std::string CAvailChkViscData::GetDefaultViscosity(int row) {
 
 void CAvailChkViscData::GetDoubleRange(int /*row*/, int column, DoubleRange& range, int& decimals) {
   if (column != kViscosityColumn) throw new InvalidException;
-  range.minimum = kLeastViscosity;
-  range.maximum = kMostViscosity;
+  range.minimum = kMinViscosity;
+  range.maximum = kMaxViscosity;
   decimals = 1;
 }
 
 void CAvailChkViscData::GetIntRange(int /*row*/, int column, IntRange& range) {
   if (column != kRotorTimeColumn) throw new InvalidException;
-  range.minimum = kShortestRotorTime;
-  range.maximum = kLongestRotorTime;
+  range.minimum = kMinRotorTime;
+  range.maximum = kMaxRotorTime;
 }
 
 }  // namespace rvx

@@ -45,8 +45,8 @@ void CAvailMeasViscData::GetDoubleRange(int /*row*/, int /*column*/, DoubleRange
 
 void CAvailMeasViscData::GetIntRange(int /*row*/, int column, IntRange& range) {
   if (column != kRotorTimeColumn) throw new InvalidException;
-  range.minimum = kShortestRotorTime;
-  range.maximum = kLongestRotorTime;
+  range.minimum = kMinRotorTime;
+  range.maximum = kMaxRotorTime;
 }
 
 }  // namespace rvx

@@ -12,7 +12,7 @@ namespace {
 constexpr uint8_t kTimeDigits = 3;
 constexpr double kBelowTimes = 0.0;     // s
 constexpr double kAboveTimes = 255.01;  // s
-constexpr int kLongestTime = 255;       // s
+constexpr int kMaxTime = 255;           // s
 
 }  // namespace
 
@@ -50,7 +50,7 @@ void SampleTestsEditor::SetUpTimes() {
     field->setEnabled(model_.MayChangeTimes());
   }
   for (CSpinButtons* spin : {form_->injectionSpin, form_->coolDownSpin}) {
-    spin->SetRange(0, kLongestTime);
+    spin->SetRange(0, kMaxTime);
     spin->setEnabled(model_.MayChangeTimes());
     spin->setVisible(model_.MayChangeTimes());
   }

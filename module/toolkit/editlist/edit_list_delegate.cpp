@@ -6,7 +6,7 @@
 namespace rvx {
 namespace {
 
-constexpr int kLeastMargin = 2;
+constexpr int kMinMargin = 2;
 constexpr int kRightMargin = 6;  // of all columns but the first, where the text leaves room for it
 
 }  // namespace
@@ -35,9 +35,9 @@ void EditListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
   };
   const QString text =
       ClipText(index.data().toString(), cell.width(), measure, QStringLiteral("..."));
-  const int right = std::clamp(cell.width() - kLeastMargin - measure(text), kLeastMargin,
-                               first ? kLeastMargin : kRightMargin);
-  painter->drawText(cell.adjusted(kLeastMargin, 0, -right, 0),
+  const int right = std::clamp(cell.width() - kMinMargin - measure(text), kMinMargin,
+                               first ? kMinMargin : kRightMargin);
+  painter->drawText(cell.adjusted(kMinMargin, 0, -right, 0),
                     (first ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter, text);
   if (current && index.column() == table_.currentColumn()) {
     painter->setPen(QPen(palette.color(QPalette::Highlight), 2));

@@ -37,7 +37,7 @@ int FindChoice(const std::vector<std::string>& choices, const std::string& text)
 }
 
 // More choices than a person can look through come from data whose end is never reported.
-constexpr int kMostChoices = 10000;
+constexpr int kMaxChoices = 10000;
 
 }  // namespace
 
@@ -159,7 +159,7 @@ std::optional<CellEdit> EditTable::BeginEdit(int row, int column) {
 std::vector<std::string> EditTable::CollectChoices(int row, int column) const {
   std::vector<std::string> choices;
   HasAnswer([&] {
-    while (static_cast<int>(choices.size()) < kMostChoices) {
+    while (static_cast<int>(choices.size()) < kMaxChoices) {
       choices.push_back(data_->GetListItem(row, column, static_cast<int>(choices.size())));
     }
   });
@@ -194,7 +194,7 @@ void EditTable::RememberChoice(int row, const std::string& text) {
   firstColumnChoice_ = -1;
   if (data_ == nullptr) return;
   HasAnswer([&] {
-    for (int i = 0; i < kMostChoices; ++i) {
+    for (int i = 0; i < kMaxChoices; ++i) {
       if (data_->GetListItem(row, 0, i) == text) {
         firstColumnChoice_ = i;
         return;

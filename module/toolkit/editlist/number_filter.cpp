@@ -58,8 +58,8 @@ bool CellNumberFilter::AcceptsKey(const FieldText& field, QChar key) const {
 
 bool CellNumberFilter::AcceptsText(const QString& text) const {
   // What can be typed grows with the range; nobody needs a number of this length.
-  constexpr int kLongest = 32;
-  if (text.size() > kLongest) return false;
+  constexpr int kMaxCharacters = 32;
+  if (text.size() > kMaxCharacters) return false;
   const auto fits = [this](const FieldText& field, QChar key) { return FitsShape(field, key); };
   return EachFits(text, fits) && (!HasRange() || FitsRange(text));
 }
@@ -70,8 +70,8 @@ int CellNumberFilter::GetMaximumLength() const {
   if (!HasRange()) return kWithoutRange;
   const int limit = static_cast<int>(maximum_) / 10 + (wholeOnly_ ? 1 : 3);
   // A small range still takes each of its numbers.
-  constexpr int kShortest = 6;
-  return std::max(limit, kShortest);
+  constexpr int kMinCharacters = 6;
+  return std::max(limit, kMinCharacters);
 }
 
 // --- NumEditRules

@@ -69,7 +69,7 @@ TEST(TrayEditTest, WhatFindsNoPlaceIsCounted) {
 
 TEST(TrayEditTest, SampleIdsAreOneLineOfBoundedLength) {
   EXPECT_EQ(CleanSampleId(QStringLiteral("  a\tb\nc\x0B ")), QStringLiteral("a b c"));
-  EXPECT_EQ(CleanSampleId(QString(10000, QLatin1Char('x'))).size(), kLongestSampleId);
+  EXPECT_EQ(CleanSampleId(QString(10000, QLatin1Char('x'))).size(), kMaxSampleIdLength);
 }
 
 // A run of two positions with two tests and one.

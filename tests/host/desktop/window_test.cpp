@@ -165,7 +165,7 @@ TEST_F(WindowTest, PastedTextOfAnyLengthIsCutAndSaid) {
   view().selectRow(0);
   view().Paste();
   ASSERT_TRUE(DesktopBench::Until([&] { return SampleId(1) == "SECOND"; }));
-  EXPECT_EQ(SampleId(0).size(), kLongestSampleId);
+  EXPECT_EQ(SampleId(0).size(), kMaxSampleIdLength);
   EXPECT_TRUE(bench_.window().statusBar()->currentMessage().contains("cut"));
 }
 
