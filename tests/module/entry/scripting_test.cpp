@@ -77,7 +77,7 @@ TEST(ScriptingTest, RightsAreCheckedWhereTheChangeIsMade) {
     for (const uint32_t flags : {uint32_t{kTrayRunning}, uint32_t{kTrayRunning | kTrayPaused}}) {
       {
         ConfigurationGuard guard(instrument.configuration());
-        instrument.configuration().runFlags = flags;
+        instrument.configuration().fields.runFlags = flags;
       }
       std::vector<std::string> failures;
       for (const ScriptingResult& result :
@@ -90,7 +90,7 @@ TEST(ScriptingTest, RightsAreCheckedWhereTheChangeIsMade) {
       EXPECT_FALSE(instrument.AbortOperation()) << "whoever wants it to stop does not wait";
     }
     ConfigurationGuard guard(instrument.configuration());
-    instrument.configuration().runFlags = 0;
+    instrument.configuration().fields.runFlags = 0;
   });
 }
 

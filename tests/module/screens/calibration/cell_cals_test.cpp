@@ -3,6 +3,7 @@
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QTreeWidget>
+#include <cstdlib>
 
 #include "module/screens/calibration/cell_cals_vw.h"
 #include "module/screens/common/make_screen.h"
@@ -17,6 +18,10 @@ constexpr uint8_t kLowTemperatureOption = 0x02;
 
 class CellCalsTest : public testing::Test {
  protected:
+  // Dates are in the language of the environment.
+  CellCalsTest() { setenv("LC_ALL", "C", 1); }
+  ~CellCalsTest() override { unsetenv("LC_ALL"); }
+
   void Run(const std::function<void(ScreenBench&)>& body) {
     InPacedTime([&] {
       ScreenBench test(kCurrentCellCalsAction, MakeScreen<CCellCalsVw>);
@@ -25,10 +30,10 @@ class CellCalsTest : public testing::Test {
     });
   }
   // Changes the configuration as a save does, and tells of it on another thread.
-  void Change(ScreenBench& test, const std::function<void(ConfigurationRecord&)>& change) {
+  void Change(ScreenBench& test, const std::function<void(ConfigurationFields&)>& change) {
     {
       const ConfigurationGuard guard(*configuration_);
-      change(*configuration_);
+      change(configuration_->fields);
     }
     RunBeside([&] { test.bench.host.instruments.NotifyInstrumentChanged(); });
   }
@@ -48,7 +53,7 @@ class CellCalsTest : public testing::Test {
 
 TEST_F(CellCalsTest, ShowsWhatIsInForceAndFollowsIt) {
   Run([&](ScreenBench& test) {
-    Change(test, [](ConfigurationRecord& configuration) {
+    Change(test, [](ConfigurationFields& configuration) {
       configuration.b0[0] = 12345.6;
       configuration.b1[0] = -0.4;
       configuration.calibrationDates[1] = platform::Date();
@@ -58,24 +63,24 @@ TEST_F(CellCalsTest, ShowsWhatIsInForceAndFollowsIt) {
     EXPECT_EQ(ScreenBench::frame()->windowTitle(),
               "Current Cell Calibration Constants (RVX 0h : RVX : Unsaved)");
     ASSERT_EQ(List().topLevelItemCount(), 8);
-    EXPECT_EQ(Row(0), "- 5|12346|-0|0|1 Jan 1938 00:00:00");
+    EXPECT_EQ(Row(0), "- 5|12346|-0|0|Sat Jan  1 00:00:00 1938");
     EXPECT_EQ(Row(1), "-10|0|0|0|");
     EXPECT_EQ(Row(2), "-15|0|0|0|Invalid DateTime");
-    EXPECT_EQ(Row(7), "-35|0|0|0|1 Jan 1938 00:00:00");
+    EXPECT_EQ(Row(7), "-35|0|0|0|Sat Jan  1 00:00:00 1938");
     EXPECT_FALSE(List().horizontalScrollBar()->isVisible());
     EXPECT_FALSE(List().verticalScrollBar()->isVisible());
 
     QTest::keyClick(&List(), Qt::Key_Down);
     const std::string other = Row(3);
-    const LocaleScope german{QLocale(QLocale::German)};
-    Change(test, [](ConfigurationRecord& configuration) {
+    setenv("LC_ALL", "de_DE.UTF-8", 1);
+    Change(test, [](ConfigurationFields& configuration) {
       configuration.b2[4] = 7.0;
       configuration.calibrationDates[4] = platform::Date(2026, 1, 31, 16, 5, 6);
     });
-    EXPECT_TRUE(PumpUntil([&] { return Row(4) == "-20|0|0|7|31.01.2026 16:05:06"; })) << Row(4);
+    EXPECT_TRUE(PumpUntil([&] { return Row(4) == "-20|0|0|7|Sa 31 Jan 2026 16:05:06"; })) << Row(4);
     EXPECT_EQ(Row(3), other);
     EXPECT_EQ(List().selectedItems().size(), 1);  // what the user was looking at
-    Change(test, [](ConfigurationRecord& configuration) {
+    Change(test, [](ConfigurationFields& configuration) {
       configuration.modelCode = '4';
       configuration.optionByte = kLowTemperatureOption;
     });
@@ -105,7 +110,7 @@ TEST_F(CellCalsTest, KeysAndMouseDoEverything) {
     QTest::keyClick(&List(), Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QApplication::clipboard()->text(),
               "Temperature(C)\tB0\tB1\tB2\tLast Calibration Date\n"
-              "-15\t0\t0\t0\t1 Jan 1938 00:00:00\n");
+              "-15\t0\t0\t0\tSat Jan  1 00:00:00 1938\n");
     QTest::keyClick(&List(), Qt::Key_F2);  // read only
     EXPECT_EQ(List().findChild<QLineEdit*>(), nullptr);
     QTest::keyClick(&List(), Qt::Key_Tab);
