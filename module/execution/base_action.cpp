@@ -133,7 +133,8 @@ void CBaseAction::StopRun() {
     const bool runs = std::exchange(launch->action, nullptr) != nullptr;
     launch->stopped = true;
     if (runs && launch->drivesInstrument) instrument_.SendAbort(nullptr);
-    launch->motion.End();
+    // A run has no screen, so its end does not ask for one more lock.
+    if (!launch->drivesInstrument) launch->motion.End();
   }
   launch->stopEvent.Set();
   {

@@ -109,7 +109,8 @@ TEST(PowerCut, AnArchiveOfAnOlderVersionIsMigratedOrAsItWas) {
     }
     ExecuteSql(host->database(),
                "ALTER TABLE SAMPLES DROP COLUMN \"Simulated\"; "
-               "ALTER TABLE ERRORS DROP COLUMN \"Acknowledged\"; PRAGMA user_version = 1");
+               "ALTER TABLE ERRORS DROP COLUMN \"Acknowledged\"; "
+               "ALTER TABLE ERRORS DROP COLUMN \"Code\"; PRAGMA user_version = 1");
   }
   Cutter cutter(folder);
   for (int number = 1; number <= 3; ++number) cutter.Acknowledge(number);
