@@ -9,14 +9,15 @@
 
 namespace torvell {
 
-// `message` is complete, for people.
+// Throws an ArchiveException; the catcher deletes it. `message` is complete text for people.
 [[noreturn]] inline void RaiseArchiveException(const std::string& message) {
   rvx::ActionErrorRecord record;
   record.message = message;
   throw new rvx::ArchiveException(record);
 }
 
-// Runs `work` and gives its result; a HostError leaves it as an ArchiveException of the same words.
+// Runs `work` and returns its result; turns a HostError into an ArchiveException with the same
+// message.
 template <class Work>
 auto AsArchiveErrors(Work&& work) {
   try {
@@ -26,7 +27,7 @@ auto AsArchiveErrors(Work&& work) {
   }
 }
 
-// The same, and failures of the database as WithDatabaseErrors words them.
+// The same, and also turns failures of the database into messages, see WithDatabaseErrors.
 template <class Work>
 auto WithArchiveErrors(const std::string& what, Work&& work) {
   return AsArchiveErrors([&] { return WithDatabaseErrors(what, std::forward<Work>(work)); });

@@ -25,10 +25,10 @@ struct AuditRow {
 class AuditTrail {
  public:
   AuditTrail(Database& database, Users& users) : database_(database), users_(users) {}
-  // Adds a row by which a person finds a change whose single fields have their rows already.
+  // Adds a row that tells of a change as a whole, where its single fields already have their rows.
   // HostError Database.
   void Add(const std::string& object, const std::string& oldValue, const std::string& newValue);
-  // The latest n, oldest first; n <= 0: all. HostError Database.
+  // Returns the latest n rows, oldest first; all if n <= 0. HostError Database.
   std::vector<AuditRow> Last(int64_t n);
 
  private:

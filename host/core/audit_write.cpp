@@ -74,7 +74,7 @@ std::vector<AuditChange> CompareSettingsTexts(const std::string& object, const s
 
 std::vector<AuditChange> CompareRowTexts(const std::string& object, const std::string& before,
                                          const std::string& after) {
-  // How often each row stands in the one and not in the other; rows may move without a change.
+  // How much more often each row is in the one text than in the other: a moved row is no change.
   std::map<std::string, int> balance;
   for (const std::string& row : platform::SplitFields(before, '\r')) --balance[row];
   for (const std::string& row : platform::SplitFields(after, '\r')) ++balance[row];

@@ -1,4 +1,4 @@
-// Rows of the audit trail, made inside the transaction of the change that they tell of.
+// Rows of the audit trail, written in the transaction of the change that they describe.
 #pragma once
 
 #include <cstdint>
@@ -16,20 +16,21 @@ struct AuditChange {
   std::string newValue;
 };
 
-// Who makes it.
+// Who makes the change.
 struct Actor {
   std::string user;
   int32_t level = 0;
 };
 
-// Adds a row for each change whose values differ.
+// Adds a row for each change whose values differ. Requires an open Transaction; SQLite::Exception.
 void WriteAudit(Database& database, const Actor& actor, const std::vector<AuditChange>& changes)
     REQUIRES(database.lock());
 
-// The fields of an instrument's settings text that differ. The tray is no setting and is left out.
+// Returns the fields in which two settings texts of an instrument differ. The tray is not a setting
+// and is left out.
 std::vector<AuditChange> CompareSettingsTexts(const std::string& object, const std::string& before,
                                               const std::string& after);
-// The rows (each ended by CR) of an analysis text that went or came.
+// Returns the rows (each ended by CR) of an analysis text that were removed or added.
 std::vector<AuditChange> CompareRowTexts(const std::string& object, const std::string& before,
                                          const std::string& after);
 

@@ -1,12 +1,12 @@
-// The host that the process-wide entry points answer for.
+// The host whose services the process-wide entry points return. Any thread.
 #pragma once
 
 namespace torvell {
 
 class Host;
 
-// False if there is another one.
+// Returns false if another host is registered.
 bool RegisterHost(Host* host);
-void UnregisterHost(Host* host);
+void UnregisterHost(Host* host);  // no effect if another host is registered
 
 }  // namespace torvell

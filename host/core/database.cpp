@@ -11,7 +11,7 @@
 namespace torvell {
 namespace {
 
-// The archive's own Like; SQLite's LIKE and GLOB have other wildcards.
+// The Like of the archive; SQLite's LIKE and GLOB have other wildcards.
 void LikeFunction(sqlite3_context* context, int, sqlite3_value** values) {
   auto text = [&](int index) {
     const auto* bytes = static_cast<const char*>(sqlite3_value_blob(values[index]));
@@ -26,8 +26,8 @@ int ReadVersion(SQLite::Database& connection) {
 }
 
 void CheckVersion(SQLite::Database& connection, const std::string& file) {
-  // First: the version of a new database comes with its tables, perhaps right now from another
-  // process.
+  // Read before the version: another process may be making a new database right now, and commits
+  // version and tables together.
   const bool hasTables = connection.execAndGet("SELECT count(*) FROM sqlite_master").getInt() > 0;
   const int version = ReadVersion(connection);
   if (version < 0 || (version == 0 && hasTables)) {
@@ -50,7 +50,8 @@ void CheckVersion(SQLite::Database& connection, const std::string& file) {
 
 void Migrate(SQLite::Database& connection, const std::string& file) {
   if (ReadVersion(connection) == kSchemaVersion) return;
-  // Another process may be at it too: the version counts that is seen with the write lock held.
+  // Another process may migrate the same file: only the version that is read under the write lock
+  // counts.
   SQLite::Transaction transaction(connection, SQLite::TransactionBehavior::IMMEDIATE);
   CheckVersion(connection, file);
   const int version = ReadVersion(connection);
@@ -100,8 +101,8 @@ Transaction::Transaction(Database& database, Durability durability)
     : connection_(database.connection()),
       commit_(database.Prepared("COMMIT")),
       durability_(durability) {
-  // Without the flush of a commit that only has to survive the process; the next one that has to
-  // survive a power cut flushes it along.
+  // A commit that only has to survive the process is not flushed to the disk. The next commit that
+  // has to survive a power cut flushes it too.
   SetFlush(false);
   try {
     Query begin(database.Prepared("BEGIN IMMEDIATE"));
@@ -122,7 +123,7 @@ void Transaction::Commit() {
 
 Transaction::~Transaction() {
   if (!open_) return;
-  // Some failures have ended the transaction already.
+  // Some failures have already ended the transaction.
   if (sqlite3_get_autocommit(connection_.getHandle()) == 0) connection_.tryExec("ROLLBACK");
   SetFlush(true);
 }
@@ -134,7 +135,7 @@ void Transaction::SetFlush(bool flush) {
 
 namespace {
 
-// SQLite has one code for this and for whatever else it can't do.
+// SQLite uses the same error code for a missing table or column as for other failures.
 bool TellsOfTables(std::string_view message) {
   return message.starts_with("no such table") || message.starts_with("no such column") ||
          message.find("has no column named") != std::string_view::npos;

@@ -14,7 +14,7 @@
 
 namespace torvell {
 
-// A prepared statement in use: reset and emptied when it goes, so that no reading stays open.
+// A prepared statement in use. Its destructor resets it, so that no read transaction stays open.
 class Query {
  public:
   explicit Query(SQLite::Statement& statement) : statement_(statement) {}
@@ -31,15 +31,16 @@ class Query {
   SQLite::Statement& statement_;
 };
 
-// SQLite's failures come as SQLite::Exception; DescribeDatabaseError makes them readable. The lock
-// is held for one transaction or one page of rows, never over a call to anybody else.
+// Failures of SQLite are thrown as SQLite::Exception; DescribeDatabaseError makes them readable.
+// The lock is held for one transaction or one page of rows, never while other code is called. Any
+// thread.
 class Database {
  public:
   // How long an operation waits for another process that has the database locked.
   static constexpr int kBusyMilliseconds = 4000;
 
-  // Opens or makes the file and brings its tables to the present version. HostError: Database,
-  // NewerVersion.
+  // Opens the file, or creates it, and brings its tables to the present version. HostError:
+  // Database, NewerVersion.
   explicit Database(const std::string& file);
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
@@ -48,8 +49,8 @@ class Database {
   const std::string& file() const { return file_; }
 
   SQLite::Database& connection() REQUIRES(lock_) { return *connection_; }
-  // The statement of this text, prepared once and kept. Not while an earlier one of the same text
-  // is still in use.
+  // Returns the statement of this text, prepared once and kept. An earlier use of the same text
+  // must have ended.
   SQLite::Statement& Prepared(const std::string& sql) REQUIRES(lock_);
 
  private:
@@ -58,12 +59,12 @@ class Database {
   const std::string file_;
   platform::PlainLock lock_{"database", kDatabaseLockRank};
   std::unique_ptr<SQLite::Database> connection_ GUARDED_BY(lock_);
-  // Behind the connection, since statements go before it.
+  // Declared after the connection, so that the statements are destroyed before it.
   std::map<std::string, std::unique_ptr<SQLite::Statement>> statements_ GUARDED_BY(lock_);
 };
 
-// A change that is done as a whole or not at all. Takes the right to write at once, so that it
-// can't fail for another writer half-way.
+// A change that is made as a whole or not at all. Takes the write lock of the database at once, so
+// that another writer can't make it fail half-way.
 class Transaction {
  public:
   // How much a commit has to survive.
@@ -73,7 +74,7 @@ class Transaction {
   };
   explicit Transaction(Database& database, Durability durability = Durability::Power)
       REQUIRES(database.lock());
-  ~Transaction();  // takes everything back unless committed
+  ~Transaction();  // rolls back unless committed
   Transaction(const Transaction&) = delete;
   Transaction& operator=(const Transaction&) = delete;
   void Commit();
@@ -87,13 +88,14 @@ class Transaction {
   bool open_ = false;
 };
 
-// What went wrong, for people: reason, likely cause and what helps, without a full stop.
+// Describes the failure for people: reason, likely cause and what helps, without a full stop.
 std::string DescribeDatabaseError(const SQLite::Exception& error);
 // The same as a HostError of kind Database; `what` is "the samples could not be read" or the like.
 HostError MakeDatabaseError(const std::string& what, const SQLite::Exception& error);
 
-// Runs `work` and gives its result. A failure of the database leaves it as MakeDatabaseError words
-// it; `work` takes the lock itself, so that it is free again by then.
+// Runs `work` and returns its result. Turns a failure of the database into the HostError of
+// MakeDatabaseError. `work` takes the database's lock itself, so the lock is free again when the
+// error is described.
 template <class Work>
 auto WithDatabaseErrors(const std::string& what, Work&& work) {
   try {

@@ -7,7 +7,7 @@
 
 namespace rvx {
 
-// The host has no analyses of its own; the module passes this on without looking into it.
+// The host has no analysis manager; the module only passes this pointer on.
 class AnalysisManager {};
 
 }  // namespace rvx
@@ -18,7 +18,8 @@ namespace {
 std::atomic<Host*> currentHost{nullptr};
 rvx::AnalysisManager analysisManager;
 
-// The host that is open. Without one its services are as missing as without this library.
+// Returns the open host. Throws the exception that the module also gets when this library is
+// missing.
 Host& CurrentHost() {
   Host* host = currentHost.load();
   if (host != nullptr) return *host;

@@ -1,4 +1,4 @@
-// A file descriptor that is closed when it goes, and what is done with one.
+// A file descriptor with an owner, and operations on descriptors.
 #pragma once
 
 #include <string>
@@ -20,18 +20,19 @@ class FileHandle {
 
   bool IsOpen() const { return descriptor_ >= 0; }
   int get() const { return descriptor_; }
-  // Leaves errno alone.
+  // Does not change errno.
   void Close();
 
  private:
   int descriptor_ = -1;
 };
 
-// All bytes, whatever interrupts; false with errno set.
+// Writes all bytes, also when signals interrupt. Returns false with errno set on failure.
 bool WriteAll(int descriptor, std::string_view bytes);
-// From the beginning to the end.
+// Reads the file from its beginning to its end. Returns false with errno set on failure.
 bool ReadAll(int descriptor, std::string& bytes);
-// Makes durable that a file of this name was made or removed.
+// Makes the creation or removal of a file of this name durable. Returns false with errno set on
+// failure.
 bool SyncFolderOf(const std::string& path);
 
 }  // namespace torvell

@@ -99,7 +99,7 @@ void Host::OpenFolder(const HostOptions& options) {
 
 Host::~Host() {
   if (ports_ && instruments_) {
-    // A line that breaks now must not reach an instrument that is ending.
+    // A line that breaks now must not reach an instrument that is being deleted.
     ports_->RemoveListener(instruments_.get());
     instruments_->DeleteAll();
   }
@@ -118,7 +118,7 @@ void Host::SeedIdentifiers(const HostOptions& options) {
                               "RETURNING \"Value\""));
       query->executeStep();
       starts = static_cast<uint64_t>(query->getColumn(0).getInt64());
-      // A statement that changes something is done only when it has been stepped to its end.
+      // SQLite completes a changing statement only when it has been stepped to its end.
       query->executeStep();
     }
     transaction.Commit();
@@ -148,7 +148,7 @@ int Host::DiscoverInstruments() {
   rvx::ArrayOfInstruments found;
   const std::optional<HostError> failure = FindInstruments(moduleName_, found);
   instruments_->Adopt(found);
-  // A sample that is wrongly marked harms less than one that is wrongly not.
+  // Marking too many samples as simulated does less harm than marking too few.
   const std::vector<InstrumentEntry> entries = instruments_->Entries();
   samples_->SetSimulated(
       std::any_of(entries.begin(), entries.end(),

@@ -1,5 +1,5 @@
-// The host: one data folder opened, with everything in it, and the instruments found. One in a
-// process at a time, since the entry points that the module looks up are process-wide.
+// The host: one open data folder with everything in it, and the instruments found. A process has at
+// most one at a time, since the entry points that the module looks up are process-wide.
 #pragma once
 
 #include <cstdint>
@@ -24,11 +24,12 @@ namespace torvell {
 
 struct HostOptions {
   std::string dataFolder;              // made if it is missing; empty: DefaultDataFolder()
-  bool simulate = false;               // the "Simulate" setting on for this process
-  std::string userName;                // who acts, already authenticated; empty: nobody named
-  std::optional<uint64_t> seed;        // identifiers come from it and from the count of starts
+  bool simulate = false;               // turns the "Simulate" setting on for this process
+  std::string userName;                // who acts, already authenticated; empty: no user
+  std::optional<uint64_t> seed;        // identifiers are made from it and the number of starts
   std::string moduleName = "rvx.dll";  // a name for platform::LoadLibrary, or a path
-  // Who runs jobs for the user interface; null: a JobThread of the host's own. Not owned.
+  // Runs jobs on the user-interface thread; null: the host makes a JobThread. Not owned, must
+  // outlive the host.
   UserInterfaceExecutor* userInterface = nullptr;
 };
 
@@ -37,30 +38,32 @@ std::string DefaultDataFolder();
 
 class Host {
  public:
-  // Opens the folder: makes what is missing, brings the database to the present version and takes
-  // in samples that the last start could not store. HostError: DataFolder, Database, NewerVersion.
+  // Opens the folder: makes what is missing, brings the database to the present version and stores
+  // samples that the last start could not store. HostError: DataFolder, Database, NewerVersion.
+  // std::logic_error if the process has an open host already.
   static std::unique_ptr<Host> Open(const HostOptions& options);
-  // Deletes the instruments, then ends the rest. Not on the user-interface thread.
+  // Deletes the instruments first. Must not run on the user-interface thread.
   ~Host();
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;
 
-  // What happened at the start that a person should know: samples taken in from the spool, damaged
-  // lines in it, trays that were interrupted. One complete sentence or more each.
+  // What a person should know of the start: samples stored from the spool, damaged lines in it,
+  // trays that were interrupted. Each text is one or more complete sentences.
   const std::vector<std::string>& notices() const { return notices_; }
   const std::string& dataFolder() const { return folder_; }
   const std::string& databaseFile() const { return databaseFile_; }
-  // The "Simulate" setting of the moment.
+  // The present value of the "Simulate" setting.
   bool IsSimulated() const;
 
-  // Loads the module and lets it look for instruments, on a thread of its own; takes over a second
-  // for each port of the real clock. Those found before stay. Returns how many there are then.
-  // HostError ModuleMissing. PortDirectory::LastFailure says why a port was not tried.
+  // Loads the module and lets it look for instruments on a separate thread; returns when it is
+  // done. Takes over a second for each port that is tried under the real clock. Instruments that
+  // were found before stay. Returns how many there are now. HostError ModuleMissing or OtherModule.
+  // PortDirectory::LastFailure says why a port could not be tried.
   int DiscoverInstruments();
 
   // Starts the tray of an instrument (of InstrumentList::Entries), level 10. `listener` may be null
-  // and must live as long as the runner. HostError: NotAllowed; Tray with the instrument's reason,
-  // then nothing runs and no listener is called.
+  // and must live as long as the runner. HostError: NotAllowed; Database if the run can't be
+  // recorded; Tray with the instrument's reason, then nothing runs and no listener is called.
   std::unique_ptr<TrayRunner> StartTray(const InstrumentEntry& entry, TrayListener* listener);
 
   Users& users() { return *users_; }

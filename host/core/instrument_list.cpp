@@ -52,8 +52,8 @@ void InstrumentList::DeleteAll() {
     platform::PlainGuard guard(lock_);
     gone.swap(entries_);
   }
-  // Without the lock: an instrument that ends stores its settings, asks the user and closes its
-  // port.
+  // No lock is held: an instrument that is deleted stores its settings, asks the user and closes
+  // its port.
   for (const InstrumentEntry& entry : gone) delete entry.instrument;
   if (!gone.empty()) NotifyInstrumentChanged();
 }
@@ -84,7 +84,7 @@ rvx::ViscometerInstrument* InstrumentList::GetInstrument(int32_t index) {
   return entries_[static_cast<size_t>(index)].instrument;
 }
 
-// Frames with an index belong to a window of the host; there is none here.
+// Only a window of a host has frames with an index, and this host has none.
 void InstrumentList::ReleaseFrame(int32_t) {}
 
 void InstrumentList::ReportError(rvx::ActionException* error) {
@@ -150,7 +150,8 @@ void InstrumentList::LineBroken(const std::string& port, const std::string& reas
       "The line of {} broke: {}. {}Plug the device in again; the line then opens by itself{}.",
       port, reason, paused ? "The tray that was running there is paused. " : "",
       paused ? ", and the tray goes on when you resume it" : "");
-  // First the words: a run without a person ends at its pause, and would end without its reason.
+  // Report first: a run without a person ends at its pause, and would end before its reason is
+  // known.
   errors_.Report(report);
   for (rvx::ViscometerInstrument* instrument : running) instrument->PauseTray(0, 1);
 }

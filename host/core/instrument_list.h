@@ -1,4 +1,4 @@
-// The instruments that the module found, and who hears of changes in them.
+// The instruments that the module found, and the listeners for their changes.
 #pragma once
 
 #include <cstdint>
@@ -20,19 +20,20 @@ namespace torvell {
 struct InstrumentEntry {
   rvx::ViscometerInstrument* instrument = nullptr;
   rvx::InstrumentScripting* scripting = nullptr;  // null if the module has none
-  // As it was at discovery; without scripting only portName ("") and archiveKey ("#0") are filled.
+  // The identity at discovery; without scripting only portName ("") and archiveKey ("#0") are
+  // filled.
   rvx::InstrumentIdentity identity;
 
   // "COM1 RVX-D TX"
   std::string Title() const { return identity.portName + " " + identity.model; }
 };
 
-// Hears which instrument is to be shown.
+// Is told which instrument is to be shown.
 class SelectionListener {
  public:
   virtual ~SelectionListener() = default;
-  // `index` in the list. On the thread that selects, which may be any; must not wait for the
-  // user-interface thread.
+  // `index` is the place in the list. Called on the thread that selects, which may be any; must not
+  // wait for the user-interface thread.
   virtual void InstrumentSelected(int32_t index) = 0;
 };
 
@@ -44,10 +45,10 @@ class InstrumentList : public rvx::InstrumentManager, public LineListener {
 
   std::vector<InstrumentEntry> Entries();
 
-  // Takes the instruments over: the list deletes them in DeleteAll.
+  // Takes ownership of the instruments: DeleteAll deletes them.
   void Adopt(const rvx::ArrayOfInstruments& instruments);
   // Empties the list and deletes the instruments, first to last. Not on the user-interface thread:
-  // an instrument that is ending may need that one.
+  // the end of an instrument may need that thread.
   void DeleteAll();
 
   // rvx::InstrumentManager
@@ -64,8 +65,8 @@ class InstrumentList : public rvx::InstrumentManager, public LineListener {
   // Once it returns the listener is not called any more.
   void RemoveSelectionListener(SelectionListener* listener) { selections_.Remove(listener); }
 
-  // LineListener: reports once, and pauses a tray that is running on this port at once. Nothing
-  // goes on by itself when the line is back.
+  // LineListener: reports the change, and pauses a tray that runs on this port at once. A paused
+  // tray does not go on by itself when the line is back.
   void LineBroken(const std::string& port, const std::string& reason) override;
   void LineRestored(const std::string& port) override;
 

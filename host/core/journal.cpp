@@ -131,7 +131,7 @@ int64_t TrayJournal::Begin(const TrayPlan& plan) {
       if (old.archiveKey == plan.archiveKey) CloseRun(database_, old.run, "replaced");
     }
     run = InsertRun(database_, plan);
-    // Before other processes can see the row, so that it never looks interrupted.
+    // Marked before other processes can see the row, so that it never looks interrupted.
     if (!marks_->Take(run)) {
       throw HostError(HostErrorKind::Database,
                       "The tray was not started, since another program on this data folder is just "
@@ -148,7 +148,7 @@ int64_t TrayJournal::Begin(const TrayPlan& plan) {
     live_[run] = std::move(live);
     return run;
   } catch (const SQLite::Exception& error) {
-    // The number goes to another run, perhaps of another process.
+    // The number will be used by another run, perhaps of another process.
     marks_->Release(run);
     throw MakeDatabaseError("The tray was not started, since it could not be noted", error);
   }

@@ -1,4 +1,4 @@
-// The journal of tray runs: what a host that was killed finds again at its next start.
+// The journal of tray runs, from which the next start learns what a killed host was doing.
 #pragma once
 
 #include <cstdint>
@@ -30,11 +30,11 @@ struct InterruptedPosition {
   std::string classKey;
   std::string sampleId;
   int32_t tests = 0;   // tests that it has
-  int32_t stored = 0;  // results of its last attempt with any that are in the archive
+  int32_t stored = 0;  // results in the archive, of the last attempt that has any
   PositionState state = PositionState::NotRun;
 };
 
-// A run that ended without its end being noted: the program was killed, or the machine went down.
+// A run whose end was not noted: the program was killed, or the machine went down.
 struct InterruptedTray {
   int64_t run = 0;
   std::string archiveKey;  // "RVXCOM1:0"
@@ -43,7 +43,7 @@ struct InterruptedTray {
   std::vector<InterruptedPosition> positions;  // the filled ones, in order
 };
 
-// What the journal notes of a tray as it starts.
+// What the journal notes when a tray starts.
 struct TrayPlan {
   std::string archiveKey;
   std::string instrumentId;
@@ -59,34 +59,37 @@ struct TrayPlan {
   std::vector<Position> positions;  // the filled ones
 };
 
-// Any thread. The operations that note something during a run never raise: the tray goes on, and
-// the log has the reason.
+// The runs of a data folder. Any thread. The operations that note something during a run never
+// throw: the tray goes on, and the reason is in the log.
 class TrayJournal {
  public:
-  // `marksFile` tells runs that are alive, in whichever process, from those that were interrupted.
+  // `marksFile` tells runs that are alive in any process from interrupted ones. HostError
+  // DataFolder if it can't be opened.
   TrayJournal(Database& database, const std::string& marksFile);
   ~TrayJournal();
 
-  // The runs that were interrupted, latest first. Several for one archive key only if several
+  // Returns the interrupted runs, latest first. An archive key has several only if several
   // processes ran a tray there. HostError Database.
   std::vector<InterruptedTray> Interrupted();
-  // The latest of them. HostError Database.
+  // Returns the latest interrupted run of this key. HostError Database.
   std::optional<InterruptedTray> InterruptedOf(const std::string& archiveKey);
-  // The person knows of it or has replaced the tray: it is not offered again. HostError Database.
+  // Notes that the user knows of the interruption or has replaced the tray, so it is not offered
+  // again. HostError Database.
   void Close(int64_t run);
 
-  // A run begins: its number. Closes what was interrupted there. HostError Database if it can't be
-  // noted; then nothing is closed either.
+  // Notes the start of a run and returns its number. Closes interrupted runs of the same archive
+  // key. HostError Database if the start can't be noted; then nothing is closed either.
   int64_t Begin(const TrayPlan& plan);
-  // A position that is started anew counts from there on, as soon as it has a result: the
-  // instrument also reports its moves before and behind the samples as a start of the first
-  // position.
+  // Counts an attempt at the position. When it has a result, earlier attempts no longer count;
+  // before that they do, since the instrument also reports its moves before and after the samples
+  // as a start of the first position.
   void NoteSampleStarted(int64_t run, int32_t position);
   void NoteSampleStatus(int64_t run, int32_t position);
   void NoteSampleFinished(int64_t run, int32_t position);
   void End(int64_t run, const std::string& how);
 
-  // The run that a sample being stored by the calling thread belongs to.
+  // Returns the run that a sample belongs to; the calling thread is storing it. `run` is 0 if there
+  // is none.
   SampleOrigin FindOrigin(const rvx::Sample& sample);
 
  private:
@@ -98,7 +101,7 @@ class TrayJournal {
     int32_t position = -1;  // the one that is running
     int32_t attempt = 0;
     std::map<int32_t, int32_t> attempts;
-    platform::ThreadId thread = 0;  // that reported last
+    platform::ThreadId thread = 0;  // the thread that reported last
   };
 
   Database& database_;

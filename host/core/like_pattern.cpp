@@ -7,7 +7,7 @@ namespace {
 
 char Fold(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
-// One element of a pattern that stands for exactly one character.
+// One element of a pattern that matches exactly one character.
 struct Element {
   size_t length = 1;  // in the pattern
   bool matches = false;

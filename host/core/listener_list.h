@@ -1,4 +1,4 @@
-// Listeners that may come and go at any time, also from inside a call.
+// A list of listeners that may be added and removed at any time, also from inside a call.
 #pragma once
 
 #include <algorithm>
@@ -13,8 +13,8 @@
 
 namespace torvell {
 
-// A list of pointers that it does not own. Calls are made without a lock held, in the order of
-// registration. Any thread.
+// The listeners are not owned. They are called without a lock held, in the order of registration.
+// Any thread.
 template <class Listener>
 class ListenerList {
  public:
@@ -24,8 +24,8 @@ class ListenerList {
     entries_.push_back(std::move(entry));
   }
 
-  // Once it returns the listener is not called any more: a call in progress on another thread is
-  // waited for, so do not hold a lock that the listener takes. From inside a call of the listener
+  // After the return the listener is not called any more. Waits for a call in progress on another
+  // thread, so do not hold a lock that the listener takes. From inside a call of the listener
   // itself it returns at once.
   void Remove(Listener* listener) {
     std::shared_ptr<Entry> entry;
@@ -71,13 +71,13 @@ class ListenerList {
   struct Entry {
     explicit Entry(Listener* theListener) : listener(theListener) {}
     Listener* const listener;
-    // The rest is guarded by the list's lock; the event is not.
+    // The list's lock guards the following fields, except the event.
     bool removed = false;
     std::vector<platform::ThreadId> callers;     // threads inside a call, with repeats
     platform::Event quiet{"listener is quiet"};  // a call of a removed listener has ended
   };
 
-  // Ends a call also when it raises.
+  // Ends the call also when it throws.
   struct Visit {
     ListenerList& list;
     Entry& entry;

@@ -1,5 +1,6 @@
-// The order of the host's locks, behind all of the module's: the module calls the host with some of
-// its own locks held, and the host calls the module and its listeners with none of these held.
+// The order of the host's locks. They rank after all locks of the module: the module calls the host
+// with some of its locks held, and the host calls the module and its listeners with none of these
+// held.
 #pragma once
 
 #include "platform/lock.h"

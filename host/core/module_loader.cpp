@@ -16,7 +16,7 @@ namespace {
 
 using CreateInstrumentsEntry = void (*)(rvx::ArrayOfInstruments**);
 
-// The path of a library that lies beside this one.
+// Returns the path of a library in the folder of this one.
 std::string BesideThisLibrary(const std::string& fileName) {
   Dl_info info = {};
   if (dladdr(reinterpret_cast<const void*>(&FindInstruments), &info) == 0) return fileName;
@@ -31,8 +31,8 @@ platform::LibraryHandle LoadModule(const std::string& moduleName) {
   return platform::LoadLibrary(BesideThisLibrary("librvx.so"));
 }
 
-// The version that the module was built for, read without calling anything of it; nothing from a
-// module that does not say.
+// Returns the version that the module was built for, read without calling into it; nothing if the
+// module does not say.
 std::optional<int32_t> VersionOf(platform::LibraryHandle library) {
   const void* version = platform::FindEntry(library, rvx::kBoundaryVersionEntry);
   if (version == nullptr) return std::nullopt;

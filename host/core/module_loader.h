@@ -1,4 +1,4 @@
-// The instrument module: loaded at run time, asked for instruments.
+// Loads the instrument module at run time and asks it for instruments.
 #pragma once
 
 #include <optional>
@@ -9,11 +9,11 @@
 
 namespace torvell {
 
-// Loads the module (platform::LoadLibrary; also looked for beside this library) and lets it search,
-// on a thread of its own; returns when it is done. Found instruments are appended. Nothing, or what
-// went wrong: OtherModule for one whose version of the boundary is not this program's, which is let
-// go again before anything of it was called, else ModuleMissing. A module that was asked stays
-// loaded.
+// Loads the module by platform::LoadLibrary, also from the folder of this library, and lets it
+// search for instruments on a separate thread; returns when it is done and appends what was found.
+// Returns nothing on success, else what went wrong: OtherModule if the module was built for another
+// version of the boundary, else ModuleMissing. A module of another version is unloaded before
+// anything in it is called. A module that was asked for instruments stays loaded.
 std::optional<HostError> FindInstruments(const std::string& moduleName,
                                          rvx::ArrayOfInstruments& found);
 

@@ -8,25 +8,25 @@
 
 namespace torvell {
 
-// Any thread.
+// Hands what it receives to its watchers. Any thread.
 class OpenLine : public rvx::Port {
  public:
   void AddWatcher(rvx::PortWatcher* watcher) { watchers_.Add(watcher); }
-  // Once it returns the watcher is not called any more; waits for a call in progress unless it
-  // comes from inside that call.
+  // After the return the watcher is not called any more. Waits for a call in progress, except from
+  // inside that call.
   void RemoveWatcher(rvx::PortWatcher* watcher) { watchers_.Remove(watcher); }
   bool HasWatchers() { return !watchers_.IsEmpty(); }
 
-  // Lets go of the device. Called once, without a watcher left; returns at once.
+  // Starts to release the device and returns at once. Called once, when no watcher is left.
   virtual void Shut() = 0;
-  // Waits until the device is free again. At once on the line's own thread.
+  // Waits until the device is free again. Returns at once on the line's own thread.
   virtual void WaitShut() = 0;
 
  protected:
   ListenerList<rvx::PortWatcher> watchers_;
 };
 
-// A line with nobody at the other end: what is written is gone, nothing is received.
+// A line without a device: drops what is written, and receives nothing.
 class EmptyLine : public OpenLine {
  public:
   void Write(std::span<const uint8_t>) override {}

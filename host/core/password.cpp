@@ -31,7 +31,7 @@ bool FitsPassword(const std::string& hash, const std::string& password) {
 }
 
 std::string NobodysHash() {
-  // The last part is made up; there is no way back from it to a password.
+  // The digest after the last "$" is made up, so no password is known for it.
   return "$argon2id$v=19$m=65536,t=2,p=1$c29tZXNhbHRzb21lc2FsdA$"
          "CTFhFdXPJO1aFaMaO6Mm5c8y7cJHAPz8ArZWb2GRPPc";
 }

@@ -1,21 +1,22 @@
-// Password hashes: Argon2id, made slow and hungry for memory on purpose.
+// Password hashes by Argon2id, which is slow and needs much memory on purpose. Any thread.
 #pragma once
 
 #include <string>
 
 namespace torvell {
 
-// A new hash of the password, with a salt of its own. HostError if there is too little memory (64
-// MB for the moment of the call). Takes a noticeable part of a second.
+// Returns a new hash of the password with a random salt. Takes a noticeable part of a second and 64
+// MB; HostError Database if there is too little memory.
 std::string HashPassword(const std::string& password);
 
-// True if the hash is one of this password. Takes as long as HashPassword whether it is or not.
+// Returns true if the hash belongs to this password. Takes as long as HashPassword in both cases.
 bool FitsPassword(const std::string& hash, const std::string& password);
 
-// A hash that no password fits, of the same cost: for names that do not exist.
+// Returns a hash that no password fits and that costs as much to check: for names that do not
+// exist.
 std::string NobodysHash();
 
-// True if FitsPassword costs for this hash what it costs for a new one.
+// Returns true if FitsPassword takes as long for this hash as for a new one.
 bool HasPresentCost(const std::string& hash);
 
 }  // namespace torvell

@@ -19,11 +19,11 @@ inline constexpr size_t kInUseFlagPosition = 9;
 
 std::string FormatPortSettings(const PortSettings& settings);
 
-// Reads the fixed form, and what a person may type for it: the rate alone ("9600"), leading zeros
-// left out ("19200,u=0"). Nothing if it is neither.
+// Reads the fixed form, and also what a person may type: the rate alone ("9600"), or without
+// leading zeros ("19200,u=0"). Returns nothing for anything else.
 std::optional<PortSettings> ParsePortSettings(const std::string& text);
 
-// What ParsePortSettings accepts, for messages.
+// Describes what ParsePortSettings accepts, for messages.
 std::string DescribePortSettings();
 
 }  // namespace torvell

@@ -33,7 +33,7 @@ void CheckPortName(const std::string& name) {
                               name));
 }
 
-// The line must not be asked for real time that the program does not have.
+// A device works in real time, so under another time base it is refused.
 std::string ClockRefusal(const std::string& device) {
   if (platform::CurrentTimeBase() == platform::TimeBaseKind::Real) return {};
   return fmt::format(
@@ -191,7 +191,7 @@ rvx::Port* PortDirectory::OpenPort(const std::string& name, rvx::PortWatcher* wa
       auto found = closing_.find(name);
       if (found != closing_.end()) before = found->second;
     }
-    // The same device can't be opened again before its last line has let go of it.
+    // The device can't be opened again before its last line has released it.
     if (before) before->WaitShut();
     std::string failure;
     const bool emptyLine = mapping->device.empty() && IsEmptyLine(name);
@@ -264,7 +264,7 @@ void PortDirectory::ClosePort(const std::string& name, rvx::PortWatcher* watcher
   {
     platform::PlainGuard guard(lock_);
     auto found = open_.find(name);
-    // Somebody else may have closed it or come to it in between.
+    // Another thread may have closed the line or begun to use it in between.
     if (found == open_.end() || found->second != line || line->HasWatchers()) return;
     open_.erase(found);
     closing_[name] = line;

@@ -1,4 +1,4 @@
-// The ports: which device stands behind "COM1" to "COM4", and the port objects of the module.
+// The ports: which device belongs to "COM1" to "COM4", and the port objects of the module.
 #pragma once
 
 #include <functional>
@@ -29,11 +29,11 @@ struct PortMapping {
   bool open = false;     // in this process, by an instrument or by discovery
 };
 
-// Hears that a line broke or is back.
+// Is told that a line broke or is back.
 class LineListener {
  public:
   virtual ~LineListener() = default;
-  // On the port's thread, no lock held. Once for each change.
+  // Called on the port's thread without a lock held, once for each change.
   virtual void LineBroken(const std::string& port, const std::string& reason) = 0;
   virtual void LineRestored(const std::string& port) = 0;
 };
@@ -45,20 +45,21 @@ class LineListener {
 // empty line, on which nothing is ever received: a simulated instrument lives there.
 class PortDirectory : public rvx::PortManager {
  public:
-  // `isSimulated` answers for the "Simulate" setting of the moment.
+  // `isSimulated` returns the present value of the "Simulate" setting; called on any thread.
   PortDirectory(Database& database, Users& users, std::function<bool()> isSimulated);
   ~PortDirectory() override;
 
-  // All four, in order.
+  // Returns all four, in order. HostError Database.
   std::vector<PortMapping> List();
-  // Level 50. `settings` as a person types it, see ParsePortSettings; without it 9600 baud.
-  // BadInput: an unknown port name, a device that is no absolute path or that another port has,
-  // settings that are none. Takes effect when the port is opened next.
+  // Level 50. `settings` is what a person types, see ParsePortSettings; without it 9600 baud. Takes
+  // effect when the port is opened next. BadInput: an unknown port name, a device whose path is not
+  // absolute or that another port has, settings that can't be read.
   void SetMapping(const std::string& name, const std::string& device,
                   const std::optional<std::string>& settings = {});
   // Level 50. No effect on a port without a device.
   void ClearMapping(const std::string& name);
-  // Why the last OpenPort of this port failed, or what broke its line; empty if all is well.
+  // Returns why the last OpenPort of this port failed, or what broke its line; empty if all is
+  // well.
   std::string LastFailure(const std::string& name);
 
   void AddListener(LineListener* listener) { listeners_.Add(listener); }
@@ -85,7 +86,7 @@ class PortDirectory : public rvx::PortManager {
   ListenerList<LineListener> listeners_;
   platform::PlainLock lock_{"port directory", kPortDirectoryLockRank};
   std::map<std::string, std::shared_ptr<OpenLine>> open_ GUARDED_BY(lock_);
-  // The last line of each port that was shut; its device may not be free yet.
+  // The last line of each port that was shut; its device may not be released yet.
   std::map<std::string, std::shared_ptr<OpenLine>> closing_ GUARDED_BY(lock_);
   std::map<std::string, std::string> failures_ GUARDED_BY(lock_);
 };

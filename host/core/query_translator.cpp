@@ -13,7 +13,7 @@ namespace {
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
-// Reads the text from left to right; a failure is noted once and ends everything.
+// Reads the text from left to right. The first failure is noted and ends the reading.
 class Parser {
  public:
   Parser(const std::string& text, TranslatedQuery& query) : text_(text), query_(query) {}
@@ -45,13 +45,13 @@ class Parser {
     return false;
   }
 
-  // The next character behind blanks; 0 at the end.
+  // Skips blanks and returns the next character; 0 at the end.
   char Peek() {
     while (at_ < text_.size() && text_[at_] == ' ') ++at_;
     return at_ < text_.size() ? text_[at_] : '\0';
   }
 
-  // Passes over the word if it stands there.
+  // Skips the word if it comes next.
   bool TakeWord(std::string_view word) {
     Peek();
     const std::string_view rest = std::string_view(text_).substr(at_);
@@ -90,7 +90,7 @@ class Parser {
     if (op == "Like") return fmt::format("archive_like(?, \"{}\")", column.name);
     std::string comparison = fmt::format("\"{}\" {} ?", column.name, op);
     if (column.type == ColumnType::Text) return comparison + " COLLATE NOCASE";
-    // Dates that are none sort before all others, and are not earlier than any of them.
+    // Null and invalid dates sort before all others, but are not earlier than any of them.
     if (column.type == ColumnType::Date && op == "<") {
       return fmt::format("({} AND \"{}\" >= '0')", comparison, column.name);
     }

@@ -1,4 +1,4 @@
-// Column values to and from a statement.
+// Binds column values to a statement and reads them back. SQLite::Exception.
 #pragma once
 
 #include <SQLiteCpp/SQLiteCpp.h>

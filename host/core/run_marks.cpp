@@ -12,7 +12,7 @@ namespace torvell {
 namespace {
 
 // These locks belong to the open file and not to the process, so that two objects in one process
-// see each other as two processes would.
+// exclude each other as two processes do.
 int LockByte(int descriptor, int command, int64_t byte, short& type) {
   struct flock lock = {};
   lock.l_type = type;

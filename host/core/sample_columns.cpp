@@ -106,7 +106,7 @@ std::optional<platform::Date> ReadDate(const std::string& text) {
   if (text.size() > kSeconds) {
     date = date.PlusMilliseconds(platform::ParseInt(text.substr(kSeconds + 1)).value_or(0));
   }
-  // Many forms can be read as a date, and only one is written here.
+  // ParseDate accepts several forms, and only one of them is ever written here.
   if (!date.IsValid() || DateText(date) != text) return std::nullopt;
   return date;
 }
@@ -131,7 +131,7 @@ std::optional<platform::Guid> ReadGuid(const std::string& text) {
   return guid;
 }
 
-// Values of a sample; dates in the form that is asked for.
+// Turns a member of a sample into its column's value; `dateValue` decides the form of dates.
 struct ValueOf {
   ColumnValue (*dateValue)(const platform::Date&);
 
@@ -150,7 +150,7 @@ std::vector<ColumnValue> MakeValues(const rvx::Sample& sample, const ValueOf& va
   return values;
 }
 
-// Takes the values one after the other; a wrong one is noted.
+// Reads the values in order; good() is false after a wrong one.
 class Reader {
  public:
   explicit Reader(const std::vector<ColumnValue>& values) : values_(values) {}
@@ -158,7 +158,7 @@ class Reader {
 
   void Read(std::string& out) { out = Take<std::string>(); }
   void Read(double& out) {
-    // A number that is none is kept as Null by the database.
+    // The database keeps NaN as Null.
     if (at_ < values_.size() && std::holds_alternative<std::monostate>(values_[at_])) {
       ++at_;
       out = std::numeric_limits<double>::quiet_NaN();

@@ -11,7 +11,7 @@
 
 namespace torvell {
 
-// Null stands for a date that is null or invalid, and for a number that is none.
+// Null is a null or invalid date, or a number that is NaN.
 using ColumnValue = std::variant<std::monostate, int64_t, double, std::string>;
 
 enum class ColumnType { Text, Integer, Real, Date, Guid };
@@ -25,14 +25,15 @@ struct SampleColumn {
 // "Last Text": 61 columns.
 const std::vector<SampleColumn>& SampleColumns();
 
-// The values for people and programs, in the order of SampleColumns(): GUIDs as text, dates as ISO
-// 8601 ("2026-01-31T16:05:06", local time, with ".123" behind it unless 0 ms).
+// Returns the values for people and programs, in the order of SampleColumns(): GUIDs as text, dates
+// as ISO 8601 ("2026-01-31T16:05:06", local time, followed by ".123" unless it is 0 ms).
 std::vector<ColumnValue> SampleValues(const rvx::Sample& sample);
 
-// As it is kept: like SampleValues, but a date is never Null: the empty text is the null date, "!"
-// an invalid one; both sort before every valid date.
+// Returns the values as the database keeps them: like SampleValues, but with no Null dates. The
+// empty text is the null date, "!" an invalid one; both sort before every valid date.
 std::vector<ColumnValue> StoredSampleValues(const rvx::Sample& sample);
-// Takes StoredSampleValues back. False if a value is of the wrong type or can't be read.
+// The reverse of StoredSampleValues. Returns false if a value is of the wrong type or can't be
+// read.
 bool SampleFromStored(const std::vector<ColumnValue>& values, rvx::Sample& sample);
 
 }  // namespace torvell

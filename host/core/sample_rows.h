@@ -9,11 +9,13 @@
 
 namespace torvell {
 
-// The archive's columns in order, quoted, as they stand behind SELECT, and then the host's own.
+// Returns the archive's columns, quoted and in order, and then the host's own, as a list for
+// SELECT.
 std::string SampleColumnList();
 
-// The sample in the statement's present row, whose first columns are those of SampleColumnList.
-// HostError Database if a column holds what this program does not write; `file` is for the message.
+// Reads the sample in the statement's present row, whose first columns are those of
+// SampleColumnList. HostError Database if a column holds what this program never writes; `file` is
+// for the message.
 StoredSample ReadSampleRow(SQLite::Statement& statement, const std::string& file);
 
 }  // namespace torvell

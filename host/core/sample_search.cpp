@@ -1,4 +1,4 @@
-// Finding samples for a screen: which rows there are, and what stands in some of them.
+// Finds samples for a screen: which rows match, and what some of them hold.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -42,9 +42,9 @@ const char* OrderColumn(SampleQuery::Order order) {
   return "\"Timestamp\"";
 }
 
-constexpr size_t kMaxSearchTextBytes = 1000;  // bytes; the database has a limit of its own
+constexpr size_t kMaxSearchTextBytes = 1000;  // below the database's limit for a pattern
 
-// A text to be found anywhere, taken letter by letter.
+// Returns a pattern that finds the text anywhere, each character taken literally.
 std::string AnywherePattern(const std::string& text) {
   std::string pattern = "%";
   for (const char c : text) {
@@ -81,8 +81,8 @@ Condition ConditionOf(const SampleQuery& wanted) {
     condition.And("\"Sample ID\" LIKE ? ESCAPE '\\'", AnywherePattern(wanted.sampleId));
   }
   if (!wanted.fromDay.empty()) condition.And("\"Timestamp\" >= ?", wanted.fromDay);
-  // Behind the day stands a "T", so "U" is behind everything of that day.
-  // Dates that are none sort before all others, and are not earlier than any of them.
+  // A timestamp continues with "T" after the day, so day + "U" sorts after everything of that day.
+  // Null and invalid dates sort before all others, and are not earlier than any of them.
   if (!wanted.toDay.empty()) {
     condition.And("\"Timestamp\" >= '0' AND \"Timestamp\" < ?", wanted.toDay + "U");
   }
@@ -118,7 +118,7 @@ std::vector<StoredSample> SampleStore::ReadRows(const std::vector<int64_t>& rows
       fmt::format("SELECT {} FROM SAMPLES WHERE rowid = ?", SampleColumnList());
   std::vector<StoredSample> samples;
   WithDatabaseErrors("The samples could not be read", [&] {
-    // A part at a time: a run that wants to store must not wait for a whole export.
+    // The lock is released between parts: a run that has to store must not wait for a whole export.
     for (size_t first = 0; first < rows.size(); first += kRowsAtATime) {
       platform::PlainGuard guard(database_.lock());
       SQLite::Statement statement(database_.connection(), sql);

@@ -37,8 +37,8 @@ bool IsUtf8(const std::string& text) {
   }
 }
 
-// JSON has neither numbers that are none or infinite nor bytes that are no text: those are written
-// in hexadecimal, so that a line gives back exactly what was stored.
+// JSON has no NaN, no infinity and no bytes that are not text: those are written in hexadecimal, so
+// that a line gives back exactly what was stored.
 Json ToJson(const ColumnValue& value) {
   if (const auto* whole = std::get_if<int64_t>(&value)) return *whole;
   if (const auto* number = std::get_if<double>(&value)) {
@@ -55,7 +55,7 @@ class DamagedLine : public std::runtime_error {
   DamagedLine() : std::runtime_error("a value that is not written there") {}
 };
 
-// A number that fits; the library would cut off what does not.
+// Returns the number if it fits its type; the library would cut it off silently.
 template <class Whole>
 Whole WholeOf(const Json& json) {
   const bool fits = json.is_number_unsigned()
@@ -65,7 +65,7 @@ Whole WholeOf(const Json& json) {
   return json.get<Whole>();
 }
 
-// Raises Json::exception or DamagedLine for what ToJson does not write.
+// Throws Json::exception or DamagedLine for what ToJson does not write.
 ColumnValue FromJson(const Json& json) {
   if (json.is_number_float()) return json.get<double>();
   if (json.is_number()) return WholeOf<int64_t>(json);
@@ -101,7 +101,8 @@ std::optional<SpooledSample> FromLine(const std::string& line) {
     spooled.position = WholeOf<int32_t>(json.at("position"));
     spooled.attempt = WholeOf<int32_t>(json.at("attempt"));
     if (!SampleFromStored(values, spooled.sample)) return std::nullopt;
-    // Lines of older versions do not have it; theirs are known as the samples of an older archive.
+    // Lines of older versions have no such entry; the simulator's samples are known by its serial
+    // number.
     spooled.simulated =
         json.value("simulated", spooled.sample.serialNumber == rvx::kSimulatorSerialNumber);
     return spooled;
@@ -112,8 +113,8 @@ std::optional<SpooledSample> FromLine(const std::string& line) {
   }
 }
 
-// The file, opened and locked against other processes; closed with errno set if it can't be. A file
-// that another process removed while this one waited for the lock does not count.
+// Opens the file and locks it against other processes; the handle is closed, with errno set, on
+// failure. Tries again if another process removed the file while this one waited for the lock.
 FileHandle OpenLocked(const std::string& path, int flags) {
   for (;;) {
     FileHandle file(open(path.c_str(), flags | O_CLOEXEC, 0660));
@@ -130,14 +131,14 @@ FileHandle OpenLocked(const std::string& path, int flags) {
 
 std::string SystemError() { return std::strerror(errno); }
 
-// Adds a line as a whole or not at all: empty, or the reason.
+// Adds a line as a whole or not at all. Returns an empty text, or the reason of the failure.
 std::string AppendLine(const std::string& path, const std::string& line) {
   FileHandle file = OpenLocked(path, O_RDWR | O_CREAT | O_APPEND);
   if (!file.IsOpen()) return SystemError();
   const off_t size = lseek(file.get(), 0, SEEK_END);
   char last = '\n';
   if (size > 0 && pread(file.get(), &last, 1, size - 1) != 1) return SystemError();
-  // The end of a line that a crash cut off must not spoil this one.
+  // A line that a crash cut off must not spoil this one.
   const std::string bytes = last == '\n' ? line : "\n" + line;
   if (WriteAll(file.get(), bytes) && fsync(file.get()) == 0 && SyncFolderOf(path)) return {};
   const int reason = errno;
@@ -148,7 +149,7 @@ std::string AppendLine(const std::string& path, const std::string& line) {
   return SystemError();
 }
 
-// Whether a file ends with these lines.
+// Returns whether a file ends with these lines.
 bool IsEndOf(const std::string& path, const std::string& lines) {
   const FileHandle file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
   std::string text;
@@ -203,8 +204,8 @@ SampleSpool::Outcome SampleSpool::TakeIn(
   if (!damaged.empty() && !IsEndOf(file_ + ".damaged", damaged)) {
     outcome.notPutAside = AppendLine(file_ + ".damaged", damaged);
   }
-  // A spool that stays does no harm: what has been taken in is recognised by its id next time, and
-  // what was put aside by its text.
+  // A spool that is not removed does no harm: at the next start, stored samples are recognised by
+  // their ids, and damaged lines that were put aside by their text.
   if (outcome.notPutAside.empty()) {
     if (unlink(file_.c_str()) != 0) {
       platform::Log(platform::LogLevel::Error, "The spool could not be removed: " + SystemError());

@@ -1,4 +1,4 @@
-// Where samples wait that the database did not take.
+// Keeps samples that the database could not store until the next start.
 #pragma once
 
 #include <cstdint>
@@ -18,17 +18,17 @@ struct SpooledSample {
   bool simulated = false;
 };
 
-// A file of lines beside the database, one sample each. Several processes may use it at once. A
-// second file of some size is kept in reserve and given up when the disk is full, so that there is
-// room for what has been measured.
+// A file beside the database with one sample a line. Several processes may use it at once. A second
+// file is kept in reserve and given up when the disk is full, so that there is room for what has
+// been measured.
 class SampleSpool {
  public:
   explicit SampleSpool(std::string file) : file_(std::move(file)) {}
 
   const std::string& file() const { return file_; }
-  // Makes the reserve; no effect if there is one or no room for it.
+  // Makes the reserve file, if there is none and the disk has room for it.
   void Prepare();
-  // Adds a sample, durable when it returns: empty, or the reason why it could not be done.
+  // Adds a sample, durable when it returns. Returns an empty text, or the reason of the failure.
   std::string Append(const SpooledSample& sample);
 
   struct Outcome {
@@ -36,9 +36,9 @@ class SampleSpool {
     int damagedLines = 0;     // put aside in file() + ".damaged"
     std::string notPutAside;  // why they could not be, so that they stay in the file
   };
-  // Hands what the file holds to `take`, while no other process can touch it, and removes the file
-  // when `take` has returned. An exception of `take` leaves the file as it is and passes on.
-  // Without a file there is no call.
+  // Passes what the file holds to `take`, while no other process can use the file, and removes the
+  // file when `take` has returned. An exception of `take` leaves the file as it is and is passed
+  // on. Without a file `take` is not called.
   Outcome TakeIn(const std::function<void(const std::vector<SpooledSample>&)>& take);
 
  private:

@@ -17,7 +17,7 @@
 namespace torvell {
 namespace {
 
-// Rows that are read with the lock held in one go.
+// The number of rows that are read under one lock.
 constexpr int kPageRows = 500;
 
 std::string InsertText() {
@@ -32,7 +32,7 @@ bool IsStored(Database& database, const std::string& id) REQUIRES(database.lock(
   return query->executeStep();
 }
 
-// The sample, and that it belongs to its tray run, in the transaction of the caller.
+// Inserts the sample and its tie to a tray run, in the caller's transaction.
 void Insert(Database& database, const SpooledSample& stored) REQUIRES(database.lock()) {
   static const std::string insert = InsertText();
   const std::vector<ColumnValue> values = StoredSampleValues(stored.sample);
@@ -49,14 +49,14 @@ void Insert(Database& database, const SpooledSample& stored) REQUIRES(database.l
   link->exec();
 }
 
-// Where a page ended.
+// The last row of a page.
 struct PageEnd {
   std::string timestamp;
   int64_t row = 0;
 };
 
-// Rows in the order of the archive, `condition` first. The page begins behind `end` if there is
-// one.
+// Returns the next page of matching rows in the order of the archive: after `end` if there is one.
+// Moves `end` to the last row read.
 std::vector<StoredSample> ReadPage(Database& database, const TranslatedQuery& filter,
                                    std::unique_ptr<PageEnd>& end) {
   const std::string sql = SamplePageText(filter, end != nullptr);
@@ -94,7 +94,7 @@ void ForEachMatch(Database& database, const TranslatedQuery& filter,
   }
 }
 
-// The figures that a person would have to write down if all else fails.
+// The figures that a person has to write down if the sample can't be kept anywhere.
 std::string DescribeSample(const rvx::Sample& sample) {
   return fmt::format("\"{}\" (position {}, {:.2f} degrees C, speed {:.4f} rpm/1000, {:.1f} mPa*s)",
                      sample.sampleId, sample.position, sample.averageTemperature, sample.speed,

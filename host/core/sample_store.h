@@ -18,7 +18,7 @@ namespace torvell {
 class Database;
 class TrayJournal;
 
-// A sample with what the host knows of it beside its record.
+// A sample with what the host knows of it in addition to its record.
 struct StoredSample : rvx::Sample {
   bool simulated = false;  // measured by a simulated instrument
 };
@@ -35,12 +35,12 @@ struct SampleOrigin {
 class SampleStoredListener {
  public:
   virtual ~SampleStoredListener() = default;
-  // Behind the commit, on the thread that stored it, with locks of the module held: do not wait
-  // there.
+  // Called after the commit, on the thread that stored the sample, which may hold locks of the
+  // module: must not wait.
   virtual void SampleStored(const rvx::Sample& sample, const SampleOrigin& origin) = 0;
 };
 
-// What somebody wants to see of the archive. Empty fields do not count.
+// A search of the archive. Empty fields do not count.
 struct SampleQuery {
   enum class Order {
     Time,
@@ -63,40 +63,41 @@ struct SampleQuery {
   Order order = Order::Time;
   bool descending = true;
 
-  // Whether it leaves anything out.
+  // Returns whether it leaves anything out.
   bool IsFiltered() const {
     return !instrument.empty() || !sampleId.empty() || !fromDay.empty() || !toDay.empty() ||
            verified.has_value();
   }
 };
 
-// Any thread. What is stored stays as it is: there is no operation that changes or deletes a
-// sample.
+// The samples of a data folder. Any thread. What is stored stays as it is: there is no operation
+// that changes or deletes a sample. Operations that read throw HostError Database on failure.
 class SampleStore : public rvx::SampleArchive {
  public:
   SampleStore(Database& database, TrayJournal& journal, const std::string& spoolFile);
 
-  // What the last start left in the spool goes into the archive. Returns texts for people, one for
+  // Stores in the archive what earlier starts left in the spool. Returns texts for people, one for
   // each thing that happened; none if there was no spool.
   std::vector<std::string> TakeInSpool();
 
   int64_t Count();
-  // The latest n by timestamp, oldest first; n <= 0: all.
+  // Returns the latest n by timestamp, oldest first; all if n <= 0.
   std::vector<StoredSample> Last(int64_t n);
   std::vector<StoredSample> All() { return Last(0); }
-  // Oldest first, in pages, without a lock held while `visit` runs; ends when it answers false.
+  // Calls `visit` with each sample, oldest first, without a lock held; ends when it returns false.
   void ForEach(const std::function<bool(const StoredSample&)>& visit);
-  // Whether the sample of this id came from a simulated instrument; false for one that is not
-  // there.
+  // Returns whether the sample of this id came from a simulated instrument; false if there is none
+  // of this id.
   bool IsSimulated(const platform::Guid& id);
 
-  // From here on samples that belong to no run of a tray count as simulated, or don't.
+  // Decides whether samples that are stored from now on and belong to no run of a tray count as
+  // simulated.
   void SetSimulated(bool simulated) { simulated_ = simulated; }
 
-  // The row numbers of what matches, in the order asked for: a list of 100,000 takes less than a
-  // megabyte, so that a screen can fetch the rows that it shows.
+  // Returns the row numbers of the matching samples, in the order asked for. 100,000 of them take
+  // less than a megabyte, so a screen can keep the numbers and fetch the rows that it shows.
   std::vector<int64_t> FindRows(const SampleQuery& wanted);
-  // The samples of these rows, in their order; a row that does not exist is left out.
+  // Returns the samples of these rows, in their order; a row that does not exist is left out.
   std::vector<StoredSample> ReadRows(const std::vector<int64_t>& rows);
 
   void AddListener(SampleStoredListener* listener) { listeners_.Add(listener); }
@@ -104,14 +105,15 @@ class SampleStore : public rvx::SampleArchive {
   void RemoveListener(SampleStoredListener* listener) { listeners_.Remove(listener); }
 
   // rvx::SampleArchive
-  // Without a filter: all.
+  // Without a filter it returns all samples. ArchiveException on failure.
   void QuerySamples(rvx::ArrayOfSamples& out, rvx::SampleArchiveFilter* filter) override;
-  // A sample that can't be stored goes to the spool; the ArchiveException says so. A sample whose
-  // id is there already raises too, and is not spooled.
+  // A sample that can't be stored is kept in the spool; the ArchiveException says so. A sample
+  // whose id is in the archive already is refused with an ArchiveException too, and not spooled.
   void StoreSample(const rvx::Sample& sample) override;
 
  private:
-  // Those that are not in the archive yet, all or none of them: how many. SQLite::Exception.
+  // Stores the samples that are not in the archive yet, all or none of them, and returns how many.
+  // SQLite::Exception.
   int StoreWaiting(const std::vector<SpooledSample>& samples);
 
   Database& database_;
@@ -121,9 +123,10 @@ class SampleStore : public rvx::SampleArchive {
   std::atomic<bool> simulated_{false};
 };
 
-// The statements that read, for whoever looks at their plans. The one gives the latest samples,
-// latest first, with the count as its parameter; the other a page of matching samples in order,
-// from the start or behind a timestamp and row number, with the query's parameters first.
+// The two statements that read samples, public so that tests can look at their query plans. The
+// first gives the latest samples, latest first, with the count as its parameter. The second gives a
+// page of matching samples in order, from the start or, if `behind`, after a timestamp and row
+// number; its first parameters are those of the query.
 struct TranslatedQuery;
 std::string NewestSamplesText();
 std::string SamplePageText(const TranslatedQuery& query, bool behind);

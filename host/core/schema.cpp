@@ -49,22 +49,22 @@ CREATE TABLE TRAY_RUN_SAMPLES ("Run" INTEGER, "Position" INTEGER, "Attempt" INTE
   PRIMARY KEY ("Run", "Position", "Attempt", "ID")) WITHOUT ROWID;
 )sql";
 
-// Whether a sample comes from a simulated instrument is the host's to know and stands beside the
-// record. Of the samples that were stored before, the simulator's are known by its serial number.
+// Only the host knows whether a sample comes from a simulated instrument, so this is in a column
+// beside the record. Samples that were stored before are recognised by the simulator's serial
+// number.
 constexpr char kSecond[] = R"sql(
 ALTER TABLE SAMPLES ADD COLUMN "Simulated" NOT NULL DEFAULT 0;
 UPDATE SAMPLES SET "Simulated" = 1 WHERE "Serial Number" = 'Simulator';
 )sql";
 
-// A failure stays open until somebody has acknowledged it. What was reported before this was asked
-// for counts as seen.
+// A failure stays open until somebody has acknowledged it. Earlier reports count as acknowledged.
 constexpr char kThird[] = R"sql(
 ALTER TABLE ERRORS ADD COLUMN "Acknowledged" INTEGER NOT NULL DEFAULT 0;
 UPDATE ERRORS SET "Acknowledged" = 1;
 )sql";
 
-// What a message is about, by which people get advice. Messages from before have no code and are
-// shown without advice: to know them by their texts would be to keep all the texts here.
+// What a message is about, which selects the advice to show. Earlier messages have no code and are
+// shown without advice: finding it would need all their texts here.
 constexpr char kFourth[] = R"sql(
 ALTER TABLE ERRORS ADD COLUMN "Code" INTEGER NOT NULL DEFAULT 0;
 )sql";

@@ -101,8 +101,8 @@ FileHandle OpenSerialDevice(const std::string& device, int rate, std::string& fa
     failure = fmt::format("{} is no serial device: name the device of the line.", device);
     return {};
   }
-  // Both: a program with all rights opens a device in spite of the first, and programs that look at
-  // neither ask the system, which looks at the first.
+  // Both locks are needed: a privileged program opens a device in spite of TIOCEXCL, and a program
+  // that takes no file lock is only kept out by TIOCEXCL.
   if (flock(handle.get(), LOCK_EX | LOCK_NB) != 0 || ioctl(handle.get(), TIOCEXCL) != 0) {
     failure = DescribeOpenFailure(device, errno);
     return {};
@@ -119,7 +119,7 @@ FileHandle OpenSerialDevice(const std::string& device, int rate, std::string& fa
 
 void CloseSerialDevice(FileHandle& device) {
   if (!device.IsOpen()) return;
-  // A pseudo-terminal lives on and would keep it.
+  // A pseudo-terminal outlives its handles and would stay exclusive.
   ioctl(device.get(), TIOCNXCL);
   device.Close();
 }

@@ -17,8 +17,7 @@ namespace torvell {
 namespace {
 
 constexpr int kReopenMilliseconds = 1000;
-// A frame is shorter than what a device takes at once, so this is waited only on a line that
-// stands.
+// A device takes a whole frame at once, so a write only waits this long on a line that is stuck.
 constexpr int kWriteMilliseconds = 200;
 
 }  // namespace
@@ -56,8 +55,8 @@ bool SerialPort::MakeWakePipe() {
 }
 
 void SerialPort::Write(std::span<const uint8_t> bytes) {
-  // The lock is held over a short wait so that the device can't be changed under a frame, and
-  // frames of two threads don't mix; the line's thread wants it only to change the device.
+  // The lock is held over this short wait so that the device can't be replaced within a frame, and
+  // frames of two threads don't mix. The line's thread takes the lock only briefly.
   platform::PlainGuard guard(lock_);
   while (handle_.IsOpen() && !bytes.empty()) {
     const ssize_t written = write(handle_.get(), bytes.data(), bytes.size());
@@ -66,7 +65,7 @@ void SerialPort::Write(std::span<const uint8_t> bytes) {
       continue;
     }
     if (written < 0 && errno == EINTR) continue;
-    // A broken line: its thread sees it too and does what is to be done.
+    // The line is broken. Its thread notices that too and reopens the device.
     if (written < 0 && errno != EAGAIN) return;
     pollfd wait = {handle_.get(), POLLOUT, 0};
     if (poll(&wait, 1, kWriteMilliseconds) <= 0) return;
@@ -83,7 +82,7 @@ void SerialPort::Shut() {
     platform::PlainGuard guard(lock_);
     ending_ = true;
   }
-  // A full pipe wakes the thread as well.
+  // A full pipe wakes the thread too.
   if (!WriteAll(wakeWrite_.get(), "x") && errno != EAGAIN) {
     platform::Log(platform::LogLevel::Error, "The line's thread could not be woken.");
   }
@@ -112,7 +111,7 @@ void SerialPort::Main() {
   Replace(FileHandle());
 }
 
-// True when the line has broken, false when it shall end.
+// Returns true when the line has broken, false when it is to end.
 bool SerialPort::ReadUntilBroken(std::string& reason) {
   int device = -1;
   {
@@ -135,7 +134,7 @@ bool SerialPort::ReadUntilBroken(std::string& reason) {
   }
 }
 
-// Hands over what there is; false if the line has broken.
+// Passes on what has arrived; returns false if the line has broken.
 bool SerialPort::Deliver(std::string& reason) {
   int device = -1;
   {
@@ -154,7 +153,7 @@ bool SerialPort::Deliver(std::string& reason) {
   return false;
 }
 
-// True when the device is open again, false when the line shall end.
+// Returns true when the device is open again, false when the line is to end.
 bool SerialPort::Reopen() {
   for (;;) {
     if (WaitForEnd(kReopenMilliseconds)) return false;

@@ -1,4 +1,4 @@
-// The serial line of one port: a thread that reads it, and keeps it open.
+// The serial line of one port: a thread reads it and reopens it when it breaks.
 #pragma once
 
 #include <functional>
@@ -11,17 +11,17 @@
 
 namespace torvell {
 
-// Hears of the line on its thread, without a lock held.
+// Called on the line's thread, without a lock held.
 struct LineEvents {
   std::function<void(const std::string& reason)> broken;
   std::function<void()> restored;
 };
 
-// A line on a device. When it breaks that is told once, what is written is dropped, and the device
-// is tried again every second until it is back. Real clock only.
+// A line on a device. When it breaks, that is told once, what is written is dropped, and the device
+// is tried again every second until it is back. Real clock only. Any thread.
 class SerialPort : public OpenLine, public std::enable_shared_from_this<SerialPort> {
  public:
-  // Null if the device can't be opened; `failure` says why.
+  // Returns null if the device can't be opened; `failure` says why. `rate` is in baud.
   static std::shared_ptr<SerialPort> Open(const std::string& portName, const std::string& device,
                                           int rate, LineEvents events, std::string& failure);
   ~SerialPort() override;

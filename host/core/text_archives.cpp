@@ -64,8 +64,8 @@ void InstrumentStore::LoadInstrument(const std::string& key, rvx::ViscometerInst
 
 void InstrumentStore::StoreInstrument(const std::string& key,
                                       rvx::ViscometerInstrument* instrument) {
-  // The text is taken without a lock held, so two storings may overtake each other. The one that
-  // began last has seen all that the others were called for; its text is the one that stays.
+  // The text is read from the instrument without a lock held, so two calls may overtake each other.
+  // The call that began last saw the latest settings, so its text is the one that is kept.
   uint64_t ticket = 0;
   {
     platform::PlainGuard guard(lock_);
@@ -97,7 +97,7 @@ void InstrumentStore::StoreInstrument(const std::string& key,
       transaction.Commit();
     }
   });
-  // Only now: one that failed must not keep an earlier one from being stored.
+  // Noted after the success: a call that failed must not keep an earlier one from being stored.
   stored_[key] = ticket;
 }
 
@@ -131,7 +131,8 @@ void AnalysisStore::WriteAnalysisText(const std::string& name, const std::string
 void FileFolder::GetDefaultName(std::string& text) {
   std::error_code error;
   std::filesystem::create_directories(folder_, error);
-  // Whoever writes a file there says that it could not; the name stays what it is.
+  // A program that then writes a file there reports its own failure; the name is the same in any
+  // case.
   if (error) {
     platform::Log(platform::LogLevel::Warning, folder_ + " can't be made: " + error.message());
   }

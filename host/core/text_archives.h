@@ -21,7 +21,7 @@ class InstrumentStore : public rvx::InstrumentArchive {
  public:
   InstrumentStore(Database& database, Users& users) : database_(database), users_(users) {}
 
-  // The stored text, or nothing. HostError if it can't be read.
+  // Returns the stored text, or nothing if there is none. HostError Database if it can't be read.
   std::optional<std::string> Read(const std::string& key);
 
   // rvx::InstrumentArchive
@@ -35,12 +35,12 @@ class InstrumentStore : public rvx::InstrumentArchive {
   platform::PlainLock lock_{"instrument store", kTextArchiveLockRank};
   uint64_t nextTicket_ GUARDED_BY(lock_) = 1;
   std::map<std::string, uint64_t> stored_ GUARDED_BY(lock_);
-  // Keys whose text is there and could not be read: nothing may be stored over it.
+  // Keys whose stored text could not be read: it must not be overwritten.
   std::set<std::string> unreadable_ GUARDED_BY(lock_);
 };
 
 // Analysis texts by name and section. A change needs level 10: an operator may correct the
-// viscosity of a standard. A program that replaces whole lists asks for level 50 itself.
+// viscosity of a standard. Code that replaces whole lists requires level 50 itself. Any thread.
 class AnalysisStore : public rvx::AnalysisArchive {
  public:
   AnalysisStore(Database& database, Users& users) : database_(database), users_(users) {}
@@ -56,7 +56,7 @@ class AnalysisStore : public rvx::AnalysisArchive {
   Users& users_;
 };
 
-// The folder for files, made when it is first asked for.
+// The folder for files, made when its name is first asked for. Any thread.
 class FileFolder : public rvx::ArchiveManager {
  public:
   // `folder` ends in its separator.

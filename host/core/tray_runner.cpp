@@ -11,8 +11,8 @@
 namespace torvell {
 namespace {
 
-// What stands in the tray. The actions are asked without the tray's lock, since some of the answers
-// need other locks of the module.
+// Describes the tray for the journal. The actions are asked without the tray's lock, since some of
+// the answers need other locks of the module.
 TrayPlan MakePlan(const InstrumentEntry& entry) {
   TrayPlan plan;
   plan.archiveKey = entry.identity.archiveKey;
@@ -84,7 +84,8 @@ void TrayRunner::Start() {
   throw HostError(HostErrorKind::Tray, failure);
 }
 
-// The tray as it stands, so that a host that is killed finds it again.
+// Stores the present tray, so that the next start finds it if this host is killed. HostError
+// Database.
 void TrayRunner::StoreTray() {
   std::string failure;
   try {
@@ -102,8 +103,8 @@ void TrayRunner::TrayStarted(int32_t) {
 }
 
 void TrayRunner::TrayFinished(int32_t) {
-  // The module has emptied the tray; a host that is killed now must not find the old one. Without
-  // this the run would still be closed, so a failure is no more than that.
+  // The module has emptied the tray; if the host is killed now, the next start must not find the
+  // old one. A failure is only logged, since the journal closes the run anyway.
   try {
     StoreTray();
   } catch (const HostError& error) {
@@ -116,7 +117,7 @@ void TrayRunner::TrayFinished(int32_t) {
   }
   const std::shared_ptr<platform::Event> finished = finished_;
   if (listener_ != nullptr) listener_->TrayFinished();
-  finished->Set();  // from here on this object may be gone
+  finished->Set();  // this object may be destroyed from here on
 }
 
 void TrayRunner::TrayPauseChanged(int32_t, int32_t paused) {

@@ -1,4 +1,4 @@
-// One run of an instrument's tray, watched for the journal and for whoever shows it.
+// One run of an instrument's tray, watched for the journal and for a listener that shows it.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ namespace torvell {
 
 class Host;
 
-// Hears of a run. All calls come from the module's threads, with locks of the module possibly held:
+// Is told of a run. All calls come from the module's threads, which may hold locks of the module:
 // they may call the instrument's tray operations, but must not wait, and must not destroy the
 // instrument or the runner. Positions count from 0.
 class TrayListener {
@@ -36,8 +36,8 @@ class TrayListener {
   virtual void TrayFinished() {}
 };
 
-// Starts the tray of an instrument and watches it. Made by Host::StartTray. While it lives the
-// instrument's tray is in the journal.
+// Starts the tray of an instrument, watches it, and records the run in the journal until it ends.
+// Made by Host::StartTray. Any thread.
 class TrayRunner : private rvx::TrayWatcher, private SampleStoredListener, private ErrorListener {
  public:
   // Waits for the end of the run.
@@ -45,14 +45,15 @@ class TrayRunner : private rvx::TrayWatcher, private SampleStoredListener, priva
 
   const InstrumentEntry& entry() const { return entry_; }
   rvx::ViscometerInstrument& instrument() const { return *entry_.instrument; }
-  // Set for good (manual reset) once the run is over and the listener's TrayFinished has returned.
+  // Set and never reset, once the run is over and the listener's TrayFinished has returned.
   platform::Event& finished() { return *finished_; }
   bool HasFinished() const;
 
   void PauseNow() { instrument().PauseTray(0, 1); }
   void PauseAfterSample() { instrument().PauseTray(0, 0); }
   void Resume() { instrument().ResumeTray(0); }
-  // Asks (platform/prompt.h) and aborts unless the answer is No: true if it was aborted.
+  // Asks the user (platform/prompt.h) and aborts unless the answer is No. Returns true if it was
+  // aborted.
   bool Abort() { return instrument().QueryAbortTray() != 0; }
 
  private:
@@ -76,7 +77,7 @@ class TrayRunner : private rvx::TrayWatcher, private SampleStoredListener, priva
   const InstrumentEntry entry_;
   TrayListener* const listener_;  // may be null
   int64_t run_ = 0;               // constant once Start has begun the run
-  // Shared with the call that sets it, which may outlive the runner by a moment.
+  // Shared with the call that sets it, which may still be in progress when the runner is destroyed.
   std::shared_ptr<platform::Event> finished_;
   mutable platform::PlainLock lock_{"tray runner", kTrayRunnerLockRank};
   bool over_ GUARDED_BY(lock_) = false;

@@ -13,17 +13,16 @@
 
 namespace torvell {
 
-// Runs jobs on one thread. A window puts its own here; without one JobThread does it.
+// Runs jobs on one thread. A window supplies its own executor; without one JobThread is used.
 class UserInterfaceExecutor {
  public:
   virtual ~UserInterfaceExecutor() = default;
-  // Runs the job on the user-interface thread and returns when it is done. If the caller is that
-  // thread, at once. What the job raises is raised here. Any thread, without locks that a job may
-  // need.
+  // Runs the job on the user-interface thread and returns when it is done; at once if the caller is
+  // that thread. Passes on what the job throws. Any thread, without locks that a job may need.
   virtual void Run(const std::function<void()>& job) = 0;
 };
 
-// A thread of its own, named "user interface", for programs without a display.
+// A separate thread for jobs, named "user interface", for programs without a display.
 class JobThread : public UserInterfaceExecutor {
  public:
   JobThread();

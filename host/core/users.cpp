@@ -43,7 +43,7 @@ int64_t CountUsers(Database& database, int32_t level) REQUIRES(database.lock()) 
   return query->getColumn(0).getInt64();
 }
 
-// -1 if there is no such user.
+// Returns -1 if there is no such user.
 int32_t LevelOf(Database& database, const std::string& name) REQUIRES(database.lock()) {
   Query query(database.Prepared("SELECT \"Level\" FROM USERS WHERE \"Name\" = ?"));
   query->bind(1, name);
@@ -158,7 +158,7 @@ void Users::Add(const std::string& name, int32_t level, const std::string& passw
 
 void Users::SetPassword(const std::string& name, const std::string& password) {
   const Actor actor = ActingAs();
-  // Below level 10 nobody was recognised as this user.
+  // Below level 10 the acting name was not recognised as a user.
   if (actor.user != name || actor.level < kLevelOperator) {
     Require(kLevelService, "set another user's password");
   }

@@ -25,36 +25,37 @@ struct User {
   int32_t level = kLevelOperator;
 };
 
-// The users of a data folder, and who acts: set when the host opens, and by a window whenever its
-// person changes. With no user in the folder the local person acts at level 100; else the named
-// user at the level that is stored; a name that is unknown, or none, is level 0. Any thread.
+// The users of a data folder, and the acting one, who is set when the host opens and whenever a
+// window's user changes. If the folder has no user, the local person acts at level 100. Else the
+// named user acts at the stored level, and an unknown or empty name at level 0. Any thread.
 class Users : public rvx::SecurityManager {
  public:
   explicit Users(Database& database);
 
-  // The acting user. An empty name stands for nobody.
+  // Sets the acting user. An empty name means nobody.
   void SetActingUser(const std::string& name);
   std::string ActingUser();
   int32_t ActingLevel() { return GetAccessLevel(); }
-  // Both, for the audit trail.
+  // Returns both, for the audit trail.
   Actor ActingAs();
   // HostError NotAllowed if the acting level is below `level`; `what` completes "To <what> ...".
   void Require(int32_t level, const std::string& what);
 
-  // No user yet: everybody counts as level 100.
+  // Returns true if there is no user yet: then everybody acts at level 100.
   bool IsEmpty();
   bool Exists(const std::string& name);
   std::vector<User> List();  // by name
 
-  // The three changes need level 100, except that SetPassword is allowed to the user itself.
-  // BadInput: an empty name, one that exists (Add) or not (the others), control characters in it, a
-  // level other than 10, 50, 100, an empty password, a first user below level 100, the last user of
-  // level 100 removed. Each leaves a row in the audit trail, never the password.
+  // The three changes require level 100, except that users may set their own password. Each leaves
+  // a row in the audit trail, without the password. HostError: NotAllowed, Database. BadInput: an
+  // empty name, one that exists (Add) or not (the others), control characters in it, a level other
+  // than 10, 50, 100, an empty password, a first user below level 100, the removal of the last user
+  // of level 100.
   void Add(const std::string& name, int32_t level, const std::string& password);
   void SetPassword(const std::string& name, const std::string& password);
   void Remove(const std::string& name);
 
-  // True if the password is this user's. Takes as long for a name that does not exist.
+  // Returns true if the password is this user's. Takes as long for a name that does not exist.
   bool Authenticate(const std::string& name, const std::string& password);
 
   // rvx::SecurityManager
