@@ -13,7 +13,7 @@ using rvx::MessageCode;
 struct Entry {
   MessageCode code;
   MessageAdvice advice;                 // as the window shows it
-  const char* onCommandLine = nullptr;  // the remedy there, if it is another
+  const char* onCommandLine = nullptr;  // the remedy on the command line, if it differs
 };
 
 constexpr char kProtocolCause[] =
@@ -148,7 +148,7 @@ constexpr Entry kEntries[] = {
      kHomeByCommand},
 };
 
-// Where to look after a refusal; null: there is no such place, or it helps nobody.
+// Where to look after a refusal; null if there is no place that helps.
 struct Hint {
   rvx::ScriptingProblem::Code code;
   const char* onCommandLine;

@@ -1,5 +1,5 @@
-// What to tell people about a message or a refusal of an instrument, by its code. The one place
-// where the host's commands and menus are named in such advice, since the module knows neither.
+// What to tell people about a message or a refusal of an instrument, chosen by its code. Only here
+// does advice name the host's commands and menus, since the module knows neither.
 #pragma once
 
 #include <optional>
@@ -10,7 +10,7 @@
 
 namespace torvell {
 
-// Where the advice is read: it names only what is to be found there.
+// Where the advice is read: it only names what is available there.
 enum class Reader { CommandLine, Window };
 
 struct MessageAdvice {
@@ -19,14 +19,14 @@ struct MessageAdvice {
   const char* remedy;  // what the reader can do
 };
 
-// The advice for a reported message; nothing for one that says all this itself, and for one whose
+// Returns the advice for a reported message; nothing if the message says all this itself or its
 // code was not kept. Any thread.
 std::optional<MessageAdvice> AdviceFor(rvx::MessageCode code, Reader reader);
 
-// The same in three lines, each with its heading; empty without advice.
+// Returns the same in three lines, each with its heading; an empty text without advice.
 std::string AdviceText(rvx::MessageCode code, Reader reader);
 
-// Why the instrument did not do what was asked for, in sentences, and where to look.
+// Returns sentences that say why the instrument refused a request, and where to look.
 std::string ProblemText(const rvx::ScriptingProblem& problem, Reader reader);
 
 }  // namespace torvell

@@ -22,7 +22,7 @@ struct CloseFile {
 };
 using File = std::unique_ptr<FILE, CloseFile>;
 
-// Reads one row from `position` on; `line` counts the line ends passed.
+// Reads one row from `position` on; `line` counts the line ends that were passed.
 class RowReader {
  public:
   RowReader(std::string_view text, std::vector<FileProblem>& problems)

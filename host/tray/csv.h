@@ -1,5 +1,5 @@
-// Comma-separated text: cells in double quotes where needed, a quote inside doubled; lines end in
-// LF or CRLF, a byte order mark at the start is skipped.
+// Comma-separated text: cells in double quotes where needed, a quote in a quoted cell doubled.
+// Lines end in LF or CRLF; a byte order mark at the start is skipped. Any thread.
 #pragma once
 
 #include <string>
@@ -20,7 +20,8 @@ struct FileProblem {
 // "tray.csv, line 3, column 4 (temperature): found "abc"; accepted: a number in degrees C".
 std::string FormatProblem(const std::string& file, const FileProblem& problem);
 
-// All of them, one a line, at most 20, and a last line that says what has been done: nothing.
+// Returns all problems, one a line and at most 20, and a last line that says that nothing was
+// changed.
 std::string FormatProblems(const std::string& file, const std::vector<FileProblem>& problems);
 
 struct CsvRow {
@@ -28,28 +29,28 @@ struct CsvRow {
   std::vector<std::string> cells;
 };
 
-// Cuts a text into rows; empty lines are left out. A quote that is never closed and text behind a
-// closing quote are added to `problems`.
+// Cuts a text into rows; empty lines are left out. Adds to `problems` each quote that is never
+// closed and each text after a closing quote.
 std::vector<CsvRow> ParseCsv(std::string_view text, std::vector<FileProblem>& problems);
 
-// The cell as it stands in a file: in quotes if it holds a comma, a quote, a line end or a blank at
-// either end.
+// Returns the cell as it is written in a file: in quotes if it holds a comma, a quote, a line end
+// or a blank at either end.
 std::string CsvCell(std::string_view text);
 
-// One line with its LF.
+// Returns one line with its LF.
 std::string CsvLine(const std::vector<std::string>& cells);
 
-// Checks the first row against the heading that is wanted (letter case and blanks around are free)
-// and each further row's number of cells, filling up short rows with empty cells.
+// Checks the first row against `heading` (letter case and surrounding blanks do not matter) and the
+// number of cells of each further row. Fills up short rows with empty cells.
 void CheckShape(std::vector<CsvRow>& rows, const std::vector<std::string>& heading,
                 std::vector<FileProblem>& problems);
 
-// The whole file; HostError BadInput with the reason if it can't be read. "-" reads
-// standard input.
+// Returns the whole file; "-" reads standard input. HostError BadInput with the reason if it can't
+// be read.
 std::string ReadWholeFile(const std::string& path);
 
-// Writes a file by way of a temporary one beside it, so that a full disk leaves the old one as it
-// was; HostError DataFolder with the reason. "-" writes to standard output.
+// Writes a file through a temporary file beside it, so that a full disk leaves the old file intact;
+// "-" writes to standard output. HostError DataFolder with the reason.
 void WriteWholeFile(const std::string& path, const std::string& content);
 
 }  // namespace torvell

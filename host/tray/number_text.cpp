@@ -14,7 +14,7 @@ std::string ExactNumber(double value) {
 std::string FixedNumber(double value, int decimals) {
   if (!std::isfinite(value)) return "";
   std::string text = fmt::format("{:.{}f}", value, decimals);
-  // A small negative value that rounds to nothing would read "-0.0".
+  // A small negative value that rounds to zero would otherwise read "-0.0".
   if (text.find_first_not_of("-0.") == std::string::npos && text[0] == '-') text.erase(0, 1);
   return text;
 }

@@ -8,7 +8,8 @@
 namespace torvell {
 namespace {
 
-// The tray starts below 10.0 degrees C; half a degree keeps a flickering reading on the safe side.
+// degrees C. A tray requires less than 10.0; half a degree less keeps a noisy reading on the safe
+// side.
 constexpr double kPreparedTemperature = 9.5;
 constexpr double kChillerTemperature = 5.0;
 constexpr platform::Milliseconds kCoolingTimeout{3600 * 1000};
@@ -20,7 +21,8 @@ void RaiseIfRefused(const rvx::ScriptingResult& result) {
   throw HostError(level ? HostErrorKind::NotAllowed : HostErrorKind::Tray, result->Sentences());
 }
 
-// Waits until `done` of the readings; false at the deadline or when somebody interrupts.
+// Waits until `done` returns true for the readings; returns false at the deadline or on an
+// interruption.
 bool WaitUntil(const InstrumentEntry& entry, const std::function<bool()>& isInterrupted,
                platform::Milliseconds timeout,
                const std::function<bool(const rvx::InstrumentReadings&)>& done) {
@@ -55,7 +57,8 @@ bool PrepareSimulated(const InstrumentEntry& entry, const std::function<bool()>&
                       const std::function<void(const std::string&)>& say) {
   RaiseIfRefused(entry.scripting->SetHomeFlag());
   WaitForStatus(entry);
-  // Also when it is cold by chance: a cell that nobody chills gets warm before anybody can start.
+  // The cell is chilled even if it happens to be cold: otherwise it warms up before anybody can
+  // start.
   RaiseIfRefused(entry.scripting->ChillSimulatedCell(kChillerTemperature));
   if (!IsCold(entry.scripting->GetReadings())) {
     say(fmt::format("cooling the cell below {} degC ...", ExactNumber(kPreparedTemperature)));

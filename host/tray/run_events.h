@@ -1,4 +1,4 @@
-// What happens in tray runs, handed from the module's threads to the one that shows it.
+// Events of tray runs, handed from the module's threads to the thread that shows them.
 #pragma once
 
 #include <optional>
@@ -22,7 +22,7 @@ struct RunEvent {
     Error,
     TrayFinished
   };
-  size_t run = 0;  // which of the runs
+  size_t run = 0;  // index of the run, as given to its RunRecorder
   Kind kind = Kind::TrayStarted;
   int32_t position = -1;  // from 0
   std::string text;
@@ -31,13 +31,13 @@ struct RunEvent {
   std::optional<ErrorReport> error;
 };
 
-// Any thread puts in, one takes out.
+// Any thread may push; one thread takes.
 class RunEventQueue {
  public:
   RunEventQueue() : lock_("run events", platform::kLeafRank) {}
   void Push(RunEvent event);
   std::vector<RunEvent> TakeAll();
-  // Set when something has come; auto-reset.
+  // Set when an event was pushed; auto-reset.
   platform::Event& event() { return event_; }
 
  private:

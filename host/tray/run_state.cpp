@@ -9,9 +9,9 @@ namespace {
 
 // The tray waits this long before each position, filled or not.
 constexpr double kSecondsBetweenPositions = 1.0;
-// The way back behind the last sample.
+// The way back after the last sample.
 constexpr double kSecondsAtTheEnd = 5.0;
-// An instrument that differs more from the estimate than this had trouble, which is no rule for the
+// A larger difference from the estimate has a cause, such as trouble, that says nothing about the
 // samples to come.
 constexpr double kFastest = 0.5;
 constexpr double kSlowest = 2.0;
@@ -98,7 +98,7 @@ bool RunState::TakeSampleFinished(RunPosition* position) {
   const bool ran = position != nullptr && position->plan.position == current_;
   current_ = -1;
   if (position == nullptr) return false;
-  // One that failed early says nothing about the others.
+  // A sample that failed early says nothing about the others.
   if (ran && !currentWasPaused_ &&
       static_cast<int>(position->samples.size()) >= position->plan.TestCount()) {
     measuredSeconds_ += SecondsOf(platform::MonotonicTime() - currentStarted_);
@@ -122,8 +122,8 @@ double RunState::Pace() const {
   return std::clamp(measuredSeconds_ / estimatedSeconds_, kFastest, kSlowest);
 }
 
-// Within what the results of its tests allow: a test that has not begun takes its time, one that is
-// stored takes none.
+// Limited by the results that are stored: a test that has not begun still takes its whole time, one
+// that is stored takes none.
 double RunState::CurrentSecondsLeft(const RunPosition& current, platform::Microseconds now) const {
   const double whole = current.plan.estimatedSeconds * Pace();
   const int tests = std::max(1, current.plan.TestCount());

@@ -1,4 +1,4 @@
-// How far a tray run is: kept by its events, shown by the view, judged at the end.
+// The progress of a tray run: updated by its events, shown by the view, evaluated at the end.
 #pragma once
 
 #include <string>
@@ -24,7 +24,7 @@ class RunState {
 
   const InstrumentEntry& entry() const { return entry_; }
   const std::vector<RunPosition>& positions() const { return positions_; }
-  // The filled position that runs; null between samples.
+  // Returns the filled position that runs; null between samples.
   const RunPosition* Current() const;
   const std::string& statusText() const { return statusText_; }
   bool paused() const { return paused_; }
@@ -32,23 +32,24 @@ class RunState {
   int samples() const { return samples_; }
   int errors() const { return errors_; }
   bool aborted() const { return aborted_; }
-  // Samples that should be there at the end of the whole tray.
+  // Returns how many samples the whole tray is to give.
   int SamplesDue() const;
 
-  // Takes an event over. False for one that no person or script needs: an empty position that was
-  // run through, or the start of a stage that runs no position (the motor's preconditioning, the
-  // way back), which the tray announces like position 0.
+  // Takes in an event. Returns false for an event that no person or script needs: an empty position
+  // that was passed, or the start of a stage that runs no position (the motor's preconditioning,
+  // the way back), which the tray reports as position 0.
   bool Take(const RunEvent& event);
   void MarkAborted() { aborted_ = true; }
-  // The run could not start or has no further events.
+  // Ends a run that could not start or that has no further events.
   void MarkFinished() { finished_ = true; }
 
-  // Estimated seconds of the whole tray, before anything of it is known.
+  // Returns the estimated seconds of the whole tray, from its settings alone.
   double TotalSeconds() const;
-  // Estimated seconds until the end. The samples that have finished tell how much slower or faster
-  // this instrument is than the estimate; a pause is not foreseen.
+  // Returns the estimated seconds until the end. The finished samples tell how much slower or
+  // faster this instrument is than the estimate; pauses are not foreseen. `now` is of
+  // platform::MonotonicTime.
   double SecondsLeft(platform::Microseconds now) const;
-  // How much of the time is over, 0 to 1.
+  // Returns how much of the time is over, 0 to 1.
   double PartDone(platform::Microseconds now) const;
 
  private:
@@ -62,14 +63,14 @@ class RunState {
   InstrumentEntry entry_;
   std::vector<RunPosition> positions_;
   int32_t current_ = -1;
-  // The next start is that of the first stage: true until it has come, and again when it was
-  // paused.
+  // The next start is that of the first stage: true at the beginning, and again after a pause
+  // within the first stage.
   bool beforeFirstStage_ = true;
   bool inFirstStage_ = false;
   std::string statusText_;
   platform::Microseconds currentStarted_{0};
   bool currentWasPaused_ = false;
-  // Of the samples that finished without a pause: what they took, and what had been estimated.
+  // What the samples that finished without a pause took, and what had been estimated for them.
   double measuredSeconds_ = 0.0;
   double estimatedSeconds_ = 0.0;
   bool paused_ = false;
@@ -79,7 +80,8 @@ class RunState {
   int errors_ = 0;
 };
 
-// A report that says that something failed, unlike a reminder such as a check standard that is due.
+// Returns whether the report tells of a failure, unlike a reminder such as a check standard that is
+// due.
 inline bool IsFailure(const ErrorReport& report) {
   return report.kind != 0 || report.sampleFailure;
 }

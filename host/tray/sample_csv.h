@@ -9,10 +9,10 @@
 
 namespace torvell {
 
-// The line of the columns' names.
+// Returns the line of the columns' names.
 std::string SampleCsvHeading();
 std::string SampleCsvLine(const StoredSample& sample);
-// Heading and a line for each.
+// Returns the heading and a line for each sample.
 std::string FormatSampleCsv(const std::vector<StoredSample>& samples);
 
 }  // namespace torvell

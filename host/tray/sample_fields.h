@@ -1,4 +1,4 @@
-// What of a sample people see as a row: one list for the command line and for the window.
+// The fields of a sample that people see in a row: one list for the command line and the window.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,8 @@
 
 namespace torvell {
 
-// A number with its decimals. Where 0 stands for none, it is shown as nothing.
+// A number with its decimals. With isZeroNone, 0 means that there is no value and is shown as
+// nothing.
 struct ShownNumber {
   double value = 0.0;
   int decimals = 0;
@@ -23,10 +24,10 @@ struct ShownOrigin {
 using ShownValue = std::variant<platform::Date, std::string, int64_t, ShownNumber, ShownOrigin>;
 
 struct SampleField {
-  SampleQuery::Order order;   // which it is, and what the rows are ordered by at its heading
-  const char* plainHeading;   // in a table of the command line, with its unit
+  SampleQuery::Order order;   // which field it is, and the order that its heading sorts by
+  const char* plainHeading;   // on the command line, with its unit
   const char* screenHeading;  // in the window, with its unit
-  bool isNumber;              // set to the right
+  bool isNumber;              // aligned to the right
   ShownValue (*value)(const StoredSample&);
 };
 

@@ -8,10 +8,11 @@
 
 namespace torvell {
 
-// degrees C at which the test was to run.
+// The temperature at which the test was to run, degrees C.
 inline double TestTemperature(const rvx::Sample& sample) { return sample.constants[5]; }
 
-// A viscosity, speed or known viscosity of exactly 0 stands for none and gives the empty text.
+// Returns the empty text for exactly 0, which means that a viscosity, speed or known viscosity is
+// missing.
 inline std::string OrMissing(double value, int decimals) {
   return value == 0.0 ? "" : FixedNumber(value, decimals);
 }

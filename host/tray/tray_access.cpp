@@ -16,7 +16,7 @@ std::shared_ptr<rvx::Action> NewAction(const InstrumentEntry& entry, int32_t ind
   return std::shared_ptr<rvx::Action>(entry.instrument->CreateActionByIndex(index));
 }
 
-// The column of a file that a problem of the instrument's is about.
+// The column of the file that a problem of the instrument is about.
 std::optional<TrayColumn> ColumnOf(Field field) {
   switch (field) {
     case Field::Temperature:
@@ -59,7 +59,7 @@ std::string FoundText(const TrayFilePosition& position, const TrayFileTest& test
   return "\"" + position.sampleId + "\"";
 }
 
-// What the instrument refuses, said in terms of the file.
+// Describes what the instrument refuses in terms of the file.
 FileProblem ProblemOf(const rvx::ScriptingProblem& problem, const TrayFilePosition& position) {
   const bool ofTest = problem.test >= 0 && problem.test < static_cast<int>(position.tests.size());
   const TrayFileTest& test = position.tests[ofTest ? static_cast<size_t>(problem.test) : 0];
@@ -280,7 +280,7 @@ std::vector<std::string> KeepWhatIsNotMeasured(Host& host, const InstrumentEntry
   TrayActions actions = HoldTray(entry);
   for (const InterruptedPosition& position : interrupted.positions) {
     const size_t index = static_cast<size_t>(position.position);
-    // What stands there now may be something else, if the tray was changed since.
+    // The position may hold something else by now, if the tray was changed since.
     if (position.stored == 0 || index >= actions.size() ||
         actions[index]->GetClassName() != position.classKey ||
         actions[index]->GetSampleId() != position.sampleId) {
@@ -291,8 +291,8 @@ std::vector<std::string> KeepWhatIsNotMeasured(Host& host, const InstrumentEntry
       actions[index] = NewAction(entry, rvx::kNullAction);
       continue;
     }
-    // Cut down already, by an attempt that did not come as far as the start of a run: once more
-    // would take away tests that nobody has measured.
+    // The tests were already removed by an earlier attempt that did not come as far as the start of
+    // a run. Removing them again would lose tests that were never measured.
     if (static_cast<int>(tests->tests.size()) != position.tests) continue;
     tests->tests.erase(tests->tests.begin(), tests->tests.begin() + position.stored);
     std::shared_ptr<rvx::Action> rest(entry.instrument->CreateActionFromText(position.classKey));

@@ -1,4 +1,4 @@
-// The tray of an instrument: read, filled from a file, emptied, stored.
+// Reads, fills from a file, empties and stores the tray of an instrument.
 #pragma once
 
 #include <map>
@@ -27,47 +27,47 @@ struct TrayPosition {
 
 int TraySize(const InstrumentEntry& entry);
 
-// The actions of every position, kept alive. They are asked without the tray's lock, since some
-// answers need other locks of the module.
+// Returns the actions of every position; they stay alive while the result does. Ask them without
+// the tray's lock, since some answers need other locks of the module.
 TrayActions HoldTray(const InstrumentEntry& entry);
 
-// The filled positions, in order.
+// Returns the filled positions, in order.
 std::vector<TrayPosition> ReadTray(const InstrumentEntry& entry);
 
-// The file's form of a tray's sample actions.
+// Returns the sample actions of a tray in the form of a tray file.
 std::vector<TrayFilePosition> TrayFileOf(const std::vector<TrayPosition>& tray);
 
-// The actions for a file of this path, one for each position of the tray. HostError: BadInput
-// with every problem, or NotAllowed; in both cases nothing has changed anywhere.
+// Reads the tray file and returns its actions, one for each position of the tray. HostError:
+// BadInput with every problem, or NotAllowed. Changes nothing, also on success.
 TrayActions BuildTray(const InstrumentEntry& entry, const std::string& path);
 
-// Empty actions for a whole tray.
+// Returns empty actions for a whole tray.
 TrayActions EmptyTray(const InstrumentEntry& entry);
 
-// Stores the instrument with its tray as it stands. HostError Database.
+// Stores the instrument with its present tray. HostError Database.
 void StoreTray(Host& host, const InstrumentEntry& entry);
 
-// Actions and the positions, from 0, that they are for.
+// Actions by their positions, from 0.
 using TrayPut = std::map<int, std::shared_ptr<rvx::Action>>;
 
 // Puts the actions into the tray, all at once, and stores the instrument with them. Returns the
-// actions that stood there, stopped. Not on the user-interface thread. HostError, with the tray as
-// it was: NotAllowed below level 10, Tray while it runs, Database if it can't be stored.
+// actions that were there before, stopped. Not on the user-interface thread. HostError, with the
+// tray unchanged: NotAllowed below level 10, Tray while it runs, Database if it can't be stored.
 TrayPut PutIntoTray(Host& host, const InstrumentEntry& entry, TrayPut put);
 
 // The same for a whole tray.
 void ReplaceTray(Host& host, const InstrumentEntry& entry, TrayActions actions);
 
-// Takes out of the tray what an interrupted run has measured: whole positions become empty, of a
-// position that was measured in part the remaining tests stay. Returns what it did, a text for each
-// thing.
+// Removes from the tray what an interrupted run has measured: measured positions become empty, a
+// position that was measured in part keeps its remaining tests. Returns texts for people, one for
+// each thing that it did. HostError as PutIntoTray.
 std::vector<std::string> KeepWhatIsNotMeasured(Host& host, const InstrumentEntry& entry,
                                                const InterruptedTray& interrupted);
 
-// "position 2 (OIL-A): measured" for each position, and when the run began.
+// Returns when the run began, and a line "position 2 (OIL-A): measured, ..." for each position.
 std::string DescribeInterrupted(const InterruptedTray& interrupted);
 
-// Ends the record of an interrupted run of this instrument, if there is one.
+// Ends the record of an interrupted run of this instrument, if there is one. HostError Database.
 void CloseInterrupted(Host& host, const InstrumentEntry& entry);
 
 }  // namespace torvell

@@ -26,7 +26,7 @@ std::string TrayColumnName(TrayColumn column);
 
 inline constexpr int kMaxTestsOfSample = 20;
 
-// What is absent takes the instrument's default.
+// An absent value takes the instrument's default.
 struct TrayFileTest {
   int line = 0;
   std::optional<double> temperature;     // degrees C
@@ -44,12 +44,12 @@ struct TrayFilePosition {
   std::vector<TrayFileTest> tests;   // 1 to 20
 };
 
-// Reads the file for a tray of `trayPositions` positions. Positions come back in rising order. When
-// anything was added to `problems` the result must not be used.
+// Reads the file for a tray of `trayPositions` positions. Returns the positions in rising order.
+// The result must not be used if anything was added to `problems`.
 std::vector<TrayFilePosition> ParseTrayFile(std::string_view text, int trayPositions,
                                             std::vector<FileProblem>& problems);
 
-// The file for these positions; ParseTrayFile reads the same back.
+// Returns the file for these positions; ParseTrayFile reads the same back.
 std::string FormatTrayFile(const std::vector<TrayFilePosition>& positions);
 
 }  // namespace torvell
