@@ -25,7 +25,7 @@ class Watcher : public rvx::ActionWatcher {
   platform::Event finished_{"service action finished", platform::Event::Mode::ManualReset};
 };
 
-// Counts and shows the failures reported while it lives.
+// Counts and shows the failures that are reported during its lifetime.
 class FailureCounter : private ErrorListener {
  public:
   FailureCounter(ErrorStore& errors, Output& output)
@@ -61,7 +61,7 @@ ExitCode RunAction(Session& session, const FoundInstrument& found, int32_t index
   platform::InterruptWatch interrupts;
   FailureCounter failures(session.host().errors(), session.output());
   Watcher watcher(session.output());
-  // The action goes before the watcher that it may still call.
+  // Declared after the watcher: the action may call the watcher until it is destroyed.
   std::unique_ptr<rvx::Action> action;
   try {
     action.reset(found.instrument->CreateActionByIndex(index));

@@ -6,8 +6,8 @@
 
 namespace torvell {
 
-// Starts the action of this index with `context` ("tray,position", from 0). Good if it ended
-// without a report of a failure, RunFailed with the failures on standard error, Interrupted when
+// Starts the action of this index with `context` ("tray,position", from 0). Returns Good if it
+// ended without a reported failure, RunFailed with the failures on standard error, Interrupted if
 // Ctrl+C stopped it. CommandFailure if it can't start.
 ExitCode RunAction(Session& session, const FoundInstrument& found, int32_t index,
                    const std::string& context);

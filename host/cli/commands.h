@@ -20,7 +20,7 @@ void AddPrintCommands(const Command& program);      // print
 void AddDesktopCommand(const Command& program);     // desktop
 void AddUserCommands(const Command& program);       // users
 
-// The options before the command and all families, in the order of the help.
+// Adds the options before the command and all families, in the order of the help.
 void DescribeCommandLine(const Command& program, GlobalOptions& options);
 
 }  // namespace torvell

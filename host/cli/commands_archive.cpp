@@ -18,7 +18,7 @@ struct SamplesArguments {
   std::string csvFile;
 };
 
-// Visits the samples asked for, oldest first.
+// Calls `visit` with the samples that are asked for, oldest first.
 void VisitSamples(Session& session, int64_t last,
                   const std::function<bool(const StoredSample&)>& visit) {
   SampleStore& samples = session.host().samples();

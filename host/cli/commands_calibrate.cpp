@@ -20,7 +20,7 @@ namespace torvell {
 
 namespace {
 
-constexpr size_t kShortId = 8;  // what the table shows of an id
+constexpr size_t kShortId = 8;  // characters of an id that the table shows
 constexpr size_t kMinIdCharacters = 4;
 
 struct CalibrateArguments {
@@ -31,7 +31,7 @@ struct CalibrateArguments {
   bool save = false;
 };
 
-// Which runs are left out, by what was typed.
+// The runs that are left out, selected by the texts that were typed.
 class Exclusion {
  public:
   explicit Exclusion(const std::vector<std::string>& typed) {
@@ -52,8 +52,8 @@ class Exclusion {
     return takesPart;
   }
 
-  // A text that fits nothing, or more than its writer can have meant, is a slip of the pen, and the
-  // fit would not be the one that was meant.
+  // A text that matches no run, or more runs than it can be meant for, is a mistake: the fit would
+  // use other runs than intended.
   void RequireClear() const {
     for (const auto& [text, match] : matches_) {
       if (match.byId.empty() && match.bySampleId.empty()) {
@@ -84,7 +84,7 @@ class Exclusion {
   struct Match {
     std::set<std::string> byId, bySampleId;  // ids of runs
   };
-  std::map<std::string, Match> matches_;  // by what was typed
+  std::map<std::string, Match> matches_;  // by the typed text
 };
 
 Json OptionalNumber(const std::optional<double>& value) {
@@ -173,7 +173,7 @@ std::string WhyNoFit(const rvx::CalibrationSummary& summary) {
       summary.usedCount, kMeasureOthers);
 }
 
-// What keeps the constants from being saved; nothing if they may be.
+// Returns the reason why the constants must not be saved; nothing if they may be.
 std::optional<CommandFailure> FindObstacle(const rvx::CalibrationSummary& summary,
                                            int simulatedCount, const FoundInstrument& found) {
   if (summary.hasTooFewSpeeds) {
@@ -194,7 +194,7 @@ std::optional<CommandFailure> FindObstacle(const rvx::CalibrationSummary& summar
   return std::nullopt;
 }
 
-// What the constants are for, with its unit.
+// Returns what the constants are for, with its unit.
 std::string TargetText(const CalibrateArguments& arguments,
                        const rvx::CalibrationSummary& summary) {
   return arguments.all ? summary.targetText : summary.targetText + " degC";
@@ -202,13 +202,13 @@ std::string TargetText(const CalibrateArguments& arguments,
 
 std::string LastCalibrationText(const CalibrateArguments& arguments,
                                 const rvx::CalibrationSummary& summary) {
-  // Several dates can stand there until all are saved at once.
+  // The temperatures can have different dates until all are saved at once.
   if (arguments.all && !summary.lastCalibration) return "";
   return fmt::format("\nlast calibration of {}: {}\n", TargetText(arguments, summary),
                      summary.lastCalibration ? TimeText(*summary.lastCalibration) : "-");
 }
 
-// The constants that the calibration replaces, one text for the trail.
+// Returns the constants that the calibration replaces, as one text for the audit trail.
 std::string ConstantsText(const FoundInstrument& found, const CalibrateArguments& arguments) {
   std::string text;
   for (const rvx::CellConstants& slot : found.scripting->GetCellConstants()) {
@@ -220,7 +220,7 @@ std::string ConstantsText(const FoundInstrument& found, const CalibrateArguments
   return text;
 }
 
-// Puts the constants into force and their date into the summary, or says why not.
+// Stores the constants and puts their date into the summary, or returns why that failed.
 rvx::ScriptingResult Save(Session& session, const FoundInstrument& found,
                           const CalibrateArguments& arguments, rvx::CalibrationSummary& summary,
                           bool anySimulated) {

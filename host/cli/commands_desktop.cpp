@@ -9,8 +9,8 @@
 namespace torvell {
 namespace {
 
-// Without one the toolkit would end the program with a dump. It may also have been told to draw
-// elsewhere.
+// Without a display the toolkit would end the program with a core dump. The toolkit may also have
+// been told to draw somewhere else.
 bool HasDisplay() {
   for (const char* name : {"QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "DISPLAY"}) {
     const char* value = std::getenv(name);

@@ -1,4 +1,4 @@
-// ports: which device stands behind each port name. Works without an instrument.
+// ports: which device belongs to each port name. Works without an instrument.
 #include <fmt/format.h>
 
 #include "host/cli/commands.h"

@@ -1,4 +1,4 @@
-// discover, status, monitor: what is there and what it reads.
+// discover, status, monitor: which instruments there are, and their readings.
 #include <fmt/format.h>
 
 #include <limits>
@@ -14,7 +14,7 @@ namespace torvell {
 
 namespace {
 
-// How long a signal may go unnoticed while an instrument is silent.
+// How long a signal may go unnoticed while an instrument sends nothing.
 constexpr platform::Milliseconds kLookAround{1000};
 
 std::string Joined(const std::vector<std::string>& texts) {
@@ -82,7 +82,8 @@ void ShowReading(Output& output, const rvx::InstrumentReadings& readings) {
       FixedNumber(readings.speed, 5), readings.operationText, readings.machineStatusText));
 }
 
-// Prints each new count until `most` lines are out, somebody interrupts or nobody reads any more.
+// Prints each status frame with a new count, until `most` lines are printed, the user interrupts or
+// the output is closed.
 int Monitor(Session& session, int64_t most) {
   const FoundInstrument& found = session.OneInstrument();
   platform::InterruptWatch interrupts;

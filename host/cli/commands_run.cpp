@@ -20,7 +20,7 @@ struct RunArguments {
   bool prepare = false;
 };
 
-// One instrument and the file for its tray; empty: the tray as it stands.
+// One instrument and the file for its tray; if empty, its present tray runs.
 struct Target {
   const FoundInstrument* found = nullptr;
   std::string file;
@@ -37,7 +37,7 @@ std::vector<Target> FindTargets(Session& session, const RunArguments& arguments)
   std::set<const FoundInstrument*> used;
   for (const std::string& argument : arguments.files) {
     const size_t equals = argument.find('=');
-    // A name with "=" in it may be a file's own.
+    // A file's own name may contain "=".
     const bool named = equals != std::string::npos && !FileExists(argument);
     if (!named && arguments.files.size() > 1) {
       throw CommandFailure(ExitCode::BadUse,
@@ -98,7 +98,7 @@ int Run(Session& session, const RunArguments& arguments) {
   const std::vector<Target> targets = FindTargets(session, arguments);
   std::vector<const FoundInstrument*> instruments;
   std::vector<TrayActions> actions;
-  // All files are looked at before anything is changed.
+  // All files are checked before anything is changed.
   for (const Target& target : targets) {
     if (arguments.prepare && !target.found->identity.simulated) {
       throw CommandFailure(ExitCode::BadUse,

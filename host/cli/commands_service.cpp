@@ -14,7 +14,7 @@ namespace torvell {
 
 namespace {
 
-// What a command can hold; tray and axes have limits of their own.
+// What a command of the instrument can hold; the tray and the axes have smaller limits.
 constexpr int64_t kMaxPosition = 256;
 constexpr int64_t kMaxSteps = 65535;
 
@@ -67,7 +67,7 @@ int Precondition(Session& session) {
   return RunServiceAction(session, rvx::kPreconditionMotorAction, "0,0", "precondition");
 }
 
-// As the parser gives it: the numbers of a switch and of a state.
+// The numbers of the switch and of its state, as the parser delivers them.
 struct SwitchArguments {
   int which = 0;
   int on = 0;

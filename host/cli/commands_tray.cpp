@@ -1,4 +1,4 @@
-// tray: what stands in the positions of an instrument's tray.
+// tray: what the positions of an instrument's tray hold.
 #include <fmt/format.h>
 
 #include "host/cli/commands.h"
@@ -12,7 +12,7 @@ namespace torvell {
 
 namespace {
 
-// What is known of a position from an interrupted run; null if nothing is.
+// Returns what is known of a position from an interrupted run; null if nothing is.
 const InterruptedPosition* FindInterrupted(const std::optional<InterruptedTray>& interrupted,
                                            int position) {
   if (!interrupted) return nullptr;

@@ -16,7 +16,7 @@ struct UserArguments {
   std::string level;
 };
 
-// The level of a name or number; the host refuses numbers that are no level.
+// Returns the level of a name or number; the host refuses numbers that are not a level.
 int32_t ParseLevel(const std::string& text) {
   if (platform::CompareNoCase(text, "operator") == 0) return kLevelOperator;
   if (platform::CompareNoCase(text, "manager") == 0) return kLevelManager;
@@ -50,7 +50,7 @@ int ListUsers(Session& session) {
 int AddUser(Session& session, const UserArguments& arguments) {
   const int32_t level = ParseLevel(arguments.level);
   session.RequireLevel(kLevelService, "add a user");
-  // Before the password is asked for, so that nobody types it in vain.
+  // Checked before the password is asked for, so that nobody types it for nothing.
   if (session.host().users().IsEmpty() && level != kLevelService) {
     throw CommandFailure(ExitCode::BadUse,
                          "the first user has to be of level 100, since nobody could add others "

@@ -13,7 +13,7 @@ namespace torvell {
 
 namespace {
 
-// How long a person's key is waited for before the program looks around again.
+// How long a key is waited for before a withdrawal is checked again.
 constexpr int kKeyPollMilliseconds = 100;
 
 bool IsTakenBack(std::span<platform::Event* const> withdrawal) {
@@ -28,7 +28,7 @@ void Write(const std::string& text) {
 
 }  // namespace
 
-// A question in front of the person: the display steps aside for it.
+// An open question: the display steps aside for it.
 class ConsolePrompter::Standing {
  public:
   explicit Standing(ConsolePrompter& prompter) : prompter_(prompter) {
@@ -146,7 +146,7 @@ int ConsolePrompter::Generation() {
 
 std::optional<std::string> ConsolePrompter::ReadAnswer(
     int generation, std::span<platform::Event* const> withdrawal) {
-  // Key by key in short steps, so that Ctrl+C can take the question away.
+  // Reads single keys in short steps, so that Ctrl+C can withdraw the question.
   std::string line;
   while (generation == Generation() && !IsTakenBack(withdrawal)) {
     const std::optional<char> key = WaitForKey(kKeyPollMilliseconds);

@@ -1,4 +1,4 @@
-// The module's questions, asked on the terminal.
+// Asks the module's questions on the terminal.
 #pragma once
 
 #include <functional>
@@ -9,8 +9,9 @@
 
 namespace torvell {
 
-// Asks on standard error and takes the answer from standard input. Where nobody sits, a notice is
-// answered by OK and written down, a question is answered by No. Any thread may ask.
+// Asks on standard error and reads the answer from standard input. Without a terminal, a notice is
+// written to standard error and answered by OK, and a question is answered by No. Any thread may
+// ask.
 class ConsolePrompter : public platform::Prompter {
  public:
   explicit ConsolePrompter(Output& output);
@@ -24,11 +25,11 @@ class ConsolePrompter : public platform::Prompter {
                             int initial) override;
   void Beep() override;
 
-  // Called with true before a question appears and with false behind the answer, on the asking
-  // thread, so that a live display can step aside; null takes it away.
+  // Sets a function that is called on the asking thread, with true before a question appears and
+  // with false after the answer, so that a live display can step aside. Null removes it.
   void SetQuestionHook(std::function<void(bool)> hook);
 
-  // A question that is asked while one lives is answered by Yes: the person has said it already.
+  // While one exists, every question is answered by Yes: the user has already agreed.
   class YesScope {
    public:
     explicit YesScope(ConsolePrompter& prompter) : prompter_(prompter) { prompter_.CountYes(1); }
@@ -40,18 +41,18 @@ class ConsolePrompter : public platform::Prompter {
     ConsolePrompter& prompter_;
   };
 
-  // Takes a standing question away: a notice counts as read, a question is answered by No.
+  // Withdraws the open question: a notice counts as read, a question is answered by No.
   void Dismiss();
 
-  // A question stands: keys belong to it.
+  // Returns whether a question is open: keys then belong to it.
   bool IsAsking();
 
  private:
   class Standing;
 
   void CountYes(int change);
-  // The person's line; nothing once the question was dismissed or taken back, or the terminal is
-  // gone.
+  // Returns the line that is typed; nothing if the question was dismissed or withdrawn, or the
+  // terminal is gone.
   std::optional<std::string> ReadAnswer(int generation,
                                         std::span<platform::Event* const> withdrawal = {});
   int Generation();

@@ -1,4 +1,4 @@
-// The exit codes of torvell, a contract with scripts. They stand in the man page too.
+// The exit codes of torvell, a contract with scripts. The man page lists them too.
 #pragma once
 
 namespace torvell {

@@ -1,4 +1,4 @@
-// A command's end by a failure, with the exit code that goes with it.
+// A failure that ends a command, with its exit code.
 #pragma once
 
 #include <stdexcept>
@@ -8,8 +8,8 @@
 
 namespace torvell {
 
-// The message is for people and complete: what happened, the likely cause, what to do. It may have
-// several lines; each is printed behind "error: ".
+// Thrown by value. The message is complete text for people: what happened, the likely cause, what
+// to do. It may have several lines; each is printed after "error: ".
 class CommandFailure : public std::runtime_error {
  public:
   CommandFailure(ExitCode code, const std::string& message)

@@ -1,4 +1,4 @@
-// The JSON of instruments, readings, samples and reports: keys are a contract with scripts.
+// The JSON of instruments, readings, samples and reports. The keys are a contract with scripts.
 #pragma once
 
 #include "boundary/instrument_scripting.h"

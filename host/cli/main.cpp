@@ -35,7 +35,7 @@ int Report(Output& output, ExitCode code, const std::string& message) {
   return static_cast<int>(code);
 }
 
-// Runs the command; whatever it raises becomes a message and an exit code.
+// Runs the command; turns whatever it throws into a message and an exit code.
 int RunCommand(const Invocation& invocation, Output& output) {
   try {
     if (invocation.program) return invocation.program(invocation.options);
@@ -71,7 +71,7 @@ int RunInvocation(const Invocation& invocation) {
 }  // namespace torvell
 
 int main(int argc, char** argv) {
-  // A reader that goes away must not end the program while an instrument is at work.
+  // A closed pipe must not end the program while an instrument is at work.
   std::signal(SIGPIPE, SIG_IGN);
   torvell::Invocation invocation;
   if (const auto code = torvell::ParseCommandLine(argc, argv, invocation)) return *code;

@@ -50,7 +50,7 @@ class OilsReader {
         return;
       }
     }
-    // A standard may be called "5000": what the laboratory keeps under a name counts first.
+    // A standard may be called "5000": a name that the laboratory has stored comes first.
     const std::optional<double> value = platform::ParseDouble(viscosity);
     if (!value || IsStandard(viscosity)) {
       ReadStandard(*place, degrees, viscosity);

@@ -19,10 +19,10 @@ struct OilRow {
   bool operator==(const OilRow& other) const = default;
 };
 
-// Reads position,temperature,true viscosity. In place of a viscosity the name of a stored standard
-// may stand: its value at that temperature counts, and with an empty temperature all its values. A
-// text that is both a name and a number is the name.
-// When anything was added to `problems` the result must not be used.
+// Reads position,temperature,true viscosity. The name of a stored standard may take the place of a
+// viscosity: then the standard's value at that temperature is used, or all its values if the
+// temperature is empty. A text that is both a name and a number is taken as the name. The result
+// must not be used if anything was added to `problems`.
 std::vector<OilRow> ParseOilsFile(std::string_view text, const std::vector<StandardRow>& standards,
                                   std::vector<FileProblem>& problems);
 

@@ -1,4 +1,4 @@
-// The options before the command, and what the command line asks for.
+// The options before the command, and the command that was chosen.
 #pragma once
 
 #include <cstdint>
@@ -24,21 +24,20 @@ struct GlobalOptions {
   bool quiet = false;
 };
 
-// A command line, taken apart.
+// A parsed command line.
 struct Invocation {
   GlobalOptions options;
-  // The command that was chosen; gets its session when the host is to be opened. The result is the
-  // program's exit code.
+  // The chosen command. It is called with its session and returns the program's exit code.
   std::function<int(Session&)> command;
-  // Instead of a command: a program of its own that opens the host itself.
+  // Set instead of `command` for a program that opens the host itself.
   std::function<int(const GlobalOptions&)> program;
 };
 
 // "real", "virtual" or "xN" with N from 1 to 1000; nothing for anything else.
 std::optional<platform::TimeBaseOptions> ParseClock(const std::string& text);
 
-// The time base that the options ask for. With a seed and the virtual clock the time of day starts
-// at a fixed date, so that the same seed gives the same output.
+// Returns the time base that the options ask for. With a seed and the virtual clock the time of day
+// starts at a fixed date, so that the same seed gives the same output.
 platform::TimeBaseOptions MakeTimeBase(const GlobalOptions& options);
 
 }  // namespace torvell

@@ -7,7 +7,7 @@ namespace torvell {
 
 namespace {
 
-// Texts in a data folder may hold bytes that are no UTF-8; they must not end the program.
+// Texts in a data folder may contain bytes that are not UTF-8; they must not end the program.
 std::string Dump(const Json& document, int indent) {
   return document.dump(indent, ' ', false, Json::error_handler_t::replace);
 }

@@ -8,7 +8,7 @@ namespace torvell {
 
 using Json = nlohmann::ordered_json;
 
-// Writes whole lines. Any thread; one call's lines stay together.
+// Writes whole lines. Any thread; the lines of one call stay together.
 class Output {
  public:
   Output(bool json, bool quiet) : json_(json), quiet_(quiet) {}
@@ -16,23 +16,23 @@ class Output {
   bool json() const { return json_; }
   bool quiet() const { return quiet_; }
 
-  // Results. A document is one line when `line` is set, indented otherwise.
+  // Results for standard output: a text, a document indented for reading, an object in one line.
   void Text(const std::string& text);
   void Document(const Json& document);
   void Line(const Json& object);
-  // A document with --json, a text for people without.
+  // Prints the document with --json, else the text.
   void Result(const Json& document, const std::string& text);
 
   // Progress: left out with --quiet.
   void Progress(const std::string& text);
   // A notice that is never left out.
   void Notice(const std::string& text);
-  // "error: " before each line of it.
+  // Prints the text with "error: " before each of its lines.
   void Error(const std::string& text);
 
-  // True once standard output took no more: a closed pipe, a full disk.
+  // True once a write to standard output has failed: a closed pipe, a full disk.
   bool OutputLost() const { return lost_; }
-  // Hands everything to the system; false if results were lost on the way.
+  // Flushes everything; returns false if results were lost.
   bool Finish();
 
  private:
@@ -41,10 +41,11 @@ class Output {
   bool lost_ = false;
 };
 
-// A document as one line of text, without its end. Bytes that are no UTF-8 are replaced.
+// Returns a document as one line of text, without a line end. Bytes that are not UTF-8 are
+// replaced.
 std::string JsonText(const Json& document);
 
-// A double for JSON: null unless it is finite.
+// Returns a double for JSON: null if it is infinite or NaN.
 Json NumberOrNull(double value);
 
 }  // namespace torvell

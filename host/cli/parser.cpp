@@ -124,7 +124,7 @@ Argument Command::Add(const std::string& name, Target& target, const std::string
   return Argument(*app_.add_option(name, target, help));
 }
 
-// The targets that there are: the library's code for each of them is compiled here, once.
+// The possible types of targets: the library's code for each of them is compiled here, once.
 template Argument Command::Add(const std::string&, std::string&, const std::string&) const;
 template Argument Command::Add(const std::string&, double&, const std::string&) const;
 template Argument Command::Add(const std::string&, int32_t&, const std::string&) const;

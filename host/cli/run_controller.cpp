@@ -34,7 +34,7 @@ RunController::RunController(Session& session, platform::InterruptWatch& interru
 }
 
 RunController::~RunController() {
-  // A failure on the way must leave no tray running behind the program's back.
+  // If Run ended by an exception, no tray may go on without anybody watching it.
   if (!AllFinished()) AbortAll();
   runners_.clear();
   session_.host().errors().RemoveListener(this);
@@ -184,7 +184,7 @@ void RunController::ReportFailure(size_t run, const std::string& message) {
 }
 
 void RunController::ErrorReported(const ErrorReport& report) {
-  if (report.instrument != nullptr) return;  // its run hears of it
+  if (report.instrument != nullptr) return;  // its run reports it
   RunEvent event;
   event.kind = RunEvent::Kind::Error;
   event.error = report;

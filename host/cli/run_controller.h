@@ -1,4 +1,4 @@
-// Runs the trays of one or more instruments to their end, obeying the person in front of them.
+// Runs the trays of one or more instruments to their end, and obeys the user's keys and signals.
 #pragma once
 
 #include <memory>
@@ -14,9 +14,9 @@
 
 namespace torvell {
 
-// The main thread's. Ctrl+C once pauses each tray behind its present sample, twice aborts. On a
-// terminal a paused tray waits for r (resume) or a (abort); elsewhere nobody would ever resume it,
-// so it is aborted.
+// The main thread only. One Ctrl+C pauses each tray after its present sample, a second one aborts.
+// On a terminal a paused tray waits for r (resume) or a (abort); without one nobody could resume
+// it, so it is aborted.
 class RunController : private ErrorListener {
  public:
   RunController(Session& session, platform::InterruptWatch& interrupts,
@@ -25,7 +25,7 @@ class RunController : private ErrorListener {
   RunController(const RunController&) = delete;
   RunController& operator=(const RunController&) = delete;
 
-  // The trays as they stand, from start to end; prints events or progress and a summary.
+  // Runs the present trays from start to end; prints events or progress and a summary.
   ExitCode Run();
 
  private:
@@ -61,7 +61,7 @@ class RunController : private ErrorListener {
   std::optional<KeyMode> keys_;  // while keys are awaited
   int signalsHandled_ = 0;
   bool pauseAsked_ = false;
-  bool interrupted_ = false;  // a person ended the run
+  bool interrupted_ = false;  // the user ended the run
 };
 
 }  // namespace torvell

@@ -16,9 +16,10 @@ namespace {
 // Positions shown around the running one, so that the block fits on a small terminal.
 constexpr int kPositionsBefore = 4;
 constexpr int kPositionsBehind = 8;
-constexpr int kBarWidth = 12;  // leaves the expected end its place in 80 columns
+constexpr int kBarWidth = 12;  // columns; leaves room for the expected end in 80 columns
 constexpr platform::Milliseconds kRefresh{500};
-// Under virtual time a second costs nothing, and drawing would be all that the program does.
+// Under virtual time the clock jumps from event to event, so a shorter interval would make the
+// program do nothing but draw.
 constexpr platform::Milliseconds kVirtualRefresh{20000};
 
 std::string Results(const RunPosition& position) {
@@ -48,7 +49,7 @@ std::string ReadingsLine(const RunState& run, const rvx::InstrumentReadings& rea
                      FixedNumber(readings.temperature, 2), FixedNumber(readings.speed, 5));
 }
 
-// The time of day, with the day if that is another one.
+// Returns the time of day, with the date if it is another day.
 std::string EndText(const platform::Date& end, const platform::Date& now) {
   const platform::Date::Fields at = end.fields();
   std::string time = fmt::format("{:02}:{:02}", at.hour, at.minute);
@@ -76,7 +77,7 @@ std::string Clipped(const std::string& line, size_t width) {
   if (DisplayWidth(line) < width) return line;
   std::string clipped;
   for (const char c : line) {
-    // A whole character at a time.
+    // Cut between whole characters only.
     if ((static_cast<unsigned char>(c) & 0xC0) != 0x80 && DisplayWidth(clipped) + 1 >= width) break;
     clipped += c;
   }
@@ -149,7 +150,7 @@ void RunView::ShowLine(const RunEvent& event, const std::vector<RunState>& runs)
                          run.Current()->plan.sampleId);
       break;
     case RunEvent::Kind::SampleFinished:
-    case RunEvent::Kind::Error:  // said by whoever judges it
+    case RunEvent::Kind::Error:  // RunController prints errors
       return;
   }
   const std::string port = runs.size() > 1 ? run.entry().identity.portName + " " : "";
@@ -170,7 +171,8 @@ void RunView::Refresh(const std::vector<RunState>& runs) {
   }
   const platform::PlainGuard guard(lock_);
   if (aside_ || (linesDrawn_ == count && block == blockDrawn_)) return;
-  // Under the lock, so that no question lands inside the block; a terminal takes it at once.
+  // Written under the lock, so that no question appears inside the block. A terminal takes it at
+  // once, so the lock is not held for long.
   EraseBlock();
   std::fwrite(block.data(), 1, block.size(), stderr);
   linesDrawn_ = count;
@@ -199,7 +201,7 @@ void RunView::Finish(const std::vector<RunState>& runs) {
 
 void RunView::EraseBlock() {
   if (linesDrawn_ == 0) return;
-  // Up to the block's first line, then everything below goes.
+  // Moves to the block's first line and erases everything below.
   const std::string erase = fmt::format("\x1b[{}F\x1b[0J", linesDrawn_);
   std::fwrite(erase.data(), 1, erase.size(), stderr);
   linesDrawn_ = 0;

@@ -9,22 +9,23 @@
 
 namespace torvell {
 
-// The owner's thread, but StepAside: any thread.
+// The owner's thread only, except StepAside: any thread.
 class RunView {
  public:
   enum class Mode { None, Lines, Live };
   RunView(Output& output, Mode mode);
 
-  // How often the block wants to be redrawn; nothing when it needs no time of its own.
+  // Returns how often Refresh is to be called; nothing if only events change the display.
   std::optional<platform::Milliseconds> RefreshInterval() const;
 
   void Show(const RunEvent& event, const std::vector<RunState>& runs);
   void Refresh(const std::vector<RunState>& runs);
-  // A line that stays, above the block.
+  // Prints a line that stays, above the block.
   void Message(const std::string& text);
-  // A question is to be printed (true) or has been answered.
+  // Erases the block before a question is printed (true), or allows drawing again after the answer
+  // (false).
   void StepAside(bool aside);
-  // Leaves the block as it stands.
+  // Draws the block a last time and leaves it on the terminal.
   void Finish(const std::vector<RunState>& runs);
 
  private:
@@ -39,7 +40,8 @@ class RunView {
   std::string blockDrawn_ GUARDED_BY(lock_);
 };
 
-// The block's lines for one run: the tray, its running position with what it does, the progress.
+// Returns the block's lines for one run: the tray, its running position with its status, the
+// progress.
 std::vector<std::string> DescribeRun(const RunState& run, const rvx::InstrumentReadings& readings,
                                      platform::Microseconds now, const platform::Date& timeOfDay);
 

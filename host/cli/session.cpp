@@ -121,7 +121,7 @@ const std::vector<FoundInstrument>& Session::Instruments() {
     FoundInstrument found;
     static_cast<InstrumentEntry&>(found) = entry;
     found.index = index++;
-    // Without this interface nothing can be asked of it from here.
+    // Without the scripting interface no command can use the instrument.
     if (found.scripting != nullptr) instruments_.push_back(found);
   }
   if (instruments_.empty()) throw CommandFailure(ExitCode::NoInstrument, WhyNoInstrument());

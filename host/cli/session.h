@@ -1,4 +1,4 @@
-// One command's way to the host: opens the data folder, says who acts, finds instruments.
+// Gives a command the host: opens the data folder, establishes who acts, finds instruments.
 #pragma once
 
 #include <memory>
@@ -20,15 +20,15 @@ struct FoundInstrument : InstrumentEntry {
   int32_t index = 0;  // in the host's list
 };
 
-// Password lines of --password-fd in turn, or asked for on the terminal. CommandFailure (bad use)
-// where there is neither.
+// Returns the next password: the next line of --password-fd, or what is typed on the terminal.
+// CommandFailure (bad use) if there is neither.
 std::string NextPassword(const GlobalOptions& options, const std::string& question);
 
-// Who acts: --user, whose password is checked, or TORVELL_USER; may be empty or unknown.
+// Returns who acts: --user, whose password is checked, or TORVELL_USER; may be empty or unknown.
 // CommandFailure (not allowed, bad use).
 std::string ActingUserOf(const GlobalOptions& options, Users& users);
 
-// The main thread's.
+// What a command works with. The main thread only.
 class Session {
  public:
   Session(const GlobalOptions& options, Output& output);
@@ -40,23 +40,26 @@ class Session {
   Output& output() { return output_; }
   ConsolePrompter& prompter() { return prompter_; }
 
-  // The host, opened at the first call: the acting user is checked, and what a person has to know
-  // about the data folder is said. CommandFailure or HostError if that fails.
+  // Returns the host. The first call opens it, checks the acting user, and prints the notices about
+  // the data folder. CommandFailure or HostError on failure.
   Host& host();
 
   // CommandFailure (not allowed) if the acting user's level is below `level`; `what` completes
   // "To <what> ...".
   void RequireLevel(int32_t level, const std::string& what);
 
-  // Looks for instruments at the first call. CommandFailure (no instrument) if there is none, with
-  // the reason for each port.
+  // Returns the instruments; the first call looks for them. CommandFailure (no instrument) if there
+  // is none, with the reason for each port.
   const std::vector<FoundInstrument>& Instruments();
-  // The one that --instrument names, or the only one. CommandFailure (bad use) if it isn't clear.
+  // Returns the instrument that --instrument names, or the only one. CommandFailure (bad use) if it
+  // isn't clear which is meant.
   const FoundInstrument& OneInstrument();
-  // The one of this name: a port, an archive key or an index. CommandFailure (bad use) if none is.
+  // Returns the instrument of this name: a port, an archive key or an index. CommandFailure (bad
+  // use) if there is none.
   const FoundInstrument& NamedInstrument(const std::string& name);
 
-  // Waits for the instrument's first status. CommandFailure (no instrument) if none comes.
+  // Waits for the instrument's first status. CommandFailure (no instrument) if none arrives in
+  // time.
   void WaitForStatus(const FoundInstrument& found);
 
   std::string Password(const std::string& question);
@@ -73,11 +76,11 @@ class Session {
   std::vector<FoundInstrument> instruments_;
 };
 
-// Raises the failure that goes with a problem of the instrument's; nothing happens without one.
+// Throws the failure for a problem of the instrument; does nothing if there is no problem.
 void ThrowIfRefused(const rvx::ScriptingResult& result);
 
-// Takes over, ends and deletes a failure of the module as a CommandFailure; `what` completes
-// "<what> failed: ...". Call it with the caught pointer.
+// Turns a failure of the module into a CommandFailure and deletes it; `what` completes "<what>
+// failed: ...". Call it with the caught pointer.
 [[noreturn]] void ThrowFromModule(rvx::CViscoException* error, const std::string& what);
 
 }  // namespace torvell

@@ -8,7 +8,8 @@
 
 namespace torvell {
 
-// Opens the host if it is not. CommandFailure (data failure) if they can't be read.
+// Returns the stored standards; opens the host if it is not open. CommandFailure (data failure) if
+// they can't be read.
 std::vector<StandardRow> ReadStandards(Session& session);
 
 }  // namespace torvell

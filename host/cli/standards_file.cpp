@@ -23,7 +23,7 @@ std::string AcceptedTemperatures() {
   return text;
 }
 
-// The stored form of a temperature that a person has typed; empty if it is none of them.
+// Returns the stored form of a typed temperature; empty if it is none of the stored temperatures.
 std::string TemperatureText(const std::string& typed) {
   const auto value = platform::ParseDouble(platform::RemoveBlanks(typed));
   if (!value) return "";

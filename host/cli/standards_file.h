@@ -9,7 +9,7 @@
 
 namespace torvell {
 
-// One certified value of one oil. Texts, as they are stored.
+// One certified value of one oil, as texts, since they are stored as texts.
 struct StandardRow {
   std::string name;
   std::string temperature;  // one of the temperature texts
@@ -21,15 +21,15 @@ struct StandardRow {
 
 const std::vector<std::string>& StandardsFileHeading();
 
-// Reads name,temperature,known viscosity,lot. When anything was added to `problems` the result must
-// not be used. Temperatures are taken with and without a blank behind the sign, and with zeros
-// behind the point; a second row of a name and temperature is refused, since the store drops it.
+// Reads name,temperature,known viscosity,lot. Temperatures may have a blank after the sign, and
+// zeros at the end of their decimals. A second row of a name and temperature is refused, since the
+// store drops it. The result must not be used if anything was added to `problems`.
 std::vector<StandardRow> ParseStandardsFile(std::string_view text,
                                             std::vector<FileProblem>& problems);
 std::string FormatStandardsFile(const std::vector<StandardRow>& rows);
 
-// The stored text's rows. Reading ends at a row without an end; rows of a name and temperature that
-// came before are left out, as the instrument leaves them out.
+// Reads the stored text. Reading ends at a row without an end; a repeated row of a name and
+// temperature is left out, as the instrument does.
 std::vector<StandardRow> ParseStandardsText(std::string_view text);
 std::string FormatStandardsText(const std::vector<StandardRow>& rows);
 

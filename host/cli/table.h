@@ -1,4 +1,4 @@
-// A table for people: columns as wide as their widest cell.
+// A table for people: each column is as wide as its widest cell.
 #pragma once
 
 #include <string>
@@ -18,7 +18,7 @@ class Table {
   // One cell for each column. An empty cell is shown as "-".
   void AddRow(std::vector<std::string> cells);
   size_t rows() const { return rows_.size(); }
-  // Heading, a rule, the rows; every line ends in LF and has no blanks at its end.
+  // Returns the heading, a rule and the rows; every line ends in LF and has no trailing blanks.
   std::string Text() const;
 
  private:
@@ -26,10 +26,11 @@ class Table {
   std::vector<std::vector<std::string>> rows_;
 };
 
-// Characters (code points) of a UTF-8 text: what a terminal shows of most texts.
+// Returns the number of code points of a UTF-8 text, which is its width on a terminal for most
+// texts.
 size_t DisplayWidth(const std::string& text);
 
-// The text without control characters, so that nothing stored can steer a terminal.
+// Returns the text without control characters, so that no stored text can control a terminal.
 std::string Printable(const std::string& text);
 
 }  // namespace torvell

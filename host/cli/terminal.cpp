@@ -17,7 +17,7 @@ namespace {
 
 constexpr size_t kMaxLineLength = 4096;
 
-// Puts a terminal's attributes back at its end.
+// Restores the terminal's attributes when destroyed.
 class AttributeGuard {
  public:
   explicit AttributeGuard(tcflag_t flagsOff) {
@@ -73,7 +73,7 @@ std::optional<std::string> AskPassword(const std::string& question) {
   if (!SomebodyIsThere()) return std::nullopt;
   std::optional<std::string> line;
   {
-    // Before the question: who types fast must not see it either.
+    // Switched off before the question appears, so that fast typing is not shown either.
     const AttributeGuard guard(ECHO);
     std::fputs(question.c_str(), stderr);
     std::fflush(stderr);
