@@ -35,7 +35,7 @@ struct ErrorReport {
   std::string sampleId;
   std::string operatorName;
   bool sampleFailure = false;
-  bool acknowledged = false;  // somebody has taken notice
+  bool acknowledged = false;  // a user has taken notice
   int64_t row = 0;            // in the archive; 0: it could not be kept
   // Only for comparison, never dereferenced; null for the host's own failures and in what Last()
   // returns.
