@@ -1,27 +1,27 @@
-// The person's "yes" to an abort, handed to the module's own question.
+// Passes the user's consent to an abort on to the module's own question.
 #pragma once
 
 #include "platform/prompt.h"
 
 namespace torvell {
 
-// Is asked before the prompter that the module has installed. The window asks in its own words
-// before it aborts a run; the module asks once more, and the thread that aborts gets a Yes without
-// a second box. All other questions go on to the module's prompter. Made and destroyed on the
+// A prompter in front of the one that the module has installed. The window asks in its own words
+// before it aborts a run. The module then asks once more; the thread that aborts gets a Yes, so no
+// second box appears. All other questions go on to the module's prompter. Made and destroyed on the
 // window's thread; any thread may ask.
 class AbortConsent : public platform::Prompter {
  public:
   AbortConsent() = default;
-  // Puts back the prompter that it replaced. No module thread runs any more.
+  // Restores the prompter that this object replaced. Requires that no thread of the module runs.
   ~AbortConsent() override;
   AbortConsent(const AbortConsent&) = delete;
   AbortConsent& operator=(const AbortConsent&) = delete;
 
-  // From here on this object is asked first. Called once, after the discovery, in which the module
-  // installs its prompter. Any thread.
+  // Installs this object as the prompter. Called once, after the discovery, in which the module
+  // installs its own. Any thread.
   void StandInFront();
 
-  // While one lives, questions of this thread are answered by Yes.
+  // While one exists, questions of its thread are answered by Yes.
   class Scope {
    public:
     Scope();
@@ -40,7 +40,7 @@ class AbortConsent : public platform::Prompter {
   void Beep() override;
 
  private:
-  // The module's. Written once, before SetPrompter hands this object to other threads.
+  // The module's prompter. Written once, before SetPrompter publishes this object to other threads.
   platform::Prompter* behind_ = nullptr;
 };
 

@@ -43,7 +43,7 @@ void Banner::SetText(const QIcon& icon, const QString& text, const QString& more
 }
 
 void Banner::Fit() {
-  // Two lines at most; what is longer is in the tooltip and among the messages.
+  // Two lines at most; the tooltip and the message list show the rest.
   const QFontMetrics metrics(label_->font());
   const int width = std::max(120, label_->width());
   const QString line = QString(text_).replace(QLatin1Char('\n'), QLatin1Char(' '));

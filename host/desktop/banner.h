@@ -15,15 +15,15 @@ class Banner : public QFrame {
 
  public:
   enum class Tone {
-    Quiet,  // says what is so
-    Loud    // somebody should do something; at most one of these is shown
+    Quiet,  // informs about a state
+    Loud    // asks for an action; at most one of these is shown
   };
   explicit Banner(Tone tone, QWidget* parent = nullptr);
 
-  // The tooltip holds the whole text, and below it what `more` adds.
+  // The tooltip shows the whole text and, below it, `more`.
   void SetText(const QIcon& icon, const QString& text, const QString& more = {});
   QString text() const { return text_; }
-  // A button at the right end, in the order of the calls.
+  // Adds a button at the right end, in the order of the calls. The banner owns it.
   QPushButton* AddButton(const QString& label);
 
  protected:

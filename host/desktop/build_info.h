@@ -1,11 +1,11 @@
-// What was built.
+// What this build is.
 #pragma once
 
 #include <QString>
 
 namespace torvell {
 
-// "0.1.0"
+// The version, as "0.1.0".
 QString BuildVersion();
 // Kind of build, compiler, source revision if known, and the libraries in use.
 QString BuildDescription();

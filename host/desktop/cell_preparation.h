@@ -1,4 +1,4 @@
-// Making a simulated instrument ready for a tray, from the window.
+// Prepares a simulated instrument for a tray from the window.
 #pragma once
 
 #include <QObject>
@@ -10,8 +10,8 @@
 
 namespace torvell {
 
-// Sets the home flag and cools the cell. It takes minutes, during which the tray can be filled, so
-// it has a thread of its own. The window's thread only, Finish apart.
+// Sets the home flag and cools the cell on a separate thread: it takes minutes, during which the
+// tray can be filled. The window's thread only, except Finish.
 class CellPreparation : public QObject {
   Q_OBJECT
 
@@ -19,12 +19,12 @@ class CellPreparation : public QObject {
   CellPreparation(GuiThread& gui, const InstrumentEntry& entry) : gui_(gui), entry_(entry) {}
 
   bool IsUnderWay() const { return underWay_; }
-  // Does nothing while one is on its way.
+  // Starts a preparation; no effect while one is under way.
   void Start();
-  // Lets it end at its next step, within a second of the base's time.
+  // Ends the preparation at its next step, within a second of the time base.
   void Cancel() { cancelled_ = true; }
-  // Waits for the end of what is on its way and ends the thread. Any thread but the window's, which
-  // starts nothing afterwards.
+  // Waits until the preparation and its thread have ended. Any thread except the window's; Start
+  // must not be called afterwards.
   void Finish();
 
  Q_SIGNALS:
@@ -39,9 +39,9 @@ class CellPreparation : public QObject {
   GuiThread& gui_;
   const InstrumentEntry entry_;
   bool underWay_ = false;
-  // Set by the window's thread, looked at by the preparation's; nothing else goes with it.
+  // Written by the window's thread, read by the preparation's thread; no other data depends on it.
   std::atomic<bool> cancelled_{false};
-  std::unique_ptr<Worker> worker_;  // made with the first preparation
+  std::unique_ptr<Worker> worker_;  // made by the first Start
 };
 
 }  // namespace torvell

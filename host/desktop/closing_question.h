@@ -1,4 +1,4 @@
-// What a person is asked before the window closes. No widgets.
+// The question that is asked before the window closes. No widgets.
 #pragma once
 
 #include <QString>
@@ -7,9 +7,9 @@
 
 namespace torvell {
 
-// Something that goes on and that the end of the window would break off.
+// An activity that closing the window would break off.
 struct ClosingObstacle {
-  QString title;  // the instrument's or the screen's
+  QString title;  // name of the instrument or the screen
   QString text;   // what would be lost, or why the screen must not be closed now
 };
 
@@ -20,7 +20,7 @@ struct ClosingQuestion {
   QString keepOpen;
 };
 
-// Nothing if the window may close without a question.
+// Returns the question; nothing if the window may close without one.
 std::optional<ClosingQuestion> AskBeforeClosing(const std::vector<ClosingObstacle>& runs,
                                                 const std::vector<ClosingObstacle>& screens);
 

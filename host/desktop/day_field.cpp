@@ -10,7 +10,7 @@
 namespace torvell {
 namespace {
 
-// The earliest day that can be chosen means none: a date field always has one.
+// The earliest day means an empty field, since a date field always has a date.
 const QDate& NoDay() {
   static const QDate date(2000, 1, 1);
   return date;
@@ -52,7 +52,7 @@ void DayField::SetDay(const QDate& day) { edit_->setDate(day.isValid() ? day : N
 
 bool DayField::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::Show && !day().isValid()) {
-    // Nothing is chosen by that: the field stays empty until a day is.
+    // This chooses no day: the field stays empty until the user picks one.
     QCalendarWidget* calendar = edit_->calendarWidget();
     const QSignalBlocker quiet(calendar);
     calendar->setSelectedDate(QDate::currentDate());

@@ -1,4 +1,4 @@
-// A day that may be left open, as a filter needs it.
+// A field for a day that may be left empty, as a filter needs it.
 #pragma once
 
 #include <QDate>
@@ -9,25 +9,25 @@ class QToolButton;
 
 namespace torvell {
 
-// A date field with a calendar, and a button that empties it. Empty, it shows its name, and its
-// calendar opens at today. GUI thread.
+// A date field with a calendar, and a button that clears it. When empty it shows its name, and its
+// calendar opens at today. The window's thread only.
 class DayField : public QWidget {
   Q_OBJECT
 
  public:
-  // `name` says what the day limits: "From".
+  // `name` says how the day limits the search: "From".
   explicit DayField(const QString& name, QWidget* parent = nullptr);
 
-  // An invalid date while the field is empty.
+  // Returns the day; an invalid date if the field is empty.
   QDate day() const;
-  // An invalid date empties it.
+  // Sets the day; an invalid date clears the field.
   void SetDay(const QDate& day);
 
  Q_SIGNALS:
   void Changed();
 
  protected:
-  // The calendar's opening.
+  // Watches for the calendar to open.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:

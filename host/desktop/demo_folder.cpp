@@ -75,7 +75,7 @@ void FillDemoFolder(Host& host) {
       if (refused) throw HostError(HostErrorKind::Database, refused->Sentences());
     }
   }
-  // The first user has to be one who may add the others; from then on levels count.
+  // The first user must be one who may add the others; once there is a user, levels are enforced.
   const std::vector<DemoUser>& users = DemoUsers();
   for (auto user = users.rbegin(); user != users.rend(); ++user) {
     host.users().Add(user->name, user->level, user->password);

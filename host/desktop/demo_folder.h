@@ -1,4 +1,4 @@
-// A data folder to try everything on.
+// A data folder for demonstrations, with users, standards and constants.
 #pragma once
 
 #include <QString>
@@ -17,19 +17,19 @@ struct DemoUser {
 };
 const std::vector<DemoUser>& DemoUsers();
 
-// $XDG_DATA_HOME/torvell-demo or the like, beside the real folder's default.
+// Returns DefaultDataFolder() with "-demo" added.
 std::string DefaultDemoFolder();
 
-// The folder was filled by FillDemoFolder.
+// Returns whether the folder was filled by FillDemoFolder.
 bool IsDemoFolder(const std::string& folder);
 
-// Gives a fresh folder its standards: nothing is done if it has users. Before the instruments are
-// looked for, since they read the standards when they begin. Not on the window's thread. HostError
-// if it can't be stored.
+// Stores standards in a fresh folder; no effect if it has users. Called before instruments are
+// looked for, since they read the standards when they start. Not on the window's thread. HostError
+// if they can't be stored.
 void WriteDemoStandards(Host& host);
 
-// Gives a fresh folder its constants and users: nothing is done if it has users. The instruments
-// have been looked for. Not on the window's thread. HostError if it can't be stored.
+// Stores constants and users in a fresh folder; no effect if it has users. Called after instruments
+// were looked for. Not on the window's thread. HostError if they can't be stored.
 void FillDemoFolder(Host& host);
 
 }  // namespace torvell

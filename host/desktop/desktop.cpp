@@ -13,7 +13,7 @@
 namespace torvell {
 namespace {
 
-constexpr int kSignalPoll = 250;  // ms
+constexpr int kSignalPoll = 250;  // ms between looks for a signal
 
 std::string FolderOf(const DesktopOptions& options) {
   if (!options.dataFolder.empty()) return options.dataFolder;
@@ -59,9 +59,9 @@ int RunDesktop(const DesktopOptions& options) {
 
   auto window = std::make_unique<MainWindow>(*host, gui, consent,
                                              WindowOptions{IsDemo(options), options.lockMinutes});
-  // Ends the loops of open dialogs too; quit would ask the windows once more.
+  // exit also ends the loops of open dialogs; quit would ask the windows again.
   QObject::connect(window.get(), &MainWindow::Closed, [] { QCoreApplication::exit(0); });
-  // Ctrl+C in the terminal that started it is a wish to close, with the same question.
+  // Ctrl+C in the terminal is a request to close, with the same question.
   platform::InterruptWatch interrupts;
   QTimer signals_;
   int seen = 0;

@@ -56,7 +56,7 @@ void AwakeKeeper::Inhibit() {
       return;
     }
     cookie_ = reply.value();
-    // The run may have ended while the answer was on its way.
+    // The run may have ended before the answer arrived.
     if (!running_) Release();
   });
   QDBusMessage sleep = QDBusMessage::createMethodCall(

@@ -1,4 +1,4 @@
-// What the computer's desktop does for us: staying awake, notifications. Both need a session bus;
+// Services of the computer's desktop: staying awake, notifications. Both need a session bus;
 // without one they do nothing, and the log says so once.
 #pragma once
 
@@ -7,8 +7,8 @@
 
 namespace torvell {
 
-// Keeps the computer awake while at least one tray runs. The window's thread; calls to the bus do
-// not wait for an answer.
+// Keeps the computer awake while at least one tray runs. The window's thread only; it does not wait
+// for answers from the bus.
 class AwakeKeeper : public QObject {
   Q_OBJECT
 
@@ -24,10 +24,10 @@ class AwakeKeeper : public QObject {
 
   bool running_ = false;
   quint32 cookie_ = 0;
-  int sleepLock_ = -1;  // file descriptor that the system holds sleep for
+  int sleepLock_ = -1;  // file descriptor; the system does not sleep while it is open
 };
 
-// Shows a notification, unless the window is active anyway.
+// Shows a notification, except when the window is active. The window's thread only.
 void Notify(const QString& title, const QString& text);
 
 }  // namespace torvell

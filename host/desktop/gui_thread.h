@@ -1,4 +1,4 @@
-// The window's thread as the rest of the program reaches it.
+// Gives other threads access to the window's thread.
 #pragma once
 
 #include <QObject>
@@ -12,19 +12,19 @@ class QWidget;
 
 namespace torvell {
 
-// Runs jobs on the window's thread. Made there after the QApplication and destroyed there;
-// everybody who may call Run has ended before.
+// Runs jobs on the window's thread. Made on it after the QApplication, and destroyed on it after
+// all threads that may call Run have ended.
 class GuiThread : public QObject, public UserInterfaceExecutor {
  public:
   GuiThread();
   ~GuiThread() override;
 
-  // UserInterfaceExecutor. Jobs run whenever the thread looks at its events, also while a dialog
-  // stands.
+  // UserInterfaceExecutor. The thread runs jobs whenever it handles events, also while a dialog is
+  // open.
   void Run(const std::function<void()>& job) override;
 
-  // Runs the job later, in the order of posting, and returns at once. A job that waits when this
-  // object ends is dropped. Any thread.
+  // Runs the job later, in the order of posting, and returns at once. Jobs that still wait when
+  // this object is destroyed are dropped. Any thread.
   void Post(std::function<void()> job);
 
  private:
@@ -33,8 +33,8 @@ class GuiThread : public QObject, public UserInterfaceExecutor {
   const platform::ThreadId threadId_;
 };
 
-// A widget as the module takes it for the parent of its status window, and back. Both sides are
-// built with the same toolkit; this is the one place that knows.
+// Converts between a widget and the handle that the module takes for the parent of its status
+// window. Both sides are built with the same toolkit; only this file relies on that.
 rvx::WindowHandle* ToWindowHandle(QWidget* widget);
 QWidget* ToWidget(rvx::WindowHandle* handle);
 

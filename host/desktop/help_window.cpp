@@ -15,7 +15,7 @@ namespace {
 
 constexpr char kContentsPage[] = "Contents";
 
-// The page's first heading, for the list.
+// Returns the page's first heading, for the list.
 QString TitleOf(const QString& file) {
   QFile page(file);
   if (!page.open(QIODevice::ReadOnly)) return {};

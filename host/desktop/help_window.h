@@ -15,8 +15,9 @@ class HelpWindow : public QDialog {
  public:
   explicit HelpWindow(QWidget* parent = nullptr);
 
-  // A topic as screens name it: "RVX.chm::/RVX/Tray_Settings.htm", with any path before it, or the
-  // bare name of a page. An unknown one shows the contents and says so.
+  // Shows a topic in the form of the screens, "RVX.chm::/RVX/Tray_Settings.htm", with any path
+  // before it, or by the bare name of a page. For an unknown topic shows the contents with a
+  // remark.
   void ShowTopic(const QString& topic);
   QString text() const;
 
@@ -25,9 +26,9 @@ class HelpWindow : public QDialog {
   QTextBrowser* page_;
 };
 
-// The folder of the pages; empty if there is none.
+// Returns the folder of the pages; empty if there is none.
 QString HelpFolder();
-// "Tray_Settings" of any form of a topic.
+// Returns the bare name of a topic in any form: "Tray_Settings".
 QString TopicName(const QString& topic);
 
 }  // namespace torvell

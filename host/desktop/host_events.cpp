@@ -28,7 +28,7 @@ void HostEvents::ErrorReported(const ErrorReport& report) {
   Post([report](HostEvents& self) { Q_EMIT self.Reported(report); });
 }
 
-// The monitor's; the error store has told of the same report already.
+// The monitor's call is ignored: the error store has already passed on the same report.
 void HostEvents::ErrorReported(rvx::ActionErrorRecord) {}
 
 void HostEvents::SampleStored(const rvx::Sample&, const SampleOrigin&) {

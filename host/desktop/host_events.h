@@ -1,4 +1,4 @@
-// What the host tells on threads of its own, as signals of the window's thread.
+// Turns what the host reports on other threads into signals of the window's thread.
 #pragma once
 
 #include <QObject>
@@ -10,8 +10,8 @@
 
 namespace torvell {
 
-// Made and destroyed on the window's thread; after its end nothing comes any more, whatever was
-// posted before.
+// Made and destroyed on the window's thread. No signal is emitted after its end, not even for
+// events that were posted before.
 class HostEvents : public QObject,
                    private ErrorListener,
                    private SampleStoredListener,
@@ -28,17 +28,17 @@ class HostEvents : public QObject,
   void Reported(const torvell::ErrorReport& report);
   // A sample is in the archive.
   void Stored();
-  // Settings, constants or the tray of an instrument are others than before.
+  // Settings, constants or the tray of an instrument have changed.
   void InstrumentChanged();
-  // Somebody, such as a screen, wants this instrument of the list to be the one that is shown.
+  // This instrument of the list is to be shown; a screen may have asked for it.
   void SelectionWanted(int32_t index);
 
  private:
-  // Has the window's thread emit a signal. Any thread.
+  // Makes the window's thread emit a signal. Any thread.
   void Post(std::function<void(HostEvents&)> emit);
 
-  // ErrorListener, SampleStoredListener, SelectionListener, rvx::ViscometerArrayMonitor: on any
-  // thread.
+  // ErrorListener, SampleStoredListener, SelectionListener, rvx::ViscometerArrayMonitor: called on
+  // any thread.
   void ErrorReported(const ErrorReport& report) override;
   void SampleStored(const rvx::Sample& sample, const SampleOrigin& origin) override;
   void ErrorReported(rvx::ActionErrorRecord record) override;

@@ -155,7 +155,7 @@ void InstrumentPanel::ShowStatusWindow() {
   hasWindow_ = window != nullptr;
   if (window == nullptr) return;
   window->move(0, 0);
-  // The module sizes its window; this makes room for it.
+  // The module decides the size of its window, so the place for it is given that size.
   place_->setFixedSize(window->size());
 }
 

@@ -1,4 +1,4 @@
-// The instruments at the left: which there are, their state, and the module's status window.
+// The left part of the window: the instruments, their states, and the module's status window.
 #pragma once
 
 #include <QFrame>
@@ -12,7 +12,8 @@ namespace torvell {
 
 class InstrumentSession;
 
-// One instrument in the list: name, port and address, and its state as one word at one place.
+// One instrument in the list: its name, port and address, and its state as one word in a fixed
+// place.
 class InstrumentCard : public QFrame {
   Q_OBJECT
 
@@ -37,14 +38,14 @@ class InstrumentCard : public QFrame {
   QLabel* word_;
 };
 
-// The list of instruments, of which one is selected, and below it the status window of that one.
+// The list of instruments, one of which is selected, and below it the status window of that one.
 // The window's thread only.
 class InstrumentPanel : public QWidget {
   Q_OBJECT
 
  public:
   explicit InstrumentPanel(QWidget* parent = nullptr);
-  // Closes the status window, which is the module's: before the instruments end.
+  // Closes the module's status window. Must be destroyed before the instruments.
   ~InstrumentPanel() override;
 
   void SetSessions(const std::vector<InstrumentSession*>& sessions);
@@ -61,9 +62,9 @@ class InstrumentPanel : public QWidget {
   QVBoxLayout* cards_;
   std::vector<InstrumentCard*> list_;
   InstrumentSession* selected_ = nullptr;
-  InstrumentSession* shown_ = nullptr;  // whose status window was asked for
-  bool hasWindow_ = false;              // and is there: it tells the age of its values itself
-  QWidget* place_;                      // the status window's parent
+  InstrumentSession* shown_ = nullptr;  // the session whose status window was asked for
+  bool hasWindow_ = false;  // the status window exists, and shows the age of its values itself
+  QWidget* place_;          // the status window's parent
   QLabel* age_;
   QLabel* empty_;
 };

@@ -5,7 +5,7 @@
 namespace torvell {
 namespace {
 
-// How often the window looks for what has come: quicker than anybody sees, and cheap.
+// How often the window takes in what has arrived: faster than the eye, and cheap.
 constexpr int kPollMilliseconds = 100;
 
 }  // namespace
@@ -26,7 +26,7 @@ InstrumentSession::InstrumentSession(Host& host, GuiThread& gui, const Instrumen
 
 InstrumentSession::~InstrumentSession() {
   preparation_.Cancel();
-  // The jobs work on the members, so they end before the first of them goes.
+  // The jobs use the members, so they end before the first member is destroyed.
   Finish();
 }
 
@@ -51,7 +51,7 @@ void InstrumentSession::EndRun(const std::function<void()>& done) {
   preparation_.Cancel();
   jobs_.Close();
   run_.End([this, done] {
-    // An open dialog keeps the jobs that wait from their turn, and nobody may be there to close it.
+    // An open dialog holds up the jobs that wait, and nobody may be there to close it.
     if (dialog_.IsOpen()) {
       done();
     } else {
@@ -76,7 +76,7 @@ InstrumentSituation InstrumentSession::Situation() const {
     situation.position = run()->Current()->plan.position + 1;
   }
   situation.filled = static_cast<int>(jobs_.tray().filled.size());
-  // During a run the tray is no concern of the commands that steer it.
+  // During a run, reading the tray does not hinder the commands that control the run.
   situation.busy = jobs_.IsAsking() || (run() == nullptr && jobs_.IsReading());
   situation.preparing = preparation_.IsUnderWay();
   situation.summaryOpen = run_.phase() == RunPhase::Ended;
@@ -85,7 +85,7 @@ InstrumentSituation InstrumentSession::Situation() const {
 }
 
 void InstrumentSession::SaveFile(const QString& path) {
-  // What is on the screen, also after a run, when the instrument's own tray is empty.
+  // Saves what is on the screen, also after a run, when the instrument's own tray is empty.
   if (run() == nullptr) {
     editor_.Save(path, jobs_.tray().filled);
     return;

@@ -17,44 +17,43 @@
 
 namespace torvell {
 
-// Puts the parts together: the order of the jobs (TrayJobs), the edits (TrayEditor, SampleDialog),
-// the run (RunControl), the readings and the preparation, and passes on what they tell. Whatever
-// may block is a job of a worker of this object's own. The window's thread only, Finish apart. Its
-// life ends before the instrument's.
+// Combines the parts and passes on their signals: the order of the jobs (TrayJobs), the edits
+// (TrayEditor, SampleDialog), the run (RunControl), the readings and the preparation. Whatever may
+// block is a job of this object's worker. The window's thread only, except Finish. Must be
+// destroyed before the instrument.
 class InstrumentSession : public QObject {
   Q_OBJECT
 
  public:
   InstrumentSession(Host& host, GuiThread& gui, const InstrumentEntry& entry);
-  // After EndRun and Finish.
+  // Requires that EndRun and Finish were called.
   ~InstrumentSession() override;
 
   const InstrumentEntry& entry() const { return entry_; }
   int traySize() const { return jobs_.tray().size; }
-  // The tray, or the run's while it goes on and until its summary is acknowledged.
+  // The rows of the tray, or those of a run until its summary is acknowledged.
   const std::vector<TrayRow>& rows() const { return rows_; }
   const std::vector<TrayCell>& cells() const { return jobs_.tray().cells; }
-  // Who acts is filled in by the caller.
+  // The caller fills in who acts.
   InstrumentSituation Situation() const;
   // The run on the screen; null without one.
   const RunState* run() const { return run_.run(); }
   const std::optional<RunSummary>& summary() const { return run_.summary(); }
-  // Also while a start is on its way, when run() is still null.
+  // True from the request to start, when run() is still null.
   bool IsRunning() const { return torvell::IsRunning(run_.phase()); }
-  // Seconds of the base's time that the tray as it is would take.
+  // Estimated seconds, of the time base, that the present tray takes.
   int EstimatedSeconds() const { return jobs_.tray().EstimatedSeconds(); }
   bool CanUndo() const { return editor_.CanUndo(); }
 
-  // For the closing window: aborts what runs, or what a start that is still on its way has set
-  // going, and puts in the edits that wait; nothing else begins any more. `done` runs on the
-  // window's thread.
+  // For closing the window: aborts the run, also one that a pending start begins, and applies the
+  // edits that wait; nothing new begins afterwards. `done` runs on the window's thread.
   void EndRun(const std::function<void()>& done);
-  // Ends this object's threads, after what was given to them; waits for the abort of EndRun. Not on
-  // the window's thread, whose events a run's end needs.
+  // Ends this object's threads after their pending jobs; waits for the abort of EndRun. Not on the
+  // window's thread, which must handle events for the run to end.
   void Finish();
 
-  // Commands; refusals come as Failed. The offers of instrument_state.h say when they make sense,
-  // the parts' headers what they do.
+  // Commands; refusals arrive as Failed. instrument_state.h says when each is offered, the headers
+  // of the parts say what it does.
   void Start() { run_.Start(); }
   void PauseAfterSample() { run_.PauseAfterSample(); }
   void PauseNow() { run_.PauseNow(); }
@@ -70,13 +69,13 @@ class InstrumentSession : public QObject {
   void DropInterrupted() { editor_.DropInterrupted(); }
   void AddSample(int kind, const std::vector<int>& positions) { dialog_.Add(kind, positions); }
   void Edit(int position) { dialog_.Edit(position); }
-  // Somebody else may have changed the tray.
+  // Reads the tray again, since it may have been changed elsewhere.
   void Reload() { jobs_.Read(); }
 
  Q_SIGNALS:
   void TrayChanged();
   void StateChanged();
-  // One or more status frames have come.
+  // One or more status frames have arrived.
   void ReadingsArrived(const std::vector<torvell::TimedReadings>& readings);
   // A sample or one of its tests begins: a new curve.
   void CurveBegins();
@@ -84,7 +83,7 @@ class InstrumentSession : public QObject {
   void RunEnded();
   // Something was refused or went wrong: complete text.
   void Failed(const QString& text);
-  // Something that a person may like to know, one line.
+  // Information for the user, one line.
   void Notice(const QString& text);
 
  private:

@@ -5,7 +5,7 @@
 namespace torvell {
 namespace {
 
-// The tray starts below this cell temperature, in degrees C.
+// degrees C; the tray starts below this cell temperature.
 constexpr double kWarmestStart = 10.0;
 // Error codes that refuse one command and say nothing about the instrument.
 constexpr uint8_t kInvalidCommand = 0x80;
@@ -167,7 +167,7 @@ RunOffers OffersOf(const InstrumentSituation& situation) {
                              "room for the next one."));
     return offers;
   }
-  offers.edit = Shown(right);  // edits wait for their turn
+  offers.edit = Shown(right);  // also while busy: edits wait for their turn
   offers.start = Shown(StartObstacle(situation));
   const bool unprepared = !IsDisconnected(situation) && !NotReadyText(situation).isEmpty();
   const QString preparing =

@@ -18,7 +18,7 @@ inline constexpr platform::Milliseconds kDisconnectedAfter{6000};
 
 enum class StateWord { Disconnected, Error, NotReady, Ready, Running, Paused };
 
-// All that the word and the rules rest on.
+// Everything that the word and the offers depend on.
 struct InstrumentSituation {
   // Time since the last status frame; nothing if none has come.
   std::optional<platform::Milliseconds> silence;
@@ -28,9 +28,9 @@ struct InstrumentSituation {
   bool pauseRequested = false;  // it will pause after the present sample
   int position = 0;             // the position that runs, from 1; 0 between positions
   int filled = 0;               // filled positions of the tray
-  bool busy = false;            // a start or an edit is on its way to the instrument
-  bool preparing = false;       // a simulated instrument is being made ready
-  bool summaryOpen = false;     // the last run's results were not acknowledged yet
+  bool busy = false;            // the instrument is working on a start or an edit
+  bool preparing = false;       // a simulated instrument is being prepared
+  bool summaryOpen = false;     // the last run's results are not acknowledged yet
   bool simulated = false;
   int32_t level = 0;  // of the acting user
   QString userName;
@@ -40,14 +40,15 @@ StateWord WordOf(const InstrumentSituation& situation);
 // "Running 7/30": the running position and the tray's size.
 QString StateText(const InstrumentSituation& situation, int traySize);
 Shape StateShape(StateWord word);
-// Why the instrument is not ready, and what helps; empty if it is.
+// Returns why the instrument is not ready, and what helps; empty if it is ready.
 QString NotReadyText(const InstrumentSituation& situation);
-// Values are older than kStaleAfter, or none has come; `silence` as in the situation.
+// Returns whether the values are older than kStaleAfter or there are none; `silence` is as in the
+// situation.
 bool IsStale(const std::optional<platform::Milliseconds>& silence);
 inline bool IsStale(const InstrumentSituation& situation) { return IsStale(situation.silence); }
 
-// Whether a command is offered. A hidden one does not fit the state; one that is shown and not
-// enabled says why.
+// Whether a command is offered. A hidden one does not fit the state; one that is shown but disabled
+// says why.
 struct Offer {
   bool shown = false;
   bool enabled = false;
@@ -62,7 +63,7 @@ struct RunOffers {
   Offer abort;
   Offer edit;     // everything that changes the tray
   Offer prepare;  // home flag and a cold cell, simulated instrument only
-  Offer newTray;  // away with the last run's results
+  Offer newTray;  // removes the last run's results from the screen
 };
 RunOffers OffersOf(const InstrumentSituation& situation);
 

@@ -8,16 +8,16 @@
 
 namespace torvell {
 
-// Keeps the newest of the frames that a ReadingsFeed has collected. The window's thread only.
+// Keeps the newest of the frames that a ReadingsFeed collected. The window's thread only.
 class LatestReadings {
  public:
-  // Takes over what has come until `now`. True if that changes what is shown: there are new values,
-  // or the values are old, whose age grows.
+  // Takes in the frames that arrived until `now`. Returns true if the display changes: there are
+  // new values, or the values are stale and their age grows.
   bool Take(const std::vector<TimedReadings>& arrived, platform::Microseconds now);
   const rvx::InstrumentReadings& readings() const { return readings_; }
-  // Time from the last frame to the last call of Take; nothing before the first frame. Not to the
-  // present moment: between two calls a fast clock passes many frames that have come and were not
-  // taken yet.
+  // Returns the time from the last frame to the last call of Take; nothing before the first frame.
+  // The present moment would be wrong: under a fast clock many frames arrive between two calls and
+  // are not taken in yet.
   std::optional<platform::Milliseconds> Silence() const;
 
  private:

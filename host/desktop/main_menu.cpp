@@ -1,4 +1,4 @@
-// The window's menus, and what is asked of the person around the work.
+// The window's menus, and the questions around starting and closing.
 #include <QAction>
 #include <QApplication>
 #include <QLabel>
@@ -117,7 +117,7 @@ void MainWindow::LogIn() {
 }
 
 void MainWindow::LogOut() {
-  // Samples carry the name of who acts when they are stored.
+  // A sample is stored with the name of the user who acts at that time.
   if (AnyRunning()) {
     ShowNotice(QStringLiteral("A tray runs in the name of %1: lock the window instead, the run "
                               "goes on.")
@@ -197,7 +197,7 @@ void MainWindow::OfferInterrupted() {
 }
 
 void MainWindow::ShowHelp(const QString& topic) {
-  // Over a modal dialog that asks for it, the page has to belong to that dialog to be usable.
+  // If a modal dialog asks for help, the page must be a child of that dialog to be usable.
   QWidget* modal = QApplication::activeModalWidget();
   QWidget* owner = modal != nullptr ? modal : this;
   if (help_.isNull() || help_->parentWidget() != owner) {

@@ -69,7 +69,7 @@ MainWindow::MainWindow(Host& host, GuiThread& gui, AbortConsent& consent,
 MainWindow::~MainWindow() {
   platform::SetHelpViewer(nullptr);
   events_.reset();
-  // They use the sessions and the worker.
+  // The widgets use the sessions and the worker, so they are destroyed first.
   delete centralWidget();
 }
 
@@ -82,7 +82,7 @@ void MainWindow::ConnectMessages() {
   });
 }
 
-// Once the window closes, nothing of this matters any more.
+// These events are ignored once the window closes.
 void MainWindow::ConnectHost() {
   events_ = std::make_unique<HostEvents>(host_, gui_);
   connect(events_.get(), &HostEvents::Reported, this, [this](const ErrorReport& report) {
@@ -98,7 +98,7 @@ void MainWindow::ConnectHost() {
   connect(events_.get(), &HostEvents::InstrumentChanged, this, [this] {
     if (closing_) return;
     for (const auto& session : sessions_) session->Reload();
-    // New constants may allow samples that were refused before.
+    // New constants may allow screens and samples that were refused before.
     if (selected_ != nullptr) screens_->Ask(selected_->entry(), level_);
   });
   connect(events_.get(), &HostEvents::SelectionWanted, this, [this](int32_t index) {
@@ -144,7 +144,7 @@ QWidget* MainWindow::BuildPages(QWidget* parent) {
   splitter->addWidget(panel_);
   splitter->addWidget(tray_);
   splitter->addWidget(BuildSide());
-  // Set, so that the shares below hold whatever the parts would like to have.
+  // Set minimum widths, so that the stretch factors below apply whatever sizes the parts ask for.
   tray_->setMinimumWidth(kNarrowestTray);
   splitter->widget(2)->setMinimumWidth(kNarrowestSide);
   splitter->setStretchFactor(1, 3);
@@ -186,7 +186,7 @@ QWidget* MainWindow::BuildSide() {
   return side;
 }
 
-// What has to be known before the person is greeted.
+// Collects what must be known before the user is greeted.
 void MainWindow::FindInstruments(Start& start) {
   if (start.isDemo) WriteDemoStandards(host_);
   host_.DiscoverInstruments();
@@ -296,7 +296,7 @@ void MainWindow::AddToPlot(const std::vector<TimedReadings>& readings) {
   for (const TimedReadings& each : readings) {
     const double now = SecondsOf(each.time);
     if (curveStart_ < 0.0) {
-      // The old curve stays until the new one has something to show.
+      // The old curve stays until the new one has a first point.
       plot_->Restart();
       curveStart_ = now;
     }
@@ -333,11 +333,11 @@ void MainWindow::ShowNotice(const QString& text) {
 }
 
 void MainWindow::ShowFailure(const QString& text) {
-  if (closing_) {  // nobody looks any more
+  if (closing_) {  // nobody would see the box
     platform::Log(platform::LogLevel::Error, text.toStdString());
     return;
   }
-  // One box, however much goes wrong at once: a pile of them would bury Pause and Abort.
+  // One box for any number of failures: a pile of boxes would cover Pause and Abort.
   if (!failures_.isNull() && failures_->isVisible()) {
     const QString shown = failures_->text();
     const QString more = shown.size() < kMaxFailureLetters
@@ -390,7 +390,7 @@ bool MainWindow::MayClose() {
 void MainWindow::closeEvent(QCloseEvent* event) {
   event->ignore();
   if (closing_ || askingToClose_) return;
-  // A second wish to close, such as Ctrl+C, does not ask a second time.
+  // A second request to close, such as Ctrl+C, must not ask again.
   askingToClose_ = true;
   const bool agreed = MayClose();
   askingToClose_ = false;
@@ -399,14 +399,14 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 
 void MainWindow::BeginClosing() {
   closing_ = true;
-  // At once, so that what a screen has set moving does not go on until the runs have ended.
+  // Close the screens first, so that what they have set moving does not go on until the runs end.
   screens_->CloseAll();
-  // What is typed now would come too late.
+  // Further input would come too late.
   centralWidget()->setEnabled(false);
   menuBar()->setEnabled(false);
   statusBar()->showMessage(QStringLiteral("Closing ..."));
-  // Before the event loop ends, which answers every question that is open: an injection prompt that
-  // is answered while its run goes on would begin an injection.
+  // The end of the event loop answers every open question, so the runs must end before it: an
+  // injection prompt that is answered while its run goes on would start an injection.
   auto left = std::make_shared<size_t>(sessions_.size() + 1);
   const auto done = [this, left] {
     if (--*left == 0) Q_EMIT Closed();
@@ -417,11 +417,11 @@ void MainWindow::BeginClosing() {
 
 std::function<void()> MainWindow::TakeClosingWork() {
   panel_->CloseStatusWindow();
-  // Also where the window goes without having been closed by a person.
+  // This also covers a window that is destroyed without having been closed by the user.
   for (const auto& session : sessions_) session->EndRun([] {});
   screens_->CloseAll();
   return [this] {
-    // The screens' actions are in the hands of this one, and end while the instruments live.
+    // The worker owns the actions of the screens; they end while the instruments still exist.
     worker_->Finish();
     for (const auto& session : sessions_) session->Finish();
   };

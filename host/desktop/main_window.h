@@ -34,24 +34,24 @@ class TrayPage;
 struct TimedReadings;
 
 struct WindowOptions {
-  bool demo = false;     // the folder is a demonstration, or is to become one
-  int lockMinutes = 10;  // without a key or a mouse movement; 0: never
+  bool demo = false;     // the folder is a demonstration or is made one
+  int lockMinutes = 10;  // minutes without input until the window locks; 0: never
 };
 
-// Puts the instruments, the tray, the samples and the messages around each other, and follows who
-// acts. The window's thread only.
+// Shows the instruments, the tray, the samples and the messages, and follows who acts. The window's
+// thread only.
 class MainWindow : public QMainWindow, private platform::HelpViewer {
   Q_OBJECT
 
  public:
-  // `consent` gets its place when the instruments have been looked for; it outlives the window.
+  // `consent` is installed after instruments were looked for; it outlives the window.
   MainWindow(Host& host, GuiThread& gui, AbortConsent& consent, const WindowOptions& options);
   ~MainWindow() override;
 
-  // Looks for instruments, and greets the person.
+  // Looks for instruments, and then shows the log-in or welcome dialog.
   void Begin();
-  // The work that ends what may block, for another thread than this one; the window must not be
-  // used after it.
+  // Returns work that ends everything that may block, to run on another thread. The window must not
+  // be used afterwards.
   std::function<void()> TakeClosingWork();
 
   TrayPage& trayPage() { return *tray_; }
@@ -59,27 +59,28 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
   MessageList& messages() { return messages_; }
   const std::vector<std::unique_ptr<InstrumentSession>>& sessions() const { return sessions_; }
   InstrumentSession* selected() const { return selected_; }
-  // Who acts, as the window knows it.
+  // The acting user, as last read by the window.
   const QString& user() const { return user_; }
-  // The user has changed, or may have: asks who acts, and offers accordingly when it is known.
+  // Reads who acts and updates the offers when the answer is there; called when the user may have
+  // changed.
   void RefreshActor();
   void Lock();
   void ShowHelp(const QString& topic);
-  // One line that goes by itself.
+  // Shows one line that disappears by itself.
   void ShowNotice(const QString& text);
   void ShowFailure(const QString& text);
 
  Q_SIGNALS:
-  // Instruments have been looked for and the demonstration is filled.
+  // Instruments were looked for and the demonstration folder is filled.
   void Ready();
-  // The person has closed the window; nothing runs any more.
+  // The user has closed the window; nothing runs any more.
   void Closed();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
 
  private:
-  // What has to be known of the archive and the instruments before the person is greeted.
+  // What must be known of the archive and the instruments before the user is greeted.
   struct Start;
 
   // platform::HelpViewer, for the module's screens.
@@ -91,7 +92,7 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
   QWidget* BuildSide();
   void ConnectMessages();
   void ConnectHost();
-  // The worker's jobs only.
+  // Called by jobs of the worker only.
   void FindInstruments(Start& start);
   void TakeInstruments();
   void Connect(InstrumentSession& session);
@@ -100,7 +101,7 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
   void AcknowledgeNewest();
   void RefreshMenus();
   void RefreshAwake();
-  // The results of the run that is shown, into a file.
+  // Exports the results of the shown run to a file.
   void ExportRun();
   void AddToPlot(const std::vector<TimedReadings>& readings);
   void BeginCurve();
@@ -111,7 +112,7 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
   void LogOut();
   void ShowAbout();
   bool AnyRunning() const;
-  // Asks the person if something goes on that the end of the window would break off.
+  // Returns whether the window may close; asks the user if that would break something off.
   bool MayClose();
   void BeginClosing();
 
@@ -124,7 +125,7 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
   bool closing_ = false;
   bool askingToClose_ = false;
   QPointer<QMessageBox> failures_;
-  std::vector<InterruptedTray> interrupted_;  // until somebody is there who may decide
+  std::vector<InterruptedTray> interrupted_;  // kept until a user acts who may decide
 
   // For the archive and the users; instruments have their own.
   std::unique_ptr<Worker> worker_;
@@ -141,7 +142,7 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
   MessagesPage* messagesPage_ = nullptr;
   QTabWidget* tabs_ = nullptr;
   Plot* plot_ = nullptr;
-  double curveStart_ = -1.0;  // seconds of the base's time; below 0: with the next reading
+  double curveStart_ = -1.0;  // s of the time base; below 0: begins with the next reading
   Banner* simulation_ = nullptr;
   Banner* message_ = nullptr;
   QLabel* actor_ = nullptr;

@@ -13,7 +13,7 @@
 namespace torvell {
 namespace {
 
-// Older ones are in the archive, where "torvell messages" shows them.
+// Older messages are only in the archive, where "torvell messages" shows them.
 constexpr size_t kMaxRows = 5000;
 
 MessageRow RowOf(const ErrorReport& report) {
@@ -54,7 +54,8 @@ std::deque<MessageRow>::iterator MessageList::FindRepeated(const ErrorReport& re
 
 void MessageList::SetHistory(const std::vector<ErrorReport>& reports) {
   beginResetModel();
-  // What came while the archive was read is newer than all of it, and may be in it already.
+  // Messages that came while the archive was read are newer than its content, and may be part of it
+  // already.
   const std::deque<MessageRow> meanwhile = std::exchange(rows_, {});
   std::set<int64_t> known;
   for (const MessageRow& row : meanwhile) {

@@ -1,4 +1,4 @@
-// The messages of the archive and of this moment, repeats counted. A model without widgets.
+// The messages of the archive and of this session, with repeats counted. A model without widgets.
 #pragma once
 
 #include <QAbstractTableModel>
@@ -20,7 +20,7 @@ struct MessageRow {
 // "Failure" or "Message".
 QString SeverityText(const ErrorReport& report);
 
-// A text of the report with the advice below it, where there is any.
+// Returns `text` of the report followed by the advice for it, if there is any.
 QString WithAdvice(const QString& text, const ErrorReport& report);
 
 // A row for each message, newest first. The window's thread only.
@@ -32,14 +32,16 @@ class MessageList : public QAbstractTableModel {
 
   explicit MessageList(QObject* parent = nullptr) : QAbstractTableModel(parent) {}
 
-  // What the archive had at the start, oldest first. What nobody has acknowledged is open still.
+  // Sets the messages that the archive had at the start, oldest first. Those that were not
+  // acknowledged are still open.
   void SetHistory(const std::vector<ErrorReport>& reports);
-  // A new one. The same text of the same source as the newest of that source counts as a repeat.
+  // Adds a new message. It counts as a repeat if the newest message of the same source has the same
+  // text.
   void Add(const ErrorReport& report);
   void Acknowledge(int row);
   void AcknowledgeAll();
 
-  // The newest that nobody has acknowledged; null if there is none.
+  // Returns the newest open (not acknowledged) message; null if there is none.
   const MessageRow* NewestOpen() const;
   int OpenCount() const;
   const MessageRow& at(int row) const { return rows_[static_cast<size_t>(row)]; }
@@ -52,11 +54,11 @@ class MessageList : public QAbstractTableModel {
  Q_SIGNALS:
   // NewestOpen or OpenCount may have changed.
   void OpenChanged();
-  // Somebody has acknowledged these rows of the archive.
+  // The user has acknowledged these rows of the archive.
   void Acknowledged(const std::vector<int64_t>& archiveRows);
 
  private:
-  // The message that a new one repeats; the end if it is another.
+  // Returns the message that a new one repeats; the end if there is none.
   std::deque<MessageRow>::iterator FindRepeated(const ErrorReport& report);
   QString Cell(const MessageRow& row, int column) const;
 

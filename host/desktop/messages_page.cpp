@@ -35,7 +35,7 @@ MessagesPage::MessagesPage(MessageList& list, QWidget* parent)
   table_->setColumnWidth(MessageList::Seen,
                          fontMetrics().horizontalAdvance(QStringLiteral("Acknowledged")) + 16);
   table_->setColumnWidth(MessageList::Text, 250);
-  // What happened comes before where it did.
+  // The text of a message comes before its source.
   header->moveSection(MessageList::Text, 2);
   header->setStretchLastSection(true);
   layout->addWidget(table_, 1);

@@ -1,4 +1,4 @@
-// The tab of messages: what happened, and who has taken notice.
+// The tab of messages: what happened, and what was acknowledged.
 #pragma once
 
 #include <QWidget>

@@ -20,7 +20,7 @@ QString DisplayNumber(double value, int decimals) {
   QLocale locale;
   locale.setNumberOptions(QLocale::OmitGroupSeparator);
   const QString text = locale.toString(value, 'f', decimals);
-  // A small negative value that rounds to nothing would read "-0.0".
+  // A small negative value that rounds to zero would otherwise read "-0.0".
   return value < 0.0 && locale.toDouble(text) == 0.0 ? locale.toString(0.0, 'f', decimals) : text;
 }
 

@@ -1,5 +1,5 @@
-// Numbers and times on the screen, in the user's locale. What is stored or exported never goes
-// through here.
+// Numbers and times for the screen, in the user's locale. Never used for what is stored or
+// exported.
 #pragma once
 
 #include <QString>
@@ -8,9 +8,9 @@
 
 namespace torvell {
 
-// A fixed number of decimals, no thousands separators; "-" for a number that is none.
+// A fixed number of decimals, no thousands separators; "-" for a NaN.
 QString DisplayNumber(double value, int decimals);
-// Date and time to the second, the short forms of the locale; "-" unless valid.
+// Date and time to the second, in the short forms of the locale; "-" if the date is not valid.
 QString DisplayTime(const platform::Date& date);
 // The time of day alone.
 QString DisplayClock(const platform::Date& date);

@@ -9,16 +9,16 @@ namespace {
 
 constexpr double kMinWindow = 10.0;
 constexpr double kMaxWindow = 24.0 * 3600.0;
-// Steps of a time axis that a clock has too, in seconds.
+// Steps of a time axis that are common on clocks, in seconds.
 constexpr std::array<double, 14> kTimeSteps = {1,   2,   5,    10,   30,   60,   120,
                                                300, 600, 1200, 1800, 3600, 7200, 21600};
 
-// The smallest round step of which `mostTicks` reach over the span.
+// Returns the smallest round step with which `mostTicks` cover the span.
 double RoundStep(double span, int mostTicks) {
   const double least = span / std::max(1, mostTicks - 1);
   const double power = std::pow(10.0, std::floor(std::log10(least)));
   for (const double factor : {1.0, 2.0, 5.0}) {
-    // A hair's breadth, so that rounding does not skip a step that fits.
+    // A small tolerance, so that rounding does not skip a step that fits.
     if (factor * power >= least * (1.0 - 1e-9)) return factor * power;
   }
   return 10.0 * power;

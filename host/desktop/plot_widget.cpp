@@ -19,11 +19,11 @@ namespace {
 
 constexpr int kDrawingMilliseconds = 200;
 constexpr double kFollowedSeconds = 600.0;
-// Some hours of readings; older ones go.
+// Some hours of readings; older points are dropped.
 constexpr size_t kMaxPoints = 40000;
 constexpr int kTicksAcross = 5;
 constexpr int kTicksUp = 5;
-// A curve with more points than these draws its dashes itself; see DrawCurve.
+// A curve with more visible points than this has its dashes drawn by DrawCurve.
 constexpr int kFewPoints = 200;
 constexpr double kDash = 6.0;  // pixels
 constexpr double kDashGap = 3.0;
@@ -35,8 +35,8 @@ struct Point {
 QPen LeftPen() { return QPen(Colors().accent, 1.6); }
 QPen RightPen() { return QPen(Colors().secondCurve, 1.4, Qt::DashLine); }
 
-// Where a range of values is in pixels: `start` is the place of its low end, `length` is negative
-// where values grow upwards.
+// Maps a range of values to pixels: `start` is the place of its low end; `length` is negative where
+// values grow upwards.
 struct Scale {
   PlotRange range;
   double start, length;
@@ -50,7 +50,7 @@ Scale Up(const PlotRange& range, const QRectF& frame) {
   return {range, frame.bottom(), -frame.height()};
 }
 
-// Two curves over time, which the person can move and zoom. The window's thread only.
+// Two curves over time, which the user can move and zoom. The window's thread only.
 class PlotWidget : public QWidget, public Plot {
  public:
   PlotWidget(const PlotCurveStyle& left, const PlotCurveStyle& right, QWidget* parent)
@@ -79,8 +79,8 @@ class PlotWidget : public QWidget, public Plot {
   void Add(double seconds, double left, double right) override {
     points_.push_back({seconds, left, right});
     if (points_.size() > kMaxPoints) points_.pop_front();
-    // Drawing is most of what the window costs during a run, and nobody sees more pictures a
-    // second.
+    // Drawing takes most of the window's time during a run, and more pictures a second are not
+    // visible.
     if (std::exchange(drawingDue_, true)) return;
     QTimer::singleShot(kDrawingMilliseconds, this, [this] {
       drawingDue_ = false;
@@ -151,7 +151,7 @@ class PlotWidget : public QWidget, public Plot {
   void DrawHeading(QPainter& painter) const;
   void DrawTimeAxis(QPainter& painter, const QRectF& frame, const PlotAxis& time) const;
   enum class Side { Left, Right };
-  // Only the left axis has lines across the frame; two sets of them could not be told apart.
+  // Only the left axis has lines across the frame; two sets could not be told apart.
   void DrawValueAxis(QPainter& painter, const QRectF& frame, const PlotAxis& axis, Side side) const;
   void DrawCurve(QPainter& painter, const QRectF& frame, const PlotRange& shown,
                  const PlotAxis& axis, double Point::*value, const QPen& pen) const;
@@ -184,7 +184,7 @@ void PlotWidget::DrawHeading(QPainter& painter) const {
   const QString title = window_.IsFollowing() ? title_ : title_ + QStringLiteral(" (held)");
   painter.drawText(QRectF(0, 0, width(), metrics.height() + 2), Qt::AlignCenter,
                    metrics.elidedText(title, Qt::ElideRight, width()));
-  // The legend is the heading of the axes, with a piece of the line.
+  // The headings of the axes serve as the legend, with a piece of the line.
   const double y = metrics.height() + 4;
   const auto legend = [&](const PlotCurveStyle& style, const QPen& pen, bool right) {
     const QString text = QStringLiteral("%1 (%2)").arg(style.name, style.unit);
@@ -240,8 +240,8 @@ void PlotWidget::DrawCurve(QPainter& painter, const QRectF& frame, const PlotRan
   const auto isShown = [&](const Point& point) {
     return point.seconds >= shown.low && point.seconds <= shown.high && std::isfinite(point.*value);
   };
-  // A pen's dashes follow the line, and a speed that goes on and off makes that line thousands of
-  // pixels long. Dense points are dashed along the time instead, which costs nothing.
+  // A pen's dashes follow the line, and a speed that switches on and off makes that line thousands
+  // of pixels long, which is slow to dash. Dense curves are dashed along the time axis instead.
   const bool dense = std::count_if(points_.begin(), points_.end(), isShown) > kFewPoints;
   const bool gaps = dense && pen.style() == Qt::DashLine;
   QPen solid = pen;
@@ -261,7 +261,7 @@ void PlotWidget::DrawCurve(QPainter& painter, const QRectF& frame, const PlotRan
       flush();
       continue;
     }
-    // Points closer than a pixel add nothing to see.
+    // Points closer than a pixel are not visible.
     if (!run.isEmpty() && x - lastX < 1.0) continue;
     lastX = x;
     run << QPointF(x, up.At(point.*value));

@@ -5,9 +5,10 @@
 namespace torvell {
 namespace {
 
-// A frame comes twice a second; the wait ends sooner than that only to look at the stop.
+// A frame comes twice a second; the shorter wait is for a quick end of the thread.
 constexpr platform::Milliseconds kMaxWait{300};
-// A window that does not take them for so long has lost its curve, not its state.
+// If the window does not take frames for so long, older ones are dropped. Only the curve suffers:
+// the state needs the newest frame alone.
 constexpr size_t kMaxWaiting = 4000;
 
 }  // namespace

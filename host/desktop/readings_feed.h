@@ -1,4 +1,4 @@
-// The status frames of an instrument, on their way to the window.
+// Brings the status frames of an instrument to the window.
 #pragma once
 
 #include <optional>
@@ -12,12 +12,12 @@
 namespace torvell {
 
 struct TimedReadings {
-  platform::Microseconds time{0};  // MonotonicTime() when they came
+  platform::Microseconds time{0};  // MonotonicTime() at the arrival
   rvx::InstrumentReadings readings;
 };
 
-// A thread that waits for frames, so that the window's thread never does. Made and ended by the
-// window's thread; ending takes up to a third of a second of the base's time.
+// A thread that waits for frames, so that the window's thread never does. Made and destroyed on the
+// window's thread; its end takes up to a third of a second of the time base.
 class ReadingsFeed {
  public:
   explicit ReadingsFeed(const InstrumentEntry& entry);
@@ -25,7 +25,7 @@ class ReadingsFeed {
   ReadingsFeed(const ReadingsFeed&) = delete;
   ReadingsFeed& operator=(const ReadingsFeed&) = delete;
 
-  // What has come since the last call, oldest first. Any thread.
+  // Returns what has arrived since the last call, oldest first. Any thread.
   std::vector<TimedReadings> Take();
 
  private:

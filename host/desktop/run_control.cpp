@@ -16,13 +16,13 @@ void RunControl::Start() {
 }
 
 void RunControl::StartNow() {
-  if (jobs_.IsClosing()) {  // it would begin a run after the one that was ended
+  if (jobs_.IsClosing()) {  // a new run would begin after the one that was ended
     SetPhase(RunPhase::Idle);
     return;
   }
   SetPhase(RunPhase::Starting);
   failures_.clear();
-  driver_.TakeEvents();  // nothing of an earlier run
+  driver_.TakeEvents();  // drops events of an earlier run
   auto plan = std::make_shared<std::vector<TrayPosition>>();
   jobs_.Do([this, plan] { *plan = driver_.Start(); },
            [this, plan] {
@@ -46,7 +46,7 @@ void RunControl::Pause(void (RunDriver::*command)()) {
 
 void RunControl::Resume() {
   if (phase_ != RunPhase::Paused && phase_ != RunPhase::PauseRequested) return;
-  // A paused run goes on when the instrument says so.
+  // The phase of a paused run changes when the instrument reports that it goes on.
   if (phase_ == RunPhase::PauseRequested) SetPhase(RunPhase::Running);
   jobs_.Do([this] { driver_.Resume(); });
 }
@@ -101,11 +101,11 @@ void RunControl::Handle(const RunEvent& event) {
   const bool counts = run_->Take(event);
   switch (event.kind) {
     case RunEvent::Kind::SampleStarted:
-      // The way back after the last sample draws no curve over that sample's.
+      // The way back after the last sample must not replace that sample's curve.
       if (counts) Q_EMIT CurveBegins();
       break;
     case RunEvent::Kind::Sample:
-      // The last curve stays to be looked at.
+      // The last curve stays on the screen.
       if (current != nullptr &&
           static_cast<int>(current->samples.size()) < current->plan.TestCount()) {
         Q_EMIT CurveBegins();
@@ -126,13 +126,13 @@ void RunControl::Handle(const RunEvent& event) {
 }
 
 void RunControl::HandlePause(bool paused) {
-  // An abort that is on its way is not taken back by it.
+  // A pause or resume does not end the phase of an abort that was asked for.
   if (phase_ != RunPhase::Aborting) SetPhase(paused ? RunPhase::Paused : RunPhase::Running);
   if (paused) Q_EMIT Paused();
 }
 
 void RunControl::HandleEnd() {
-  // An abort that came after the last result aborted nothing.
+  // An abort after the last result aborted nothing.
   if (phase_ == RunPhase::Aborting && run_->samples() < run_->SamplesDue()) run_->MarkAborted();
   RunSummary summary;
   summary.samples = run_->samples();
@@ -145,7 +145,7 @@ void RunControl::HandleEnd() {
   }
   summary_ = summary;
   SetPhase(RunPhase::Ended);
-  // Waits for the last lines of the run's threads.
+  // Release waits until the run's threads have finished their last calls.
   jobs_.Do([this] { driver_.Release(); });
   Q_EMIT Ended();
   jobs_.Read();

@@ -1,4 +1,4 @@
-// The run of one instrument's tray as the window steers and follows it.
+// Controls and follows the run of one instrument's tray for the window.
 #pragma once
 
 #include <QObject>
@@ -14,8 +14,8 @@
 
 namespace torvell {
 
-// Takes the commands of a person and the events of the run, and keeps the one phase that both lead
-// to (run_phase.h). The window's thread only.
+// Takes the user's commands and the run's events, and keeps the phase that results from both
+// (run_phase.h). The window's thread only.
 class RunControl : public QObject {
   Q_OBJECT
 
@@ -25,33 +25,33 @@ class RunControl : public QObject {
       : entry_(entry), jobs_(jobs), driver_(driver) {}
 
   RunPhase phase() const { return phase_; }
-  // The run on the screen, on its way or over; null without one.
+  // The run on the screen, in progress or over; null without one.
   const RunState* run() const { return run_.get(); }
-  // What the run came to; in the phase Ended only.
+  // The result of the run; in the phase Ended only.
   const std::optional<RunSummary>& summary() const { return summary_; }
-  // The tray of the run for the table. Only with a run on the screen.
+  // The rows of the run for the table. Requires a run on the screen.
   std::vector<TrayRow> Rows() const { return RowsOfRun(jobs_.tray().size, *run_, failures_); }
 
-  // Commands of a person. One that does not fit the phase does nothing, since the person may have
-  // been overtaken by the run.
+  // The user's commands. One that does not fit the phase does nothing, since the run may have
+  // changed the phase before the command arrives.
   void Start();
   void PauseAfterSample() { Pause(&RunDriver::PauseAfterSample); }
   void PauseNow() { Pause(&RunDriver::PauseNow); }
   void Resume();
   void Abort();
-  // Puts the results away.
+  // Removes the results from the screen.
   void Acknowledge();
-  // For the closing window: aborts what runs, or what a start that is on its way sets going, and
-  // lets no run begin any more. `done` runs once the run is over.
+  // For closing the window: aborts the run, also one that a pending start begins, and prevents any
+  // further run. `done` runs after the run is over.
   void End(TrayJobs::Job done);
 
-  // Takes in what the run has told. To be called again and again while the window lives.
+  // Takes in the run's new events. Must be called regularly while the window exists.
   void TakeEvents();
 
  Q_SIGNALS:
-  // The phase or the progress of the run.
+  // The phase or the progress of the run has changed.
   void Changed();
-  // The instrument has taken the tray over.
+  // The instrument has accepted the tray.
   void Began();
   // A sample or one of its tests begins: a new curve.
   void CurveBegins();
@@ -59,7 +59,7 @@ class RunControl : public QObject {
   void Ended();
 
  private:
-  // Every change of the phase goes through here.
+  // All changes of the phase are made here.
   void SetPhase(RunPhase phase);
   void StartNow();
   void Pause(void (RunDriver::*command)());

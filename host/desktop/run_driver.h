@@ -1,4 +1,4 @@
-// What steers the run of one instrument's tray.
+// Controls the run of one instrument's tray.
 #pragma once
 
 #include <memory>
@@ -10,21 +10,21 @@
 
 namespace torvell {
 
-// Except for TakeEvents, every operation may block, so only the jobs of a worker call them. Each
-// throws HostError or an exception of the instrument.
+// Every operation except TakeEvents may block, so only jobs of a worker call them. Each throws
+// HostError or an exception of the instrument.
 class RunDriver {
  public:
   virtual ~RunDriver() = default;
-  // Starts the tray as it is. Returns its filled positions.
+  // Starts the present tray. Returns its filled positions.
   virtual std::vector<TrayPosition> Start() = 0;
   virtual void PauseAfterSample() = 0;
   virtual void PauseNow() = 0;
   virtual void Resume() = 0;
-  // Aborts without a further question. False if nothing ran any more.
+  // Aborts without a further question. Returns false if nothing was running any more.
   virtual bool Abort() = 0;
-  // Waits for the end of the run, and ends its record in the journal.
+  // Waits for the end of the run and releases it.
   virtual void Release() = 0;
-  // What the run has told since the last call, oldest first. Any thread, and it never waits.
+  // Returns the run's events since the last call, oldest first. Any thread; never waits.
   virtual std::vector<RunEvent> TakeEvents() = 0;
 };
 
@@ -44,9 +44,9 @@ class InstrumentRun : public RunDriver {
  private:
   Host& host_;
   const InstrumentEntry entry_;
-  RunEventQueue events_;  // has a lock of its own: the module's threads put in
+  RunEventQueue events_;  // thread-safe: the module's threads push
   RunRecorder recorder_{events_, 0};
-  std::unique_ptr<TrayRunner> runner_;  // the worker's jobs only
+  std::unique_ptr<TrayRunner> runner_;  // used by jobs of the worker only
 };
 
 }  // namespace torvell

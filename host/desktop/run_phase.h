@@ -1,4 +1,4 @@
-// The states of a tray's run, from the first wish to start it until its results are put away.
+// The phases of a tray's run, from the request to start it until its results are removed.
 #pragma once
 
 namespace torvell {
@@ -11,29 +11,29 @@ enum class RunPhase {
   StartWaiting,
   // The instrument is asked to start the tray. Leads to Running, or to Idle if it refuses.
   Starting,
-  // The tray runs. A wish to pause leads to PauseRequested, a pause that the instrument makes by
+  // The tray runs. A request to pause leads to PauseRequested, a pause that the instrument makes by
   // itself to Paused, an abort to Aborting, the tray's last event to Ended.
   Running,
   // A pause was asked for and waits for the instrument, which may finish the present sample first.
   // Leads to Paused, to Running if the tray is resumed, to Aborting or Ended.
   PauseRequested,
-  // Waits for a person. Leads to Running when the instrument goes on, to Aborting or Ended.
+  // Waits for the user. Leads to Running when the instrument goes on, to Aborting or Ended.
   Paused,
   // The instrument is asked to abort; waits for the tray's last event. Leads to Ended, or to
   // Running or Paused if nothing was aborted.
   Aborting,
-  // The run is over. Its results stay in the tray until a person acknowledges them, which leads to
+  // The run is over. Its results stay in the tray until the user acknowledges them, which leads to
   // Idle.
   Ended
 };
 
-// The tray on the screen is the instrument's own and not that of a run, so that edits can be put
-// in.
+// Returns whether the screen shows the instrument's own tray and not that of a run, so that edits
+// can be applied.
 inline bool IsTrayOpen(RunPhase phase) {
   return phase == RunPhase::Idle || phase == RunPhase::StartWaiting || phase == RunPhase::Starting;
 }
 
-// A run has begun or is about to begin, and is not over.
+// Returns whether a run has begun or is about to begin, and is not over.
 inline bool IsRunning(RunPhase phase) {
   return phase != RunPhase::Idle && phase != RunPhase::Ended;
 }

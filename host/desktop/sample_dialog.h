@@ -1,4 +1,4 @@
-// The instrument module's own dialog for the samples of a tray.
+// Opens the instrument module's own dialog for the samples of a tray.
 #pragma once
 
 #include <QObject>
@@ -8,9 +8,9 @@
 
 namespace torvell {
 
-// Shows the dialog for a new sample or a position's, one at a time, and puts what is accepted into
-// the tray like any other edit. The dialog works on an action that is in no tray, so nothing
-// has to be taken back when it is cancelled. The window's thread only.
+// Shows the dialog for a new sample or that of a position, one at a time, and puts an accepted
+// sample into the tray like any other edit. The dialog works on an action that is in no tray, so a
+// cancelled dialog leaves nothing to undo. The window's thread only.
 class SampleDialog : public QObject {
   Q_OBJECT
 
@@ -19,12 +19,12 @@ class SampleDialog : public QObject {
   SampleDialog(TrayJobs& jobs, TrayStore& store, TrayEditor& editor, const RunControl& run)
       : jobs_(jobs), store_(store), editor_(editor), run_(run) {}
 
-  // A dialog is on the screen. The jobs that wait cannot go on until it is closed.
+  // Returns whether a dialog is on the screen. The jobs that wait can't go on until it is closed.
   bool IsOpen() const { return phase_ == Phase::Open; }
   // Edits a sample of this kind (of the module's sample actions) and copies it to the empty ones
   // among the positions.
   void Add(int kind, const std::vector<int>& positions);
-  // Edits what a position holds; nothing happens if it is empty.
+  // Edits what a position holds; no effect if it is empty.
   void Edit(int position);
 
  Q_SIGNALS:
@@ -33,17 +33,17 @@ class SampleDialog : public QObject {
 
  private:
   enum class Phase {
-    None,     // a wish for a dialog leads to Waiting
+    None,     // a request for a dialog leads to Waiting
     Waiting,  // for the edits that were made before; leads to Making, or to None if a run begins
-    Making,   // the instrument makes what is edited; leads to Open, or to None if it refuses
+    Making,   // the instrument makes the action; leads to Open, or to None if it refuses
     Open      // until the person closes it; leads to None
   };
   using ActionMaker = std::function<std::shared_ptr<rvx::Action>()>;
 
   // Runs `ask` with the tray that the edits before it leave.
   void Ask(std::function<void()> ask);
-  // Shows the dialog for what `make` makes on the worker, and puts what is accepted into the
-  // positions.
+  // Shows the dialog for the action that `make` returns on the worker, and puts an accepted one
+  // into the positions.
   void Show(ActionMaker make, const std::vector<int>& positions);
   TrayEdit Run(rvx::Action& action, const std::vector<int>& positions);
 

@@ -9,7 +9,7 @@
 namespace torvell {
 namespace {
 
-// A page is more than a screen shows, so that scrolling asks rarely.
+// A page holds more than a screen shows, so that scrolling rarely needs a new one.
 constexpr int kPageRows = 200;
 // Pages in memory: a few megabytes.
 constexpr size_t kMaxPages = 40;
@@ -48,7 +48,7 @@ void SamplesModel::SetQuery(const SampleQuery& query) {
 }
 
 void SamplesModel::Refresh() {
-  // One search at a time: while somebody types, only the last wish is looked for.
+  // One search at a time: while the user types, only the latest query is searched for.
   if (searching_) {
     searchAgain_ = true;
     return;
@@ -72,8 +72,8 @@ void SamplesModel::Refresh() {
       });
 }
 
-// An archive that has grown keeps selection and place on the screen: what is new comes before or
-// after it.
+// If the archive has grown, selection and scroll position are kept: new rows come before or after
+// the old ones.
 void SamplesModel::TakeRows(std::vector<int64_t> found) {
   const auto old = static_cast<int64_t>(rows_.size());
   const auto grown = static_cast<int64_t>(found.size()) - old;
@@ -130,7 +130,7 @@ void SamplesModel::Fetch(int page) const {
 void SamplesModel::TakePage(int generation, int page, std::vector<StoredSample> samples) {
   if (generation != generation_) return;
   fetching_.erase(page);
-  // The farthest from what is looked at goes first.
+  // The page that is farthest from the one on the screen is dropped first.
   if (pages_.size() >= kMaxPages) {
     const auto lowest = pages_.begin();
     const auto highest = std::prev(pages_.end());

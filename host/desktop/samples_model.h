@@ -1,4 +1,4 @@
-// The stored samples as a table that fetches what is looked at.
+// The stored samples as a table that fetches only what is shown.
 #pragma once
 
 #include <QAbstractTableModel>
@@ -11,13 +11,13 @@
 
 namespace torvell {
 
-// The window's thread; the archive is read by a worker. Only the row numbers of all matches and
-// the pages that were looked at are in memory, so an archive of any size opens at once.
+// The window's thread only; a worker reads the archive. Memory holds only the row numbers of all
+// matches and the pages that were shown, so an archive of any size opens quickly.
 class SamplesModel : public QAbstractTableModel {
   Q_OBJECT
 
  public:
-  // The places in SampleFields().
+  // The indices in SampleFields().
   enum Column {
     Time,
     Instrument,
@@ -35,13 +35,13 @@ class SamplesModel : public QAbstractTableModel {
 
   SamplesModel(SampleStore& store, Worker& worker, QObject* parent = nullptr);
 
-  // Looks again, with this wish. What is on the screen stays until the answer is there.
+  // Searches with this query. The old rows stay on the screen until the result arrives.
   void SetQuery(const SampleQuery& query);
   const SampleQuery& query() const { return query_; }
-  // The archive has grown.
+  // Searches again, since the archive has grown.
   void Refresh();
 
-  // The row numbers in the archive of these rows of the table.
+  // Returns the row numbers in the archive of these rows of the table.
   std::vector<int64_t> ArchiveRows(const std::vector<int>& rows) const;
   const std::vector<int64_t>& AllArchiveRows() const { return rows_; }
 
@@ -65,16 +65,16 @@ class SamplesModel : public QAbstractTableModel {
   SampleQuery query_;
   bool searching_ = false;
   bool searchAgain_ = false;
-  int generation_ = 0;  // one more for each answer, so that late pages of an old one are dropped
+  int generation_ = 0;  // counts results, so that late pages of an old one are dropped
   std::vector<int64_t> rows_;
   std::map<int, std::vector<StoredSample>> pages_;
-  // Fetching is no change of the table, so data() may begin it.
+  // Mutable, because data() starts fetching, which does not change the table.
   mutable std::set<int> fetching_;
 };
 
-// One cell as people read it; empty for what is missing.
+// Returns a cell as people read it; empty if the value is missing.
 QString SampleCell(const StoredSample& sample, int column);
-// The heading of a column with its unit.
+// Returns the heading of a column with its unit.
 QString SampleHeading(int column);
 
 }  // namespace torvell

@@ -24,8 +24,8 @@
 namespace torvell {
 namespace {
 
-// Longer than the pause between two letters, shorter than patience.
-constexpr int kSearchDelay = 250;  // ms
+// ms; longer than the pause between two letters, but not felt as a delay.
+constexpr int kSearchDelay = 250;
 std::string DayText(const DayField& field) {
   return field.day().toString(Qt::ISODate).toStdString();
 }
@@ -62,7 +62,7 @@ SamplesPage::SamplesPage(SampleStore& store, Worker& worker, QWidget* parent)
       SamplesModel::Time,
       fontMetrics().horizontalAdvance(QStringLiteral("00.00.0000 00:00:00")) + 14);
   table_->setColumnWidth(SamplesModel::SampleId, 130);
-  // What somebody looks for first is at the left.
+  // The columns that are looked at most are at the left.
   QHeaderView* header = table_->horizontalHeader();
   header->moveSection(header->visualIndex(SamplesModel::SampleId), 0);
   header->moveSection(header->visualIndex(SamplesModel::Viscosity), 1);
@@ -118,7 +118,7 @@ void SamplesPage::MakeFilters() {
   kind_->setAccessibleName(QStringLiteral("Kind"));
   from_ = new DayField(QStringLiteral("From"), this);
   to_ = new DayField(QStringLiteral("To"), this);
-  // It may get narrow: the tray beside it needs the room.
+  // It may become narrow: the tray beside it needs the room.
   kind_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
   kind_->setMinimumWidth(84);
   second->addWidget(kind_, 1);

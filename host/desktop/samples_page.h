@@ -15,8 +15,8 @@ namespace torvell {
 
 class DayField;
 
-// A table of a SamplesModel below the fields that say what is looked for. What reads or writes goes
-// to the worker. The window's thread only.
+// A table of a SamplesModel below the fields of the search. Reading and writing is done by the
+// worker. The window's thread only.
 class SamplesPage : public QWidget {
   Q_OBJECT
 
@@ -24,16 +24,16 @@ class SamplesPage : public QWidget {
   SamplesPage(SampleStore& store, Worker& worker, QWidget* parent = nullptr);
 
   SamplesModel& model() { return *model_; }
-  // A sample was stored: the table is brought up to date soon.
+  // Updates the table soon, after a sample was stored.
   void NoteStored();
 
  public Q_SLOTS:
-  // Rows as text with TABs, with their headings.
+  // Copies the selected rows as text with TABs, with their headings.
   void CopySelected();
-  // Every column of the archive, of all that match or of the selected rows.
+  // Exports every column of the archive, for all matches or for the selected rows.
   void ExportAll();
   void ExportSelected();
-  // The same columns, of samples that somebody else has at hand.
+  // Exports the same columns of samples that the caller has.
   void ExportThese(std::vector<StoredSample> samples);
 
  Q_SIGNALS:

@@ -1,4 +1,4 @@
-// Asking where to a CSV file goes.
+// Asks for the name of a CSV file to write.
 #pragma once
 
 #include <QString>
@@ -7,11 +7,12 @@ class QWidget;
 
 namespace torvell {
 
-// The kinds of file that a dialog offers: "Tray files (*.csv);;All files (*)".
+// Returns the kinds of file that a dialog offers: "Tray files (*.csv);;All files (*)".
 QString CsvFilter(const QString& kind);
 
-// Asks for the name of a file to write, with ".csv" added to a name without an ending; before an
-// existing one is replaced, that is asked too. Empty if the person gives up. GUI thread.
+// Asks for the name of a file to write and adds ".csv" to a name without an ending. Asks again
+// before an existing file is replaced. Returns an empty name if the user cancels. The window's
+// thread only.
 QString AskForCsvName(QWidget* parent, const QString& title, const QString& kind);
 
 }  // namespace torvell

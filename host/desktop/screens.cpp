@@ -12,7 +12,7 @@ namespace {
 
 using ActionMaker = std::function<rvx::Action*()>;
 
-// Null where the module does not offer it.
+// Returns null if the module does not offer the action.
 std::unique_ptr<rvx::Action> TryMake(const ActionMaker& make) {
   try {
     return std::unique_ptr<rvx::Action>(make());
@@ -30,8 +30,8 @@ std::unique_ptr<rvx::Action> Make(rvx::ViscometerInstrument& instrument, ScreenK
   });
 }
 
-// Why somebody of this level can't choose it; empty if he can. The module itself refuses a
-// configuration screen for the level alone, a service one for the model.
+// Returns why a user of this level can't choose the screen; empty if allowed. The module itself
+// refuses a configuration screen only for the level, a service screen only for the model.
 QString RefusalOf(ScreenKind kind, bool made, int32_t level) {
   if (kind == ScreenKind::Service && level < kLevelOperator) {
     return LevelNeededText(kLevelOperator, level);
@@ -42,7 +42,7 @@ QString RefusalOf(ScreenKind kind, bool made, int32_t level) {
              : QStringLiteral("This model of instrument has nothing to do here.");
 }
 
-// Nothing where the module has nothing to show.
+// Returns nothing if the module has nothing to show.
 std::optional<ScreenOffer> OfferOf(rvx::ViscometerInstrument& instrument, ScreenKind kind,
                                    int index, int32_t place, int32_t level) {
   std::unique_ptr<rvx::Action> action = Make(instrument, kind, index);
@@ -61,7 +61,7 @@ std::optional<ScreenOffer> OfferOf(rvx::ViscometerInstrument& instrument, Screen
 
 }  // namespace
 
-// The watcher may be called until the action has been stopped, so both live together.
+// The watcher may be called until the action has been stopped, so one object owns both.
 class Screens::Watcher : public rvx::ActionWatcher {
  public:
   Watcher(GuiThread& gui, QPointer<Screens> owner) : gui_(gui), owner_(std::move(owner)) {}
@@ -85,9 +85,9 @@ class Screens::Watcher : public rvx::ActionWatcher {
 struct Screens::Opened {
   InstrumentEntry entry;
   ScreenOffer offer;
-  bool started = false;  // the window's thread: the action is made and has been started
+  bool started = false;  // window's thread only: the action was made and started
   std::unique_ptr<Watcher> watcher;
-  // Goes before the watcher that it may still call.
+  // Declared after the watcher: the action may call the watcher until it is destroyed.
   std::unique_ptr<rvx::Action> action;
 };
 
@@ -130,8 +130,8 @@ void Screens::Ask(const InstrumentEntry& entry, int32_t level) {
         }
       },
       [this, answer, over] {
-        // A menu that is built anew closes under the pointer of whoever reads it, and the module
-        // tells of changes often.
+        // Rebuilding a menu closes it while the user reads it, and the module reports changes
+        // often.
         const bool changed = offers_ != answer->offers || sampleKinds_ != answer->kinds;
         offers_ = std::move(answer->offers);
         sampleKinds_ = std::move(answer->kinds);
@@ -182,7 +182,7 @@ void Screens::Edit(const std::shared_ptr<Opened>& opened) {
   } catch (...) {
     failure = DescribeRaised();
   }
-  // It may have shown dialogs, and the window may have closed meanwhile.
+  // Edit may have shown dialogs, and the window may have been closed in the meantime.
   if (self.isNull()) return;
   if (!failure.isEmpty()) Q_EMIT Failed(failure);
   Ended(opened);
@@ -190,7 +190,7 @@ void Screens::Edit(const std::shared_ptr<Opened>& opened) {
 
 void Screens::Ended(const std::shared_ptr<Opened>& opened) {
   if (std::erase(open_, opened) == 0) return;
-  // The action's end may wait for its thread, which may want this one.
+  // Destroying the action may wait for its thread, which may need this thread.
   worker_.Do(this, [held = opened]() mutable { held->action.reset(); });
 }
 
@@ -207,7 +207,7 @@ std::vector<CloseRefusal> Screens::Refusals() const {
 }
 
 void Screens::CloseAll() {
-  // There, because what was given to the worker before may still be starting one of them.
+  // Done on the worker, because its pending jobs may still be starting one of the screens.
   worker_.Do(this, [open = std::exchange(open_, {})] {
     for (const auto& opened : open) {
       if (opened->action) opened->action->Stop();

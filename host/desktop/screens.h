@@ -15,25 +15,25 @@ namespace torvell {
 
 enum class ScreenKind { Configuration, Service };
 
-// One entry of a menu: the module's label, in the module's order. What the module has no screen for
-// is no entry.
+// One entry of a menu, with the module's label and in the module's order. There is no entry where
+// the module has no screen.
 struct ScreenOffer {
   ScreenKind kind = ScreenKind::Configuration;
   int index = 0;
   QString label;
   QString refusal;     // why it can't be chosen now; empty if it can
-  bool edits = false;  // it opens no screen: the action's Edit does what it is for
+  bool edits = false;  // opens no screen: the action's Edit does the work
 
   bool operator==(const ScreenOffer& other) const = default;
 };
 
-// An open screen that does not want to close, and why.
+// An open screen that refuses to close, and why.
 struct CloseRefusal {
   QString label;
   QString reason;
 };
 
-// Asks the module what it offers, and opens it. The window's thread.
+// Asks the module which screens it offers, and opens them. The window's thread only.
 class Screens : public QObject {
   Q_OBJECT
 
@@ -41,18 +41,18 @@ class Screens : public QObject {
   Screens(GuiThread& gui, Worker& worker);
   ~Screens() override;
 
-  // Looks again, for this instrument and a user of this level; Offered says if anything is new. Of
-  // several wishes at once only the last is looked for.
+  // Asks the module again, for this instrument and a user of this level; emits Offered if the
+  // result is new. Of several calls while one is in progress, only the last is carried out.
   void Ask(const InstrumentEntry& entry, int32_t level);
   const std::vector<ScreenOffer>& offers() const { return offers_; }
   // The sample actions that the module offers: kind and label.
   const std::vector<std::pair<int, QString>>& sampleKinds() const { return sampleKinds_; }
 
-  // Opens the screen, or raises it if it is open; or runs the action's Edit.
+  // Opens the screen, or brings it to the front if it is open; or runs the action's Edit.
   void Open(const InstrumentEntry& entry, const ScreenOffer& offer);
-  // Which of the open screens do not want to close.
+  // Returns the open screens that refuse to close.
   std::vector<CloseRefusal> Refusals() const;
-  // Ends what is open whatever it says, on the worker, after everything that it was given before.
+  // Ends all open screens, also those that refuse, on the worker after its pending jobs.
   void CloseAll();
 
  Q_SIGNALS:

@@ -92,7 +92,7 @@ QPainterPath Letter(const QRectF& box, const QString& text) {
   return path;
 }
 
-// All shapes live on a square of 16 units.
+// All shapes are drawn in a square of 16 units.
 void DrawShape(QPainter& painter, Shape shape, const QColor& color) {
   QPen pen(color, 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
   painter.setPen(pen);
@@ -145,7 +145,7 @@ void DrawShape(QPainter& painter, Shape shape, const QColor& color) {
   }
 }
 
-// Draws at the size asked for, so that nothing is scaled up.
+// Draws at the requested size, so that nothing is scaled up.
 class ShapeEngine : public QIconEngine {
  public:
   ShapeEngine(Shape shape, QColor color) : shape_(shape), color_(std::move(color)) {}
@@ -192,7 +192,7 @@ void ApplyTheme(QApplication& application, ThemeKind kind) {
   const QPalette palette = MakePalette(Colors());
   QApplication::setPalette(palette);
   QToolTip::setPalette(palette);
-  // What a palette can't say: quiet headings, and room around a tab's text.
+  // What a palette can't express: plain headings, and space around a tab's text.
   application.setStyleSheet(
       QStringLiteral("QHeaderView::section { background: %1; color: %2; border: none;"
                      " border-bottom: 1px solid %3; padding: 3px 6px; }"

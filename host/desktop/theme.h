@@ -1,4 +1,4 @@
-// The look: two palettes, one accent, icons that differ by shape.
+// The appearance: two palettes, one accent colour, icons that differ by shape.
 #pragma once
 
 #include <QColor>
@@ -18,24 +18,24 @@ struct ThemeColors {
   QColor background;  // of the window
   QColor base;        // of tables and fields
   QColor text;
-  QColor quiet;   // text of second rank
+  QColor quiet;   // less important text
   QColor line;    // borders and grids
-  QColor accent;  // the one colour that draws the eye
+  QColor accent;  // the one colour for emphasis
   QColor accentText;
-  QColor running;   // behind the row that runs
-  QColor selected;  // behind selected rows, quieter than the running one
-  QColor warning;   // behind a banner
+  QColor running;   // background of the row that runs
+  QColor selected;  // background of selected rows, weaker than that of the running one
+  QColor warning;   // background of a banner
   QColor warningText;
   QColor secondCurve;  // the plot's second curve, also drawn dashed
 };
 
 enum class ThemeKind { Light, Dark };
 
-// Sets style, palette and font of the whole program. Window's thread.
+// Sets style, palette and font of the whole program. The window's thread only.
 void ApplyTheme(QApplication& application, ThemeKind kind);
-// Light or dark, whichever the desktop's own palette is.
+// Returns whether the desktop's own palette is light or dark.
 ThemeKind DesktopTheme();
-// Of the theme in force.
+// Returns the colours of the theme in use.
 const ThemeColors& Colors();
 
 enum class Shape {
@@ -52,10 +52,10 @@ enum class Shape {
   Locked    // padlock
 };
 
-// An icon of 16 pixels in the colours of the theme, sharp at every scale. Every state has a shape
-// of its own, so that none is told by colour alone.
+// Returns an icon of 16 pixels in the colours of the theme, sharp at every scale. Every state has a
+// different shape, so that no two states differ by colour alone.
 QIcon ShapeIcon(Shape shape);
-// The same, in a colour of its own.
+// Returns the same in the given colour.
 QIcon ShapeIcon(Shape shape, const QColor& color);
 
 }  // namespace torvell

@@ -1,4 +1,4 @@
-// What changes the tray: the edits themselves, and putting them into an instrument.
+// Changes of the tray: the edits themselves, and how they are applied to an instrument.
 #include <QDataStream>
 #include <QIODevice>
 #include <QStringList>
@@ -10,11 +10,11 @@
 namespace torvell {
 namespace {
 
-// Tells our own cells from other bytes on the clipboard.
+// Marks cells of this program among other data on the clipboard.
 constexpr quint32 kCellsMark = 0x54524359;
 constexpr int kMaxCells = 1000;
 
-// Only what differs from the tray.
+// Returns the part of the edit that differs from the tray.
 TrayEdit Changes(const std::vector<TrayCell>& tray, const TrayEdit& wanted) {
   TrayEdit edit;
   for (const auto& [position, cell] : wanted) {

@@ -1,4 +1,4 @@
-// What a person changes in the tray, and how it is taken back.
+// The user's edits of the tray, and their undo.
 #pragma once
 
 #include <QObject>
@@ -9,8 +9,8 @@
 
 namespace torvell {
 
-// Puts edits into the tray one after the other, and remembers how to undo them. The window's thread
-// only.
+// Applies edits to the tray one after the other, and remembers how to undo them. The window's
+// thread only.
 class TrayEditor : public QObject {
   Q_OBJECT
 
@@ -19,24 +19,24 @@ class TrayEditor : public QObject {
   TrayEditor(TrayJobs& jobs, TrayStore& store, const RunControl& run)
       : jobs_(jobs), store_(store), run_(run) {}
 
-  // Makes an edit from the tray that the edits before it leave.
+  // Returns an edit for the tray that the earlier edits have left.
   using EditMaker = std::function<TrayEdit(const std::vector<TrayCell>& tray)>;
-  // Asks `make` for an edit and puts it in: at once, or after what is on its way. Nothing happens
-  // if a run began meanwhile.
+  // Asks `make` for an edit and applies it, at once or after the pending ones. No effect if a run
+  // began in the meantime.
   void Change(EditMaker make);
   bool CanUndo() const { return !undo_.empty(); }
   void Undo();
-  // What was changed can no longer be taken back.
+  // Drops the undo steps.
   void ForgetUndo() { undo_.clear(); }
   void Load(const QString& path);
   void Save(const QString& path, const std::vector<TrayPosition>& tray);
-  // A run that was interrupted by the end of the program has left its tray: takes out what was
-  // measured, or everything.
+  // Handles the tray of a run that the end of the program interrupted: removes what was measured,
+  // or everything.
   void KeepRest();
   void DropInterrupted();
 
  Q_SIGNALS:
-  // Something that a person may like to know, one line.
+  // Information for the user, one line.
   void Notice(const QString& text);
 
  private:

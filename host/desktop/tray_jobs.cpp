@@ -20,7 +20,7 @@ void TrayJobs::Do(Job job, Job done, Job failed) {
       },
       [this, failed = std::move(failed)](const QString& text) {
         if (failed) failed();
-        Read();  // first, so that what waits is made from the tray that is there now
+        Read();  // first, so that what waits is made from the present tray
         CountAsking(-1);
         Q_EMIT Failed(text);
       });
@@ -36,13 +36,13 @@ void TrayJobs::Read() {
   runner_.Do([this, found] { *found = store_.Read(); },
              [this, found] {
                tray_ = std::move(*found);
-               // First, so that whoever hears of the new tray may change it.
+               // First, so that listeners of TrayRead may change the tray.
                EndReading();
                Q_EMIT TrayRead();
                RunWaiting();
              },
-             // The old tray stays on the screen. Whoever asked for the job before the reading has
-             // been told of its own failure, if there was one.
+             // The old tray stays on the screen. If the job before this reading failed, its own
+             // failure was already reported.
              [this](const QString&) {
                EndReading();
                Q_EMIT Changed();

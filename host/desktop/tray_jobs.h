@@ -10,9 +10,9 @@
 
 namespace torvell {
 
-// Sends jobs to the instrument one after the other, keeps the tray as it was read after the last
-// of them, and holds back what has to be made from that tray: an edit that was made from an older
-// one would lose samples. The window's thread only.
+// Runs jobs for the instrument one after the other and keeps the tray as it was read after the last
+// of them. Holds back what is made from that tray: an edit that is made from an older tray would
+// lose samples. The window's thread only.
 class TrayJobs : public QObject {
   Q_OBJECT
 
@@ -24,24 +24,24 @@ class TrayJobs : public QObject {
 
   // The tray as it was read last.
   const TraySnapshot& tray() const { return tray_; }
-  // A job is on its way to the instrument.
+  // A job for the instrument is pending.
   bool IsAsking() const { return asking_ > 0; }
   // The tray is being read; the instrument's may differ from tray().
   bool IsReading() const { return reading_ != Reading::None; }
   // Close was called.
   bool IsClosing() const { return closing_; }
 
-  // Runs `job` on the runner, after the jobs before it; then `done` or `failed` on the window's
-  // thread. A failure is told by Failed, after the tray has been asked for again.
+  // Runs `job` on the runner after the earlier jobs; then `done` or `failed` on the window's
+  // thread. A failure also emits Failed, after the tray has been asked for again.
   void Do(Job job, Job done = {}, Job failed = {});
-  // Reads the tray. Of several wishes while it is being read, one more reading follows.
+  // Reads the tray. Any number of calls while it is being read lead to one more reading.
   void Read();
-  // Runs `job` on the window's thread, in the order of calls, once nothing is on its way and tray()
-  // is the instrument's. Once closing, nothing new is taken.
+  // Runs `job` on the window's thread, in the order of calls, once no job is pending and tray() is
+  // up to date. After Close nothing new is accepted.
   void WhenIdle(Job job);
-  // From now on WhenIdle takes nothing new. What waits already still gets its turn.
+  // From now on WhenIdle accepts nothing new. What waits already is still run.
   void Close() { closing_ = true; }
-  // Runs `job` after all that waits, also when closing.
+  // Runs `job` after everything that waits, also after Close.
   void AfterWaiting(Job job);
 
  Q_SIGNALS:
@@ -60,7 +60,7 @@ class TrayJobs : public QObject {
   };
 
   void CountAsking(int change);
-  // Ends a reading, and begins the next if what was read is already old.
+  // Ends a reading, and begins another if its result is already out of date.
   void EndReading();
   void RunWaiting();
 

@@ -13,7 +13,7 @@ bool SameTests(const std::vector<rvx::SampleTest>& a, const std::vector<rvx::Sam
                     });
 }
 
-// Results only ever grow in a run, so their number tells them apart.
+// Within a run, results are only added, so comparing their number is enough.
 bool SameRow(const TrayRow& a, const TrayRow& b) {
   return a.action == b.action && a.sampleId == b.sampleId && a.state == b.state &&
          a.doing == b.doing && a.failure == b.failure && a.results.size() == b.results.size() &&

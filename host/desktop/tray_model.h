@@ -7,7 +7,7 @@
 
 namespace torvell {
 
-// A row for each position, a column for each thing that is known of it. The window's thread only.
+// A row for each position and a column for each of its properties. The window's thread only.
 class TrayModel : public QAbstractTableModel {
   Q_OBJECT
 
@@ -16,9 +16,9 @@ class TrayModel : public QAbstractTableModel {
 
   explicit TrayModel(QObject* parent = nullptr) : QAbstractTableModel(parent) {}
 
-  // Tells the views only what has changed, so that an open editor and the selection stay.
+  // Notifies the views only of what has changed, so that an open editor and the selection stay.
   void SetRows(const std::vector<TrayRow>& rows);
-  // Sample ids can be typed.
+  // Sets whether sample ids can be typed.
   void SetEditable(bool editable) { editable_ = editable; }
   const std::vector<TrayRow>& rows() const { return rows_; }
 
@@ -27,7 +27,7 @@ class TrayModel : public QAbstractTableModel {
   QVariant data(const QModelIndex& index, int role) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
   Qt::ItemFlags flags(const QModelIndex& index) const override;
-  // Asks for the change; it shows when the instrument has taken it.
+  // Requests the change; it is shown when the instrument has accepted it.
   bool setData(const QModelIndex& index, const QVariant& value, int role) override;
 
  Q_SIGNALS:

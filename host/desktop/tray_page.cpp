@@ -35,10 +35,10 @@ bool IsMoreToCome(const RunState& run) {
                      [](const RunPosition& position) { return !position.started; });
 }
 
-// Why the tray can't start, or what it is waiting for, in one place below the buttons.
+// Returns why the tray can't start, or what it waits for; shown in one place below the buttons.
 QString HintText(const InstrumentSituation& situation, const Offer& start, const RunState* run) {
   if (situation.paused) return QStringLiteral("The tray is paused. Resume it, or abort it.");
-  // After the last sample there is nothing left before which the tray could pause.
+  // After the last sample there is no further sample before which the tray could pause.
   if (situation.running && situation.pauseRequested && run != nullptr && IsMoreToCome(*run)) {
     return QStringLiteral("The tray will pause.");
   }
@@ -92,7 +92,7 @@ void TrayPage::MakeActions() {
                  withView(&TrayView::MoveUp));
   moveDown_ = Make(QStringLiteral("Move Do&wn"), QKeySequence(Qt::ALT | Qt::Key_Down),
                    withView(&TrayView::MoveDown));
-  // The clipboard's keys belong to the table only while it has them; other tables have their own.
+  // The clipboard's keys work only while the table has the focus; other tables have their own.
   for (QAction* action : {copy_, cut_, paste_, clear_, fillDown_}) {
     action->setShortcutContext(Qt::WidgetShortcut);
     removeAction(action);
@@ -109,7 +109,7 @@ void TrayPage::MakeToolBar() {
   row->setSpacing(kSmallGap);
   const auto button = [this, row](QAction* action) {
     auto* made = new QPushButton(this);
-    // Without the menu's letter: the two would fight for it, and each has a key of its own.
+    // Without the mnemonic of the menu, which would conflict with it; the action has its own key.
     made->setText(action->text().remove(QLatin1Char('&')));
     made->setAutoDefault(false);
     connect(made, &QPushButton::clicked, action, &QAction::trigger);
@@ -215,7 +215,7 @@ void TrayPage::SetSampleKinds(const std::vector<std::pair<int, QString>>& kinds)
   addMenu_->clear();
   for (const auto& [kind, label] : kinds) {
     QAction* action = addMenu_->addAction(label);
-    // Insert begins the first, which is by far the most frequent.
+    // Insert adds the first kind, which is by far the most frequent.
     if (addMenu_->actions().size() == 1) action->setShortcut(Qt::Key_Insert);
     connect(action, &QAction::triggered, this, [this, sampleKind = kind] {
       if (session_ == nullptr) return;

@@ -1,4 +1,4 @@
-// The middle of the window: commands of the run, the tray, its progress and its summary.
+// The middle of the window: the commands of a run, the tray, its progress and its summary.
 #pragma once
 
 #include <QWidget>
@@ -21,8 +21,8 @@ class Banner;
 class InstrumentSession;
 class TrayView;
 
-// Offers the commands that fit the session's state, with the reason beside those that do not, and
-// passes them on. The window's thread only.
+// Offers the commands that fit the session's state, gives the reason beside disabled ones, and
+// passes commands on. The window's thread only.
 class TrayPage : public QWidget {
   Q_OBJECT
 
@@ -31,17 +31,17 @@ class TrayPage : public QWidget {
 
   void SetSession(InstrumentSession* session);
   InstrumentSession* session() const { return session_; }
-  // Who acts now; the commands are offered accordingly.
+  // Sets who acts; the commands are offered accordingly.
   void SetActor(int32_t level, const QString& name);
   TrayView* view() const { return view_; }
   // The menus share the page's commands, with their keys.
   void FillRunMenu(QMenu& menu);
   void FillTrayMenu(QMenu& menu);
-  // Samples that can be added, by the module's labels: kind and label.
+  // Sets the samples that can be added: kind and the module's label.
   void SetSampleKinds(const std::vector<std::pair<int, QString>>& kinds);
 
  public Q_SLOTS:
-  // Asks what is lost, and aborts if the answer is to abort.
+  // Says what is lost, asks, and aborts if the user confirms.
   void AskAbort();
   void Load();
   void Save();

@@ -140,7 +140,7 @@ QString DescribeRow(int position, const TrayRow& row) {
 QString CleanSampleId(const QString& typed) {
   QString clean;
   for (const QChar c : typed) clean += c.isPrint() ? c : QLatin1Char(' ');
-  // Not a half of a pair at the end.
+  // The cut must not leave half of a surrogate pair at the end.
   clean = clean.simplified().left(kMaxSampleIdLength);
   if (!clean.isEmpty() && clean.back().isHighSurrogate()) clean.chop(1);
   return clean.trimmed();

@@ -1,4 +1,4 @@
-// The tray's positions as the window shows and edits them. No widgets.
+// The tray's positions in the form that the window shows and edits. No widgets.
 #pragma once
 
 #include <QString>
@@ -22,15 +22,15 @@ struct TrayRow {
   std::vector<rvx::SampleTest> tests;
   RowState state = RowState::Empty;
   std::vector<rvx::Sample> results;
-  QString doing;    // what runs at the moment; the running position only
-  QString failure;  // why it failed; empty if it did not or nobody said
+  QString doing;    // the present operation; the running position only
+  QString failure;  // why it failed; empty if it did not or the reason is not known
 
   bool filled() const { return state != RowState::Empty; }
 };
 
-// The rows of a tray that does not run and may be edited: all waiting or empty.
+// Returns the rows of a tray that does not run and may be edited: all are waiting or empty.
 std::vector<TrayRow> RowsOfTray(int size, const std::vector<TrayPosition>& tray);
-// The rows of a run, on its way or over. `failures` by position from 0.
+// Returns the rows of a run, in progress or over. `failures` is by position, from 0.
 std::vector<TrayRow> RowsOfRun(int size, const RunState& run,
                                const std::map<int, QString>& failures);
 
@@ -38,13 +38,13 @@ QString RowStateText(RowState state);
 Shape RowShape(RowState state);
 // "-20.0, -25.0": one number for each test, in the user's locale.
 QString TestsText(const TrayRow& row);
-// "5400.3, 7030.1", a "-" for a test without a result; what runs at the moment for a running
-// position without results; empty before.
+// "5400.3, 7030.1", with "-" for a test without a result. For a running position without results
+// its present operation; empty for a position that has not run.
 QString ResultText(const TrayRow& row);
-// The whole of a row in words, for a tooltip and for those who hear the screen.
+// Describes a row in words, for a tooltip and for screen readers.
 QString DescribeRow(int position, const TrayRow& row);
 
-// What a position holds, in a form that can be put elsewhere.
+// The content of a position, in a form that can be copied to another one.
 struct TrayCell {
   std::string classKey;  // empty: nothing
   std::string sampleId;
@@ -57,21 +57,21 @@ struct TrayCell {
 // Positions from 0 and what they are to hold.
 using TrayEdit = std::map<int, TrayCell>;
 
-// What this action holds; empty for an empty position's.
+// Returns the content of this action; empty for the action of an empty position.
 TrayCell CellOf(rvx::Action& action);
-// An action that holds this and is in no tray. Throws the instrument's exceptions.
+// Returns a new action with this content that is in no tray. Throws the instrument's exceptions.
 std::shared_ptr<rvx::Action> MakeAction(const InstrumentEntry& entry, const TrayCell& cell);
 
-// Every position's content. Not on the window's thread: it takes the tray's lock.
+// Returns every position's content. Not on the window's thread: it takes the tray's lock.
 std::vector<TrayCell> ReadCells(const InstrumentEntry& entry);
-// Puts the cells in, all or none, and stores the instrument. Returns what was there before. Not
-// on the window's thread. HostError: NotAllowed below level 10; Tray if the tray runs or an action
-// is not known; Database if it can't be stored.
+// Puts the cells into the tray, all or none, and stores the instrument. Returns what was there
+// before. Not on the window's thread. HostError: NotAllowed below level 10; Tray if the tray runs
+// or an action is not known; Database if it can't be stored.
 TrayEdit ApplyEdit(Host& host, const InstrumentEntry& entry, const TrayEdit& edit);
 
-// The cells for the clipboard: lines of class key, sample id and state text.
+// Returns the cells for the clipboard: lines of class key, sample id and state text.
 QByteArray PackCells(const std::vector<TrayCell>& cells);
-// Nothing if it is no such text.
+// Returns the cells of such a text; nothing for any other.
 std::optional<std::vector<TrayCell>> UnpackCells(const QByteArray& packed);
 
 // The edits of the keyboard and the menu, on the present content; an empty edit changes nothing.
@@ -81,13 +81,13 @@ TrayEdit PasteEdit(const std::vector<TrayCell>& tray, int at, const std::vector<
 // one above it; without one it stays empty.
 TrayEdit SampleIdEdit(const std::vector<TrayCell>& tray, int at, const QStringList& sampleIds);
 enum class PasteKind { Positions, SampleIds };
-// How many of `count` pasted ones these edits leave out: they lie after the end of the tray, or no
-// sample is at or above their position that could take the id.
+// Returns how many of `count` pasted ones these edits leave out: they are beyond the end of the
+// tray, or there is no sample at or above their position that could take the id.
 int CountUnplaced(const std::vector<TrayCell>& tray, int at, int count, PasteKind kind);
 TrayEdit ClearEdit(const std::vector<TrayCell>& tray, const std::vector<int>& positions);
-// The first of the positions into the others; a filled one keeps its sample id.
+// Copies the first of the positions to the others; a filled one keeps its sample id.
 TrayEdit FillDownEdit(const std::vector<TrayCell>& tray, const std::vector<int>& positions);
-// The positions one up (-1) or down (+1), changing places with what stands there.
+// Moves the positions one up (-1) or down (+1); they change places with what is there.
 TrayEdit MoveEdit(const std::vector<TrayCell>& tray, const std::vector<int>& positions, int by);
 
 // A sample id as it may be stored: one line, no control characters, at most kMaxSampleIdLength

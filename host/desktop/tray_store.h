@@ -1,4 +1,4 @@
-// The tray of an instrument as the window reads and changes it, with the archive that keeps it.
+// Reads and changes the tray of an instrument for the window, and stores it in the archive.
 #pragma once
 
 #include <memory>
@@ -9,32 +9,34 @@
 
 namespace torvell {
 
-// What a tray held at one moment.
+// The content of a tray at one moment.
 struct TraySnapshot {
   int size = 0;                      // positions, filled or not
   std::vector<TrayPosition> filled;  // in order
   std::vector<TrayCell> cells;       // one for each position
 
-  // Seconds of the base's time that a run would take.
+  // Estimated seconds, of the time base, that a run takes.
   int EstimatedSeconds() const;
 };
 
-// Every operation may block, so only the jobs of a worker call them. Each throws HostError or an
-// exception of the instrument, and leaves the tray as it was when it does.
+// Every operation may block, so only jobs of a worker call them. Each throws HostError or an
+// exception of the instrument, and then leaves the tray unchanged.
 class TrayStore {
  public:
   virtual ~TrayStore() = default;
   virtual TraySnapshot Read() = 0;
-  // Puts the cells in, all or none. Returns the edit that takes them out again.
+  // Puts the cells into the tray, all or none. Returns the edit that undoes it.
   virtual TrayEdit Apply(const TrayEdit& edit) = 0;
-  // Replaces the tray by a file's, and ends the record of an interrupted run. Returns the edit that
-  // brings back what the tray held.
+  // Replaces the tray by that of a file, and ends the record of an interrupted run. Returns the
+  // edit that restores the earlier tray.
   virtual TrayEdit Load(const std::string& path) = 0;
-  // Takes out what an interrupted run has measured. Returns a text for each thing that it did.
+  // Removes what an interrupted run has measured. Returns texts for people, one for each thing that
+  // it did.
   virtual std::vector<std::string> KeepRest() = 0;
   // Empties the tray, and ends the record of an interrupted run.
   virtual void DropInterrupted() = 0;
-  // An action in no tray, for a person to edit: a new one of this kind, or a copy of a cell's.
+  // Returns an action in no tray, for the user to edit: a new one of this kind, or a copy of a
+  // cell's.
   virtual std::shared_ptr<rvx::Action> MakeSample(int kind) = 0;
   virtual std::shared_ptr<rvx::Action> MakeCopy(const TrayCell& cell) = 0;
 };

@@ -17,11 +17,11 @@ namespace torvell {
 namespace {
 
 constexpr char kCellsFormat[] = "application/x-torvell-tray-positions";
-// A row is never lower than its text, and not higher than looks like a table.
+// Pixels. A row is never lower than its text, and not so high that the table falls apart.
 constexpr int kMinRowHeight = 18;
 constexpr int kMaxRowHeight = 26;
 
-// The editor of a sample id takes no more than can be stored.
+// The editor of a sample id accepts no more letters than can be stored.
 class SampleIdDelegate : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
@@ -37,7 +37,7 @@ class SampleIdDelegate : public QStyledItemDelegate {
   }
 };
 
-// Long texts lose their end, not the row its height.
+// Long texts are cut at their end, so that the row keeps its height.
 int TextRow(const QWidget& widget) { return widget.fontMetrics().height() + 2; }
 
 void PutOnClipboard(const std::vector<TrayCell>& tray, const std::vector<int>& positions,
@@ -112,7 +112,7 @@ void TrayView::SetSession(InstrumentSession* session) {
 }
 
 void TrayView::SetEditable(bool editable) {
-  // What is being typed when a run begins can't be taken any more.
+  // When a run begins, what is being typed can't be accepted any more.
   if (!editable && session_ != nullptr && session_->IsRunning() &&
       state() == QAbstractItemView::EditingState) {
     reset();
@@ -137,14 +137,14 @@ void TrayView::FitRows() {
   if (verticalHeader()->defaultSectionSize() != height) {
     verticalHeader()->setDefaultSectionSize(height);
   }
-  // Fixed shares of the width: what is longest gets what the others leave.
+  // Fixed shares of the width: the longest column gets what the others leave.
   const QFontMetrics metrics(font());
   const int number = metrics.horizontalAdvance(QStringLiteral("Pos.")) + 18;
   const int state = metrics.horizontalAdvance(QStringLiteral("Running")) + 46;
   const int rest = std::max(200, viewport()->width() - number - state);
   setColumnWidth(TrayModel::Number, number);
   setColumnWidth(TrayModel::State, state);
-  // The labels of the actions are known; the ids are the laboratory's.
+  // The width of the actions' labels is known; that of the laboratory's ids is not.
   const int action = std::min(
       metrics.horizontalAdvance(QStringLiteral("Verify Known Viscosity")) + 14, rest * 26 / 100);
   const int tests = (rest - action) * 26 / 100;
@@ -181,7 +181,7 @@ void TrayView::Select(const std::vector<int>& positions) {
 void TrayView::Copy() {
   if (session_ == nullptr) return;
   const std::vector<int> positions = SelectedPositions();
-  // What is seen: after a run the rows have names that the emptied tray has not.
+  // Copies what is shown: after a run the rows still have ids that the emptied tray has not.
   QStringList sampleIds;
   for (const int position : positions) {
     sampleIds << model_->rows()[static_cast<size_t>(position)].sampleId;
@@ -204,8 +204,8 @@ void TrayView::Cut() {
 void TrayView::Paste() {
   const std::vector<int> positions = SelectedPositions();
   if (!editable_ || session_ == nullptr || positions.empty()) return;
-  // The clipboard is read when the paste's turn comes: a cut before it may still be waiting to put
-  // its positions there.
+  // The clipboard is read only when the paste is carried out: an earlier cut may still be waiting
+  // to put its positions there.
   session_->Change([this, at = positions.front()](const std::vector<TrayCell>& tray) {
     return EditOfClipboard(tray, at);
   });
@@ -282,13 +282,13 @@ void TrayView::EditPosition() {
 }
 
 void TrayView::keyPressEvent(QKeyEvent* event) {
-  // Return opens what F2 does not: the module's dialog of the position.
+  // Return opens the module's dialog of the position; F2 edits the sample id in place.
   if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) &&
       state() != QAbstractItemView::EditingState) {
     EditPosition();
     return;
   }
-  // A letter typed anywhere in the row begins its sample id.
+  // A character typed anywhere in the row starts editing its sample id.
   const bool types = !event->text().isEmpty() && event->text().front().isPrint() &&
                      !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
   if (types && currentIndex().isValid() && currentIndex().column() != TrayModel::SampleId) {

@@ -13,8 +13,8 @@ namespace torvell {
 class InstrumentSession;
 class TrayModel;
 
-// Shows one session's tray at a time. All rows fit its height as long as they stay readable.
-// The window's thread only.
+// Shows one session's tray at a time. All rows fit into its height while they stay readable. The
+// window's thread only.
 class TrayView : public QTableView {
   Q_OBJECT
 
@@ -37,7 +37,7 @@ class TrayView : public QTableView {
   void EditPosition();
 
  Q_SIGNALS:
-  // Something could not be done; one line.
+  // Something could not be done: one line for the user.
   void Notice(const QString& text);
 
  protected:
@@ -48,9 +48,9 @@ class TrayView : public QTableView {
   void FitRows();
   void Refresh();
   void Move(int by);
-  // The edit that puts what is on the clipboard into this tray, from `at` on.
+  // Returns the edit that pastes the clipboard into this tray, from `at` on.
   TrayEdit EditOfClipboard(const std::vector<TrayCell>& tray, int at);
-  // Tells what of a paste was cut and how much found no place, if anything.
+  // Tells the user which part of a paste was cut, and how much found no place, if anything.
   void SayWhatWasLost(const QStringList& sampleIds, int unplaced);
   void Select(const std::vector<int>& positions);
 

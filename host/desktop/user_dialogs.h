@@ -1,4 +1,4 @@
-// Who is in front of the window: logging in, the lock, the first user of a folder.
+// Dialogs about the user of the window: log-in, lock, the first user of a folder.
 #pragma once
 
 #include <QDialog>
@@ -13,14 +13,14 @@ class QPushButton;
 
 namespace torvell {
 
-// Asks for name and password. Accepted once they are right; then that user acts. Passwords are
-// compared by the worker, since that takes a noticeable time on purpose.
+// Asks for name and password. It is accepted when they are right; then that user acts. The worker
+// checks the password, since that is slow on purpose.
 class LoginDialog : public QDialog {
   Q_OBJECT
 
  public:
-  // `note` is shown above the fields; may be empty. A fixed name is that of a locked window: only
-  // this user can go on, and the dialog can't be closed.
+  // `note` is shown above the fields and may be empty. `fixedName` is the user of a locked window:
+  // only this user can go on, and the dialog can't be closed. Empty for a normal log-in.
   LoginDialog(Users& users, Worker& worker, const QString& note, const QString& fixedName,
               QWidget* parent);
 
@@ -59,7 +59,7 @@ class FirstUserDialog : public QDialog {
   QPushButton* ok_;
 };
 
-// Locks after a time without a key or a mouse movement in any window of the program.
+// Emits Idle after a time without a key or a mouse movement in any window of the program.
 class IdleWatch : public QObject {
   Q_OBJECT
 

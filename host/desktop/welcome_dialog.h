@@ -1,12 +1,12 @@
-// The first screen of a demonstration: who there is, and what each may do.
+// The first screen of a demonstration: its users, and what each may do.
 #pragma once
 
 #include <QDialog>
 
 namespace torvell {
 
-// A button for each user of the demonstration; nobody needs to know a password there. The window's
-// thread only.
+// A button for each user of the demonstration; no password is needed there. The window's thread
+// only.
 class WelcomeDialog : public QDialog {
   Q_OBJECT
 
@@ -14,7 +14,7 @@ class WelcomeDialog : public QDialog {
   explicit WelcomeDialog(QWidget* parent);
 
  Q_SIGNALS:
-  // Somebody wants to act as this user.
+  // The person in front of the window chose to act as this user.
   void Chosen(const QString& name);
 };
 

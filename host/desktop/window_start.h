@@ -1,4 +1,4 @@
-// What the window learns before it greets the person.
+// What the window reads before it greets the user.
 #pragma once
 
 #include <vector>
@@ -11,7 +11,7 @@ namespace torvell {
 struct MainWindow::Start {
   bool isDemo = false;
   bool hasUsers = true;
-  int32_t level = 0;  // of who acts
+  int32_t level = 0;  // of the acting user
   std::vector<InterruptedTray> interrupted;
 };
 

@@ -1,4 +1,4 @@
-// Work that may block, away from the window's thread.
+// Does work that may block on a thread other than the window's.
 #pragma once
 
 #include <QPointer>
@@ -15,23 +15,23 @@
 
 namespace torvell {
 
-// A thread that does jobs one after the other. Made and used on the window's thread.
+// A thread that runs jobs one after the other. Made and used on the window's thread.
 class Worker {
  public:
-  // `name` is the thread's.
+  // `name` is the name of the thread.
   Worker(GuiThread& gui, const std::string& name);
-  // Does what was given to it, then ends the thread; what was to happen after a job is dropped.
-  // Call it only while the window's thread still takes jobs, or from a thread that is not it.
+  // Runs the pending jobs, then ends the thread; what was to follow a job is dropped. Call it on
+  // another thread than the window's, or while the window's thread still runs posted jobs.
   ~Worker();
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
 
-  // Runs `job` on the worker's thread. What it throws becomes a text for people; then `failed` runs
-  // on the window's thread with that text, else `done`. Neither runs once `owner` is gone.
+  // Runs `job` on the worker's thread. If it throws, `failed` then runs on the window's thread with
+  // a text for people, else `done`. Neither runs after `owner` was destroyed.
   void Do(QObject* owner, std::function<void()> job, std::function<void()> done = {},
           std::function<void(const QString&)> failed = {});
 
-  // Ends the thread early, on any thread: what was given is still done.
+  // Ends the thread early, after its pending jobs. Any thread.
   void Finish();
 
  private:
@@ -53,8 +53,8 @@ class Worker {
   std::shared_ptr<platform::Thread> thread_;
 };
 
-// A worker's jobs in the name of one owner: what was to follow a job is dropped once the owner is
-// gone.
+// Runs a worker's jobs for one owner: what was to follow a job is dropped once the owner is
+// destroyed.
 class OwnedWorker : public JobRunner {
  public:
   // Both outlive this object.
@@ -69,8 +69,8 @@ class OwnedWorker : public JobRunner {
   QObject* const owner_;
 };
 
-// What a job threw, as a text for people; takes over and deletes what the module throws. To be
-// called inside a catch block.
+// Describes the exception that is being handled, for people, and deletes it if it is one of the
+// module. Call it inside a catch block.
 QString DescribeRaised();
 
 }  // namespace torvell
