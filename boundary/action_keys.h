@@ -1,5 +1,5 @@
 // The actions of an instrument by number and by class key: what the host asks for and compares
-// with, and what stands in stored trays.
+// with, and what stored trays contain.
 #pragma once
 
 #include <array>
@@ -30,8 +30,8 @@ enum ActionIndex : int32_t {
   kActionCount
 };
 
-// The class key of each, which Action::GetClassName answers and CreateActionFromText takes. They
-// stand in the settings texts of archives and are never changed.
+// The class key of each, which Action::GetClassName returns and CreateActionFromText takes. They
+// are in the settings texts of archives and are never changed.
 inline constexpr std::array<const char*, kActionCount> kActionClassKeys = {
     "Null Action",
     "RVX Measure Viscosity Action",
@@ -63,8 +63,8 @@ inline constexpr std::array<ActionIndex, 5> kServiceActions = {
     kMonitorAction, kSamplesListAction, kSetMotorCurrentAction, kTempVerifyAction, kStepperAction};
 
 // The kinds of CreateSampleAction. The first is Measure Viscosity, or Verify Known Viscosity on a
-// cell without any constants, which can measure nothing but oils that are known; the second is
-// Verify Known Viscosity, and is there only on a cell with constants.
+// cell without any constants, which can only run oils of known viscosity; the second is Verify
+// Known Viscosity, and exists only on a cell with constants.
 inline constexpr int32_t kEmptySampleKind = 0;
 inline constexpr int32_t kFirstSampleKind = 1;
 inline constexpr int32_t kSecondSampleKind = 2;

@@ -1,4 +1,4 @@
-// What a program asks and hears about calibrations (instrument_scripting.h).
+// The questions of a program about calibrations and the results (instrument_scripting.h).
 #pragma once
 
 #include <cstdint>
@@ -21,7 +21,7 @@ inline constexpr int32_t kUsualCalibrationHours = 4;
 struct CalibrationQuestion {
   std::optional<double> temperature;  // a calibration temperature, degrees C; nothing: all of them
   int32_t hours = kUsualCalibrationHours;
-  // Whether a run that was found takes part in the fit, asked once for each; null: all do.
+  // Whether a run that was found takes part in the fit, called once for each run; null: all do.
   std::function<bool(const Sample&)> takesPart;
 };
 
@@ -37,8 +37,8 @@ struct CalibrationRun {
       temperatureText, timeText, dateText;
 };
 
-// As computed, and the texts in which a screen shows it. The constants of the texts are the ones
-// that runs are recalculated with and that are stored.
+// The values as computed, and the texts in which a screen shows them. Runs are recalculated with
+// the constants of the texts, and these are stored.
 struct CalibrationFit {
   double b0 = 0.0, b1 = 0.0, b2 = 0.0, r = 0.0, stdDev = 0.0;
   std::string b0Text, b1Text, b2Text, rText, stdDevText;
@@ -50,8 +50,8 @@ struct CalibrationSummary {
   int32_t usedCount = 0;             // runs that took part in the fit
   // Nothing: fewer than three runs took part, or their equations have no solution.
   std::optional<CalibrationFit> fit;
-  // Fewer than three different speeds took part: a fit of them is an accident of the arithmetic and
-  // not to be saved.
+  // Fewer than three different speeds took part: their equations have no meaningful solution, and a
+  // fit that results from rounding must not be saved.
   bool hasTooFewSpeeds = false;
   std::optional<double> largestPercentDiff;       // of the runs that took part, with its sign
   std::optional<platform::Date> lastCalibration;  // local time; nothing: never, or all are meant

@@ -1,6 +1,6 @@
-// Failures that cross the boundary between host and module, in both directions. All are raised as
-// heap objects by pointer; the catcher deletes them. What is raised on one side and caught on the
-// other is one of these, so that both know how to read and how to delete it.
+// Failures that cross the boundary between host and module, in both directions. All are thrown by
+// pointer as heap objects; the catcher deletes them. An exception that is thrown on one side and
+// caught on the other is always one of these, so that both sides can read and delete it.
 #pragma once
 
 #include <cstdint>
@@ -53,8 +53,8 @@ class CViscoException : public platform::CException {
   ActionErrorRecord record_;
 };
 
-// The host library or an entry of it is missing; an index, a kind or a text that an operation does
-// not know. From a standards lookup it is the ordinary end of a list.
+// The host library or an entry of it is missing; or an operation was given an index, a kind or a
+// text that it does not know. From a standards lookup it is the ordinary end of a list.
 class InvalidException : public CViscoException {
  public:
   using CViscoException::CViscoException;

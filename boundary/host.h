@@ -13,32 +13,34 @@
 
 namespace rvx {
 
-// Hears what a port receives; the module implements it.
+// Is given the bytes that a port receives; the module implements it.
 class PortWatcher {
  public:
-  // On the port's thread, one call at a time, with no lock of the host held. `bytes` is good for
-  // the call only, and may end anywhere in a frame. May write to the port; must not wait for it.
+  // On the port's thread, one call at a time, with no lock of the host held. `bytes` is valid
+  // during the call only, and may end anywhere in a frame. May write to the port; must not wait for
+  // it.
   virtual void Receive(std::span<const uint8_t> bytes) = 0;
   virtual ~PortWatcher() = default;
 };
 
-// An open port, owned by the port manager: good until the last watcher was closed. Any thread.
+// An open port, owned by the port manager: valid until the last watcher was closed. Any thread.
 class Port {
  public:
-  // Sends all bytes in their order, those of two threads not mixed. On a broken line they are
-  // dropped without a word; one that takes nothing more holds the caller for 200 ms at most.
+  // Sends all bytes in their order; the bytes of two calls are not mixed. On a broken line they are
+  // dropped without a report; a line that accepts no more bytes delays the caller by 200 ms at
+  // most.
   virtual void Write(std::span<const uint8_t> bytes) = 0;
-  // Drops what was received and not yet handed over. At once.
+  // Drops what was received and not yet passed to the watchers. At once.
   virtual void Purge() = 0;
   virtual ~Port() = default;
 };
 
-// The ports by name, "COM1" and so on. Any thread; raises nothing.
+// The ports by name, "COM1" and so on. Any thread; throws nothing.
 class PortManager {
  public:
   // The port with one more watcher, which is not owned; null if it can't be opened, and the host
-  // keeps the reason for its user. Several watchers may share a port. Opens a device, so it may
-  // take its time.
+  // keeps the reason for its user. Several watchers may share a port. Opening a device may take
+  // seconds.
   virtual Port* OpenPort(const std::string& name, PortWatcher* watcher) = 0;
   // Non-zero: the port's settings decide whether it may be opened.
   virtual int32_t IsPortInUse(const std::string& name) = 0;
@@ -46,26 +48,26 @@ class PortManager {
   // for an instrument, else "0".
   virtual void GetPortSettings(const std::string& name, std::string& text) = 0;
   // Takes one watcher away, which is not called any more once this returns: it waits for a call in
-  // progress, so hold no lock that the watcher wants. The port closes after the last. No effect for
-  // one that is not open.
+  // progress, so hold no lock that the watcher may take. The port closes after the last watcher. No
+  // effect for a port that is not open.
   virtual void ClosePort(const std::string& name, PortWatcher* watcher) = 0;
-  // A text that is none, and one for a port without a device, is passed over.
+  // A text that is not a settings text is ignored, and so is one for a port without a device.
   virtual void SetPortSettings(const std::string& name, const std::string& text) = 0;
   virtual ~PortManager() = default;
 };
 
-// Hears of failures, and of changes in the list of instruments or in one of them; module or host
-// may implement it. Called on the thread on which it happens, with locks of the module possibly
-// held: return at once, and never wait for the user-interface thread.
+// Is told about failures, and about changes in the list of instruments or in one of them; module or
+// host may implement it. Called on the thread on which it happens, with locks of the module
+// possibly held: return at once, and never wait for the user-interface thread.
 class ViscometerArrayMonitor {
  public:
   virtual void ErrorReported(ActionErrorRecord record) = 0;
-  // `what` is 0: the host does not tell changes apart.
+  // `what` is 0: the host does not distinguish changes.
   virtual void InstrumentsChanged(int32_t what) = 0;
   virtual ~ViscometerArrayMonitor() = default;
 };
 
-// The instruments that were found, and what is told about them. Any thread; raises nothing.
+// The instruments that were found, and the reports about them. Any thread; throws nothing.
 class InstrumentManager {
  public:
   // A handle for UnregisterMonitor. The monitor is not owned.
@@ -77,7 +79,7 @@ class InstrumentManager {
   // caller keeps the object.
   virtual void ReportError(ActionException* error) = 0;
   // Once it returns the monitor is not called any more: it waits for a call in progress, unless it
-  // comes from inside that call. An unknown handle is passed over.
+  // is called from inside that call. An unknown handle is ignored.
   virtual void UnregisterMonitor(int32_t handle) = 0;
   // Something of an instrument has changed: tells the monitors.
   virtual void NotifyInstrumentChanged() = 0;
@@ -91,7 +93,8 @@ class InstrumentManager {
 class InstrumentArchive {
  public:
   // Calls LoadSettingsText of the instrument with the stored text, on this thread and with no lock
-  // held. ArchiveException if nothing is stored or it can't be read; then nothing was called.
+  // held. ArchiveException if nothing is stored or it can't be read; LoadSettingsText is not called
+  // then.
   virtual void LoadInstrument(const std::string& key, ViscometerInstrument* instrument,
                               int32_t flags) = 0;
   // Stores the result of SaveSettingsText, which it calls with no lock held; durable when it
@@ -100,10 +103,10 @@ class InstrumentArchive {
   virtual ~InstrumentArchive() = default;
 };
 
-// Chooses samples; the module implements it. Called on the thread that asks the archive.
+// Chooses samples; the module implements it. Called on the thread that queries the archive.
 class SampleArchiveFilter {
  public:
-  // Asked for each sample that the query has found. Must not call the archives.
+  // Called for each sample that the query has found. Must not call the archives.
   virtual bool AcceptSample(Sample sample) = 0;
   // A query over the table SAMPLES.
   virtual std::string GetQueryText() = 0;
@@ -136,13 +139,13 @@ class AnalysisArchive {
 
 class ArchiveManager {
  public:
-  // The folder for saved files, with its trailing separator. Any thread. The folder is made if it
-  // can be; whoever writes there says when it could not.
+  // The folder for saved files, with its trailing separator. Any thread. Makes the folder if it
+  // can; does not report when it can't, so a caller that writes there has to.
   virtual void GetDefaultName(std::string& text) = 0;
   virtual ~ArchiveManager() = default;
 };
 
-// Who is logged in. Any thread, at once; it may be another one at the next call.
+// Who is logged in. Any thread, at once; the next call may return another user.
 class SecurityManager {
  public:
   virtual void GetUserName(std::string& text) = 0;
@@ -151,7 +154,7 @@ class SecurityManager {
   virtual ~SecurityManager() = default;
 };
 
-// The module only passes these on.
+// The module only passes pointers to these on.
 class ErrorArchive;
 class AnalysisManager;
 
@@ -162,8 +165,8 @@ class AnalysisManager;
 // module's functions of these names where the library or the entry is missing.
 extern "C" {
 // Run the client's operation on the user-interface thread and return when it is done, with its
-// result; directly when called on that thread. What the operation raises comes to the caller. Any
-// thread that holds no lock which the user-interface thread may want.
+// result; directly when called on that thread. What the operation throws is thrown to the caller.
+// Any thread that holds no lock which the user-interface thread may take.
 rvx::FrameWindow* ExecutePerformCreation(rvx::UserInterfaceClient* client);
 int32_t ExecuteLoadResources(rvx::UserInterfaceClient* client);
 rvx::AnalysisArchive* GetAnalysisArchive();
@@ -177,7 +180,7 @@ rvx::SampleArchive* GetSampleArchive();
 rvx::SecurityManager* GetSecurityManager();
 
 // The module's own export: looks for instruments on the ports, for up to some seconds a port, and
-// appends those found to the array; the caller owns them. A second call after one that found any
+// appends those found to the array; the caller owns them. A call after one that found instruments
 // adds nothing. Any thread but the user-interface thread. InvalidException without a host.
 void CreateInstruments(rvx::ArrayOfInstruments** array);
 }

@@ -89,15 +89,16 @@ enum class ServiceSwitch { Injection, Motor, Cooling, AutoReport };
 enum class ServiceAxis { Tube, Table, Trolley };
 
 // The operations of a program, with the lifetime of the instrument. Any thread but the
-// user-interface thread; they raise nothing of their own, and what the host raises meanwhile comes
-// to the caller. A ScriptingResult is nothing when it was done, else why not; then nothing has
+// user-interface thread; they throw nothing themselves, but pass on what a call to the host throws.
+// A ScriptingResult is empty when the operation was done, else it says why not; then nothing has
 // changed unless it is said here. Those that change something check the rights of the user who is
-// logged in, ask that no tray is running unless it is paused, and store the change in the archive.
+// logged in, require that no tray is running unless it is paused, and store the change in the
+// archive.
 class InstrumentScripting {
  public:
   virtual ~InstrumentScripting() = default;
 
-  // As the instrument has told it so far. At once.
+  // What the instrument has reported so far. At once.
   virtual InstrumentIdentity GetIdentity() = 0;
   // At once.
   virtual InstrumentReadings GetReadings() = 0;
@@ -114,13 +115,13 @@ class InstrumentScripting {
   virtual ScriptingResult SetCellConstants(double temperature, double b0, double b1, double b2) = 0;
 
   // Finds the runs and fits constants to them; changes nothing. All temperatures at once need level
-  // 100. Too little to fit is no problem: the summary has no fit then. Waits for the archive.
+  // 100. Too few runs for a fit are no problem: the summary has no fit then. Waits for the archive.
   virtual ScriptingResult FitCalibration(const CalibrationQuestion& question,
                                          CalibrationSummary& summary) = 0;
-  // Level 10, and 100 for all temperatures (nothing as the temperature). Puts constants into force,
-  // dated now, as the texts say. Refused while a tray runs, paused or not. When the archive
-  // refuses, the constants are in force all the same, with the old date (for all temperatures: of
-  // the first one), and closing the instrument stores them if it can by then.
+  // Level 10, and 100 for all temperatures (nothing as the temperature). Puts the constants that
+  // the texts contain into force, dated now. Refused while a tray runs, paused or not. When the
+  // archive refuses, the constants are in force all the same, with the old date (for all
+  // temperatures: of the first one), and closing the instrument stores them if it can by then.
   virtual ScriptingResult SaveCalibration(std::optional<double> temperature,
                                           const std::string& b0Text, const std::string& b1Text,
                                           const std::string& b2Text) = 0;
@@ -137,27 +138,28 @@ class InstrumentScripting {
   // Pairs of key and value. Level 50 (100 for some). All or nothing.
   virtual ScriptingResult SetSettings(
       const std::vector<std::pair<std::string, std::string>>& values) = 0;
-  // Level 50 (100 if it changes what needs it). Refuses a text that LoadSettingsText would not take
-  // whole.
+  // Level 50 (100 if it changes a setting that needs 100). Refuses a text that LoadSettingsText
+  // would not take as a whole.
   virtual ScriptingResult ImportSettings(const std::string& text) = 0;
 
-  // A printed sheet as the bytes of a PDF file. Every level, as reading needs none. Refused if it
-  // can't be drawn; `pdf` is unchanged then. Works without a display.
+  // A printed sheet as the bytes of a PDF file. Every level, as reading needs none. Refused if the
+  // sheet can't be drawn; `pdf` is unchanged then. Works without a display.
   virtual ScriptingResult MakePdf(const SheetRequest& request, std::string& pdf) = 0;
 
   // The tests of a sample action, with the defaults filled in; nothing for other actions. At once.
   virtual std::optional<SampleTests> GetSampleTests(Action& action) = 0;
-  // Gives a sample action its tests without a dialog and marks it as configured; neither asks for
-  // the tray nor stores, since the action may be in none yet. Level 10. Refuses more than 20 tests,
-  // a Measure Viscosity temperature without constants, values out of range, an action that runs or
-  // has run, and, below level 50, times that differ from the instrument's.
+  // Gives a sample action its tests without a dialog and marks it as configured. A running tray is
+  // no reason to refuse, and nothing is stored, since the action may be in no tray yet. Level 10.
+  // Refuses more than 20 tests, a Measure Viscosity temperature without constants, values out of
+  // range, an action that runs or has run, and, below level 50, times that differ from the
+  // instrument's.
   virtual ScriptingResult SetSampleTests(Action& action, const SampleTests& tests) = 0;
   // An estimate of the running time of a sample action, in seconds; 0 for other actions. At once.
   virtual int32_t EstimateSeconds(Action& action) = 0;
 
-  // Manual commands, level 10. They block until the instrument has answered or its response
-  // time-out is over; the result says what it answered. All but AbortOperation are refused as Busy
-  // while a tray runs or is paused; none of them stores anything.
+  // Manual commands, level 10. They block until the instrument has replied or its response time-out
+  // is over; the result says what it replied. All but AbortOperation are refused as Busy while a
+  // tray runs or is paused; none of them stores anything.
   virtual ScriptingResult SetHomeFlag() = 0;
   virtual ScriptingResult SetTemperature(std::optional<double> celsius) = 0;  // nothing: off
   // Does for a simulated cell what a chiller does for a real one: with the temperature control off,

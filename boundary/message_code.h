@@ -5,9 +5,9 @@
 
 namespace rvx {
 
-// Numbered like the texts of the module's string table, so that a message and its code can't part.
-// The numbers are kept in archives and never change. What an instrument reports by an error byte is
-// here too.
+// Numbered like the texts of the module's string table, so that a message and its code always
+// agree. The numbers are kept in archives and never change. What an instrument reports by an error
+// byte is here too.
 enum class MessageCode : int32_t {
   None = 0,  // a message that says cause and remedy itself
   ActionRunning = 301,

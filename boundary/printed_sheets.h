@@ -1,4 +1,4 @@
-// The sheets that a program may have as PDF without a screen (instrument_scripting.h).
+// The sheets that a program can get as PDF without a screen (instrument_scripting.h).
 #pragma once
 
 #include <optional>

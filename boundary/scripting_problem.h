@@ -7,22 +7,22 @@
 
 namespace rvx {
 
-// A refusal as a record: whoever shows it decides by `code` and `field`, and makes the sentences
-// for its readers of the texts, or takes Sentences() as they are.
+// A refusal as a record: the program that shows it decides by `code` and `field`, and composes the
+// sentences for its readers from the texts, or shows Sentences() as they are.
 struct ScriptingProblem {
-  // What kind of answer it is: what a script would want to tell apart.
+  // The kinds of refusal that a script has to distinguish.
   enum class Kind { BadValue, NotAllowed, Busy, NoAnswer, Refused, Archive };
 
   enum class Code {
     // BadValue
     OutOfRange,
-    NotAccepted,  // a text that is none of those that are taken
+    NotAccepted,  // a text that is not one of the accepted ones
     Missing,      // something that is needed was not given
-    NotWanted,    // something was given where nothing belongs
+    NotWanted,    // something was given where nothing is accepted
     TooMany,
     UnknownSetting,       // there is no setting of this key
     FixedSetting,         // nobody may change this setting
-    DamagedText,          // a settings text that can't be taken whole
+    DamagedText,          // a settings text that can't be taken as a whole
     NoSampleAction,       // an action that has no tests
     NoCellConstants,      // a temperature without calibration constants
     DiffersFromStandard,  // another viscosity than the stored standard of this name has
@@ -46,7 +46,7 @@ struct ScriptingProblem {
     NotRead
   };
 
-  // The culprit.
+  // What the problem is about.
   enum class Field {
     None,
     Setting,  // `setting` has its key
@@ -65,14 +65,14 @@ struct ScriptingProblem {
 
   Code code = Code::OutOfRange;
   Field field = Field::None;
-  // Whole sentences: what was found that is not right.
+  // Whole sentences: what is wrong.
   std::string found;
-  // What is taken instead, without a full stop; empty where there is nothing to name.
+  // What is accepted instead, without a full stop; empty where there is nothing to name.
   std::string accepted;
-  // Whole sentences: what was done about it and what helps; may be empty.
+  // Whole sentences: what was done and what helps; may be empty.
   std::string outcome;
   std::string setting;
-  int32_t test = -1;  // its index in a list of tests; -1: it is about none
+  int32_t test = -1;  // its index in a list of tests; -1: not about one test
 
   // Each code belongs to one kind.
   Kind kind() const {
@@ -85,7 +85,7 @@ struct ScriptingProblem {
   }
 
   // The three texts as one, complete for people. It names no command and no menu, which only the
-  // one who shows it knows.
+  // program that shows it knows.
   std::string Sentences() const {
     std::string text = found;
     if (!accepted.empty()) text += " Accepted: " + accepted + ".";

@@ -12,14 +12,14 @@
 
 namespace rvx {
 
-// Hears of a tray's run, always with tray number 0 and positions from 0. Called from the module's
-// threads, one call at a time; it may call the instrument's tray operations from inside, but must
-// not destroy the instrument there. An exception that leaves a call is reported, and the run goes
-// on.
+// Is told about a tray's run, always with tray number 0 and positions from 0. Called from the
+// module's threads, one call at a time; it may call the instrument's tray operations from inside,
+// but must not destroy the instrument there. An exception that leaves a call is reported, and the
+// run goes on.
 class TrayWatcher {
  public:
   virtual void TrayStarted(int32_t tray) = 0;
-  // Exactly once for each StartTray that did not raise; nothing is called after it. The tray is
+  // Exactly once for each StartTray that did not throw; nothing is called after it. The tray is
   // empty by then, and the next run may be started from inside.
   virtual void TrayFinished(int32_t tray) = 0;
   virtual void TrayPauseChanged(int32_t tray, int32_t paused) = 0;
@@ -30,11 +30,11 @@ class TrayWatcher {
   virtual ~TrayWatcher() = default;
 };
 
-// The actions of a tray, one a position, never null; the instrument owns it. Shares the actions:
-// one that somebody still uses outlives its removal, so that nobody stops or destroys an action
-// while the tray's lock is held (a running action's end may need locks that are taken before the
-// tray's). Any thread. All operations want the lock held, which is recursive; a host holds it for a
-// copy and calls neither actions nor the instrument under it.
+// The actions of a tray, one for each position, never null; the instrument owns it. The actions are
+// shared: one that is still in use outlives its removal, so that none is stopped or destroyed while
+// the tray's lock is held (the end of a running action may need locks that are taken before the
+// tray's). Any thread. All operations require the lock to be held, which is recursive; a host holds
+// it for a copy and calls neither actions nor the instrument under it.
 class CAPABILITY("mutex") TrayOfSampleActions {
  public:
   // `rank`: the place of the lock in the order of locks of the instrument that has the tray.
@@ -46,16 +46,16 @@ class CAPABILITY("mutex") TrayOfSampleActions {
   int32_t GetSize() const { return static_cast<int32_t>(actions_.size()); }
   // The action of a position from 0 to GetSize() - 1, owned by the tray.
   Action* GetAt(int32_t position) const { return actions_.at(static_cast<size_t>(position)).get(); }
-  // The same, kept alive by the holder.
+  // The same, kept alive by the returned pointer.
   std::shared_ptr<Action> Hold(int32_t position) const {
     return actions_.at(static_cast<size_t>(position));
   }
-  // Puts an action, now the tray's, into a position. The one that was there comes back: let go of
-  // the lock, then Stop it and drop it.
+  // Puts an action, which the tray then owns, into a position. Returns the one that was there:
+  // release the lock, then stop and drop that one.
   [[nodiscard]] std::shared_ptr<Action> Replace(int32_t position, std::shared_ptr<Action> action) {
     return std::exchange(actions_.at(static_cast<size_t>(position)), std::move(action));
   }
-  // Puts a whole new list into the tray; the old one comes back as from Replace.
+  // Puts a whole new list into the tray; returns the old one, to be treated as in Replace.
   [[nodiscard]] std::vector<std::shared_ptr<Action>> ReplaceAll(
       std::vector<std::shared_ptr<Action>> actions) {
     return std::exchange(actions_, std::move(actions));

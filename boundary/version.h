@@ -11,7 +11,7 @@ inline constexpr int32_t kBoundaryVersion = 1;
 
 // The name under which a module exports its version: a constant and not a function, so that the
 // host reads it before any code of the module is called. Constants of this type and name stay as
-// they are for good, since a host must be able to read the version of every module there ever was.
+// they are for good, since a host must be able to read the version of every module of any age.
 inline constexpr char kBoundaryVersionEntry[] = "RvxBoundaryVersion";
 
 }  // namespace rvx

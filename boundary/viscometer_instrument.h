@@ -10,7 +10,7 @@
 
 namespace rvx {
 
-// The parent of an embedded status window, and that window; what they are is the window toolkit's.
+// The parent of an embedded status window, and that window; the window toolkit defines the type.
 class WindowHandle;
 
 // The host owns it after CreateInstruments and deletes it through this interface, from a thread
@@ -20,26 +20,26 @@ class WindowHandle;
 // gone by then.
 //
 // The operations may be called from any thread and return at once unless they say otherwise. Trays
-// are counted from 0, and there is one: the argument `tray` of an operation counts for nothing.
-// Questions to the user go through the prompter that is installed (platform/prompt.h), on the
-// caller's thread, which waits for the answer.
+// are counted from 0, and there is one: the argument `tray` of an operation is ignored. Questions
+// to the user go through the installed prompter (platform/prompt.h), on the caller's thread, which
+// waits for the answer.
 class ViscometerInstrument {
  public:
-  // If a tray is running, as QueryAbortTray.
+  // The same as QueryAbortTray, without its result.
   virtual void StopTray(int32_t tray) = 0;
   // Asks whether to stop a running tray, and aborts it unless the answer is No: 1 if it was
-  // aborted, and its watcher has heard of the end; 0 if not, or nothing runs.
+  // aborted, and its watcher was told of the end; 0 if not, or nothing runs.
   virtual int32_t QueryAbortTray() = 0;
   virtual int32_t StartTrayFor(int32_t tray, TrayWatcher* watcher) = 0;
-  // Starts the tray, 1. Raises ActionException if it runs already, the cell is too warm or no
-  // thread can be started; the watcher hears nothing then. `watcher` may be null; it is not owned
-  // and must live until TrayFinished.
+  // Starts the tray and returns 1. Throws ActionException if it runs already, the cell is too warm
+  // or no thread can be started; the watcher is not called then. `watcher` may be null; it is not
+  // owned and must live until TrayFinished.
   virtual int32_t StartTray(TrayWatcher* watcher) = 0;
   // A new action for a class key, an index of the table of all actions, of the configuration
   // menu's, of the sample kinds or of the service menu's (action_keys.h). The caller owns it.
-  // InvalidException for anything else, for Setup below level 100, the steppers on a model without
-  // them and the second sample kind on a cell without constants. Needs the user-interface thread,
-  // which must not hold a lock that the caller holds.
+  // Throws InvalidException for anything else, for Setup below level 100, the steppers on a model
+  // without them and the second sample kind on a cell without constants. Needs the user-interface
+  // thread, which must not hold a lock that the caller holds.
   virtual Action* CreateActionFromText(const std::string& classKey) = 0;
   virtual Action* CreateActionByIndex(int32_t index) = 0;
   // The name of the help file, without a folder.
@@ -50,9 +50,9 @@ class ViscometerInstrument {
   // The whole instrument with its tray as text; LoadSettingsText takes it back. Its form is the
   // module's own.
   virtual std::string SaveSettingsText() = 0;
-  // Makes the embedded status window, or answers the one that is open. The instrument owns it; null
-  // where the module has no windows. User-interface thread, as CloseStatusWindow, which destroys
-  // the window and needs none to be open.
+  // Makes the embedded status window, or returns the one that is open. The instrument owns it; null
+  // where the module has no windows. CloseStatusWindow destroys the window, without effect if none
+  // is open. Both: user-interface thread.
   virtual WindowHandle* ShowStatusWindow(WindowHandle* parent) = 0;
   virtual void CloseStatusWindow() = 0;
   // The tray, owned by the instrument; InvalidException for an index other than 0.
@@ -65,23 +65,23 @@ class ViscometerInstrument {
   // The two names that people give it, without blanks at their ends; may be empty.
   virtual std::string GetInstrumentId() = 0;
   virtual std::string GetInstrumentName() = 0;
-  // Asks a tray that runs and is not paused to pause; without effect else. `now` 0: after the
-  // present position, else at once, and an unfinished sample is run again. The watcher hears of the
-  // pause when it has come.
+  // Asks a tray that runs and is not paused to pause; otherwise without effect. `now` 0: after the
+  // present position, else at once, and an unfinished sample is run again. The watcher is told when
+  // the pause has begun.
   virtual void PauseTray(int32_t tray, int32_t now) = 0;
-  // Asks the user when to pause and does it: 1; 0 if nothing runs, it is paused already or the
-  // question was cancelled.
+  // Asks the user when to pause, and does it. Returns 1; 0 if nothing runs, it is paused already or
+  // the question was cancelled.
   virtual int32_t QueryPauseTray() = 0;
-  // Lets a paused tray go on; without effect else.
+  // Lets a paused tray go on; otherwise without effect.
   virtual void ResumeTray(int32_t tray) = 0;
   // The same, and 1 if there was a paused tray, else 0.
   virtual int32_t ContinueTray() = 0;
-  // Takes a text of SaveSettingsText over and tells the host of the change; a text that is none is
-  // passed over. Flags say what is taken: 1 tray, 2 run parameters, 4 calibration, 8 identity; the
-  // tray only when none runs, or when the user lets it be stopped. Needs the user-interface thread,
+  // Takes over a text of SaveSettingsText and tells the host of the change; any other text is
+  // ignored. `flags` says what is taken: 1 tray, 2 run parameters, 4 calibration, 8 identity; the
+  // tray only when none runs, or when the user agrees to stop it. Needs the user-interface thread,
   // as the making of actions does.
   virtual void LoadSettingsText(const std::string& text, int32_t flags) = 0;
-  // An empty text changes nothing. Neither is stored by this; the host is told.
+  // An empty text changes nothing. Does not store the text; tells the host of the change.
   virtual void SetInstrumentId(const std::string& text) = 0;
   virtual void SetInstrumentName(const std::string& text) = 0;
   // Each 1 or 0: a tray has been started and has not ended; that, and it is not paused; that, and
