@@ -75,7 +75,7 @@ class FrameWindow {
   // Destroys the window, if it is still there. Returns when the window is gone, so that what the
   // window uses may be deleted next. Any thread; the user-interface thread must run.
   virtual void Destroy() = 0;
-  // Why the window must not be closed now, a sentence for its user; empty if it may close.
+  // Why the window refuses to close now, a sentence for its user; empty if it may close.
   // User-interface thread.
   virtual std::string GetCloseRefusal() { return std::string(); }
   virtual ~FrameWindow() = default;
@@ -92,8 +92,8 @@ class ScreenAction {
   };
   // Any thread.
   virtual Use GetUse() = 0;
-  // Why its open screen must not be closed now, a sentence for its user; empty if it may close or
-  // is not open. Stop closes it all the same. User-interface thread.
+  // Why its open screen refuses to close now, a sentence for its user; empty if it may close or is
+  // not open. Stop closes it all the same. User-interface thread.
   virtual std::string GetCloseRefusal() = 0;
   virtual ~ScreenAction() = default;
 };

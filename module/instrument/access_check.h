@@ -1,4 +1,4 @@
-// The rights of the present user, asked where something is changed.
+// The rights of the present user, checked where something is changed.
 #pragma once
 
 #include <optional>
@@ -10,8 +10,9 @@
 
 namespace rvx {
 
-// Nothing if the present user has the level; otherwise why not, as a sentence for people, in which
-// `what` names the change ("Saving a calibration"). Any thread, no lock held.
+// Returns nothing if the present user has the level; otherwise why the change is refused, as
+// sentences for people, in which `what` names the change ("Saving a calibration"). Any thread, no
+// lock held.
 inline std::optional<std::string> FindLevelRefusal(int32_t needed, const std::string& what) {
   const int32_t present = GetSecurityManager()->GetAccessLevel();
   if (present >= needed) return std::nullopt;

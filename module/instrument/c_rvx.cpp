@@ -18,7 +18,7 @@
 namespace rvx {
 namespace {
 
-// A CAB that was queued at the end gets this long to go out; a dead line uses all of it.
+// How long Close waits for a last CAB to be sent; it waits that long if the line is dead.
 constexpr platform::Milliseconds kLastCommands{4000};
 
 }  // namespace
@@ -67,9 +67,9 @@ void C_RVX::Open(const std::string& portName, uint8_t address, const std::string
       fields.temperatureOffset = kUsualTemperatureOffset;
     }
   }
-  // After the identification, which says whether the ninth temperature counts.
+  // After the identification, which says whether the ninth temperature is in use.
   parts_->standards.Read();
-  // The simulator is there before the thread that feeds it.
+  // Before the communications thread, which sends to the simulator.
   StartSimulator();
   parts_->conversation->Start();
   parts_->isOpen = true;
@@ -77,7 +77,7 @@ void C_RVX::Open(const std::string& portName, uint8_t address, const std::string
 
 C_RVX::~C_RVX() {
   Close();
-  // It takes itself out of the conversation, which needs all parts.
+  // Its destructor removes it from the conversation, which needs all parts.
   parts_->lastReply.reset();
 }
 
@@ -103,7 +103,8 @@ void C_RVX::StartSimulator() {
   try {
     parts_->line.StartSimulator(*this);
   } catch (const std::system_error&) {
-    // Like an instrument that is switched off: it does not respond, and everything else works.
+    // The same as for an instrument that is switched off: it does not respond, and everything else
+    // works.
     ActionErrorRecord record = MakeErrorRecord();
     record.message = Text(kTextNoThread);
     record.code = MessageCode::NoThread;
@@ -117,8 +118,8 @@ void C_RVX::EndRunForDestruction() {
   const platform::MessageAnswer answer = platform::GetPrompter().ShowMessage(
       Text(kTextStopRunningSamples), platform::MessageButtons::YesNo,
       platform::MessageIcon::Question);
-  // The instrument is going away and its tray thread with it, so the answer No can't be granted. It
-  // is not passed over in silence either.
+  // The instrument is going away and its tray thread with it, so the answer No can't be followed.
+  // The user is told so.
   if (answer == platform::MessageAnswer::No && IsTrayRunning() != 0) {
     ActionErrorRecord record = MakeErrorRecord();
     record.message =
@@ -134,18 +135,19 @@ bool C_RVX::IsOnOwnThread() {
   return parts_->conversation->IsOnItsThreads() || parts_->users.IsOnOwnThread();
 }
 
-// The destructor would wait for the very thread that it is called on, for ever and in silence, with
-// the instrument in the middle of a test. What can still be put in order is, then the program ends.
+// The destructor would wait for ever for the thread that it is called on, with the instrument in
+// the middle of a test. Stops the run and the instrument as far as that is possible, then ends the
+// program.
 void C_RVX::RefuseDestruction() {
   parts_->trayController.Abort();
   if (parts_->conversation->IsOnSender()) {
-    // The queue has nobody who would send it.
+    // This is the thread that sends the queue, so a queued abort would not be sent.
     parts_->line.Send(MakeFrame(AbortCommand(GetAddress())));
   } else {
     SendAbort(nullptr);  // also for a test outside the tray
-    // Commands before it are left out: no reply to them can be read if this thread reads them, and
-    // one of them may start something. A limit, since the caller may hold what the thread waits
-    // for.
+    // Only the abort is sent of what is queued: the replies to other commands can't be read if this
+    // is the thread that reads them, and a command may start a motion. The wait is limited, since
+    // the caller may hold a lock that the communications thread waits for.
     parts_->conversation->StopWithin(platform::Deadline::After(kLastCommands));
   }
   platform::EndProgram(
@@ -206,7 +208,7 @@ Action* C_RVX::CreateSampleAction(int32_t kind) {
     case kEmptySampleKind:
       return CreateActionByIndex(kNullAction);
     case kFirstSampleKind:
-      // Without any constants a cell can measure nothing but oils that are known.
+      // A cell without any constants can only run oils of known viscosity.
       return CreateActionByIndex(HasCellConstants(kAnyTemperature) ? kMeasureViscAction
                                                                    : kCheckViscAction);
     case kSecondSampleKind:

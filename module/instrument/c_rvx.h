@@ -30,8 +30,8 @@ class C_RVX : public ViscometerInstrument, public PortWatcher {
   // text of the discovery reply; empty for a simulated instrument. `actions` must outlive it.
   C_RVX(const std::string& portName, uint8_t address, const std::string& identification,
         const ActionTable& actions);
-  // Stores the settings, ends a run (asking about it), then the threads, and closes the port.
-  // Not on the user-interface thread, and not from a watcher's call.
+  // Stores the settings, asks about a run in progress and ends it, ends the threads, and closes the
+  // port. Not on the user-interface thread, and not from a watcher's call.
   ~C_RVX() override;
 
   // --- ViscometerInstrument -------------------------------------------------------------------
@@ -93,11 +93,13 @@ class C_RVX : public ViscometerInstrument, public PortWatcher {
   void QueueCommand(const std::string& text, CommandClient* client);
   // Takes a client out of the queue and of the pending command; no reply reaches it afterwards.
   void ForgetClient(CommandClient* client);
-  // Takes back what the client has queued: no more of it goes out, and no reply to it comes.
+  // Takes back what the client has queued: none of it is sent any more, and the client gets no
+  // reply to it.
   void WithdrawCommands(const CommandClient* client);
 
-  // --- Readings of the last status frame. Any thread. Whoever needs more than one of them takes
-  // GetMonitorReadings: between two calls the next frame may come. -----------------------------
+  // --- Readings of the last status frame. Any thread. A caller that needs more than one of them
+  // takes GetMonitorReadings: between two calls the next frame may come.
+  // -----------------------------
   uint16_t GetIntCount();
   double GetTemperature();        // degrees C
   double GetTargetTemperature();  // degrees C; exactly 65535.0 when off
@@ -116,9 +118,9 @@ class C_RVX : public ViscometerInstrument, public PortWatcher {
   void GetRawStatus(std::array<uint8_t, 19>& out);
   // All of one frame: converted, raw, number and time.
   void GetMonitorReadings(MonitorReadings& out);
-  // The readings of the status frame that came after number `sequence`, which becomes that frame's
-  // number: true. Those of the last one again if there is none: false. So a thread that runs late
-  // still sees every frame, unless it is more than kStatusHistory of them late.
+  // Reads the status frame that came after number `sequence`, sets `sequence` to its number and
+  // returns true. If none has come, reads the last frame again and returns false. So a thread that
+  // runs late still sees every frame, unless it is more than kStatusHistory frames late.
   bool GetNextReadings(uint64_t& sequence, MonitorReadings& out);
   uint16_t GetSelfTestWord();
   // Elapsed or remaining seconds of the present operation: 1 if they count down, 0 if up.
@@ -140,15 +142,15 @@ class C_RVX : public ViscometerInstrument, public PortWatcher {
   // --- Others ---------------------------------------------------------------------------------
   void SetRotorTime(int32_t seconds);  // of the present test point; -1: none
   // The standards, loaded if there are none yet; null if the archive failed. Any thread may read
-  // them, as long as this object lives, also when they are read again meanwhile. Changing them is
-  // for the user-interface thread, while nobody else reads.
+  // them as long as this object lives, also after ReloadStandards. Only the user-interface thread
+  // may change them, while no other thread reads.
   CStandardsMap* GetStandards();
-  // Reads the standards again; ArchiveException on failure.
+  // Reads the standards again; throws ArchiveException on failure.
   void ReloadStandards();
   void AddErrorClient(InstrErrorClient* client);
   void RemoveErrorClient(InstrErrorClient* client);
-  // Replaces the action of a tray position by a CNullAction, later, on the user-interface thread.
-  // InvalidException for an index beyond the tray.
+  // Has the action of a tray position replaced by a CNullAction later, on the user-interface
+  // thread. Throws InvalidException for an index beyond the tray.
   void ReleaseTrayAction(int32_t index);
   void LatchSupplyPair();
   static double CelsiusToFahrenheit(double celsius) { return celsius * 1.8 + 32; }
@@ -169,7 +171,7 @@ class C_RVX : public ViscometerInstrument, public PortWatcher {
 
   // An error record with source, type name, instrument id and operator filled in.
   ActionErrorRecord MakeErrorRecord();
-  // Gives a record to ReportError of the instrument manager.
+  // Passes a record to ReportError of the instrument manager.
   static void ReportError(const ActionErrorRecord& record);
 
   // Who uses the instrument: its destructor waits for them. See InstrumentUse.
@@ -184,27 +186,29 @@ class C_RVX : public ViscometerInstrument, public PortWatcher {
   std::string FormatCheckStandardDue(int32_t samples) const;
 
   // A CNullAction for every tray position, to be put in by TrayOfSampleActions::ReplaceAll. Call it
-  // with no lock held, since it asks the table of actions, which may be a host's.
+  // with no lock held, since it calls the functions of the table of actions.
   std::vector<std::shared_ptr<Action>> MakeEmptyTray();
-  // Puts these in. The actions that were there come back: stop and drop them with no lock held.
+  // Puts these into the tray. Returns the actions that were there: stop and drop them with no lock
+  // held.
   [[nodiscard]] std::vector<std::shared_ptr<Action>> EmptyTray(
       std::vector<std::shared_ptr<Action>> empty);
 
  protected:
-  // For a class on top of this one. An object must not be called by its threads while it still
-  // becomes, or no longer is, what it is: such a class calls Open at the end of its constructor and
+  // For a derived class. The threads must not call an object whose derived part is not yet
+  // constructed or is already destroyed: such a class calls Open at the end of its constructor and
   // Close in its destructor.
   struct OpenedLater {};
   C_RVX(const ActionTable& actions, OpenedLater);
   // Opens the port, loads settings and standards, starts the threads.
   void Open(const std::string& portName, uint8_t address, const std::string& identification);
-  // What the destructor does. Without effect if Open has not succeeded, or the second time.
+  // Does the work of the destructor. Without effect if Open has not succeeded, or when called
+  // again.
   void Close();
 
  private:
   struct Parts;
 
-  // Step of the construction: false if no settings were stored.
+  // Step of the construction: false if no settings were stored or they are damaged.
   bool LoadStoredSettings();
   void StartSimulator();
   // Steps of the destruction.

@@ -13,7 +13,7 @@ constexpr size_t kMaxLines = 65;
 constexpr size_t kConfigurationLine = 2;
 constexpr size_t kFirstTrayLine = 3;
 constexpr size_t kMinLines = 4;
-// The number of positions comes from a stored text, which nobody has checked.
+// The number of positions comes from a stored text, which may be damaged.
 constexpr int32_t kMaxPositions = 999;
 
 // A line feed inside a field would cut the text in the wrong place.
@@ -48,7 +48,7 @@ void C_RVX::LoadSettingsText(const std::string& text, int32_t flags) {
   parts_->settingsTaken = accepted && configuration_.FromText(lines[kConfigurationLine], flags);
   if (accepted && (flags & kLoadTray) != 0) {
     if (IsTrayRunning() != 0) StopTray(0);
-    // A person who wants the samples to go on does not want their actions replaced either.
+    // If the user lets the samples go on, their actions must stay.
     if (IsTrayRunning() == 0) ReplaceTray(lines);
   }
   GetInstrumentManager()->NotifyInstrumentChanged();
@@ -111,7 +111,7 @@ bool C_RVX::LoadStoredSettings() {
 
 void C_RVX::ReloadStandards() {
   if (!parts_->standards.Read()) throw new ArchiveException;
-  // Whatever was built on the old list is built anew.
+  // Builds anew what was built from the old list.
   LoadSettingsText(SaveSettingsText(), kLoadAll);
 }
 

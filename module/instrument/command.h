@@ -1,4 +1,4 @@
-// A queued command and the one who hears its reply.
+// A queued command and the client that gets its reply.
 #pragma once
 
 #include <string>
@@ -8,13 +8,13 @@ namespace rvx {
 
 class C_RVX;
 
-// Hears the tag of the reply to a command; the empty tag means that the instrument would not take
-// it. Called on the thread that parses replies, so it must be short and must not wait; it may queue
-// further commands. A client may die before its reply: its destructor takes it out of the queue of
-// the instrument it was made for, and waits out a call that is going on.
+// Gets the tag of the reply to a command; an empty tag means that the instrument did not accept the
+// command. Called on the thread that parses replies, so it must be short and must not wait; it may
+// queue further commands. A client may be destroyed before its reply: its destructor removes it
+// from the queue of its instrument, and waits for a call in progress.
 class CommandClient {
  public:
-  // `instrument`: the one whose commands name this client; must outlive it.
+  // `instrument`: the one that the commands of this client go to; must outlive the client.
   explicit CommandClient(C_RVX* instrument) : instrument_(instrument) {}
   CommandClient(const CommandClient&) = delete;
   CommandClient& operator=(const CommandClient&) = delete;
@@ -22,8 +22,8 @@ class CommandClient {
   virtual void CommandReply(const std::string& tag) = 0;
 
  protected:
-  // Takes the client out of queue and pending command. Call it first in the destructor of a class
-  // whose CommandReply touches its own members.
+  // Removes the client from the queue and from the pending command. Call it first in the destructor
+  // of a class whose CommandReply touches its own members.
   void Detach();
 
  private:
@@ -37,7 +37,8 @@ struct Command {
   int resends = 0;                  // so far, because the instrument asked for it
 };
 
-// What a command's text says after the address, as "CST"; empty for a text too short for it.
+// The kind and tag of a command's text, which come after the address, as "CST"; empty for a text
+// that is too short.
 inline std::string_view KindAndTag(std::string_view text) {
   return text.size() < 4 ? std::string_view() : text.substr(1, 3);
 }

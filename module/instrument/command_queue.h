@@ -21,11 +21,11 @@ class CAPABILITY("mutex") CCommandQueue {
   // Removes and returns the first, or null if the queue is empty.
   std::unique_ptr<Command> Take() REQUIRES(this);
   bool IsEmpty() const REQUIRES(this) { return commands_.empty(); }
-  // Whether a command with this kind and tag waits, as "CAB".
+  // Whether a command with this kind and tag, such as "CAB", is in the queue.
   bool Holds(std::string_view kindAndTag) const REQUIRES(this);
-  // The commands of this client still go out; nobody hears their replies.
+  // The commands of this client are still sent; their replies go to no client.
   void ForgetClient(const CommandClient* client) REQUIRES(this);
-  // The commands of this client do not go out.
+  // Removes the commands of this client.
   void Withdraw(const CommandClient* client) REQUIRES(this);
 
  private:

@@ -11,7 +11,7 @@ namespace rvx {
 namespace {
 
 constexpr char kSeparator = '\x0B';
-// Characters that a text field can't hold: the field's end and the end of a settings line.
+// Characters that a text field can't contain: the field's end and the end of a settings line.
 constexpr std::string_view kReserved = "\x0B\n";
 
 constexpr size_t kFieldCount = 52;
@@ -118,7 +118,8 @@ bool ConfigurationFields::FromText(const std::string& text, int32_t flags) {
 std::string ConfigurationFields::GetInstrumentId() const { return platform::Trim(instrumentId); }
 
 void ConfigurationFields::SetInstrumentId(const std::string& text) {
-  // What becomes a blank in the stored text becomes one here, or being stored would change the id.
+  // A character that becomes a blank in the stored text becomes one here too, so that storing does
+  // not change the id.
   instrumentId = platform::Trim(RecordWriter::WithoutReserved(text, kReserved));
 }
 
@@ -174,7 +175,7 @@ void ConfigurationRecord::Assign(const ConfigurationRecord& other) {
 }
 
 void ConfigurationRecord::SetDefaults() {
-  // Made before the lock is taken: its defaults ask the host.
+  // Made before the lock is taken: its constructor calls the host for a default.
   const TestRecord testDefaults;
   const ConfigurationGuard guard(*this);
   fields.SetDefaults(testDefaults);

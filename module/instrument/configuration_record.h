@@ -16,7 +16,7 @@ namespace rvx {
 
 // For HasCellConstants: any temperature.
 inline constexpr double kAnyTemperature = 1.7976931348623157e+308;
-// A samples-since-check of this or more: no check standard was ever run.
+// A value of samplesSinceCheck that is this or more means that no check standard was ever run.
 inline constexpr int32_t kNeverChecked = 10000;
 
 // What FromText takes over in addition to the configuration id.
@@ -30,8 +30,8 @@ enum SettingsFlag : int32_t {
 
 enum RunFlag : uint32_t { kTrayRunning = 1, kTrayPaused = 2 };
 
-// The values of a configuration, without a lock: what the record below guards, and what working
-// copies are made of.
+// The values of a configuration, without a lock: for the record below, which guards them, and for
+// working copies.
 struct ConfigurationFields {
   ConfigurationFields();
 
@@ -41,7 +41,7 @@ struct ConfigurationFields {
   void SetDefaults(const TestRecord& testDefaults);
   // The text form: 52 fields, each with 0x0B after it.
   std::string ToText() const;
-  // Takes over what `flags` select. False, and nothing is changed, for fewer than 44 fields.
+  // Takes over what `flags` selects. Returns false and changes nothing for fewer than 44 fields.
   bool FromText(const std::string& text, int32_t flags);
 
   std::string GetInstrumentId() const;  // trimmed
@@ -50,7 +50,7 @@ struct ConfigurationFields {
 
   // 9 with the low temperature option, else 8.
   int GetSlotCount() const;
-  // The slot in use whose temperature range holds `temperature` (degrees C).
+  // The slot in use whose temperature range contains `temperature` (degrees C).
   int SelectCalibrationSlot(double temperature) const;
   void GetCellConstants(double temperature, double& b0Out, double& b1Out, double& b2Out) const;
   // Whether that slot, or for kAnyTemperature any slot in use, is not empty.
@@ -104,7 +104,7 @@ class CAPABILITY("mutex") ConfigurationRecord {
   // Copies everything but the lock. The two locks are never held together.
   void Assign(const ConfigurationRecord& other);
 
-  // As those of the fields.
+  // The same as the operations of ConfigurationFields.
   void SetDefaults();
   std::string ToText() const;
   bool FromText(const std::string& text, int32_t flags);

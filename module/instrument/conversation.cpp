@@ -19,7 +19,7 @@ constexpr int kMaxResends = 101;
 
 constexpr std::string_view kAbort = "CAB";
 
-// Whether a command starts a run or a motion, which is what an abort ends.
+// Whether a command starts a run or a motion; an abort ends these.
 bool IsEndedByAbort(std::string_view text) {
   const std::string_view command = KindAndTag(text);
   return command == "CST" || command == "CMC" || command == "CPM" || command == "CMP" ||
@@ -141,8 +141,8 @@ void Conversation::RunThread() {
   ended_.Set();
 }
 
-// Whoever closes an instrument waits for its last commands for some seconds only, and this thread
-// may have been held up all that time: the instrument must not be left running.
+// The destruction of an instrument waits only some seconds for its last commands, and this thread
+// may have been delayed all that time. The instrument must not be left running.
 void Conversation::SendLastAbort() {
   std::unique_ptr<Command> abort;
   {
@@ -151,7 +151,7 @@ void Conversation::SendLastAbort() {
       abort = queue_.Take();
   }
   if (!abort || KindAndTag(abort->text) != kAbort) return;
-  // Its turn comes as ever: after the reply to the frame before, or that one's time-out.
+  // Sent like any other frame: after the reply to the previous frame, or after its time-out.
   if (awaitsReply_) reply_.Wait(platform::Deadline::At(lastSend_ + kReplyTimeout));
   peer_.SendFrame(MakeFrame(abort->text));
 }
@@ -167,8 +167,8 @@ std::optional<std::string> Conversation::TakeCommand() {
   if (!command) return std::nullopt;
   std::string text = command->text;
   platform::PlainGuard pendingGuard(pendingLock_);
-  // A command can still be pending here only if a frame that answers nothing ended its wait: it
-  // ends as by a time-out.
+  // A command is still pending here only if its wait was ended by a frame that is not its reply: it
+  // is dropped as after a time-out.
   pending_ = std::move(command);
   pendingExchange_ = exchanges_ + 1;
   idle_ = false;
@@ -179,8 +179,8 @@ platform::Deadline Conversation::NextPoll() const {
   {
     platform::PlainGuard guard(autoReportLock_);
     if (autoReportAsked_ || autoReportSeen_) {
-      // Reports come by themselves. When they stay away for long, the instrument has been switched
-      // off or restarted in the middle of a run: a poll finds out, or nobody would ever.
+      // The instrument reports without a poll. If no report comes for long, it has been switched
+      // off or restarted in the middle of a run, which only a poll can detect.
       return platform::Deadline::At(std::max(lastSend_, LastFrame()) + kSilence);
     }
   }
@@ -206,7 +206,7 @@ void Conversation::Exchange(const std::string& text) {
     platform::PlainGuard guard(pendingLock_);
     idle_ = true;
   }
-  // Frames that came by themselves end an outage as well as a reply does.
+  // Frames that came without a poll end an outage as a reply does.
   const platform::Microseconds heard = std::max(lastReply_, LastFrame());
   if (ended != 1 && heard > notifiedOf_ && platform::MonotonicTime() - heard > kSilence) {
     notifiedOf_ = heard;
@@ -230,7 +230,7 @@ void Conversation::EndExchange() {
     platform::PlainGuard guard(pendingLock_);
     if (frameExchange_ != exchanges_) return;
   }
-  // First: after the event the next frame may go out, and its answer must not be purged.
+  // Before the event is set: after it the next frame may be sent, and its reply must not be purged.
   peer_.PurgePort();
   platform::PlainGuard guard(pendingLock_);
   if (frameExchange_ != exchanges_) return;
@@ -241,7 +241,8 @@ void Conversation::EndExchange() {
 void Conversation::DropPending() {
   std::unique_ptr<Command> dropped = TakePending();
   if (!dropped) return;
-  // Whether it arrived or not: a status frame that shows Auto Report stops the polling again.
+  // Polling goes on even if the command arrived: a status frame that shows Auto Report stops it
+  // again.
   if (dropped->text.compare(1, 3, "CAR") == 0) SetAutoReportAsked(false);
 }
 
@@ -270,7 +271,7 @@ void Conversation::FrameReceived(std::span<const uint8_t> frame) {
       Answer(std::string(kIdentityTag));
       break;
     case ReplyKind::Unknown:
-      break;  // answers nobody, but a frame has come
+      break;  // a reply to no command, but a frame has come
   }
   lastFrame_ = platform::MonotonicTime().count();
   peer_.FrameProcessed();
@@ -326,16 +327,18 @@ void Conversation::AnswerByStatus(const StatusRecord& record) {
   if (asksForResend && command->resends < kMaxResends) {
     ++command->resends;
     {
-      // After whatever has been queued meanwhile; the client hears nothing.
+      // Goes after what has been queued meanwhile; the client is not called.
       QueueGuard guard(queue_);
-      // After an abort it would start what the abort was to end, with nobody there to watch it.
+      // After a queued abort the command would start again what the abort is to end, and nothing
+      // would supervise it.
       if (!IsEndedByAbort(command->text) || !queue_.Holds(kAbort)) queue_.Add(std::move(command));
     }
-    // The thread may be past the exchange that was refused, and asleep.
+    // The communications thread may have ended the refused exchange already and be waiting for
+    // work.
     work_.Set();
     return;
   }
-  // The empty tag: the instrument would not take the command.
+  // The empty tag: the instrument did not accept the command.
   const std::string tag = asksForResend ? std::string() : record.lastTag();
   if (command->client != nullptr) command->client->CommandReply(tag);
   if (asksForResend) SetAutoReportAsked(false);

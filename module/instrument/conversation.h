@@ -1,5 +1,5 @@
 // The serial conversation with one instrument: the command queue, the communications thread, and
-// the routing of replies to those who wait for them.
+// the routing of replies to the clients that wait for them.
 #pragma once
 
 #include <atomic>
@@ -30,19 +30,20 @@ class ConversationPeer {
   virtual void PurgePort() = 0;
   virtual platform::Milliseconds GetStatusPeriod() = 0;
   virtual void InstrumentNotResponding() = 0;
-  // Keeps the record; called before the client of the answered command hears of it. Empty if the
-  // data are none.
+  // Keeps the record; called before the client of the command that it replies to. Returns nothing
+  // if the data are not a status record.
   virtual std::optional<StatusRecord> KeepStatus(std::span<const uint8_t> data) = 0;
-  // All that follows from a record, after the client's call.
+  // Reacts to a record; called after the client.
   virtual void FollowStatus(const StatusRecord& record) = 0;
   virtual void KeepIdentity(std::span<const uint8_t> frame) = 0;
   virtual void KeepSelfTest(uint16_t word) = 0;
-  // After everything that a frame has changed: wakes those who wait for a new status.
+  // Called after all changes that a frame causes: wakes the threads that wait for a new status.
   virtual void FrameProcessed() = 0;
 };
 
 // Locks: delivery, then queue, then pending. A client is called under the delivery lock alone, so
-// it may queue commands from inside, and ForgetClient, which takes the same lock, waits out a call.
+// it may queue commands from inside, and ForgetClient, which takes the same lock, waits for a call
+// in progress.
 class Conversation : private FrameHandler {
  public:
   // `peer` is not owned and must outlive this.
@@ -53,26 +54,25 @@ class Conversation : private FrameHandler {
   // Starts the communications thread. If the system has no thread left, no communication ever
   // happens.
   void Start();
-  // Ends the thread and waits for its end. Of what is still queued only an abort goes out.
+  // Ends the thread and waits for its end. Of what is still queued only an abort is sent.
   void Stop();
-  // The same for a caller that must not wait for ever: false at the deadline.
+  // The same for a caller that must not wait for ever: returns false at the deadline.
   bool StopWithin(const platform::Deadline& deadline);
 
   // Queues a command; returns at once. `client` must not be null. Any thread.
   void Queue(const std::string& text, CommandClient* client);
-  // No reply reaches the client afterwards; its commands still go out. Any thread, also from the
+  // No reply reaches the client afterwards; its commands are still sent. Any thread, also from the
   // client's own call.
   void ForgetClient(CommandClient* client);
-  // The client's commands so far are over: what has not been sent is not sent any more, the one
-  // that waits for its reply is not sent again, and no reply to them reaches the client. Any
-  // thread.
+  // Cancels the client's commands: those in the queue are not sent any more, the one that waits for
+  // its reply is not sent again, and no reply to them reaches the client. Any thread.
   void Withdraw(const CommandClient* client);
-  // After the queueing of CAR: polling stops at once when Auto Report is asked for, and goes on
+  // Called after CAR was queued: polling stops at once when Auto Report is requested, and goes on
   // with the first status frame that shows it off.
   void SetAutoReportAsked(bool asked);
   // Whether the caller is the communications thread.
   bool IsOnSender() const;
-  // Whether it is that thread or inside Receive.
+  // Whether the caller is the communications thread or is inside Receive.
   bool IsOnItsThreads() const;
   // Waits until nothing is queued and no reply is awaited: false at the deadline.
   bool WaitUntilIdle(const platform::Deadline& deadline);
@@ -86,34 +86,34 @@ class Conversation : private FrameHandler {
   bool HasQueued();
   // Makes the first queued command pending: its text, or nothing if the queue is empty.
   std::optional<std::string> TakeCommand();
-  // When the next poll is due; only after a long silence while Auto Report is on or asked for.
+  // When the next poll is due; only after a long silence while Auto Report is on or requested.
   platform::Deadline NextPoll() const;
   void Exchange(const std::string& text);
   // Counts an exchange, just before its frame goes out.
   void BeginExchange();
   // Whether a frame has come after the one that was sent last.
   bool IsAnswered();
-  // The frame under way ends the exchange that it belongs to.
+  // The frame in hand ends the exchange that it belongs to.
   void EndExchange();
   void DropPending();
   // The thread's last act: an abort that still waits in the queue.
   void SendLastAbort();
 
-  bool StatusReceived(std::span<const uint8_t> data);  // false if it is no status
+  bool StatusReceived(std::span<const uint8_t> data);  // false if the data are not a status
   void FollowAutoReport(uint8_t switchByte);
-  // The pending command, if the frame under way can be its answer. On the thread that hands over
+  // The pending command, if the frame in hand can be its reply. On the thread that hands over
   // received bytes.
   std::unique_ptr<Command> TakeAnswered();
   // Completes the pending command, if any, with a tag.
   void Answer(const std::string& tag);
-  // Completes it by a status frame: refused commands go back into the queue.
+  // Completes the pending command by a status frame: a refused command goes back into the queue.
   void AnswerByStatus(const StatusRecord& record);
   std::unique_ptr<Command> TakePending();
 
   ConversationPeer& peer_;
   const uint8_t address_;
 
-  // Held while a client is called, and by whoever moves a client between queue and pending command.
+  // Held while a client is called, and while a client moves between queue and pending command.
   platform::RecursiveLock deliveryLock_ ACQUIRED_BEFORE(queue_){"reply delivery",
                                                                 kDeliveryLockRank};
 
@@ -122,8 +122,8 @@ class Conversation : private FrameHandler {
   mutable platform::PlainLock pendingLock_{"pending command", kPendingLockRank};
   std::unique_ptr<Command> pending_ GUARDED_BY(pendingLock_);  // sent and not yet answered
   bool idle_ GUARDED_BY(pendingLock_) = true;                  // no exchange is going on
-  // A frame answers what was sent before it came, so each frame is told by the number of exchanges
-  // at its arrival: the last one may still be in the works when the next frame goes out.
+  // A frame is the reply to what was sent before it came, so each frame is marked with the number
+  // of exchanges at its arrival: it may still be in processing when the next frame is sent.
   uint64_t exchanges_ GUARDED_BY(pendingLock_) = 0;         // begun so far
   uint64_t answeredExchange_ GUARDED_BY(pendingLock_) = 0;  // the last one that a frame ended
   uint64_t pendingExchange_ GUARDED_BY(pendingLock_) = 0;   // the one that sends pending_
@@ -141,11 +141,11 @@ class Conversation : private FrameHandler {
   platform::Microseconds lastSend_{0};
   platform::Microseconds lastReply_{0};
   bool awaitsReply_ = false;               // the stop came in the middle of an exchange
-  platform::Microseconds notifiedOf_{-1};  // when the outage began that was reported last
+  platform::Microseconds notifiedOf_{-1};  // when the last reported outage began
 
   // Only the thread that hands over received bytes.
   ReplyReader reader_;
-  uint64_t frameExchange_ = 0;  // exchanges begun when the frame under way arrived
+  uint64_t frameExchange_ = 0;  // exchanges begun when the frame in hand arrived
 
   platform::Event work_{"conversation: work"};    // queued, or polling goes on
   platform::Event reply_{"conversation: reply"};  // a frame has been processed

@@ -1,5 +1,5 @@
-// Counts to engineering units and back, with what the instrument's configuration and its supply
-// voltages say at this moment.
+// Counts to engineering units and back, with the present configuration and supply voltages of the
+// instrument.
 #pragma once
 
 #include <cstdint>
@@ -38,7 +38,7 @@ class CountConversion {
   // The counts of a temperature that a command carries; latches the supply pair first.
   double CountsForCommand(double temperature);
 
-  // The supply readings of a status record go into the means.
+  // Adds the supply readings of a status record to the means.
   void UpdateSupply(const StatusRecord& record);
   // Makes the supply means the pair in use.
   SupplyPair LatchSupplyPair();

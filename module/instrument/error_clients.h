@@ -1,4 +1,4 @@
-// Who takes care of an instrument's errors before they are reported to the host.
+// The clients that may handle an instrument's errors before they are reported to the host.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,9 @@
 
 namespace rvx {
 
-// Takes care of an instrument's error itself by answering non-zero. Called on the reader's thread,
-// with the lock of the clients held, so that a client that has been removed is not called any more.
+// Handles an instrument's error itself, and then returns non-zero. Called on the thread that hands
+// over received bytes, with the lock of the clients held, so that a client that has been removed is
+// not called any more.
 class InstrErrorClient {
  public:
   virtual ~InstrErrorClient() = default;
@@ -20,11 +21,12 @@ class InstrErrorClient {
 // Any thread.
 class ErrorClients {
  public:
-  // Not owned: remove it before it goes.
+  // Not owned: remove the client before it is destroyed.
   void Add(InstrErrorClient* client);
-  // Waits out a call that is under way, except from inside that call.
+  // Waits for a call in progress, unless it is called from inside that call.
   void Remove(InstrErrorClient* client);
-  // Asks the clients in the order in which they were added: true if one takes care of the error.
+  // Calls the clients in the order in which they were added; returns true as soon as one handles
+  // the error.
   bool TakeCareOf(uint8_t code);
 
  private:

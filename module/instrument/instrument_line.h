@@ -1,4 +1,4 @@
-// What an instrument's frames go out on: its port, or the simulator in place of it.
+// The line that carries an instrument's frames: its port, or the simulator in place of the port.
 #pragma once
 
 #include <cstdint>
@@ -19,19 +19,20 @@ class InstrumentLine {
   InstrumentLine(ConfigurationRecord& configuration, bool isSimulated)
       : configuration_(configuration), isSimulated_(isSimulated) {}
 
-  // Opens the port; what comes in reaches `watcher` until Close. For the one who makes the
+  // Opens the port; received bytes go to `watcher` until Close. Called in the construction of the
   // instrument.
   void OpenPort(const std::string& portName, PortWatcher& watcher);
-  // Starts the simulator, if this is the line of a simulated instrument. std::system_error if there
-  // is no thread for it; the instrument then does not respond. Before the first Send.
+  // Starts the simulator, if this is the line of a simulated instrument. Throws std::system_error
+  // if no thread can be started for it; the instrument then does not respond. Call it before the
+  // first Send.
   void StartSimulator(PortWatcher& watcher);
-  // Ends the simulator and closes the port: after it nothing calls `watcher` any more. Not while
-  // anybody sends.
+  // Ends the simulator and closes the port: after it nothing calls `watcher` any more. No other
+  // thread may be in Send.
   void Close(PortWatcher& watcher);
 
   // Sends a frame; returns at once. Any thread.
   void Send(std::span<const uint8_t> frame);
-  // Drops what the port has received and not handed over yet. Any thread.
+  // Drops what the port has received and not yet passed on. Any thread.
   void Purge();
 
   bool isSimulated() const { return isSimulated_; }

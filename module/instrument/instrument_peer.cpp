@@ -11,12 +11,12 @@
 namespace rvx {
 namespace {
 
-// The machine status bits that the check looks at; without any of them its latch is cleared.
+// The machine status bits that the check uses; its latch is cleared when none of them is set.
 constexpr uint8_t kCheckedBits = 0xDC;
 // Error codes with one of these bits are failures of the instrument itself or of the conversation.
-// The family 0x40 has neither: its codes say that something can't be done now.
+// The codes from 0x40 have neither: they say that something can't be done now.
 constexpr uint8_t kInstrumentFailureBits = 0xA0;
-// Where the cell is sent when the conversation begins, in degrees C.
+// The target of the cell when the conversation begins, in degrees C.
 constexpr double kFirstTarget = 25.0;
 // A stored status period of 0 or less would make the communications thread spin.
 constexpr int32_t kMinStatusPeriod = 10;  // ms
@@ -58,7 +58,7 @@ void InstrumentPeer::FollowStatus(const StatusRecord& record) {
   CheckMachineStatus(record.machineStatus());
   if (isFirstStatus_) {
     isFirstStatus_ = false;
-    // Enable byte off, but with a target: the instrument then holds the cell where it is harmless.
+    // Control off, but with a target: the instrument then holds the cell at a harmless temperature.
     instrument_.SetTemperatureControl(false, kFirstTarget, nullptr);
   }
   parts_.statusWindow.Refresh();

@@ -1,4 +1,4 @@
-// What follows for an instrument from the frames that its conversation sends and receives.
+// How an instrument reacts to the frames that its conversation sends and receives.
 #pragma once
 
 #include <cstdint>
@@ -18,8 +18,8 @@ namespace rvx {
 
 class C_RVX;
 
-// The instrument's side of the conversation: keeps what the frames bring, and reacts to it. The
-// threads are those of ConversationPeer.
+// The instrument's side of the conversation: keeps the contents of the frames, and reacts to them.
+// The threads are those of ConversationPeer.
 class InstrumentPeer : public ConversationPeer {
  public:
   // The parts of the instrument that frames change. Not owned; all must outlive the peer.
@@ -48,9 +48,9 @@ class InstrumentPeer : public ConversationPeer {
   void FrameProcessed() override;
 
  private:
-  // Reports steppers that have lost their position, once each time.
+  // Reports steppers that have lost their position, once for each loss.
   void CheckMachineStatus(uint8_t machineStatus);
-  // Gives an error code to the clients, and to the host if none of them takes care of it.
+  // Passes an error code to the clients, and to the host if no client handles it.
   void ReportInstrumentError(uint8_t code);
 
   C_RVX& instrument_;

@@ -1,4 +1,4 @@
-// The texts that an instrument needs on threads that can load none.
+// The texts that an instrument needs on threads that can't load texts.
 #pragma once
 
 #include <cstdint>

@@ -12,7 +12,7 @@ void InstrumentUsers::Begin() {
 }
 
 void InstrumentUsers::End() {
-  // Set under the lock: after the unlock the waiting destructor may take the event away.
+  // Set under the lock: after the unlock the waiting destructor may destroy the event.
   platform::PlainGuard guard(lock_);
   std::erase(ownThreads_, platform::CurrentThreadId());
   if (--users_ == 0) unused_.Set();

@@ -1,4 +1,4 @@
-// Who uses an instrument, so that it does not go while somebody does.
+// The users of an instrument, so that it is not destroyed while it is in use.
 #pragma once
 
 #include <cstdint>
@@ -18,10 +18,10 @@ class InstrumentUsers {
   void Begin();
   // Also forgets the calling thread, if it was noted.
   void End();
-  // The calling thread is one of the instrument's own until it calls End.
+  // Marks the calling thread as one of the instrument's own until it calls End.
   void NoteOwnThread();
   bool IsOnOwnThread();
-  // Waits until nobody uses the instrument. For the one who destroys it.
+  // Waits until nobody uses the instrument. Called by its destructor.
   void WaitUntilUnused();
 
  private:
@@ -31,9 +31,9 @@ class InstrumentUsers {
   platform::Event unused_{"instrument: no user left"};
 };
 
-// Counts one user for as long as it lives. A thread that works on an instrument counts from before
-// its start to its very end, since it may still be ending after its action is gone: whoever starts
-// it makes an InstrumentUse and hands it to the thread by std::shared_ptr.
+// Counts one user during its lifetime. A thread that works on an instrument is counted from before
+// its start to its very end, since it may outlive its action: the code that starts it makes an
+// InstrumentUse and passes it to the thread by std::shared_ptr.
 class InstrumentUse {
  public:
   explicit InstrumentUse(C_RVX& instrument);
@@ -41,7 +41,7 @@ class InstrumentUse {
   InstrumentUse(const InstrumentUse&) = delete;
   InstrumentUse& operator=(const InstrumentUse&) = delete;
 
-  // At the start of such a thread.
+  // Call it at the start of such a thread.
   void NoteOwnThread() { users_.NoteOwnThread(); }
 
  private:

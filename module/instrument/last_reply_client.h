@@ -1,4 +1,4 @@
-// The client of commands that nobody waits for.
+// The client of commands whose reply nobody waits for.
 #pragma once
 
 #include <string>

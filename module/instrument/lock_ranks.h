@@ -9,14 +9,14 @@
 namespace rvx {
 
 inline constexpr platform::LockRank kStatusWindowLockRank = 100;
-// A launch record is held over the watcher calls of a run and over the storing of a sample, so
-// everything those reach has a higher rank.
+// A launch record is locked during the watcher calls of a run and the storing of a sample, so every
+// lock that those take has a higher rank.
 inline constexpr platform::LockRank kLaunchRecordLockRank = 200;
 inline constexpr platform::LockRank kTrayRunRecordLockRank = 300;   // TrayRun
 inline constexpr platform::LockRank kTrayRunPointerLockRank = 400;  // C_RVX's pointer to it
 inline constexpr platform::LockRank kTrayLockRank = 600;  // of the tray that the host sees
 inline constexpr platform::LockRank kActionLockRank = 700;
-// Held while a screen queues what sets something moving, or the abort that ends it.
+// Held while a screen queues a command that starts a motion, or the abort that ends it.
 inline constexpr platform::LockRank kScreenMotionLockRank = 750;
 // Held while a CommandClient is called; a client may queue from inside.
 inline constexpr platform::LockRank kDeliveryLockRank = 800;

@@ -1,4 +1,4 @@
-// One status frame: what came, when it came, and what it says in engineering units.
+// One status frame: its bytes, its time, and its values in engineering units.
 #pragma once
 
 #include <cstdint>
@@ -24,8 +24,8 @@ struct StatusFrame {
 };
 
 // The readings of one frame, converted with the configuration and the supply pair at the moment of
-// the conversion. All values, raw and converted, belong to `frame`, so that nobody has to put two
-// readings together. A plain value without a lock.
+// the conversion. All values, raw and converted, belong to `frame`, so no caller has to combine
+// readings of two frames. A plain value without a lock.
 struct MonitorReadings {
   uint16_t intCount = 0;
   double actualTemperature = 0.0;  // degrees C

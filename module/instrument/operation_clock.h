@@ -19,9 +19,9 @@ class OperationClock {
 
   // Rotor ON time of the present test point; -1: none.
   void SetRotorTime(int32_t seconds);
-  // Elapsed or remaining seconds at the time of `frame`: true if they count down. The clock is
-  // moved by whoever asks; a frame that is older than the last one that it was asked for gives the
-  // figure of that last one.
+  // Elapsed or remaining seconds at the time of `frame`; returns true if they count down. The call
+  // itself advances the clock; a frame that is older than that of an earlier call gives the figure
+  // of the newest one.
   bool GetSeconds(const StatusFrame& frame, int32_t& seconds);
 
  private:

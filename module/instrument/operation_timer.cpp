@@ -3,7 +3,8 @@
 namespace rvx {
 namespace {
 
-// Operations of one group share their running time: going from one to the next goes on counting.
+// Operations of one group share their running time: the count goes on from one operation to the
+// next.
 enum class Group {
   None,
   AdjustCurrent,

@@ -5,7 +5,7 @@
 
 namespace rvx {
 
-// What the operations count from; all in seconds.
+// The times from which the operations count down; all in seconds.
 struct OperationTimes {
   int32_t preconditionTime = 0;
   int32_t sentInjectionTime = 0;
@@ -13,13 +13,13 @@ struct OperationTimes {
   int32_t rotorTime = 0;
 };
 
-// Steps once a second by the instrument's int count, which advances each half second. Not for two
-// threads at once.
+// Steps once a second by the instrument's int count, which advances each half second. One thread at
+// a time.
 class OperationTimer {
  public:
   // True if the seconds count down.
   bool Update(uint16_t intCount, uint8_t operation, const OperationTimes& times, int32_t& seconds);
-  // What the last Update said.
+  // The result of the last Update again.
   bool Read(int32_t& seconds) const;
 
  private:

@@ -11,13 +11,12 @@
 
 namespace rvx {
 
-// A queue of jobs, in the place of the hidden window to which messages would be posted. The host
-// offers only calls that wait for the user-interface thread. A thread of this class, started with
-// the first job, makes those calls, so that Post returns at once.
+// A queue of jobs. The host offers only calls that wait for the user-interface thread. A thread of
+// this class, started with the first job, makes those calls, so that Post returns at once.
 class PostedJobs {
  public:
   PostedJobs() = default;
-  // Runs what was posted, then ends its thread.
+  // Runs the jobs that were posted, then ends the thread.
   ~PostedJobs();
   PostedJobs(const PostedJobs&) = delete;
   PostedJobs& operator=(const PostedJobs&) = delete;

@@ -20,8 +20,8 @@ class RecordWriter {
   RecordWriter& Int(int32_t value) { return Raw(platform::FormatText("%d", value)); }
   RecordWriter& Double(double value) { return Raw(platform::FormatText("%.15f", value)); }
   RecordWriter& Date(const platform::Date& date) { return Raw(platform::FormatEnglishDate(date)); }
-  // A text as it is, but for the characters of `reserved` and zero bytes: those separate fields
-  // or lines of the texts that this one becomes a part of, so they are written as blanks.
+  // A text as it is, except that the characters of `reserved` and zero bytes are written as blanks:
+  // they separate fields or lines of the texts that this text becomes a part of.
   RecordWriter& Text(std::string_view value, std::string_view reserved) {
     return Raw(WithoutReserved(value, reserved));
   }
@@ -33,7 +33,7 @@ class RecordWriter {
     }
     return safe;
   }
-  // A text that is known to hold no separator.
+  // A text that is known to contain no separator.
   RecordWriter& Raw(std::string_view value) {
     text_ += value;
     text_ += separator_;
@@ -58,7 +58,7 @@ class RecordReader {
   int32_t Int() { return platform::ParseLeadingInt(Text()); }
   double Double() { return platform::ParseLeadingDouble(Text()); }
   platform::Date Date() { return platform::ParseDate(Text()); }
-  // Passes over fields that are not taken.
+  // Skips fields that are not taken.
   void Skip(size_t count) { next_ += count; }
 
  private:

@@ -17,21 +17,21 @@ struct SavedConstants {
   CellConstantValues values;  // what the report prints and recalculates with
   platform::Date date;        // to be shown: the new one, or the old one when nothing was stored
   bool stored = false;
-  std::string reason;  // the archive's, when it was not stored
+  std::string reason;  // from the archive, why it was not stored
 };
 
-// The right to save: level 10 for one temperature, level 100 for all of them. Nothing if the
-// present user has it; otherwise why not, for people.
+// Checks the right to save: level 10 for one temperature, level 100 for all of them. Returns
+// nothing if the present user has it; otherwise why not, for people.
 std::optional<std::string> FindSaveRefusal(std::optional<int> temperatureIndex);
 
 // Reads B0, B1 and B2 from their texts and puts them with the date `now` (local time) into a slot
 // of kCalibrationTemperatures, or into all that the instrument offers; constants that are all
 // exactly 0 get the date of a cell that was never calibrated. Then stores the instrument and tells
-// the host. When the archive refuses, `dateIndex` gets its old date back; constants and other dates
+// the host. When the archive fails, `dateIndex` gets its old date back; constants and other dates
 // are in force all the same, and closing the instrument stores them if the archive works by then.
-// Whoever called tells the user, and may put the constants back. `dateIndex` is
-// the temperature that a screen shows: the slot itself unless all are meant. Any thread.
-// Without the right nothing is changed. InvalidException for an index that is no slot.
+// The caller tells the user, and may put the constants back. `dateIndex` is the temperature that a
+// screen shows: the slot itself unless all are meant. Any thread. Without the right nothing is
+// changed. Throws InvalidException for an index that is not a slot.
 SavedConstants SaveCellConstants(C_RVX& instrument, std::optional<int> temperatureIndex,
                                  int dateIndex, const CalibrationTexts& texts,
                                  const platform::Date& now);

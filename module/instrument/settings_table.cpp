@@ -13,13 +13,13 @@ namespace {
 
 using platform::FormatText;
 
-// On screen a number field's limits lie one step outside of what it takes, so an end at which a
-// screen stops short is open here.
+// The limits of a screen's number field are themselves not accepted there, so such an end is open
+// here.
 constexpr SettingRange Closed(double least, double most) { return {least, most, false, false}; }
 constexpr SettingRange Below(double least, double most) { return {least, most, false, true}; }
 constexpr SettingRange Between(double least, double most) { return {least, most, true, true}; }
 
-// What a byte of a command holds.
+// The range of one byte in a command, in seconds.
 constexpr SettingRange kSeconds = Closed(0, 255);
 
 using Config = ConfigurationFields;
@@ -59,7 +59,7 @@ constexpr Setting kSettings[] = {
      .decimals = 6,
      .integerDigits = 1,
      .isZeroDoubtful = true},
-    // The search for a temperature's counts divides by it.
+    // The search for the counts of a temperature divides by this value.
     {.key = "probe-a1",
      .label = "a1 :",
      .unit = "",
@@ -213,7 +213,7 @@ constexpr Setting kSettings[] = {
      .kind = Kind::Folder,
      .group = Group::Tray,
      .field = &TestParameters::saveLocation},
-    // Moves every reading of the cell, so it is the service's alone.
+    // Changes every reading of the cell, so only the service may change it.
     {.key = "temperature-offset",
      .label = "Temperature Offset (C) :",
      .unit = "degC",
@@ -420,7 +420,7 @@ bool AcceptsNumber(const Setting& setting, double value) {
            kInjectionTemperatures.end();
   }
   const SettingRange& range = setting.range;
-  // Written so that what is no number is in no range.
+  // Written so that NaN is in no range.
   const bool isAbove = range.isLeastOpen ? value > range.least : value >= range.least;
   const bool isBelow = range.isMostOpen ? value < range.most : value <= range.most;
   if (!isAbove || !isBelow) return false;

@@ -1,5 +1,5 @@
-// The settings of an instrument, each said once: its names, what it accepts, who may change it, and
-// where it is kept. Screens, command line, import and printout take everything from here.
+// The settings of an instrument, each declared once: its names, what it accepts, who may change it,
+// and where it is kept. Screens, command line, import and printout take everything from here.
 #pragma once
 
 #include <array>
@@ -19,10 +19,10 @@ enum class SettingKind {
   Decimal,  // a number in a range
   Choice,   // one of kInjectionTemperatures
   Switch,   // on or off
-  Name,     // a text of its own: not empty, without quotes and commas
+  Name,     // a name: not empty, without quotes and commas
   Text,     // any text
   Folder,   // a folder that exists, kept with its trailing separator
-  Count     // a whole number of the program's own; kNeverChecked and more is "never"
+  Count     // a whole number that only the program counts; kNeverChecked and more is "never"
 };
 
 // The section of a screen or a sheet that shows a setting.
@@ -33,7 +33,7 @@ enum class SettingGroup {
   None         // on no screen: for programs and the service
 };
 
-// What a number may be. An open end lies outside itself.
+// The range of a number. An open end is itself not accepted.
 struct SettingRange {
   double least = 0.0;
   double most = 0.0;
@@ -41,7 +41,7 @@ struct SettingRange {
   bool isMostOpen = false;
 };
 
-// Where a setting is kept: a field of the configuration or of its test record; of an array it is
+// Where a setting is kept: a field of the configuration or of its test record; of an array it means
 // the first element.
 using SettingField =
     std::variant<int32_t ConfigurationFields::*, double ConfigurationFields::*,
@@ -59,12 +59,12 @@ struct Setting {
   SettingGroup group;
   SettingField field;
   SettingRange range = {};
-  int decimals = 0;       // of a number as it is shown, and the most that a screen lets be typed
-  int integerDigits = 0;  // the most that a screen lets be typed; 0 on no screen
+  int decimals = 0;       // of a number as it is shown, and the most that can be typed on a screen
+  int integerDigits = 0;  // the most that can be typed on a screen; 0 on no screen
   int32_t level = kLevelManager;  // needed for a change
-  // The models that have it; null: all.
+  // Whether a model has the setting; null: all have it.
   bool (*isOnModel)(char modelCode) = nullptr;
-  // Whether 0 makes every temperature wrong, so that a screen asks before it stores it.
+  // Whether a value of 0 makes every temperature wrong, so that a screen asks before it stores 0.
   bool isZeroDoubtful = false;
 };
 
@@ -72,23 +72,23 @@ struct Setting {
 inline constexpr std::array<double, 11> kInjectionTemperatures = {25, 20,  15,  10,  5,  0,
                                                                   -5, -10, -15, -20, -25};
 
-// All of them, in the order in which people see them.
+// All settings, in the order in which people see them.
 std::span<const Setting> GetSettingsTable();
 // Null for an unknown key.
 const Setting* FindSetting(const std::string& key);
 
 // What may be written, for messages: "0 to 255". The ends are numbers that are accepted.
 std::string AcceptedText(const Setting& setting);
-// Whether a field with this number may be stored. Numbers of a screen's settings with more decimals
-// than can be typed there are not accepted.
+// Whether a field with this number may be stored. For a setting on a screen, numbers with more
+// decimals than can be typed there are not accepted.
 bool AcceptsNumber(const Setting& setting, double value);
 
 // The next three work on a working copy, or on the fields of a record between Lock and Unlock.
 
 // The value as text, with a point as decimal sign.
 std::string ReadSetting(const Setting& setting, const ConfigurationFields& record);
-// False if the text is not accepted, the record's model has no such setting or nobody may write it;
-// then nothing is written. The level is the caller's to check.
+// Returns false and writes nothing if the text is not accepted, the record's model has no such
+// setting or nobody may write it. The caller checks the level.
 bool WriteSetting(const Setting& setting, ConfigurationFields& record, const std::string& text);
 // Copies the exact value, digits that are not shown included.
 void CopySetting(const Setting& setting, ConfigurationFields& to, const ConfigurationFields& from);

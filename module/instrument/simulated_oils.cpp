@@ -25,7 +25,7 @@ double CelsiusOfNewInstrument(uint16_t counts) {
                              kUsualTemperatureOffset);
 }
 
-// Another noise at each start, but the same one again under a virtual clock that starts at a fixed
+// The noise differs at each start, but is the same under a virtual clock, which starts at a fixed
 // date.
 uint64_t MakeSeed(const std::string& text) {
   uint64_t seed = static_cast<uint64_t>(platform::LocalNow().ToMilliseconds());

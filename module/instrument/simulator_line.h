@@ -12,11 +12,11 @@ class RotorModel;
 }
 
 // Owns the simulator. Its replies reach the watcher as a port's bytes do, on a thread of the
-// simulator's.
+// simulator.
 class SimulatorLine {
  public:
   // `watcher` is not owned; after the destructor it is not called any more. A null `rotorModel`
-  // means the usual one.
+  // means the default one.
   SimulatorLine(PortWatcher& watcher, std::unique_ptr<simulator::RotorModel> rotorModel);
   ~SimulatorLine();
   SimulatorLine(const SimulatorLine&) = delete;

@@ -40,7 +40,7 @@ bool StandardsInUse::Read() {
   return isRead;
 }
 
-// Null if the archive failed. Without the lock, since the archive may take its time.
+// Null if the archive failed. Called without the lock, since the archive may take long.
 std::unique_ptr<CStandardsMap> StandardsInUse::ReadList() const {
   const bool lowTemperature = configuration_.GetSlotCount() == kCalibrationSlots;
   try {

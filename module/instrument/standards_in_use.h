@@ -12,11 +12,11 @@ namespace rvx {
 
 class CStandardsMap;
 
-// Any thread. A list lives as long as this object, also when a newer one has taken its place: a
-// dialog may still look at it.
+// Any thread. A list lives as long as this object, also after a newer one has replaced it: a dialog
+// may still use it.
 class StandardsInUse {
  public:
-  // `configuration` says which temperatures count; not owned, must outlive this.
+  // `configuration` says which temperatures are in use; not owned, must outlive this.
   explicit StandardsInUse(const ConfigurationRecord& configuration);
   ~StandardsInUse();
   StandardsInUse(const StandardsInUse&) = delete;
@@ -24,8 +24,8 @@ class StandardsInUse {
 
   // The list in use, read from the archive if there is none; null if the archive failed.
   CStandardsMap* Get();
-  // Reads the list from the archive and puts it into use: false if the archive failed, and then
-  // none is in use.
+  // Reads the list from the archive and puts it into use. Returns false if the archive failed; no
+  // list is in use then.
   bool Read();
 
  private:
@@ -35,7 +35,7 @@ class StandardsInUse {
 
   platform::PlainLock lock_{"standards", platform::kLeafRank};
   CStandardsMap* inUse_ GUARDED_BY(lock_) = nullptr;  // one of lists_
-  // Two threads may read at once: what was begun before the list in use is not put into use.
+  // Two threads may read at once: a read that began before that of the list in use is discarded.
   uint64_t begunReads_ GUARDED_BY(lock_) = 0;
   uint64_t readInUse_ GUARDED_BY(lock_) = 0;
   std::vector<std::unique_ptr<CStandardsMap>> lists_ GUARDED_BY(lock_);  // all in use so far

@@ -1,4 +1,5 @@
-// The status frames of an instrument: the last one, the ones before it, and who waits for the next.
+// The status frames of an instrument: the last one, the ones before it, and the events of threads
+// that wait for the next.
 #pragma once
 
 #include <array>
@@ -16,7 +17,7 @@
 namespace rvx {
 
 // Status frames that are kept for threads that run late: two minutes of a run. A thread that is
-// held up for longer loses readings.
+// later than that loses readings.
 inline constexpr size_t kStatusHistory = 256;
 
 // Any thread, except where an operation says otherwise.
@@ -24,14 +25,14 @@ class StatusHistory {
  public:
   // Adds a frame that has just come. On the thread that hands over received bytes.
   void Keep(const StatusRecord& record);
-  // A reply that carries no status leaves its tag in the last frame; `tag` has two letters.
+  // Puts the tag of a reply that carries no status into the last frame; `tag` has two letters.
   void SetLastTag(std::string_view tag);
 
   // The last frame; one with the sequence 0 before any has come.
   StatusFrame Last();
-  // The frame that follows number `sequence`, which becomes that frame's number: true. The last
-  // frame again if none follows: false. A thread that is more than kStatusHistory frames late goes
-  // on with the oldest one that is kept.
+  // Gets the frame that follows number `sequence`, sets `sequence` to its number and returns true.
+  // If none follows, gets the last frame again and returns false. A thread that is more than
+  // kStatusHistory frames late goes on with the oldest one that is kept.
   bool Next(uint64_t& sequence, StatusFrame& frame);
   // Status frames received so far.
   uint64_t GetSequence();

@@ -1,5 +1,5 @@
-// The live panel of an instrument that the host embeds in a window of its own, as far as the
-// instrument needs to know it. A program with a window implements it.
+// The live panel of an instrument that the host embeds in one of its windows, as an interface for
+// the instrument. A program with windows implements it.
 #pragma once
 
 #include <cstdint>
@@ -37,10 +37,10 @@ class StatusWindow {
 // Makes a panel as a visible child of a window of the host; null if it can't be made.
 using StatusWindowMaker = std::unique_ptr<StatusWindow> (*)(WindowHandle* parent);
 
-// The maker in force, null without one.
+// The maker that is set, null if there is none.
 StatusWindowMaker GetStatusWindowMaker();
 
-// Sets it; null takes it away.
+// Sets the maker; null removes it.
 void SetStatusWindowMaker(StatusWindowMaker maker);
 
 }  // namespace rvx

@@ -4,7 +4,7 @@ namespace rvx {
 
 WindowHandle* StatusWindowHolder::Show(WindowHandle* parent) {
   platform::RecursiveGuard guard(lock_);
-  // An open window is the one that is answered; one that went with its parent is made anew.
+  // Returns an open window; a window that was destroyed with its parent is made anew.
   if (window_) {
     if (WindowHandle* open = window_->GetHandle()) return open;
   }

@@ -14,10 +14,10 @@ namespace rvx {
 
 class StatusWindowHolder {
  public:
-  // `read` gives what the window shows; called with the window's lock held.
+  // `read` returns what the window shows; called with the window's lock held.
   explicit StatusWindowHolder(std::function<StatusReadings()> read) : read_(std::move(read)) {}
 
-  // The window as a child of `parent`; the one that is open, if there is one. Null if it can't be
+  // Makes the window as a child of `parent`, or returns the one that is open. Null if it can't be
   // made. User-interface thread.
   WindowHandle* Show(WindowHandle* parent);
   // User-interface thread.

@@ -14,7 +14,7 @@ using TestGuard = platform::RecursiveGuard;
 
 constexpr char kSeparator = '\t';
 constexpr size_t kFieldCount = 53;
-// With this many the csv flag and the save location stay as they are.
+// A text with only this many leaves the csv flag and the save location as they are.
 constexpr size_t kMinFieldCount = 51;
 
 }  // namespace
@@ -32,7 +32,7 @@ TestRecord& TestRecord::operator=(const TestRecord& other) {
 }
 
 void TestRecord::SetDefaults() {
-  // Asked before the lock is taken: the host is not called with a record locked.
+  // Read before the lock is taken: the host is not called with a record locked.
   std::string folder;
   GetArchiveManager()->GetDefaultName(folder);
 

@@ -34,8 +34,8 @@ struct TestParameters {
   int32_t sentInjectionTime = 0;  // s, of the last CST or CMC; not stored
 };
 
-// The record's own lock makes each operation whole against the other operations. Single values are
-// read and written without it: whoever does so has the record alone, or holds the lock of the
+// The record's own lock makes each operation atomic against the other operations. Single values are
+// read and written without it: the caller is the only user of the record, or holds the lock of the
 // object that the record is a member of. That is where the guard is declared
 // (ConfigurationRecord::fields, C_RVXViscAction::testRecord_), so the compiler checks each access.
 class TestRecord : public TestParameters {

@@ -11,7 +11,7 @@
 namespace rvx {
 namespace {
 
-// A tray is not started above this cell temperature, in degrees C.
+// A tray is started only below this cell temperature, in degrees C.
 constexpr double kWarmestStart = 10.0;
 
 // `textId`: the instrument's text that says why the tray was not started.
@@ -28,7 +28,7 @@ constexpr double kWarmestStart = 10.0;
 int32_t TrayController::Start(TrayWatcher* watcher) {
   const ActionErrorRecord record = instrument_.MakeErrorRecord();
   if (CurrentRun()) Raise(instrument_, record, kTextTrayInUse, 0);
-  // Asked this way round: a temperature that is no number is not below the limit.
+  // Negated so that NaN does not pass.
   if (!(instrument_.GetTemperature() < kWarmestStart)) {
     Raise(instrument_, record, kTextCellTooWarm, 0);
   }
@@ -39,7 +39,7 @@ int32_t TrayController::Start(TrayWatcher* watcher) {
     run->instrument = &instrument_;
   }
   {
-    // Two starts at once may both have passed the first test.
+    // Two simultaneous starts may both have passed the first check.
     platform::PlainGuard guard(runLock_);
     if (!run_) run_ = run;
   }
@@ -101,7 +101,7 @@ void TrayController::Abort() {
     if (run->instrument == nullptr) return;  // it ended, or another abort came first
     watcher = std::exchange(run->watcher, nullptr);
     run->instrument = nullptr;
-    // First: a host that sees no run any more fills the tray anew.
+    // Before the run is forgotten: a host that sees no run any more may fill the tray anew.
     removed = instrument_.EmptyTray(std::move(empty));
     {
       const ConfigurationGuard configurationGuard(instrument_.configuration());
@@ -111,7 +111,7 @@ void TrayController::Abort() {
   }
   run->abort.Set();
   // After the locks are released: a running action's thread may be in a call to the watcher, which
-  // wants the TrayRun's lock, and stopping it waits for that call.
+  // takes the TrayRun's lock, and stopping the action waits for that call.
   for (const std::shared_ptr<Action>& action : removed) action->Stop();
   removed.clear();
   if (watcher != nullptr) {

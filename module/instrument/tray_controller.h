@@ -19,15 +19,16 @@ class TrayController {
  public:
   explicit TrayController(C_RVX& instrument) : instrument_(instrument) {}
 
-  // Starts the tray thread, 1; raises ActionException if a tray runs already, the cell is too warm
-  // or no thread can be started.
+  // Starts the tray thread and returns 1. Throws ActionException if a tray runs already, the cell
+  // is too warm or no thread can be started.
   int32_t Start(TrayWatcher* watcher);
   // Only while the tray runs and is not paused. now: at once; else after the present position.
   void Pause(bool now);
   void Resume();
-  // Ends the run: the watcher hears TrayFinished, the tray is empty, running actions are stopped.
+  // Ends the run: calls TrayFinished of the watcher, empties the tray, stops running actions.
   void Abort();
-  // Asks how to pause, unless the tray is in its first or last stage: true if it will pause.
+  // Asks the user how to pause, unless the tray is in its first or last stage. Returns true if the
+  // tray will pause.
   bool QueryPause();
 
  private:

@@ -21,8 +21,8 @@ CActionWatcher::~CActionWatcher() {
   if (started_.TryWait()) finished_.Wait();
 }
 
-// The watcher is called with the TrayRun's lock held: that is what promises the host that nothing
-// follows TrayFinished. The lock is recursive and comes before all that a watcher may want.
+// The watcher is called with the TrayRun's lock held: this ensures that no call follows
+// TrayFinished. The lock is recursive and has a lower rank than every lock that a watcher may take.
 void CActionWatcher::ActionStarted(std::string context) {
   started_.Set();
   const std::optional<int32_t> position = PositionOfFirstTray(context);

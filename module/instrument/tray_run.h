@@ -14,12 +14,12 @@ namespace rvx {
 
 class C_RVX;
 
-// Shared by std::shared_ptr, so neither side has to know who lets go last.
+// Shared by std::shared_ptr, so neither side has to know which of them releases it last.
 struct TrayRun {
   explicit TrayRun(platform::RecursiveLock& runsLock) : lock(runsLock) {}
 
-  // One for all runs of an instrument, which outlives them: a host may abort a run and start the
-  // next one from inside a watcher's call, and then has both in its hands.
+  // One lock for all runs of an instrument, which outlives them: a host may abort a run and start
+  // the next one from inside a watcher's call, and both records are then locked at the same time.
   platform::RecursiveLock& lock;
   TrayWatcher* watcher GUARDED_BY(lock) = nullptr;  // null: none, or taken by an abort
   // Null once an abort or the normal end has taken the run away: from then on the tray thread must

@@ -25,7 +25,7 @@ void TrayThread::Run() {
     run_->Tell("TrayStarted", &TrayWatcher::TrayStarted, 0);
   }
   PromptForCheckStandard();
-  // Each answers false when the run was aborted: Abort has done all the rest then.
+  // Each returns false when the run was aborted: Abort has done the rest then.
   if (RunOwnAction(kPreconditionMotorAction, platform::Milliseconds(0)) && RunPositions() &&
       RunOwnAction(kMoveStepperAction, kBetweenPositions)) {
     Finish();
@@ -118,8 +118,8 @@ bool TrayThread::RunPositions() {
       case StartResult::Aborted:
         return false;
     }
-    // Also after a normal end: it waits out the last lines of the action's thread, so that no run
-    // is going on while the watcher is called.
+    // Also after a normal end: waits until the run of the action's thread is over, so that no run
+    // is in progress while the watcher is called.
     action->Stop();
     if (end == Wait::Aborted) return false;
     if (end == Wait::PauseNow) {
@@ -140,7 +140,7 @@ void TrayThread::Finish() {
   {
     platform::RecursiveGuard guard(run_->lock);
     if (run_->instrument == nullptr) return;
-    // First: a host that sees no run any more fills the tray anew.
+    // Before the run is forgotten: a host that sees no run any more may fill the tray anew.
     removed = instrument_.EmptyTray(std::move(empty));
     {
       const ConfigurationGuard configurationGuard(instrument_.configuration());
@@ -164,7 +164,7 @@ TrayThread::StartResult TrayThread::StartAction(Action& action, CActionWatcher& 
   {
     // The test and the start under one lock: an abort comes either before both or after both. The
     // tray's lock is not needed, since the action is held, and an empty position calls the watcher
-    // from inside its start, which may want the locks that come before the tray's.
+    // from inside its start, which may take locks of a lower rank than the tray's.
     platform::RecursiveGuard guard(run_->lock);
     if (run_->instrument == nullptr) return StartResult::Aborted;
     if (IsReady()) {
@@ -194,8 +194,8 @@ TrayThread::StartResult TrayThread::HandleStartFailure(CViscoException* failure)
   const ActionErrorRecord record = owned->GetRecord();
   C_RVX::ReportError(record);
   if (record.kind != 0) return StartResult::LeaveStage;
-  // Shown as a pause like any other: that is what lets ResumeTray end it. The events of the request
-  // are taken back by the resume.
+  // Shown as a pause like any other, so that ResumeTray can end it. The resume resets the events of
+  // the request.
   controller_.Pause(true);
   return PauseBlock() ? StartResult::GoOn : StartResult::Aborted;
 }

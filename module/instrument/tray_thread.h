@@ -24,27 +24,27 @@ class TrayThread {
     Started,
     NotReady,    // reported, and the tray is asked to pause at once
     GoOn,        // failed; after a pause if it was a failure that a person can mend
-    LeaveStage,  // failed with a computer or instrument failure: no use in going on with this stage
+    LeaveStage,  // failed with a computer or instrument failure: the stage is given up
     Aborted
   };
 
   bool HasFilledPosition();
   void PromptForCheckStandard();
-  // The first and the last stage: an action of the tray's own, started anew after each pause.
-  // False: aborted.
+  // The first and the last stage: an action that belongs to no position, started anew after each
+  // pause. Returns false if the run was aborted.
   bool RunOwnAction(int actionIndex, platform::Milliseconds sleepBefore);
   bool RunPositions();
   void Finish();
 
-  // `action` is started with `context` if the instrument is ready; else the pause is asked for and
-  // the failure reported for `errorTray` and `errorPosition`.
+  // Starts `action` with `context` if the instrument is ready; else requests the pause and reports
+  // the failure for `errorTray` and `errorPosition`.
   StartResult StartAction(Action& action, CActionWatcher& watcher, const std::string& context,
                           int32_t errorTray, int32_t errorPosition);
   StartResult HandleStartFailure(CViscoException* failure);
   Wait WaitForAction(CActionWatcher& watcher);
-  // Shows the tray as paused until a resume. False: aborted.
+  // Shows the tray as paused until a resume. Returns false if the run was aborted.
   bool PauseBlock();
-  // False when an abort came first.
+  // Returns false if an abort came first.
   bool SleepUnlessAborted(platform::Milliseconds duration);
   bool IsReady();
   bool OnlyEmptyBehind(int32_t position);

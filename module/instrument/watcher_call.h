@@ -1,5 +1,5 @@
-// Calls of the host's watchers. What a watcher raises must neither end the run that it watches nor
-// the program with it: an instrument would be left alone in the middle of a test.
+// Calls of the host's watchers. An exception of a watcher must end neither the run that it watches
+// nor the program: the instrument would be left without supervision in the middle of a test.
 #pragma once
 
 #include <exception>
@@ -11,12 +11,12 @@ namespace rvx {
 
 class C_RVX;
 
-// Reports a watcher's failure to the host's user. `instrument` may be null. Raises nothing.
+// Reports a watcher's failure to the host's user. `instrument` may be null. Throws nothing.
 void ReportWatcherFailure(C_RVX* instrument, const std::string& call, const std::string& reason);
-// What a caught exception says for people; deletes it.
+// Returns the message of a caught exception, for people; deletes the exception.
 std::string TakeExceptionText(platform::CException* raised);
 
-// Calls `call`, which calls the watcher's operation of the name `name`; raises nothing. Any thread,
+// Calls `call`, which calls the watcher's operation of the name `name`; throws nothing. Any thread,
 // with the locks that its watcher's calls are made under.
 template <class Call>
 void CallWatcher(C_RVX* instrument, const char* name, const Call& call) {
