@@ -27,7 +27,7 @@ constexpr std::array kScreenClasses = {
     ScreenClass{kTempVerifyAction, 555},
 };
 
-// A table entry's function has no state of its own, so there is one for each screen class.
+// A table entry is a plain function without state, so each screen action needs its own.
 template <size_t kPlace>
 std::unique_ptr<Action> MakeScreen(C_RVX& instrument) {
   constexpr const ScreenClass& kClass = kScreenClasses[kPlace];

@@ -57,7 +57,7 @@ void CBaseAction::Start(ActionWatcher* watcher, const std::string& context) {
       tray = tray_ = CountFromOne(place->tray);
       position = position_ = CountFromOne(place->position);
     }
-    // A screen has time: measuring threads go first.
+    // Screens are not urgent: measuring threads take precedence.
     failure = Launch(watcher, context, tray_, position_, "screen", platform::ThreadPriority::Lowest,
                      ViewThread, RunKind::Screen);
   }
@@ -75,8 +75,8 @@ CBaseAction::StartFailure CBaseAction::Launch(ActionWatcher* watcher, const std:
   if (launch_ != nullptr) return StartFailure::Running;
   auto record = std::make_shared<LaunchRecord>(instrument_, this, watcher, context, tray, position,
                                                kind == RunKind::DrivesInstrument);
-  // Made here and not on the thread, so that the instrument can't be gone before the thread begins;
-  // it goes with the thread's function.
+  // Made here and not on the thread, so that the instrument can't be destroyed before the thread
+  // begins; it is released with the thread's function.
   auto use = std::make_shared<InstrumentUse>(instrument_);
   launch_ = record;
   try {
@@ -125,9 +125,9 @@ void CBaseAction::StopRun() {
   if (launch == nullptr) return;
   ActionWatcher* watcher;
   {
-    // Whoever takes the watcher out of the record, a stopper or the thread, tells it of the end, so
-    // it hears that once. The record's lock comes before the action's, hence the two separate
-    // holds.
+    // The thread that takes the watcher out of the record, a stopping one or the run's, tells it of
+    // the end, so the watcher is told once. The record's lock ranks below the action's, so the two
+    // locks are taken one after the other.
     platform::RecursiveGuard guard(launch->lock);
     watcher = std::exchange(launch->watcher, nullptr);
     const bool runs = std::exchange(launch->action, nullptr) != nullptr;

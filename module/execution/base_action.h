@@ -17,9 +17,9 @@ namespace rvx {
 
 class C_RVX;
 
-// As it stands, an action with a screen: Start opens the screen of GetScreenMaker and watches it.
-// A class that can be made calls StopRun at the beginning of its destructor, because the thread may
-// be calling one of its own operations until then.
+// By itself an action with a screen: Start opens the screen of GetScreenMaker and watches it. A
+// concrete class calls StopRun at the beginning of its destructor, because the thread may be
+// calling one of its own operations until then.
 class CBaseAction : public Action, public UserInterfaceClient {
  public:
   // `instrument` is not owned and must outlive the action. `labelId`: string of the label. Loads
@@ -29,8 +29,8 @@ class CBaseAction : public Action, public UserInterfaceClient {
   CBaseAction(const CBaseAction&) = delete;
   CBaseAction& operator=(const CBaseAction&) = delete;
 
-  // Waits for a watcher's call that is under way, and for the storing of a sample. Not under a lock
-  // of the instrument.
+  // Waits for a watcher's call in progress, and for the storing of a sample. The caller holds no
+  // lock of the instrument.
   void Stop() override;
   void Start(ActionWatcher* watcher, const std::string& context) override;
   int32_t IsConfigured() override;
@@ -52,22 +52,22 @@ class CBaseAction : public Action, public UserInterfaceClient {
 
   FrameWindow* PerformCreation() override { return nullptr; }
   int32_t LoadResources() override;
-  // What makes the action's screen, null where it has none. The maker must not use this object: it
-  // is called without a lock, so that its screen may ask the person something, and a stop may have
-  // taken the action away by then.
+  // The function that makes the action's screen, null where it has none. The maker must not use
+  // this object: it is called without a lock, so that its screen may ask the user something, and
+  // the action may have been stopped and deleted by then.
   virtual ScreenMaker GetScreenMaker() { return nullptr; }
 
   // Ends a run that nobody has stopped: tells the watcher, then lets the action be started again.
-  // The run's thread calls it; nothing happens for a record that is detached.
+  // Called on the run's thread; does nothing for a detached record.
   //
-  // The action lets go of the record only behind the watcher's call: until then a stopper finds the
-  // record and waits for its lock, so behind a Stop no call is under way.
+  // The action releases the record only after the watcher's call: until then a Stop finds the
+  // record and waits for its lock, so no call is in progress after a Stop.
   static void FinishRun(LaunchRecord& record);
 
  protected:
   enum class StartFailure { None, Running, BadContext, NoThread };
   using RunFunction = void (*)(LaunchRecord& record);
-  // A screen does nothing with the instrument by itself.
+  // A screen gives the instrument nothing to do by itself.
   enum class RunKind { DrivesInstrument, Screen };
 
   // Ends the run, if there is one, as Stop does.
@@ -76,7 +76,8 @@ class CBaseAction : public Action, public UserInterfaceClient {
   StartFailure Launch(ActionWatcher* watcher, const std::string& context, int tray, int position,
                       const char* threadName, platform::ThreadPriority priority, RunFunction run,
                       RunKind kind = RunKind::DrivesInstrument) REQUIRES(lock_);
-  // Raises ActionException with this record, text and code of a failure to start filled in.
+  // Throws ActionException with this record, in which it fills in text and code of a failure to
+  // start.
   [[noreturn]] void Raise(ActionErrorRecord record, StartFailure failure);
 
   platform::RecursiveLock lock_{"action", kActionLockRank};

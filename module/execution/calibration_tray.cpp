@@ -18,7 +18,7 @@ int32_t GetRotorTime(C_RVX& instrument) {
 
 std::shared_ptr<Action> MakeStandardAction(C_RVX& instrument,
                                            const CalibrationTrayPosition& position) {
-  // Without constants the first kind is the one for oils that are known.
+  // Without constants the first kind is the one for oils of known viscosity.
   const int32_t kind =
       instrument.HasCellConstants(kAnyTemperature) ? kSecondSampleKind : kFirstSampleKind;
   std::shared_ptr<Action> action(instrument.CreateSampleAction(kind));
@@ -43,7 +43,7 @@ TrayFilling FillCalibrationTray(C_RVX& instrument, const CalibrationTrayPlan& pl
     size = static_cast<size_t>(tray.GetSize());
   }
   if (plan.positions.size() > size) return TrayFilling::TooLong;
-  // Made before the lock is taken, which making an action must not wait for.
+  // Made before the tray's lock is taken: making an action waits for the user-interface thread.
   std::vector<std::shared_ptr<Action>> actions;
   for (size_t i = 0; i < size; ++i) {
     if (i < plan.positions.size()) {

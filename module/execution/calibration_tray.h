@@ -14,9 +14,9 @@ enum class TrayFilling {
 };
 
 // Fills the tray from its first position on with a Verify Known Viscosity action for each position
-// of the plan; all others become empty, whatever stood there. Tells the host. Unless it is done the
-// tray is as it was. Call it while the instrument is idle, where GetStandards may be called, with
-// no lock held.
+// of the plan; all others become empty, whatever they contained. Tells the host. The tray is
+// unchanged unless the result is Done. Call it while the instrument is idle, on a thread that may
+// call GetStandards, with no lock held.
 TrayFilling FillCalibrationTray(C_RVX& instrument, const CalibrationTrayPlan& plan);
 
 }  // namespace rvx

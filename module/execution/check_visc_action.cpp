@@ -8,7 +8,7 @@ namespace {
 
 constexpr int kLabelId = 611;
 constexpr int32_t kInjectionTime = 240;  // s
-// A test whose viscosity nobody entered still counts as one of known viscosity.
+// So that a test whose viscosity was not entered still counts as one of known viscosity.
 constexpr double kUnenteredViscosity = 1.0;  // mPa*s
 
 }  // namespace

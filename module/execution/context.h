@@ -13,8 +13,8 @@ struct ActionPlace {
   int position = 0;
 };
 
-// Reads a context: nothing if it has no comma. A part that is no number counts as 0, and what
-// follows a number is ignored, as the C runtime reads numbers.
+// Reads a context; returns nothing if it has no comma. A part that is not a number counts as 0, and
+// what follows a number is ignored, as the C runtime reads numbers.
 std::optional<ActionPlace> ParseContext(const std::string& context);
 
 // Whether it is tray 0 and one of the positions of the instrument's tray. Takes the configuration

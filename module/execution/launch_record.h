@@ -1,4 +1,4 @@
-// What an action and the thread of its run share.
+// The record that an action and the thread of its run share.
 #pragma once
 
 #include <memory>
@@ -19,9 +19,9 @@ class CBaseAction;
 // stopped or destroyed while its thread still runs. The instrument outlives the thread, since the
 // thread is registered there from before its start to its very end.
 //
-// The lock is held over the watcher's calls, so that a stopper who has detached the watcher knows
-// that no call is under way or to come. A watcher may stop or destroy the action from inside a call
-// (the lock is recursive), so after each call the thread looks at `watcher` and `action` again.
+// The lock is held during the watcher's calls, so once a stop has detached the watcher, no call is
+// in progress and none follows. A watcher may stop or destroy the action from inside a call (the
+// lock is recursive), so after each call the thread reads `watcher` and `action` again.
 struct LaunchRecord {
   LaunchRecord(C_RVX& ownInstrument, CBaseAction* ownAction, ActionWatcher* ownWatcher,
                std::string ownContext, int ownTray, int ownPosition, bool drives = true);
@@ -32,8 +32,8 @@ struct LaunchRecord {
   void ReportStarted();
   void ReportStatus(const std::string& text);
 
-  // Calls `send` with the lock held, unless the run was stopped: false. Behind a stop nothing that
-  // starts something can follow its CAB.
+  // Calls `send` with the lock held and returns true; returns false without a call if the run was
+  // stopped. So no command that starts something can follow the CAB of a stop.
   template <class Send>
   bool SendUnlessStopped(const Send& send) {
     platform::RecursiveGuard guard(lock);
@@ -54,18 +54,18 @@ struct LaunchRecord {
   // Whether the run gives the instrument something to do, which a stop then has to end.
   const bool drivesInstrument;
 
-  // Set once by the stopper; it stays set, so that nobody has to hand it on.
+  // Set once by a stop; it stays set, so that every wait for it sees it.
   platform::Event stopEvent{"action stop", platform::Event::Mode::ManualReset};
 
-  // What the record's screen has set moving; of screens alone.
+  // What the record's screen has set moving; used by screens only.
   ScreenMotion motion{instrument};
 
   platform::RecursiveLock lock{"launch record", kLaunchRecordLockRank};
   ActionWatcher* watcher GUARDED_BY(lock);  // not owned; null once detached
   CBaseAction* action GUARDED_BY(lock);     // not owned; null once detached
-  // Behind a stop the run sends nothing any more. The stopper has queued the CAB himself, since the
-  // run's thread may be held up for long (by a question to the user, say) and its CAB would then
-  // end a run that has been started meanwhile.
+  // After a stop the run sends nothing any more. The stop itself has queued the CAB, since the
+  // run's thread may be delayed for long (by a question to the user, for example) and its CAB would
+  // then end a run that has been started meanwhile.
   bool stopped GUARDED_BY(lock) = false;
   // The window of the record's screen; null before it is made and for runs without one.
   std::shared_ptr<FrameWindow> frame GUARDED_BY(lock);

@@ -16,7 +16,7 @@ class CMoveStepperAction final : public CBaseAction {
   explicit CMoveStepperAction(C_RVX& instrument);
   ~CMoveStepperAction() override { StopRun(); }
 
-  // Wants the context of tray 0 and of a position of the tray.
+  // Requires the context of tray 0 and of a position of the tray.
   void Start(ActionWatcher* watcher, const std::string& context) override;
   std::string GetClassName() override { return kClassKey; }
 };

@@ -1,4 +1,4 @@
-// The action that does nothing: it stands in each tray position that holds no sample.
+// The action that does nothing: it is in each tray position without a sample.
 #pragma once
 
 #include <string>

@@ -8,7 +8,7 @@
 namespace rvx {
 namespace {
 
-// Warmer than this the oil in the cell is too thin to be run in.
+// Above this the oil in the cell is too thin for preconditioning.
 constexpr double kPreconditionTemperature = -15.0;  // degrees C
 constexpr double kNearTarget = 0.5;                 // degrees C
 constexpr int64_t kMaxSeek = 300000;                // ms

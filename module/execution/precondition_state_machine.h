@@ -28,8 +28,8 @@ class CPMStateMachine final : public Sequencer {
     AwaitMotorEnd,     // for no operation: End. No time limit
     End                // the end
   };
-  // The three states that await a reply lead to an abort and to Start when it is overdue, the whole
-  // procedure again, and fail when no re-send is left.
+  // When a reply is overdue, the three states that await one send an abort and go back to Start, so
+  // the whole procedure runs again; they fail when no re-send is left.
 
   void SetState(State state);
   int32_t Act() override;

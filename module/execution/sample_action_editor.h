@@ -1,5 +1,5 @@
-// The editor of sample actions, as far as the actions need to know it. A program with a window puts
-// its dialogs behind this; without one an edit shows nothing.
+// The editor of sample actions, as an interface for the actions. A program with windows implements
+// it with its dialogs; without one an edit shows nothing.
 #pragma once
 
 namespace rvx {
@@ -19,15 +19,15 @@ class SampleActionEditor {
   virtual ~SampleActionEditor() = default;
   // Lets the user choose a calibration standard for an action that has never been edited.
   virtual StandardPick PickStandard(C_RVXViscAction& action) = 0;
-  // Lets the user edit the tests: true if they were accepted. `withKnownViscosity`: each test has a
-  // known viscosity.
+  // Lets the user edit the tests; returns true if they were accepted. `withKnownViscosity`: each
+  // test has a known viscosity.
   virtual bool EditTests(C_RVXViscAction& action, bool withKnownViscosity) = 0;
 };
 
-// The editor in force, null without one.
+// The editor that is set, null if there is none.
 SampleActionEditor* GetSampleActionEditor();
 
-// Sets it; null takes it away. The caller keeps it alive while it is set.
+// Sets the editor; null removes it. The caller keeps it alive while it is set.
 void SetSampleActionEditor(SampleActionEditor* editor);
 
 }  // namespace rvx

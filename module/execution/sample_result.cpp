@@ -24,7 +24,7 @@ constexpr double kCoolingGrowth = 1.36;
 constexpr double kWarmingShare = 1.08;
 
 double CoolingSeconds(double temperature) {
-  // kTemperatureOff, and what no program has written, take no longer than staying warm.
+  // kTemperatureOff, and values that are not a test temperature, count as no cooling at all.
   const double coldest = std::isfinite(temperature) ? std::clamp(temperature, -45.0, 25.0) : 25.0;
   return kCoolingSeconds * std::pow(kCoolingGrowth, (-15.0 - coldest) / 5.0);
 }
@@ -100,7 +100,7 @@ int EstimateRunSeconds(const TestRecord& test, int testCount) {
       seconds += kWarmingShare * CoolingSeconds(previous) + kMoveSeconds + test.injectionTime +
                  CoolingSeconds(target);
     } else {
-      // The oil in the cell is used once more, and nothing moves.
+      // The same oil is in the cell, and nothing moves.
       seconds += std::abs(CoolingSeconds(target) - CoolingSeconds(previous));
     }
     seconds += kSteadySeconds + std::max(test.coolDownTime, 0) +

@@ -1,5 +1,5 @@
-// What becomes of the readings of a run: averages, viscosity, the record that is stored, the csv
-// file. Plain functions, without locks; any thread.
+// The results made from the readings of a run: averages, viscosity, the record that is stored, the
+// csv file. Plain functions, without locks; any thread.
 #pragma once
 
 #include <array>
@@ -31,19 +31,19 @@ double CalculateViscosity(double b0, double b1, double b2, double speed);
 
 // "oil_-20.0C_820540800.csv": sample id, test temperature (degrees C), seconds since the beginning
 // of 2000 by the same clock as `now`. Separators of folders and control characters in the sample id
-// become "_": what somebody types as a sample's name must not choose another folder.
+// become "_": a typed sample id must not select another folder.
 std::string GetCsvFileName(const std::string& sampleId, double temperature,
                            const platform::Date& now);
 
 // The text of the file: a heading, then a row for each reading but the last.
 std::string MakeCsvText(const std::vector<double>& speeds, const std::vector<double>& temperatures);
 
-// Creates or replaces a file; a failure leaves no trace and no report, since the readings' result
-// is in the archive anyway.
+// Creates or replaces a file; a failure is not reported, since the result of the readings is in the
+// archive anyway.
 void WriteCsvFile(const std::string& path, const std::string& text);
 
-// The time that the tests of a sample will take, in seconds, moves and settling included: for
-// showing progress.
+// The time that the tests of a sample will take, in seconds, moves and settling included; used to
+// show progress.
 int EstimateRunSeconds(const TestRecord& test, int testCount);
 
 }  // namespace rvx

@@ -7,12 +7,12 @@ namespace rvx {
 
 class C_RVX;
 
-// What the exception in flight says, for people; takes over and deletes what is raised by pointer.
-// Call it inside a catch block. Never empty.
+// Returns the message of the exception being handled, for people; deletes one that was thrown by
+// pointer. Call it inside a catch block. Never empty.
 std::string DescribeRaised();
 
-// Tells the host's user that the screen was ended, and why. `instrument` may be null, where it may
-// be gone by now. Raises nothing. Any thread.
+// Tells the host's user that the screen was ended, and why. `instrument` is null where it may have
+// been destroyed. Throws nothing. Any thread.
 void ReportScreenFailure(C_RVX* instrument, const std::string& label, const std::string& reason);
 
 }  // namespace rvx

@@ -1,4 +1,4 @@
-// What a screen has set moving or turning, and the abort that has to end it.
+// The motion that a screen has started, and the abort that has to end it.
 #pragma once
 
 #include "module/instrument/lock_ranks.h"
@@ -9,8 +9,8 @@ namespace rvx {
 class C_RVX;
 
 // One for each started screen. A screen may be ended by its user, by a stop, by a failure or by an
-// instrument that closes, on three different threads; whoever comes first sends the CAB, and
-// nothing can be set moving after that. Any thread.
+// instrument that closes, on three different threads; the first of them sends the CAB, and no
+// motion can be started after it. Any thread.
 class ScreenMotion {
  public:
   // `instrument` must outlive it.
@@ -18,8 +18,8 @@ class ScreenMotion {
   ScreenMotion(const ScreenMotion&) = delete;
   ScreenMotion& operator=(const ScreenMotion&) = delete;
 
-  // Calls `send`, which queues the command that sets something moving. False, and nothing is sent,
-  // once the screen has ended.
+  // Calls `send`, which queues the command that starts a motion, and returns true. Once the screen
+  // has ended, returns false without a call.
   template <class Send>
   bool Begin(const Send& send) {
     platform::PlainGuard guard(lock_);
@@ -28,11 +28,12 @@ class ScreenMotion {
     moving_ = true;
     return true;
   }
-  // Sends CAB if something moves.
+  // Sends CAB if a motion was begun and has not ended.
   void Halt();
-  // What moved has come to rest by itself: nothing is left to end.
+  // Notes that the motion has ended by itself, so that no CAB is needed.
   void NoteRest();
-  // The screen ends: Halt, and Begin sends nothing any more. Further calls do nothing.
+  // Call it when the screen ends: does what Halt does, and Begin sends nothing any more. Further
+  // calls do nothing.
   void End();
   bool IsMoving();
 

@@ -37,14 +37,14 @@ int32_t Sequencer::LoadResources() {
 }
 
 int32_t Sequencer::Step() {
-  // A new state looks first at the frame that has led to it, as it would if the thread were never
-  // late: each change of state would else cost a thread that is late one reading of the run.
+  // A new state first examines the frame that led to it, as it does when the thread is not late.
+  // Otherwise a late thread would lose one reading of the run at each change of state.
   const bool looksAgain = std::exchange(progressed_, false);
-  // The next one and not the last one: a thread that was held up would lose readings of the run,
-  // and an error that stood in one frame only.
+  // The next frame and not the last one: a delayed thread would lose readings of the run, and an
+  // error that is in one frame only.
   if (!looksAgain) instrument_.GetNextReadings(statusSequence_, status_);
   if (status_.machineStatus != 0) Fail(notReadyText_, MessageCode::NotReady);
-  // Behind the machine status: an error says more, so its text wins.
+  // After the machine status: an error says more, so its text replaces the other.
   if (status_.errorCode != 0) {
     Fail(instrument_.GetErrorText(status_.errorCode),
          MessageCodeOf(ErrorTextId(status_.errorCode)));
@@ -57,8 +57,8 @@ int32_t Sequencer::Step() {
       AbortForResend();
       return 1;
     case Interlude::AwaitAbort:
-      // The abort is the instrument's own command, so its reply does not come here; what ends this
-      // is the time, which lets the controller settle before the command goes out again.
+      // The reply to the abort goes to the instrument's own client and not here. The state ends
+      // after a time in which the controller settles before the command is sent again.
       if (IsResponseOverdue()) {
         Tick();
         SetInterlude(Interlude::None);
@@ -90,8 +90,8 @@ void Sequencer::SendAbort() {
   launch_.SendUnlessStopped([this] { instrument_.SendAbort(nullptr); });
 }
 
-// What the run has sent so far is taken back: a computer that was held up would send it behind the
-// abort, as a start of its own, or take its late reply for the answer to the next one.
+// Withdraws what the run has sent so far: a computer that was delayed would otherwise send it after
+// the abort, as a new start, or take its late reply for the reply to the next command.
 void Sequencer::AbortForResend() {
   instrument_.WithdrawCommands(this);
   {
@@ -131,7 +131,8 @@ void Sequencer::CommandReply(const std::string& tag) {
 
 bool Sequencer::TakeReply(std::string_view tag) {
   platform::PlainGuard guard(replyLock_);
-  // Not before the frames up to it have been read: an older one still shows the instrument at rest.
+  // Not before the frames up to that of the reply have been read: an older one still shows the
+  // instrument at rest.
   if (replyTag_ != tag || statusSequence_ < replySequence_) return false;
   replyTag_.clear();
   return true;
@@ -210,7 +211,7 @@ void Sequencer::AbortAndRaise() {
 
 SequencerEnd RunSequencer(Sequencer& sequencer, LaunchRecord& record) {
   for (;;) {
-    // First: a run that was stopped before it began starts nothing at the instrument.
+    // Before the first step: a run that was stopped before it began must not start anything.
     if (record.stopEvent.TryWait()) return SequencerEnd::Stopped;
     if (sequencer.Step() == 0) break;
     if (sequencer.HasProgressed()) continue;

@@ -7,15 +7,15 @@
 
 namespace rvx {
 
-// Runs a Machine, made from the record, to its end. A failure goes to the host; the action counts
-// as ended all the same.
+// Runs a Machine, made from the record, to its end. A failure is reported to the host; the action
+// counts as ended all the same.
 template <class Machine>
 void SequencerThread(LaunchRecord& record) {
   record.ReportStarted();
   try {
     Machine machine(record);
     if (RunSequencer(machine, record) == SequencerEnd::Stopped) {
-      // Whoever stopped the action has detached it and told the watcher.
+      // The stop has detached the action and told the watcher.
       machine.AbortRun();
       return;
     }

@@ -13,8 +13,8 @@ namespace rvx {
 namespace {
 
 constexpr uint8_t kRunTestOperation = static_cast<uint8_t>(Operation::RunTest);
-constexpr int kReadingsPerSecond = 2;  // the int count's pace
-// The wire has one byte for the rotor ON time; a stored text may say anything.
+constexpr int kReadingsPerSecond = 2;  // the rate of the int count
+// The protocol has one byte for the rotor ON time; a stored text may contain any value.
 constexpr int kMaxRotorTime = 65535;  // s
 // The commands in the order in which a run sends them.
 enum Command { kStartTestCommand = 1, kAcknowledgeCommand };
@@ -126,7 +126,7 @@ void CTestStateMachine::AwaitReply() {
     SetState(State::AwaitOperation);
     return;
   }
-  // The prompt that has fallen tells as much as the tag, where another frame has taken the reply.
+  // A prompt flag that is cleared counts like the tag if another frame was taken for the reply.
   const bool acknowledged =
       returnState_ == State::AwaitRun && manualInjection_ && !IsPrompting() && TakeUntaggedReply();
   if (acknowledged || IsInjecting() || TakeReply(kUserAcknowledgeTag)) {
@@ -147,8 +147,8 @@ void CTestStateMachine::AwaitReply() {
   SetState(returnState_);
 }
 
-// The reply to the acknowledgement is lost and it was obeyed all the same. An abort would now end a
-// test that goes well, and the run would wait for its readings for ever.
+// Whether the instrument has obeyed the acknowledgement although its reply is lost. An abort would
+// now end a test that goes well, and the run would wait for its readings for ever.
 bool CTestStateMachine::IsInjecting() const {
   constexpr auto kPrompting = static_cast<uint8_t>(Operation::LowerTube);
   return returnState_ == State::AwaitRun && manualInjection_ && !IsPrompting() &&
@@ -164,7 +164,8 @@ void CTestStateMachine::AwaitOperation() {
 
 void CTestStateMachine::AwaitInjectionEnd() {
   if (IsPrompting() && !IsResponseOverdue()) return;
-  // A prompt that rises again is another one: the answer belonged to a run of before.
+  // A prompt flag that is set again later is a new prompt: the user's answer was to one of an
+  // earlier run.
   if (manualInjection_ && !IsPrompting()) prompted_ = false;
   SetState(State::AwaitRun);
 }
@@ -176,7 +177,7 @@ void CTestStateMachine::AwaitRun() {
     Tick();
     SetState(State::AwaitPromptAnswer);
   }
-  // The run itself has told the instrument to abort, so no readings will ever come.
+  // The run itself has told the instrument to abort, so no readings will come.
   if (abortedAcknowledge_ && status_.operation == 0) {
     FailNoReply();
     return;
@@ -188,15 +189,17 @@ void CTestStateMachine::AwaitRun() {
   Collect();
 }
 
-// Blocks the run until the user has answered or the run is stopped. A prompt that outlived its run
-// would lie beside that of the next one, and nobody could tell which of the two to press.
+// Blocks the run until the user has answered or the run is stopped. A prompt that stayed open after
+// its run would be shown beside that of the next one, and the user could not tell which of the two
+// to answer.
 void CTestStateMachine::PromptForInjection() {
   platform::Prompter& prompter = platform::GetPrompter();
   prompter.Beep();
   platform::Event* const withdrawal[] = {&launch_.stopEvent};
   prompter.ShowMessageUntil(promptText_, platform::MessageButtons::Ok,
                             platform::MessageIcon::Information, withdrawal);
-  // Stopped while the question stood: the instrument must not begin an injection now.
+  // The run may have been stopped while the prompt was open: the instrument must not begin an
+  // injection then.
   TakeUntaggedReply();
   if (!launch_.SendUnlessStopped([this] { instrument_.UserAcknowledge(this); })) return;
   promptAnswered_ = true;
@@ -225,7 +228,7 @@ void CTestStateMachine::Collect() {
   temperatures_[readingIndex_] = status_.actualTemperature;
   speeds_[readingIndex_] = status_.rotorSpeed;
   ++readingIndex_;
-  // The last reading is followed by the abort at once, not at the next status.
+  // The abort follows the last reading at once, not at the next status.
   NoteProgress();
 }
 

@@ -19,7 +19,8 @@ class CTestStateMachine final : public Sequencer {
   ~CTestStateMachine() override { Detach(); }
 
   // The readings of the run, one for each int count of Run Test: twice the rotor ON time in
-  // seconds. What a run that ended early left out is 0.0. Null until the run is over.
+  // seconds. Readings that are missing because the run ended early are 0.0. Null until the run is
+  // over.
   const std::vector<double>* GetSpeeds() const;        // rpm/1000
   const std::vector<double>* GetTemperatures() const;  // degrees C
 
@@ -64,8 +65,9 @@ class CTestStateMachine final : public Sequencer {
   State returnState_ = State::Start;  // where a re-send goes on
   bool manualInjection_ = false;      // as of the present Step
   bool promptAnswered_ = false;
-  bool abortedAcknowledge_ = false;  // CAB was sent because an acknowledgement had no answer
-  // On a model that injects by itself nothing ever clears it, so a stray prompt flag shows nothing.
+  bool abortedAcknowledge_ = false;  // CAB was sent because an acknowledgement had no reply
+  // Whether the prompt was shown. On a model that injects by itself it is never cleared, so a stray
+  // prompt flag shows no prompt.
   bool prompted_ = true;
 
   std::vector<double> temperatures_;

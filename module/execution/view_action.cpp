@@ -10,13 +10,13 @@
 namespace rvx {
 namespace {
 
-// How often a screen is looked at. A frame says nothing when its window goes, so this is one of the
-// few places that ask again and again; it costs nothing while no screen is open.
+// How often it is checked that a screen is still open. A frame does not report that its window was
+// closed, so this is one of the few places that poll; it costs nothing while no screen is open.
 constexpr platform::Milliseconds kLookInterval{150};
 constexpr platform::Milliseconds kLastWait{100};
 
-// Creates the screen on the user-interface thread, with no lock held: a screen that asks the person
-// something while it is made would otherwise keep everybody waiting who stops its action.
+// Creates the screen on the user-interface thread, with no lock held: a screen that asks the user
+// something while it is made would otherwise block every thread that stops its action.
 class ScreenCreator final : public UserInterfaceClient {
  public:
   explicit ScreenCreator(LaunchRecord& record) : record_(record) {
@@ -25,8 +25,8 @@ class ScreenCreator final : public UserInterfaceClient {
     maker_ = record.action->GetScreenMaker();
     label_ = record.action->GetLabel();
   }
-  // What leaves this would end the process, so nothing does. The frame is put into the record, here
-  // and not after the call: the window's thread may ask for it at once.
+  // An exception that left this would end the process, so it lets none pass. It puts the frame into
+  // the record here and not after the call: the window's thread may need the frame at once.
   FrameWindow* PerformCreation() override {
     if (!maker_ || record_.IsDetached()) return nullptr;
     try {
@@ -78,9 +78,9 @@ void ViewThread(LaunchRecord& record) {
   }
   const ScreenEnd end = WaitForEnd(record, frame.get());
   if (end == ScreenEnd::InstrumentCloses) record.motion.End();
-  // The window uses the instrument, which this thread keeps alive: it goes first.
+  // The window uses the instrument, which this thread keeps alive, so it is destroyed first.
   if (end != ScreenEnd::Closed && frame != nullptr) frame->Destroy();
-  // Whoever stopped the action has told its watcher.
+  // A stop has already told the watcher.
   if (end != ScreenEnd::Stopped) CBaseAction::FinishRun(record);
 }
 

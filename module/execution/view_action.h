@@ -1,4 +1,4 @@
-// Actions that open a screen, and the thread that watches over one.
+// Actions that open a screen, and the thread that watches the screen.
 #pragma once
 
 #include <string>
@@ -11,15 +11,15 @@ namespace rvx {
 // closed it or the action was stopped, in which case it destroys the screen.
 void ViewThread(LaunchRecord& record);
 
-// An action with a screen, or with an editor in its place: which one is the program's to say, by
-// SetScreenMaker and SetActionEditor. All thirteen of them are objects of this class.
+// An action with a screen, or with an editor in its place: the program chooses by SetScreenMaker
+// and SetActionEditor. All thirteen of these actions are objects of this class.
 class CScreenAction final : public CBaseAction, public ScreenAction {
  public:
   CScreenAction(C_RVX& instrument, ActionIndex index, int labelId, std::string classKey);
   ~CScreenAction() override { StopRun(); }
-  // Refused with ActionException where the program has no such screen.
+  // Throws ActionException where the program has no such screen.
   void Start(ActionWatcher* watcher, const std::string& context) override;
-  // Calls the editor: its result, or 1 without one.
+  // Calls the editor and returns its result; returns 1 without an editor.
   int32_t Edit() override;
   std::string GetClassName() override { return classKey_; }
   ScreenMaker GetScreenMaker() override { return rvx::GetScreenMaker(index_); }

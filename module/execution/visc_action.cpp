@@ -18,7 +18,7 @@
 namespace rvx {
 namespace {
 
-// The text by which the standards know a temperature: "%.f", with a blank in it for -5.
+// The text of a temperature in the list of standards: "%.f", with a blank in it for -5.
 std::string StandardTemperatureText(double temperature) {
   std::string text = platform::FormatText("%.f", temperature);
   for (const char* known : kTemperatureTexts) {
@@ -93,9 +93,9 @@ int32_t C_RVXViscAction::Edit() {
   if (refused) RaiseForSample(StartFailure::NoThread);
   SampleActionEditor* editor = GetSampleActionEditor();
   if (editor == nullptr) return 0;
-  // The instrument must not go while the dialog reads it.
+  // The instrument must not be destroyed while the dialog reads it.
   const InstrumentUse use(instrument());
-  // Without the lock: the tray's thread may want it while the dialog is open.
+  // Without the lock: the tray's thread may need it while the dialog is open.
   const bool accepted = ShowEditor(*editor, firstEdit);
   bool unwanted;
   {
@@ -151,7 +151,7 @@ void C_RVXViscAction::SetStateText(const std::string& text) {
 }
 
 // A temperature at which the standard has no record keeps the stored value: a value of another
-// temperature would be wrong, and would spoil a calibration that rests on it.
+// temperature would be wrong, and would spoil a calibration that uses it.
 void C_RVXViscAction::ApplyStandards(SampleActionState& state) {
   const CStandardsMap* standards = instrument().GetStandards();
   if (standards == nullptr) return;

@@ -19,18 +19,18 @@ class SampleActionEditor;
 // the viscosity at that temperature. Runs once: a finished action refuses to be started or edited.
 class C_RVXViscAction : public CBaseAction {
  public:
-  // Wants the context of tray 0 and of a position of the tray. An action that is not configured
+  // Requires the context of tray 0 and of a position of the tray. An action that is not configured
   // takes the instrument's test record first.
   void Start(ActionWatcher* watcher, const std::string& context) override;
-  // Shows the editor in force and answers 1 if the edit was accepted. A first edit that is
-  // cancelled takes the action out of its tray position. Without an editor an action that is not
-  // configured takes the instrument's test record, and the answer is 0. Raises ActionException for
+  // Shows the editor that is set and returns 1 if the edit was accepted. A first edit that is
+  // cancelled removes the action from its tray position. Without an editor an action that is not
+  // configured takes the instrument's test record, and the result is 0. Throws ActionException for
   // an action that runs or has run.
   int32_t Edit() override;
   std::string GetStateText() override;
-  // Takes known viscosities from the instrument's standards where the sample id names one, so it is
-  // called where GetStandards may be. Raises ActionException while the action runs; a damaged text
-  // changes nothing, or what it has.
+  // Takes known viscosities from the instrument's standards where the sample id names one, so call
+  // it only on threads that may call GetStandards. Throws ActionException while the action runs. A
+  // damaged text changes nothing, or only the values that it contains.
   void SetStateText(const std::string& text) override;
   // -1 before any run, 0 from the start of a run, 1 after a run whose tests all ended well.
   int32_t GetRunResult() override;
@@ -43,20 +43,20 @@ class C_RVXViscAction : public CBaseAction {
 
   // Sets the test at an index and makes it the last one; configures the action. Nothing happens for
   // an index of 20 or more, or below 0, nor while it runs or when it has run. `temperature`
-  // (degrees C) may hold blanks. A rotor time of -1 leaves the one that stands there.
+  // (degrees C) may contain blanks. A rotor time of -1 keeps the present one.
   void SetTestPoint(int index, const std::string& temperature, const std::string& viscosity,
                     int rotorTime);
-  // Takes all tests and times at once and configures the action: false, and nothing is changed,
-  // while it runs or when it has run.
+  // Takes all tests and times at once, configures the action and returns true. Returns false and
+  // changes nothing while it runs or when it has run.
   bool AssignTests(const TestRecord& tests, const std::array<double, kMaxTests>& knownViscosities);
-  // Copies; an action that is not configured shows its own defaults.
+  // Copies of the parameters; those of an action that is not configured are its defaults.
   TestRecord CopyTestRecord();
   std::array<double, kMaxTests> CopyKnownViscosities();
 
  protected:
   C_RVXViscAction(C_RVX& instrument, int labelId);
 
-  // Runs the dialogs of a class: whether the edit was accepted. No lock is held.
+  // Runs the dialogs of a class; returns whether the edit was accepted. Called with no lock held.
   virtual bool ShowEditor(SampleActionEditor& editor, bool firstEdit) = 0;
 
   // Also guarded by the action's lock.

@@ -34,7 +34,7 @@ void ViscRun::RunThread(LaunchRecord& record) {
     delete failure;
     ok = false;
   }
-  // Whoever stopped the action has detached it and told the watcher.
+  // The stop has detached the action and told the watcher.
   if (!stopped) run.Finish(ok);
   record.instrument.SetRotorTime(kNoRotorTime);
 }
@@ -72,9 +72,9 @@ bool ViscRun::RunTest(int index) {
   return false;
 }
 
-// The record's lock is held from the first look at the action to the end of the storing, so that a
-// stop comes before or behind a whole sample: one that is found here has come before, and nothing
-// is stored; one that comes later waits.
+// Holds the record's lock from the first access to the action to the end of the storing, so that a
+// stop comes either before or after a whole sample. If the stop came before, nothing is stored; a
+// stop that comes later waits.
 bool ViscRun::StoreResult(const CTestStateMachine& sequencer, int index) {
   std::optional<ActionErrorRecord> failure;
   {
@@ -152,7 +152,7 @@ void ViscRun::CountSample() {
   instrument.Unlock();
 }
 
-// The constants are those of the temperature that was measured, not of the one that was asked for.
+// The constants are those of the measured temperature, not of the requested one.
 void ViscRun::FillResult(Sample& sample, const std::vector<double>& speeds,
                          const std::vector<double>& temperatures) {
   const RunAverages averages = AverageRun(speeds, temperatures, test_.averagingCount);

@@ -1,4 +1,4 @@
-// The run of a sample action, on a thread of its own.
+// The run of a sample action, on its own thread.
 #pragma once
 
 #include <array>
@@ -15,7 +15,8 @@ class CTestStateMachine;
 struct Sample;
 
 // Takes the tests of the action in order: carries each out, calculates its viscosity, stores its
-// sample. Works on copies of the action's parameters, since the action may be gone at any moment.
+// sample. Works on copies of the action's parameters, since the action may be deleted at any
+// moment.
 class ViscRun {
  public:
   // The thread of one run.
@@ -23,19 +24,19 @@ class ViscRun {
 
  private:
   explicit ViscRun(LaunchRecord& record) : record_(record) {}
-  // What the action has to say when its sample is written.
+  // What is read from the action when its sample is written.
   struct ActionFacts {
     std::string sampleId;
     int csvFlag = 0;
     std::string saveLocation;
   };
 
-  // False: the action was stopped.
+  // Returns false if the action was stopped.
   bool Begin();
   bool RunTests();
   bool RunTest(int index);
   bool StoreResult(const CTestStateMachine& sequencer, int index);
-  // The action, if it is still there, has run.
+  // Notes in the action, if it still exists, that it has run.
   void MarkAsRun(bool ok) REQUIRES(record_.lock);
   void Finish(bool ok);
 

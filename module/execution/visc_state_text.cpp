@@ -14,7 +14,7 @@ constexpr size_t kTestRecordField = kFirstViscosity + kMaxTests;
 constexpr size_t kFields = kTestRecordField + 1;
 constexpr size_t kMinFields = 4;
 
-// Zero bytes too: a host may keep the text as one that ends at the first.
+// Zero bytes too: a host may store the text as one that ends at the first zero byte.
 std::string WithoutEnds(std::string text) {
   const auto ends = [](char c) { return c == kFieldEnd || c == '\n' || c == '\r' || c == '\0'; };
   std::replace_if(text.begin(), text.end(), ends, ' ');

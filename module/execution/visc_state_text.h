@@ -1,4 +1,4 @@
-// The stored form of a sample action's parameters: one line, which a tray's settings text holds.
+// The stored form of a sample action's parameters: one line of the tray in the settings text.
 #pragma once
 
 #include <array>
@@ -16,12 +16,12 @@ struct SampleActionState {
   TestRecord testRecord;
 };
 
-// Sample id, configured, 20 known viscosities, the test record's text; 0x0B behind each. Characters
+// Sample id, configured, 20 known viscosities, the test record's text; 0x0B after each. Characters
 // in the sample id that would end a field or the line are written as blanks.
 std::string WriteSampleActionState(const SampleActionState& state);
 
-// Reads a text into `state`, which keeps what a short text does not say: false, and nothing is
-// changed, for three fields or fewer.
+// Reads a text into `state`, which keeps the values that a short text does not contain. Returns
+// false and changes nothing for three fields or fewer.
 bool ReadSampleActionState(const std::string& text, SampleActionState& state);
 
 }  // namespace rvx
