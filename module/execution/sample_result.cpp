@@ -24,7 +24,7 @@ constexpr double kCoolingGrowth = 1.36;
 constexpr double kWarmingShare = 1.08;
 
 double CoolingSeconds(double temperature) {
-  // kTemperatureOff, and values that are not a test temperature, count as no cooling at all.
+  // kTemperatureOff and values that are not finite count as no cooling at all.
   const double coldest = std::isfinite(temperature) ? std::clamp(temperature, -45.0, 25.0) : 25.0;
   return kCoolingSeconds * std::pow(kCoolingGrowth, (-15.0 - coldest) / 5.0);
 }

@@ -118,8 +118,8 @@ void C_RVX::EndRunForDestruction() {
   const platform::MessageAnswer answer = platform::GetPrompter().ShowMessage(
       Text(kTextStopRunningSamples), platform::MessageButtons::YesNo,
       platform::MessageIcon::Question);
-  // The instrument is going away and its tray thread with it, so the answer No can't be followed.
-  // The user is told so.
+  // The instrument is being destroyed with its tray thread, so the answer No can't be followed. The
+  // user is told so.
   if (answer == platform::MessageAnswer::No && IsTrayRunning() != 0) {
     ActionErrorRecord record = MakeErrorRecord();
     record.message =
