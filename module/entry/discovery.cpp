@@ -30,7 +30,7 @@ bool SaysNotInUse(const std::string& settings) {
   return settings.size() > kInUseCharacter && settings[kInUseCharacter] == '0';
 }
 
-// A port that somebody uses is left alone unless its settings give it to instruments.
+// A port in use is not opened unless its settings reserve it for instruments.
 bool MayOpen(PortManager& ports, const std::string& name) {
   if (ports.IsPortInUse(name) == 0) return true;
   std::string settings;
@@ -46,7 +46,7 @@ void SetInUse(PortManager& ports, const std::string& name) {
   ports.SetPortSettings(name, settings);
 }
 
-// Asks one address who is there: the identification text, or nothing.
+// Queries one address; returns the identification text of the instrument there, or nothing.
 std::optional<std::string> Probe(Port& port, RVXListener& listener, uint8_t address) {
   listener.Try(address);
   port.Write(MakeFrame(IdentityQuery(address)));
@@ -55,8 +55,8 @@ std::optional<std::string> Probe(Port& port, RVXListener& listener, uint8_t addr
   return listener.Found();
 }
 
-// Tries the addresses of an open port until there is an instrument: at most one a port, and once
-// any port had one, only the first address of every further port.
+// Tries the addresses of an open port until one has an instrument: at most one for each port. Once
+// an instrument was found on any port, only the first address of every further port is tried.
 void TryAddresses(PortManager& ports, size_t portIndex, Port& port, RVXListener& listener,
                   ArrayOfInstruments& instruments, int& count) {
   const std::string name = kPortNames[portIndex];
@@ -64,7 +64,8 @@ void TryAddresses(PortManager& ports, size_t portIndex, Port& port, RVXListener&
     bool& entry = instrumentTable[portIndex * kAddresses + address];
     if (!entry) {
       const std::optional<std::string> reply = Probe(port, listener, address);
-      // A simulated instrument answers no probe: the first silent address gets it.
+      // A simulated instrument does not reply to a probe: it gets the first address without a
+      // reply.
       if (reply || (IsSimulated() != 0 && count < 1)) {
         SetInUse(ports, name);
         instruments.push_back(new ScriptableInstrument(name, address, reply.value_or(std::string()),

@@ -11,8 +11,8 @@ namespace {
 
 constexpr char kHostLibrary[] = "TORVCORE.DLL";
 
-// The entry `name` as a function of the type of `forwarder`. InvalidException if the library or the
-// entry is missing.
+// Returns the entry `name` as a function of the type of `forwarder`. Throws InvalidException if the
+// library or the entry is missing.
 template <class Function>
 Function* FindHostEntry(const char* name) {
   platform::LibraryHandle library = platform::LoadLibrary(kHostLibrary);

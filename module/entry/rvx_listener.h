@@ -11,13 +11,14 @@
 
 namespace rvx {
 
-// Lives for the trial of one port.
+// One object for each port that is tried.
 class RVXListener : public PortWatcher {
  public:
-  // The address under trial from now on; what was found before is forgotten. Discovery's thread.
+  // Sets the address that is tried from now on, and forgets what was found before. Discovery's
+  // thread.
   void Try(uint8_t address);
-  // The identification text that has arrived for the address under trial, if any. It may have been
-  // sent by an instrument that was tried earlier and answered late: its address is what counts.
+  // The identification text that has arrived from the address that is tried, if any. Late replies
+  // from addresses that were tried earlier are ignored.
   std::optional<std::string> Found();
   // Port's thread.
   void Receive(std::span<const uint8_t> bytes) override;

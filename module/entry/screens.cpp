@@ -23,7 +23,7 @@ void InstallScreens() {
   if (!platform::HasPrompter()) {
     auto* prompter = new QtPrompter;
     platform::SetPrompter(prompter);
-    // Behind the event loop's end a thread that asks would wait for ever.
+    // After the end of the event loop a thread that asks would wait for ever.
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, [prompter] { prompter->Close(); });
   }
   static SampleEditor* const editor = new SampleEditor;

@@ -17,7 +17,7 @@
 namespace rvx {
 namespace {
 
-// The query alone selects.
+// Accepts every sample: the query alone selects.
 class CalibrationFilter : public SampleArchiveFilter {
  public:
   explicit CalibrationFilter(std::string query) : query_(std::move(query)) {}
@@ -93,7 +93,7 @@ std::string ListOf(const std::vector<std::string>& texts) {
   return list;
 }
 
-// Takes the mark off every standard that is not to be used.
+// Unmarks every standard that is not to be used.
 ScriptingResult LeaveOnly(CStandardPicker& picker, const std::vector<std::string>& only) {
   const auto nameOf = [](const CStandardPicker::Row& row) {
     return ParseStandardRow(row.text).name;
@@ -119,7 +119,7 @@ ScriptingResult LeaveOnly(CStandardPicker& picker, const std::vector<std::string
   }
 }
 
-// The row of a slot's temperature among those that are offered; its end if it is not.
+// The index of a slot's temperature in the picker; the number of temperatures if it is not offered.
 size_t FindTemperature(const CStandardPicker& picker, int slot) {
   const auto& rows = picker.temperatures();
   const auto found = std::find_if(rows.begin(), rows.end(), [&](const auto& row) {
@@ -250,7 +250,7 @@ ScriptingResult ScriptableInstrument::SaveCalibration(std::optional<double> temp
   texts.b0 = b0Text;
   texts.b1 = b1Text;
   texts.b2 = b2Text;
-  // One date can go back; for all temperatures it is that of the first.
+  // If the archive fails, one date is restored; for all temperatures it is that of the first one.
   const int dateSlot = slot.value_or(0);
   const SavedConstants saved =
       SaveCellConstants(*this, slot, dateSlot, texts, platform::LocalNow());
@@ -311,8 +311,8 @@ ScriptingResult ScriptableInstrument::GetConformity(ConformityReport& report) {
 
 ScriptingResult ScriptableInstrument::MakeCalibrationTray(const CalibrationTrayRequest& request) {
   if (ScriptingResult problem = CheckLevel(kLevelOperator, "Filling a tray")) return problem;
-  // A command can come before the instrument has reported for the first time, so what counts here
-  // is that no tray of it is running.
+  // The instrument may not have reported anything yet, so IsIdle can't be used: no running tray is
+  // enough.
   if (IsTrayRunning() != 0) {
     return Unable(Code::TrayRunning, "The tray can't be filled while it is running.",
                   "It was not changed. Wait for its end.");
@@ -334,7 +334,7 @@ ScriptingResult ScriptableInstrument::MakeCalibrationTray(const CalibrationTrayR
   const TrayFilling filling = FillCalibrationTray(*this, plan);
   if (filling == TrayFilling::Done) return std::nullopt;
   if (filling == TrayFilling::NotAllowed) {
-    // The user has gone since the check above, and may even be back.
+    // The user has logged out since the check above, and may even have logged in again.
     return Unable(Code::LevelTooLow, "Filling a tray needs level 10.",
                   "The tray was not changed. Log in as a user of that level.");
   }

@@ -15,7 +15,7 @@ namespace {
 
 constexpr size_t kConfigurationLine = 2;
 
-// What of a settings text no screen could have written, in words; empty if there is nothing.
+// Describes a value of a settings text that no screen could have written; empty if there is none.
 std::string FindDamage(const ConfigurationFields& record) {
   constexpr int32_t kMaxTrayPositions = 30;
   if (record.trayPositions < 1 || record.trayPositions > kMaxTrayPositions) {
@@ -103,12 +103,13 @@ ScriptingResult ScriptableInstrument::SetCellConstants(double temperature, doubl
   }
   const auto slot = static_cast<size_t>(found);
   const CellConstants before = GetCellConstants()[slot];
-  // As a fit shows them: whole numbers.
+  // Whole numbers, as a fit shows them.
   const CalibrationTexts texts = FormatFit({b0, b1, b2, 0.0, 0.0});
   const SavedConstants saved = SaveCellConstants(*this, found, found, texts, platform::LocalNow());
   if (saved.stored) return std::nullopt;
   if (!saved.refusal.empty()) return Unable(Code::LevelTooLow, saved.refusal);
-  // The date is back already, and so go the constants: nothing of them was asked to be kept.
+  // The date has been restored already; the constants are too, since a failed command changes
+  // nothing.
   ConfigurationRecord& record = configuration();
   ConfigurationGuard guard(record);
   record.fields.b0[slot] = before.b0;
@@ -156,7 +157,7 @@ ScriptingResult ScriptableInstrument::SetSettings(
                        key);
     }
   }
-  // Field by field, since the record also holds what the instrument's threads keep there.
+  // Field by field, since the instrument's threads keep values in the record too.
   ConfigurationRecord& record = configuration();
   const ConfigurationFields before = record.Copy();
   const auto copyFrom = [&record, &values](const ConfigurationFields& source) {
@@ -197,7 +198,7 @@ ScriptingResult ScriptableInstrument::ImportSettings(const std::string& text) {
     return BadValue(Code::DamagedText, Field::SettingsText, "The settings text " + wrong + ".",
                     std::string(), kNothingChanged);
   }
-  // What a text holds was never checked, so it is checked here like anything typed.
+  // The values of a text were never checked, so they are checked here like typed ones.
   for (const Setting& setting : GetSettingsTable()) {
     if (setting.level == kLevelUnreachable) continue;
     const std::string value = ReadSetting(setting, trial);
@@ -217,7 +218,8 @@ ScriptingResult ScriptableInstrument::ImportSettings(const std::string& text) {
   const std::string old = SaveSettingsText();
   LoadSettingsText(text, kLoadAll);
   {
-    // What the instrument has said of itself, a text of another one does not change.
+    // The text of another instrument must not change what this instrument has reported about
+    // itself.
     ConfigurationGuard guard(configuration());
     configuration().fields.serialNumber = present.serialNumber;
   }

@@ -15,7 +15,7 @@ inline constexpr char kNothingChanged[] = "Nothing was changed.";
 inline constexpr char kNothingSent[] = "Nothing was sent.";
 inline constexpr char kTrayNotChanged[] = "The tray was not changed.";
 
-// A value that is not taken, and what is.
+// A value that is not accepted, with what is accepted instead.
 inline ScriptingProblem BadValue(Code code, Field field, std::string found,
                                  std::string accepted = std::string(),
                                  std::string outcome = std::string()) {
@@ -28,7 +28,7 @@ inline ScriptingProblem BadValue(Code code, Field field, std::string found,
   return problem;
 }
 
-// What has nothing to do with a value.
+// A problem that is not about a value.
 inline ScriptingProblem Unable(Code code, std::string found, std::string outcome = std::string()) {
   return BadValue(code, Field::None, std::move(found), std::string(), std::move(outcome));
 }
@@ -44,12 +44,12 @@ inline ScriptingProblem OfSetting(ScriptingProblem problem, std::string key) {
   return problem;
 }
 
-// `detail`: the archive's reason and what became of the change.
+// `detail`: the archive's reason and whether the change was kept.
 inline ScriptingProblem NotStored(Code code, const std::string& detail) {
   return Unable(code, "Unable to store new instrument configuration. Please try again.", detail);
 }
 
-// Nothing if the present user has the level.
+// Returns nothing if the present user has the level.
 inline ScriptingResult CheckLevel(int32_t needed, const std::string& what) {
   const std::optional<std::string> refusal = FindLevelRefusal(needed, what);
   if (!refusal) return std::nullopt;

@@ -14,11 +14,11 @@
 namespace rvx {
 namespace {
 
-// What the dialogs of the sample actions accept.
+// The ranges that the dialogs of the sample actions accept.
 constexpr double kWarmestTest = -5.0;   // degrees C
 constexpr double kColdestTest = -40.0;  // degrees C
 constexpr int32_t kMinRotorTime = 30;
-constexpr int32_t kMaxTime = 255;         // s, what a byte of a command holds
+constexpr int32_t kMaxTime = 255;         // s, the largest value of a byte in a command
 constexpr double kMinViscosity = 1000.0;  // mPa*s
 constexpr double kMaxViscosity = 50000.0;
 
@@ -158,8 +158,8 @@ ScriptingResult ScriptableInstrument::SetSampleTests(Action& action, const Sampl
                        kMinViscosity, kMaxViscosity)),
           static_cast<int32_t>(i));
     }
-    // A stored action of a standard takes the store's value whenever it is loaded, so another one
-    // would not last.
+    // An action of a standard takes the store's value whenever it is loaded, so another value would
+    // be lost.
     if (stored && test.knownViscosity && *stored != *test.knownViscosity) {
       return OfTest(
           BadValue(

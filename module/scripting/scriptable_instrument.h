@@ -13,11 +13,11 @@
 
 namespace rvx {
 
-// What discovery makes. The scripting operations stand beside C_RVX and use what every action and
-// screen uses; the instrument itself knows nothing of them.
+// The class of the instruments that discovery makes. The scripting operations use the public
+// operations of C_RVX, as actions and screens do; C_RVX does not depend on them.
 class ScriptableInstrument final : public C_RVX, public InstrumentScripting {
  public:
-  // As C_RVX's.
+  // The arguments are those of C_RVX.
   ScriptableInstrument(const std::string& portName, uint8_t address,
                        const std::string& identification, const ActionTable& actions)
       : C_RVX(actions, OpenedLater()) {
@@ -60,7 +60,7 @@ class ScriptableInstrument final : public C_RVX, public InstrumentScripting {
   ScriptingResult RunSelfTest(std::vector<std::string>& failures) override;
 
  private:
-  // Level, and no tray that runs unpaused.
+  // Checks that the user has the level and that no tray is running unless it is paused.
   ScriptingResult MayConfigure(int32_t level);
   // Tells the host and stores the settings; on failure `undo` puts the old values back.
   ScriptingResult Store(const std::function<void()>& undo);

@@ -11,7 +11,7 @@
 namespace rvx {
 namespace {
 
-// The longest way of each axis, in steps: tube down, last row of the table, end of the trolley.
+// The largest target of each axis, in steps: tube down, last row of the table, end of the trolley.
 struct AxisLimit {
   ServiceAxis axis;
   StepperSelector selector;
@@ -23,7 +23,7 @@ constexpr AxisLimit kAxisLimits[] = {
     {ServiceAxis::Table, StepperSelector::Table, 615, "table"},
     {ServiceAxis::Trolley, StepperSelector::Trolley, 1620, "trolley"}};
 constexpr double kColdest = -45.0;  // degrees C, below the lowest test temperature
-constexpr double kWarmest = 25.0;   // the manual temperature's limit
+constexpr double kWarmest = 25.0;   // the highest temperature that can be set by hand
 
 // Waits for the reply to one command, and for the error that may come with it.
 class ReplyWaiter : public CommandClient, public InstrErrorClient {
@@ -37,7 +37,8 @@ class ReplyWaiter : public CommandClient, public InstrErrorClient {
   }
 
   void CommandReply(const std::string& tag) override {
-    // The status frame that answers has been kept by now; a self test has a frame of its own.
+    // The status frame of the reply has been kept by now; the reply to a self test is no status
+    // frame.
     const uint8_t error = tag == kSelfTestTag ? uint8_t{0} : instrument_.GetErrorCode();
     {
       platform::PlainGuard guard(lock_);
@@ -48,13 +49,13 @@ class ReplyWaiter : public CommandClient, public InstrErrorClient {
     answer_.Set();
   }
 
-  // The error of the frame that answers: this command's, so nobody else needs to hear of it.
+  // An error in the frame of the reply belongs to this command, so it is not reported elsewhere.
   int32_t InstrumentError(uint8_t code) override {
     platform::PlainGuard guard(lock_);
     return answered_ && code == error_ ? 1 : 0;
   }
 
-  // Nothing if the instrument has taken the command.
+  // Returns nothing if the instrument has accepted the command.
   ScriptingResult Wait(std::string_view expectedTag, const std::string& what) {
     const platform::Deadline deadline =
         platform::Deadline::After(platform::Milliseconds(instrument_.GetResponseTimeout()));
@@ -86,7 +87,8 @@ class ReplyWaiter : public CommandClient, public InstrErrorClient {
   platform::Event answer_{"reply waiter: answer"};
 };
 
-// A paused tray goes on with the cell, the steppers and the switches as it left them.
+// Checks the level and that no tray runs. A paused tray counts too, since it goes on with the cell,
+// the steppers and the switches as it left them.
 ScriptingResult MayServe(ViscometerInstrument& instrument) {
   if (ScriptingResult problem = CheckLevel(kLevelOperator, "A service command")) return problem;
   if (instrument.IsTrayRunning() == 0) return std::nullopt;
@@ -231,7 +233,7 @@ ScriptingResult ScriptableInstrument::JogAxis(ServiceAxis axis, int32_t target) 
 }
 
 ScriptingResult ScriptableInstrument::AbortOperation() {
-  // Also while a tray runs: a person who wants the instrument to stop is not asked to wait.
+  // Also while a tray runs: the instrument must stop at once.
   if (ScriptingResult problem = CheckLevel(kLevelOperator, "A service command")) return problem;
   ReplyWaiter waiter(*this);
   SendAbort(&waiter);
