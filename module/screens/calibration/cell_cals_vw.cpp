@@ -16,7 +16,7 @@ namespace {
 enum Column { kTemperature, kB0, kB1, kB2, kDate, kColumnCount };
 // Pixels, as long as the texts need no more.
 constexpr int kWidths[kColumnCount] = {90, 55, 55, 55, 135};
-constexpr int kBesideText = 16;   // pixels in a column that its text does not use
+constexpr int kBesideText = 16;   // pixels in a column beside its text
 constexpr int kBetweenLines = 6;  // pixels
 
 QStringList TextsOf(const CellConstantsRow& row) {
@@ -39,7 +39,7 @@ CCellCalsVw::CCellCalsVw(const ScreenRequest& request)
   setFocusProxy(form_->constants);
   BindButtons(kOkId, kOkId);
   PrepareList();
-  // Registered before the first look, so that no change falls between the two.
+  // Registered before the first reading, so that no change between the two is missed.
   RefreshOnChange([this] { Load(); });
   Load();
 }
@@ -97,7 +97,7 @@ void CCellCalsVw::FitColumns() {
     whole += width;
   }
   const int rowHeight = list.sizeHintForRow(0);
-  // All rows are seen at once, and none of the columns needs a scroll bar.
+  // Large enough to show all rows and columns without a scroll bar.
   list.setMinimumSize(whole, list.header()->sizeHint().height() +
                                  (list.topLevelItemCount() + 1) * rowHeight +
                                  2 * list.frameWidth());

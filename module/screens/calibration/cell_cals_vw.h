@@ -14,7 +14,8 @@ class CurrentCellCals;
 
 namespace rvx {
 
-// A list to be read and copied, which follows every change of the instrument. GUI thread.
+// A list that can be read and copied; it is updated after every change of the instrument. GUI
+// thread.
 class CCellCalsVw final : public CScreenView {
  public:
   explicit CCellCalsVw(const ScreenRequest& request);
@@ -23,8 +24,8 @@ class CCellCalsVw final : public CScreenView {
 
  private:
   void PrepareList();
-  // Reads the constants anew. Rows that have not changed are left alone, and with them what the
-  // user has selected.
+  // Reads the constants anew. Rows that have not changed are not touched, so that the user's
+  // selection stays.
   void Load();
   // The selected rows, or all, with the headings, as lines with TABs.
   void Copy();

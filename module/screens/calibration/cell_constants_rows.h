@@ -1,4 +1,4 @@
-// What the list of the current cell constants shows, without the list.
+// The contents of the list of the current cell constants, without the widget.
 #pragma once
 
 #include <string>
@@ -13,13 +13,13 @@ namespace rvx {
 struct CellConstantsRow {
   std::string temperature;  // degrees C, as the standards write it: "- 5", "-10"
   std::string b0, b1, b2;   // without decimals
-  platform::Date date;      // of the calibration; 1 January 1938 where there was none yet
+  platform::Date date;      // of the calibration; 1 January 1938 if there was none yet
 
   bool operator==(const CellConstantsRow& other) const = default;
 };
 
 // One row for each temperature that the instrument offers, in the order of the slots. Takes the
-// configuration lock for a copy, so that no row mixes two calibrations.
+// configuration lock for a copy, so that no row has constants of two calibrations.
 std::vector<CellConstantsRow> ReadCellConstants(const ConfigurationRecord& configuration);
 
 }  // namespace rvx

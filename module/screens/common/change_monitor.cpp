@@ -22,7 +22,7 @@ ChangeMonitor::~ChangeMonitor() {
 void ChangeMonitor::InstrumentsChanged(int32_t /*what*/) {
   if (link_->posted.exchange(true)) return;
   PostToGuiThread([link = link_] {
-    // First, so that a change during the refresh is not missed.
+    // Reset before the refresh, so that a change during the refresh is not missed.
     link->posted = false;
     // A copy: the refresh may close the screen, and this monitor with it.
     if (const auto refresh = link->refresh) refresh();

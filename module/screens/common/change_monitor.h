@@ -1,4 +1,4 @@
-// Changes of instruments, brought to a screen.
+// Reports changes of instruments to a screen.
 #pragma once
 
 #include <atomic>
@@ -9,20 +9,20 @@
 
 namespace rvx {
 
-// Registered with the instrument manager for as long as it lives. The host tells of changes on any
-// thread; the screen hears of them on its own, and of many at once only once. Made and destroyed on
-// the GUI thread.
+// Registered with the instrument manager during its lifetime. The host reports changes on any
+// thread; `refresh` is called on the GUI thread, once for several changes that come close together.
+// Made and destroyed on the GUI thread.
 class ChangeMonitor final : private ViscometerArrayMonitor {
  public:
   explicit ChangeMonitor(std::function<void()> refresh);
-  // Once it returns `refresh` is not called any more. Waits for a call of the host that is under
-  // way, which itself waits for nothing.
+  // Once it returns `refresh` is not called any more. Waits for a call of the host in progress,
+  // which itself waits for nothing.
   ~ChangeMonitor() override;
   ChangeMonitor(const ChangeMonitor&) = delete;
   ChangeMonitor& operator=(const ChangeMonitor&) = delete;
 
  private:
-  // What a posted refresh looks at, when the monitor may be gone.
+  // What a posted refresh uses, since the monitor may have been destroyed.
   struct Link {
     std::atomic<bool> posted{false};  // a refresh is on its way; any thread
     std::function<void()> refresh;    // GUI thread; empty when the monitor is gone

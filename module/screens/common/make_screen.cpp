@@ -9,7 +9,8 @@ FrameWindow* OpenScreen(ScreenTable& table, const ScreenRequest& request,
                         const std::function<std::unique_ptr<CScreenView>()>& makeView) {
   return table.OpenOrRaise(request.instrument, request.label, [&]() -> std::unique_ptr<CFormView> {
     std::unique_ptr<CScreenView> view = makeView();
-    // It may have asked the person something, and was stopped meanwhile: it is never shown.
+    // The view may have asked the user something and have been stopped meanwhile: it is not shown
+    // then.
     if (request.stopped.TryWait() || request.instrument.closingEvent().TryWait()) {
       return nullptr;
     }

@@ -11,8 +11,8 @@ namespace rvx {
 
 class CScreenView;
 
-// Raises the instrument's screen of the table, or opens the one of `makeView`. GUI thread, with no
-// lock held.
+// Brings the instrument's screen of the table to the front, or opens the one of `makeView`. GUI
+// thread, with no lock held.
 FrameWindow* OpenScreen(ScreenTable& table, const ScreenRequest& request,
                         const std::function<std::unique_ptr<CScreenView>()>& makeView);
 

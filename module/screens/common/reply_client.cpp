@@ -7,7 +7,8 @@
 namespace rvx {
 namespace {
 
-constexpr int kLookInterval = 50;  // ms, at the deadline, which is in the base's time
+constexpr int kLookInterval =
+    50;  // ms, of checks of the deadline, which is in the time of platform/
 
 }  // namespace
 
@@ -72,7 +73,7 @@ void ReplyClient::TakeReply(uint64_t number, const std::string& tag) {
     if (number != number_) return;
   }
   look_.stop();
-  // After the call this object may be gone: its screen may have closed.
+  // Taken out first: after the call this object may be destroyed, as its screen may have closed.
   const Done done = std::exchange(done_, nullptr);
   if (!done) return;
   done({tag.empty() ? CommandResult::Kind::Refused : CommandResult::Kind::Replied, tag});

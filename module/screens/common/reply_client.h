@@ -1,4 +1,4 @@
-// Commands of a screen whose replies it waits for.
+// Commands of a screen that waits for their replies.
 #pragma once
 
 #include <QTimer>
@@ -15,16 +15,16 @@ namespace rvx {
 struct CommandResult {
   enum class Kind {
     Replied,  // `tag` is the reply's
-    Refused,  // the instrument would not take the command
+    Refused,  // the instrument did not accept the command
     NoReply   // nothing came in time; the command was withdrawn if it was still queued
   };
   Kind kind = Kind::NoReply;
   std::string tag;
 };
 
-// Sends one command at a time and hears its reply on the GUI thread, or that none has come: it has
-// a time-out of its own, because nothing else ends the wait for an instrument that is silent. Made,
-// used and destroyed on the GUI thread; it may go before the reply.
+// Sends one command at a time and reports on the GUI thread its reply, or that none has come: it
+// has its own time-out, because nothing else ends the wait for an instrument that does not reply.
+// Made, used and destroyed on the GUI thread; it may be destroyed before the reply.
 class ReplyClient final : private CommandClient {
  public:
   using Done = std::function<void(const CommandResult& result)>;
@@ -33,16 +33,16 @@ class ReplyClient final : private CommandClient {
   ~ReplyClient() override;
 
   // Has `send` queue one command with the client that it is given. `done` is called once, unless
-  // this object is gone or has been cancelled. `timeout` counts from now, in the base's time. False
-  // while an earlier command still waits.
+  // this object is destroyed or Cancel is called before. `timeout` counts from now, in the time of
+  // platform/. Returns false and sends nothing while an earlier command still waits.
   bool Send(const std::function<void(CommandClient* client)>& send, platform::Milliseconds timeout,
             Done done);
-  // Takes the command back if it was not sent yet, and calls nobody.
+  // Takes the command back if it was not sent yet; `done` is not called.
   void Cancel();
   bool IsWaiting() const { return done_ != nullptr; }
 
  private:
-  // What a posted reply looks at, when this object may be gone.
+  // What a posted reply uses, since this object may have been destroyed.
   struct Link {
     ReplyClient* client = nullptr;  // GUI thread
   };

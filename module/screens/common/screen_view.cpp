@@ -87,7 +87,7 @@ void CScreenView::ShowStatusLine() {
 void CScreenView::CloseScreen() { window()->close(); }
 
 void CScreenView::Guard(const std::function<void()>& code) {
-  // The code may wait for the person, and the screen and its instrument may be gone when it
+  // The code may wait for the user, and the screen and its instrument may be destroyed when it
   // returns.
   const QPointer<CScreenView> self = this;
   const std::string label = request_.label;
@@ -113,7 +113,7 @@ void CScreenView::Fail(const std::string& reason) {
 }
 
 void CScreenView::RunTick() {
-  // A tick may ask the person something, and the timer goes on meanwhile.
+  // A tick may ask the user something, and the timer goes on meanwhile.
   if (failed_ || ticking_ || instrument().closingEvent().TryWait()) return;
   const QPointer<CScreenView> self = this;
   ticking_ = true;

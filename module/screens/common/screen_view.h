@@ -1,4 +1,4 @@
-// The base of the screens of an instrument: what all of them do the same way.
+// The base of the screens of an instrument, with what they have in common.
 #pragma once
 
 #include <QPointer>
@@ -26,17 +26,18 @@ namespace rvx {
 // The id that every form gives its Help button.
 inline constexpr int kHelpId = 57670;
 
-// A form over an instrument, in a frame of its own. GUI thread.
+// A form for an instrument, in its own frame. GUI thread.
 //
 // A derived class sets up its form in the constructor, then calls BindButtons; what the screen
-// decides is in a class without widgets. Its code runs inside Guard: what escapes from a handler
+// decides is in a class without widgets. Its code runs inside Guard: an exception from a handler
 // that was connected with On, from Tick, from an event of the view or from the end of a job closes
 // the screen with a report instead of ending the program.
 class CScreenView : public CFormView {
  public:
   ~CScreenView() override;
 
-  // Refuses with a beep and the reason in the status line, as GetCloseRefusal says.
+  // Returns 0 if the screen may close. Otherwise beeps, and shows the text of GetCloseRefusal in
+  // the status line.
   int32_t QueryClose() final;
 
  protected:
@@ -45,7 +46,8 @@ class CScreenView : public CFormView {
 
   C_RVX& instrument() const { return request_.instrument; }
   const std::string& label() const { return request_.label; }
-  // Send through it whatever moves or turns something: any end of the screen then sends CAB.
+  // Every command that moves or turns something goes through it: any end of the screen then sends
+  // CAB.
   ScreenMotion& motion() const { return request_.motion; }
 
   // Connects the buttons of these ids: `close` and Escape close the screen, kHelpId opens its help
@@ -62,35 +64,36 @@ class CScreenView : public CFormView {
 
   // Calls Tick in this period of real time, first when the screen is shown.
   void SetTickPeriod(int milliseconds) { timer_.setInterval(milliseconds); }
-  // Applies what depends on who is logged in (`level`, asked anew each time) or on the instrument.
+  // Applies what depends on the present user (`level` is read anew each time) or on the instrument.
   // Not called any more once the instrument closes.
   virtual void Tick(int32_t /*level*/) {}
 
-  // Has `refresh` called after each change of an instrument that the host tells of.
+  // Has `refresh` called after each change of an instrument that the host reports.
   void RefreshOnChange(std::function<void()> refresh);
 
-  // Runs `job` on another thread, after the jobs before it; then `done` here, or `failed` with
-  // what it raised, unless the view is gone. For whatever may block, such as an archive. The job
-  // uses no widget and no view.
+  // Runs `job` on another thread, after the jobs before it; then on the GUI thread `done`, or
+  // `failed` with the text of an exception, unless the view is destroyed. For work that may block,
+  // such as calls of an archive. The job uses no widget and no view.
   void Work(std::function<void()> job, std::function<void()> done,
             std::function<void(const std::string&)> failed);
-  // Has `send` queue one command, and calls `done` with its reply or after the time-out, unless
-  // the view is gone. False while an earlier one still waits: then nothing is sent.
+  // Has `send` queue one command, and calls `done` with its reply or after the time-out, unless the
+  // view is destroyed. Returns false and sends nothing while an earlier command still waits.
   bool AskInstrument(const std::function<void(CommandClient* client)>& send,
                      platform::Milliseconds timeout,
                      std::function<void(const CommandResult&)> done);
 
-  // Asks the person, also in the constructor. Nothing if the screen ends meanwhile: return at once,
-  // because this object may be gone.
+  // Asks the user; may be called in the constructor. Returns nothing if the screen ends meanwhile:
+  // the caller then returns at once, because this object may have been destroyed.
   std::optional<platform::MessageAnswer> Ask(const std::string& text,
                                              platform::MessageButtons buttons,
                                              platform::MessageIcon icon);
 
-  // One line for what would else happen in silence; empty clears it.
+  // Shows one line in the frame's status bar, for an event that nothing else shows; empty clears
+  // it.
   void SetStatusLine(const std::string& text);
-  // As the user's wish to close; may be refused.
+  // The same as a close by the user; may be refused.
   void CloseScreen();
-  // Runs the code and closes the screen with a report if anything escapes from it.
+  // Runs the code and closes the screen with a report if an exception leaves it.
   void Guard(const std::function<void()>& code);
 
   bool event(QEvent* event) override;

@@ -23,7 +23,7 @@ struct ScreenWorker::Job {
 struct ScreenWorker::Queue {
   platform::PlainLock lock{"screen work", platform::kLeafRank};
   std::deque<Job> jobs GUARDED_BY(lock);
-  bool running GUARDED_BY(lock) = false;  // a thread is there that takes the jobs
+  bool running GUARDED_BY(lock) = false;  // a thread is running that takes the jobs
 };
 
 ScreenWorker::ScreenWorker(C_RVX& instrument)
@@ -79,7 +79,7 @@ void ScreenWorker::Run(Queue& queue) {
     } catch (...) {
       failure = DescribeRaised();
     }
-    job.body = nullptr;  // what it holds goes here and not on the GUI thread
+    job.body = nullptr;  // so that its contents are destroyed here and not on the GUI thread
     PostToGuiThread([job = std::move(job), failure] {
       if (job.alive.expired()) return;
       if (failure.empty()) {

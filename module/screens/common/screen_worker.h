@@ -1,4 +1,4 @@
-// Work of a screen that may block, away from the window's thread.
+// Work of a screen that may block, done on another thread than the window's.
 #pragma once
 
 #include <functional>
@@ -9,20 +9,21 @@ namespace rvx {
 
 class C_RVX;
 
-// Does jobs one after the other on a thread of its own, which begins with the first and ends with
-// the last: a screen that does nothing has no thread. Made, used and destroyed on the GUI thread.
+// Does jobs one after the other on its own thread, which begins with the first job and ends after
+// the last one, so an idle screen has no thread. Made, used and destroyed on the GUI thread.
 class ScreenWorker {
  public:
-  // The instrument is kept alive by the jobs, whatever becomes of this object.
+  // The jobs keep the instrument alive, even after this object is destroyed.
   explicit ScreenWorker(C_RVX& instrument);
-  // What was given to it is still done, so that no stored value is lost; nobody hears of it.
+  // The jobs that were given are still done, so that no stored value is lost; neither `done` nor
+  // `failed` is called.
   ~ScreenWorker();
   ScreenWorker(const ScreenWorker&) = delete;
   ScreenWorker& operator=(const ScreenWorker&) = delete;
 
-  // Runs `job` on the thread, then on the GUI thread `done`, or `failed` with what it raised as a
-  // text for people. Neither is called once this object is gone. If no thread can be started,
-  // `failed` is called at once.
+  // Runs `job` on the thread, then on the GUI thread `done`, or `failed` with the text of an
+  // exception, for people. Neither is called once this object is destroyed. If no thread can be
+  // started, `failed` is called at once.
   void Do(std::function<void()> job, std::function<void()> done,
           std::function<void(const std::string& reason)> failed);
 

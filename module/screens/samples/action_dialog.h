@@ -8,7 +8,8 @@
 
 namespace rvx {
 
-// Cancels itself when the instrument is being destroyed, which waits for it. GUI thread.
+// Cancels itself when the destruction of the instrument begins, since that waits for the dialog.
+// GUI thread.
 class CActionDialog : public CModalDialog {
  public:
   explicit CActionDialog(C_RVX& instrument, QWidget* parent = nullptr) : CModalDialog(parent) {

@@ -15,7 +15,7 @@ namespace {
 constexpr int kTemperatureColumn = 0;
 constexpr int kViscosityColumn = 1;
 constexpr int kRotorTimeColumn = 2;
-// What a known viscosity may be, in mPa*s.
+// The range of a known viscosity, in mPa*s.
 constexpr double kMinViscosity = 1000.0;
 constexpr double kMaxViscosity = 50000.0;
 
@@ -56,7 +56,7 @@ std::string CAvailChkViscData::GetDefaultViscosity(int row) {
     const std::string sampleId = action_.GetSampleId();
     const int32_t record =
         standards->FindStandardTemperature(sampleId, table_.text(row, kTemperatureColumn));
-    // The value of another temperature would be worse than none.
+    // The standard has no value at this temperature, and that of another one would be wrong.
     if (record < 0) return own;
     return ToLocal(standards->GetStandardViscosityText(sampleId, record));
   } catch (InvalidException* unknown) {

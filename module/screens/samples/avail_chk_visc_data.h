@@ -1,4 +1,4 @@
-// What may stand in the tests of a Verify Known Viscosity action.
+// The entries that the tests of a Verify Known Viscosity action may have.
 #pragma once
 
 #include <string>
@@ -15,7 +15,7 @@ class EditTable;
 // Columns: temperature, known viscosity, rotor ON time. GUI thread.
 class CAvailChkViscData final : public CICAvailableData {
  public:
-  // Neither is owned; both must outlive it. `table` is the table that asks.
+  // Neither is owned; both must outlive it. `table` is the table that uses this object.
   CAvailChkViscData(C_RVXViscAction& action, const EditTable& table)
       : action_(action), table_(table) {}
 

@@ -1,4 +1,4 @@
-// What may stand in the tests of a Measure Viscosity action.
+// The entries that the tests of a Measure Viscosity action may have.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// The dialogs behind the editing of sample actions.
+// The dialogs in which sample actions are edited.
 #pragma once
 
 #include "module/execution/sample_action_editor.h"

@@ -87,7 +87,7 @@ bool SampleTestsModel::ChangesTimes(const Entries& entries) const {
   if (entries.injectionTime != GetInjectionTime() || entries.coolDownTime != GetCoolDownTime()) {
     return true;
   }
-  // The times that the rows and the default of a new one began with.
+  // The times that the rows and a new row had when the dialog opened.
   std::vector<std::string> known = {
       platform::FormatText("%d", action_.CopyTestRecord().rotorOnTimes[0])};
   for (const auto& row : GetRows()) known.push_back(row.at(RotorTimeColumn()));

@@ -1,4 +1,4 @@
-// What the editor of a sample action shows and what its OK writes, without the window.
+// What the editor of a sample action shows and what its OK button writes, without the window.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +18,7 @@ class SampleTestsModel {
     tagCICELTYPE type;
     std::string heading;
   };
-  // What stands in the dialog when OK is pressed; the add row is left out.
+  // The contents of the dialog when OK is pressed, without the add row.
   struct Entries {
     std::vector<std::vector<std::string>> rows;
     bool hasInjectionTime = true;
@@ -44,15 +44,15 @@ class SampleTestsModel {
   // `action` must outlive it.
   SampleTestsModel(C_RVXViscAction& action, bool withKnownViscosity);
 
-  // Whether the present user may change the rotor times and the two times of the sample. Asked at
-  // the opening; OK asks again.
+  // Whether the present user may change the rotor times and the two times of the sample. Determined
+  // when the dialog opens; OK checks again.
   bool MayChangeTimes() const { return mayChangeTimes_; }
   std::vector<Column> GetColumns() const;
   std::vector<std::vector<std::string>> GetRows() const;
   int32_t GetInjectionTime() const;  // s
   int32_t GetCoolDownTime() const;   // s
 
-  // Gives the tests to the action, all of them or, with a refusal, nothing.
+  // Gives the tests to the action: all of them, or none if the outcome is a refusal.
   Outcome Accept(const Entries& entries);
 
  private:

@@ -16,7 +16,7 @@ std::vector<StandardLine> GetStandardLines(const CStandardsMap& standards) {
         lines.push_back({name, temperature, name + " (" + temperature + ")"});
       }
     } catch (InvalidException* end) {
-      delete end;  // behind the last record
+      delete end;  // after the last record
     }
   }
   return lines;

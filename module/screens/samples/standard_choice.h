@@ -1,4 +1,4 @@
-// The lines of the list of standards, and what a pick does to the action.
+// The lines of the list of standards, and the effect of a pick on the action.
 #pragma once
 
 #include <string>
@@ -20,8 +20,8 @@ struct StandardLine {
 std::vector<StandardLine> GetStandardLines(const CStandardsMap& standards);
 
 // Gives the action the name, and one test at the temperature with the standard's viscosity, which
-// configures it. False, and nothing is changed, if the standard or its record is not there any more
-// or the action was started meanwhile. GUI thread.
+// configures it. Returns false and changes nothing if the standard or its record does not exist any
+// more or the action was started meanwhile. GUI thread.
 bool ApplyStandard(C_RVXViscAction& action, const StandardLine& line);
 
 }  // namespace rvx

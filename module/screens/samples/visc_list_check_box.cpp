@@ -16,7 +16,7 @@ void CViscListCheckBox::SetLines(const QStringList& lines) {
   checkedLine_ = -1;
   for (const QString& line : lines) {
     auto* item = new QListWidgetItem(line, this);
-    // The boxes are set here alone, so that there are never two.
+    // Only this class sets the boxes, so that never two are checked.
     item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
     item->setCheckState(Qt::Unchecked);
   }
@@ -52,7 +52,7 @@ void CViscListCheckBox::mousePressEvent(QMouseEvent* event) {
 void CViscListCheckBox::mouseMoveEvent(QMouseEvent* /*event*/) {}
 void CViscListCheckBox::mouseReleaseEvent(QMouseEvent* /*event*/) {}
 
-// The second click of a pair must not take back the first.
+// The second click of a double click must not undo the first.
 void CViscListCheckBox::mouseDoubleClickEvent(QMouseEvent* /*event*/) {}
 
 void CViscListCheckBox::keyPressEvent(QKeyEvent* event) {

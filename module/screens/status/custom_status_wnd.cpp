@@ -19,11 +19,11 @@ constexpr int kAgeTick = 1000;  // ms
 
 QString Shown(const std::string& number) { return QString::fromStdString(ToLocal(number)); }
 
-// What the instrument's threads and the GUI thread share of one panel.
+// The state of one panel that the instrument's threads and the GUI thread share.
 struct Feed {
   platform::PlainLock lock{"status window readings", platform::kLeafRank};
   StatusReadings readings GUARDED_BY(lock);
-  bool posted GUARDED_BY(lock) = false;  // a display is under way that will see the readings
+  bool posted GUARDED_BY(lock) = false;  // a display is pending that will show the readings
   QPointer<CCustomStatusWnd> window;     // GUI thread; null when the host has destroyed it
 };
 
@@ -51,7 +51,7 @@ class StatusWindowLink final : public StatusWindow {
     {
       platform::PlainGuard guard(feed_->lock);
       feed_->readings = readings;
-      // One display at a time: a busy window must not be buried under frames.
+      // One display at a time, so that frames do not pile up for a busy window.
       if (std::exchange(feed_->posted, true)) return;
     }
     PostToGuiThread([feed = feed_] { ShowFeed(*feed); });
@@ -79,8 +79,8 @@ CCustomStatusWnd::CCustomStatusWnd(QWidget* parent)
 CCustomStatusWnd::~CCustomStatusWnd() = default;
 
 void CCustomStatusWnd::ApplyColours() {
-  // The form stands on the window colour of lists and texts; the headings keep the standard look
-  // and so stand out as bars.
+  // The form has the background colour of lists and texts; the headings keep the standard colour
+  // and so look like bars.
   setAutoFillBackground(true);
   setBackgroundRole(QPalette::Base);
   for (QLabel* heading : {form_->timerHeading, form_->temperatureHeading, form_->speedHeading,
@@ -119,7 +119,8 @@ void CCustomStatusWnd::ShowReadings() {
 
 std::unique_ptr<StatusWindow> MakeStatusWindow(WindowHandle* parent) {
   AssertGuiThread("MakeStatusWindow");
-  auto* window = new CCustomStatusWnd(ToWidget(parent));  // its parent's, until the link takes it
+  auto* window =
+      new CCustomStatusWnd(ToWidget(parent));  // owned by its parent until the link takes it
   window->show();
   return std::make_unique<StatusWindowLink>(window);
 }

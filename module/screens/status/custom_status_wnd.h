@@ -21,7 +21,7 @@ class CCustomStatusWnd final : public CFormView {
   explicit CCustomStatusWnd(QWidget* parent);
   ~CCustomStatusWnd() override;
 
-  // Shows the readings, and greys them when they grow old.
+  // Shows the readings, and greys them when they are older than kStaleAfter.
   void Display(const StatusReadings& readings);
 
  private:
@@ -34,7 +34,7 @@ class CCustomStatusWnd final : public CFormView {
   QTimer ageTimer_;
 };
 
-// Makes the panel and the link over which an instrument's threads feed it.
+// Makes the panel and the link by which an instrument's threads send it readings.
 std::unique_ptr<StatusWindow> MakeStatusWindow(WindowHandle* parent);
 
 }  // namespace rvx

@@ -1,4 +1,4 @@
-// What the status window shows, without the window.
+// The contents of the status window, without the window.
 #pragma once
 
 #include <string>
@@ -24,8 +24,8 @@ struct StatusDisplay {
   std::string speed;        // rpm/1000
   std::string seconds;      // s
   std::string timerHeading;
-  std::string machineStatus;  // one item a line
-  std::string age;            // empty while the values are fresh; else why they are grey
+  std::string machineStatus;  // one item on each line
+  std::string age;            // empty while the values are recent; else why they are grey
 };
 
 // `now` is MonotonicTime. Before the first frame every value is "-".
