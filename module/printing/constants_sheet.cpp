@@ -12,9 +12,9 @@ namespace {
 
 constexpr char kName[] = "Current Cell Calibration Constants";
 
-// What the layout needs; a wider paper leaves the rest free on both sides.
+// The width of the layout; on wider paper the margins are larger on both sides.
 constexpr double kWidth = 750.0;
-// Of the fields and the table, in the middle.
+// The width of the fields and the table, which are centred.
 constexpr double kBlockWidth = 650.0;
 constexpr double kTop = 25.0;
 constexpr double kFootHeight = 20.0;
@@ -27,7 +27,7 @@ constexpr PageFont kValueFont{15.0};
 constexpr double kMinHeight = 10.0;
 constexpr double kLineStep = 20.0;
 
-// The sheet as far as it has been drawn.
+// The state of the drawing.
 struct Drawing {
   PageFlow& flow;
   double width;      // of the whole layout
@@ -54,7 +54,7 @@ void DrawField(Drawing& drawing, const std::string& label, const std::string& va
 
 PageTable::Row MakeRow(const CellConstants& cell) {
   const std::string temperature = platform::FormatText("%.f", cell.temperature);
-  // Zeros would look like a result, and the date of a cell that was never calibrated like a day.
+  // Zeros would look like a result, and the date that means "never calibrated" like a real one.
   if (cell.empty) return {temperature, "-", "-", "-", "not calibrated"};
   return {temperature, platform::FormatText("%.f", cell.b0), platform::FormatText("%.f", cell.b1),
           platform::FormatText("%.f", cell.b2), platform::FormatLocalDate(cell.date)};

@@ -1,4 +1,4 @@
-// A page with an origin and a scale of its own.
+// A page with its own origin and scale.
 #pragma once
 
 #include "module/printing/page.h"
@@ -32,8 +32,8 @@ class MappedPage final : public PrintPage {
   const double scale_;
 };
 
-// A page for a layout that needs `width` from the left edge of the printable area on: it begins at
-// that area's upper left corner, and is made smaller where the area is narrower.
+// A page for a layout that needs `width` from the left edge of the printable area on: its origin is
+// that area's upper left corner, and it is made smaller if the area is narrower.
 MappedPage FitToPrintableWidth(PrintPage& page, double width);
 
 }  // namespace rvx

@@ -1,6 +1,6 @@
-// The page that a sheet is laid out on, whatever it is drawn with: a printer, a PDF file, a
-// preview, a record in a test. A sheet knows nothing else of printing, so that its layout can be
-// tested line by line and is the same on paper, on the screen and from the command line.
+// The page that a sheet is laid out on; it may be drawn by a printer, to a PDF file, in a preview,
+// or to a record in a test. A sheet uses nothing else for printing, so its layout can be tested
+// line by line and is the same on paper, on the screen and from the command line.
 //
 // All measures are in hundredths of an inch. x grows to the right and y downwards, both from the
 // upper left corner of the sheet itself.
@@ -45,20 +45,21 @@ struct TextStyle {
   TextLevel level = TextLevel::Bottom;
 };
 
-// One thread at a time. A device that fails (a printer that is switched off) is reported by whoever
-// owns the device; the sheet draws on and need not look.
+// One thread at a time. A device that fails (a printer that is switched off) is reported by the
+// owner of the device; the sheet goes on drawing and need not check.
 class PrintPage {
  public:
   virtual ~PrintPage() = default;
 
-  // The whole sheet, and the part of it that the device reaches.
+  // The whole sheet, and the part of it that the device can print on.
   virtual PageSize GetSheetSize() const = 0;
   virtual PageBox GetPrintableArea() const = 0;
 
-  // How wide one line of UTF-8 text is. Its height is the font's.
+  // The width of one line of UTF-8 text. Its height is that of the font.
   virtual double GetTextWidth(const PageFont& font, const std::string& text) const = 0;
 
-  // One line of UTF-8 text, cut off at the edges of the box. page_text.h shortens and wraps.
+  // One line of UTF-8 text, cut off at the edges of the box. For text that may be too long see
+  // page_text.h.
   virtual void DrawText(const PageBox& box, const TextStyle& style, const std::string& text) = 0;
   virtual void DrawLine(PagePoint from, PagePoint to, double width) = 0;
   virtual void DrawFrame(const PageBox& box, double width) = 0;
@@ -72,10 +73,11 @@ class PrintPage {
 };
 
 // Draws a whole document. It is called several times (to count the pages, for a preview, for the
-// printer), each time with the same result: it keeps copies of its data, no lock and no window.
+// printer), each time with the same result: it has copies of its data, and uses no lock and no
+// window.
 using PageDrawer = std::function<void(PrintPage&)>;
 
-// How many pages the document has on paper like this page's; nothing is drawn.
+// The number of pages that the document has on paper like this page's; draws nothing.
 int CountPages(const PrintPage& page, const PageDrawer& draw);
 
 }  // namespace rvx

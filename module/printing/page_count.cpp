@@ -3,7 +3,7 @@
 namespace rvx {
 namespace {
 
-// Measures like the page it stands for, draws nothing and counts.
+// Has the measures of another page, draws nothing and counts the pages.
 class CountingPage final : public PrintPage {
  public:
   explicit CountingPage(const PrintPage& page) : page_(page) {}

@@ -8,12 +8,13 @@
 namespace rvx {
 namespace {
 
-// Kept free in a column, so that two long texts do not read as one.
+// Left free in a column, so that two long texts do not look like one.
 constexpr double kColumnGap = 4.0;
 // A heading that is too long is set smaller before it is shortened.
 constexpr double kMinHeadHeight = 10.0;
 
-// The room of one line of a column. A text at the right edge would touch the next column's.
+// The box of one line of a column. Right-aligned text keeps a gap, or it would touch the next
+// column's.
 PageBox LineBox(const PageColumn& column, double left, double top, double height) {
   const double gap = column.place == TextPlace::Right ? kColumnGap : 0.0;
   return {left, top, left + column.width - gap, top + height};
@@ -92,7 +93,7 @@ void PageTable::Draw(PageFlow& flow, const std::vector<Row>& rows) const {
   bool hasHead = false;
   for (const Row& row : rows) {
     const double height = GetRowHeight(flow.page(), row);
-    // A head is not left alone at the end of a page.
+    // A head must not be alone at the end of a page.
     const bool isNewPage = flow.MakeRoom(height + (hasHead ? 0.0 : GetHeadHeight()));
     if (isNewPage || !hasHead) drawHead();
     hasHead = true;

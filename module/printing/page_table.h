@@ -13,7 +13,7 @@ struct PageColumn {
   std::string unit;  // below the heading; may be empty
   double width = 0.0;
   TextPlace place = TextPlace::Centre;
-  bool wraps = false;  // a text that is too long goes on below; else it is shortened
+  bool wraps = false;  // a text that is too long continues on the next line; else it is shortened
 };
 
 struct PageTableStyle {
@@ -26,7 +26,7 @@ struct PageTableStyle {
   double rule = 0.0;       // width of the line below the head; 0: none
 };
 
-// Texts never leave their column, and keep a little distance from their neighbours.
+// Texts never leave their column, and keep a small distance from those of the next one.
 class PageTable {
  public:
   using Row = std::vector<std::string>;  // a text for each column

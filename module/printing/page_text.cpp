@@ -9,14 +9,15 @@ namespace {
 
 constexpr char kEllipsis[] = "\xE2\x80\xA6";
 
-// Where the UTF-8 character at `at` ends.
+// The index after the UTF-8 character at `at`.
 size_t EndOfCharacter(const std::string& text, size_t at) {
   ++at;
   while (at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80) ++at;
   return at;
 }
 
-// How many bytes of the text, whole characters, `fits` accepts; a longer text is never narrower.
+// The length in bytes of the longest beginning of the text, in whole characters, that `fits`
+// accepts. A longer text is never narrower.
 template <class Predicate>
 size_t LongestThatFits(const std::string& text, const Predicate& fits) {
   std::vector<size_t> ends{0};
@@ -67,7 +68,7 @@ std::vector<std::string> WrapText(const PrintPage& page, const PageFont& font,
       if (!line.empty()) lines.push_back(line);
       line = word;
       while (!fits(line)) {
-        // At least one character, so that this ends in a column narrower than a letter.
+        // At least one character, so that the loop ends in a column that is narrower than a letter.
         const size_t cut = std::max(LongestThatFits(line, fits), EndOfCharacter(line, 0));
         if (cut >= line.size()) break;
         lines.push_back(line.substr(0, cut));

@@ -22,7 +22,7 @@ PageFont FitFont(const PrintPage& page, const PageFont& font, const std::string&
 std::vector<std::string> WrapText(const PrintPage& page, const PageFont& font,
                                   const std::string& text, double width);
 
-// Draws one line that does not leave its box: set smaller, down to `leastHeight`, then shortened.
+// Draws one line that stays inside its box: set smaller, down to `leastHeight`, then shortened.
 void DrawFitted(PrintPage& page, const PageBox& box, const TextStyle& style,
                 const std::string& text, double leastHeight);
 
