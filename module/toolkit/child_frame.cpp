@@ -12,10 +12,10 @@
 
 namespace rvx {
 
-// What a handle knows of its frame, when the frame may be gone.
+// The state that handles share with their frame, which may be destroyed before them.
 struct CChildFrame::Link {
-  std::atomic<bool> open{true};  // until the object is gone; any thread
-  CChildFrame* frame = nullptr;  // GUI thread only; null when it is gone
+  std::atomic<bool> open{true};  // until the frame is destroyed; any thread
+  CChildFrame* frame = nullptr;  // GUI thread only; null when it is destroyed
 };
 
 class CChildFrame::Handle final : public FrameWindow {
@@ -23,7 +23,7 @@ class CChildFrame::Handle final : public FrameWindow {
   explicit Handle(std::shared_ptr<Link> link) : link_(std::move(link)) {}
   bool Exists() override { return link_->open; }
   void Destroy() override {
-    // Behind the wait nothing of the screen touches the instrument any more.
+    // After the wait nothing of the screen uses the instrument any more.
     RunOnGuiThread([this] { delete link_->frame; });
   }
   std::string GetCloseRefusal() override {
@@ -43,11 +43,12 @@ CChildFrame::CChildFrame(int32_t frameIndex, QWidget* parent)
   link_->frame = this;
   setAttribute(Qt::WA_DeleteOnClose);
   setFocusPolicy(Qt::StrongFocus);
-  statusBar();  // made by the first call
+  statusBar();  // the first call makes it
 }
 
 CChildFrame::~CChildFrame() {
-  // The view goes first: with the mark set, its action may end and take what the view uses.
+  // The view is destroyed first: once the link says that the frame is closed, its action may end,
+  // and what the view uses may be destroyed.
   delete view_;
   link_->frame = nullptr;
   link_->open = false;
@@ -92,7 +93,7 @@ void CChildFrame::closeEvent(QCloseEvent* event) {
     GetInstrumentManager()->ReleaseFrame(frameIndex_);
     return;
   }
-  // The view may ask a person, and an instrument that goes meanwhile takes this frame along.
+  // The view may ask the user, and an instrument that closes meanwhile destroys this frame.
   const QPointer<CChildFrame> self = this;
   if (QueryClose() != 0) {
     event->ignore();

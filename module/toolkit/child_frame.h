@@ -11,8 +11,8 @@ namespace rvx {
 
 class CFormView;
 
-// A window with a status bar that holds one view. GUI thread. It deletes itself when it has been
-// closed, so nobody keeps a pointer to it but what MakeHandle gives.
+// A window with one view and a status bar. GUI thread. It deletes itself when it has been closed,
+// so keep no pointer to it, only a handle of MakeHandle.
 class CChildFrame : public QMainWindow {
  public:
   // The frames of actions have no index.
@@ -23,20 +23,21 @@ class CChildFrame : public QMainWindow {
   explicit CChildFrame(int32_t frameIndex = kNoFrameIndex, QWidget* parent = nullptr);
   ~CChildFrame() override;
 
-  // Puts the view into the frame, which owns it from here on and hands the focus on to it.
+  // Puts the view into the frame, which owns it from then on and passes the focus on to it.
   void AttachView(CFormView* view);
   CFormView* view() const { return view_; }
-  // Whether the frame may close: the view's answer, 0 without a view.
+  // Returns 0 if the frame may close: the result of the view, 0 without a view.
   int32_t QueryClose();
-  // Brings it to the top, not iconic any more, with the focus; while its view is being made and
-  // asks the person something, the question.
+  // Restores the frame if it is minimized, brings it to the front and gives it the focus. If its
+  // view is being made and asks the user something, does so with the question.
   void RaiseToUser();
-  // Takes it away without asking the view. It is deleted after the present event, so a view may
-  // call this from inside its own code.
+  // Closes the frame without calling QueryClose. It is deleted after the present event, so a view
+  // may call this from inside its own code.
   void End();
-  // False once it has been closed, though the object may still be there for a moment.
+  // False once it has been closed, though the object may still exist for a moment.
   bool IsOpen() const { return !closed_; }
-  // What the thread of the screen's action gets. The caller owns it; it outlives the frame safely.
+  // Makes the handle for the thread of the screen's action. The caller owns it; it may outlive the
+  // frame.
   std::unique_ptr<FrameWindow> MakeHandle();
 
  protected:

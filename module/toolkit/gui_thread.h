@@ -6,15 +6,15 @@
 
 namespace rvx {
 
-// False without a QApplication: then there is no window to touch. Any thread.
+// False without a QApplication: then there are no windows. Any thread.
 bool IsGuiThread();
 
-// Stops debug builds when window code runs on another thread. `where` names the culprit.
+// Stops debug builds when window code runs on another thread. `where` names the caller.
 void AssertGuiThread(const char* where);
 
 // Runs the job on the GUI thread and returns when it is done; at once if the caller is that thread.
-// Elsewhere it waits for the event loop, so no lock may be held that a window wants. The job must
-// not raise anything.
+// Other threads wait for the event loop, so the caller holds no lock that a window may take. The
+// job must not throw.
 void RunOnGuiThread(const std::function<void()>& job);
 
 // Runs the job later on the GUI thread, in the order of posting. Any thread, under any lock.

@@ -13,7 +13,7 @@ void ShowHelp(const std::string& topic) {
     platform::GetPrompter().Beep();
     return;
   }
-  // The path goes with the call and is kept nowhere, so that no other window's help changes.
+  // The path is passed with the call and not kept, so that the help of no other window changes.
   viewer->ShowTopic(QDir::currentPath().toStdString() + "\\" + topic);
 }
 

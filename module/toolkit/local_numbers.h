@@ -14,7 +14,7 @@ QChar DecimalSign();
 // A number text with a point, "-20.00", with the user's decimal sign.
 std::string ToLocal(const std::string& number);
 
-// What a person typed, with a point as decimal sign.
+// A typed number text, with a point as decimal sign.
 std::string FromLocal(const std::string& number);
 
 }  // namespace rvx

@@ -14,14 +14,15 @@ class CModalDialog : public QDialog {
   explicit CModalDialog(QWidget* parent = nullptr);
 
  protected:
-  // OK was pressed: true to end the dialog. A refusal beeps and says or shows what is missing. It
-  // may show a message, under which the dialog may go away: then only the stack is touched.
+  // Called when OK was pressed; returns true to end the dialog. A refusal beeps and says or shows
+  // what is missing. The dialog may be destroyed while a message is shown: after that only local
+  // variables may be used.
   virtual bool OnOk() { return true; }
   // The help topic, empty for none.
   virtual std::string GetHelpTopic() const { return std::string(); }
   // Connects the buttons with the ids 1 and 2.
   void BindButtons();
-  // Beeps and gives the control the focus: what a dialog does when an entry is missing there.
+  // Beeps and gives the control the focus: for an entry that is missing there.
   static void RefuseAt(QWidget& control);
 
   void keyPressEvent(QKeyEvent* event) override;

@@ -14,9 +14,9 @@ namespace {
 
 constexpr double kUnitsPerInch = 100.0;
 
-// The face at one size for all heights, in pixels. The toolkit rounds sizes to whole pixels, so
-// that widths would not grow evenly with the height, and a preview would break lines elsewhere than
-// a printer; what is drawn at one size and scaled keeps its proportions.
+// Makes the font at one size, in pixels, for all heights. The toolkit rounds sizes to whole pixels,
+// so widths would not grow evenly with the height, and a preview would break lines at other places
+// than a printer. Text that is drawn at one size and scaled keeps its proportions.
 QFont MakeFont(const PageFont& wanted) {
   constexpr int kPixels = 200;
   QFont font(QStringLiteral("Arial"));
@@ -28,7 +28,7 @@ QFont MakeFont(const PageFont& wanted) {
   return font;
 }
 
-// By how much MakeFont's face is to be scaled to the height that is wanted.
+// The factor by which the font of MakeFont is scaled to the height of `wanted`.
 double ScaleOf(const PageFont& wanted, const QFontMetricsF& metrics) {
   return wanted.height / metrics.height();
 }

@@ -14,9 +14,9 @@ QPageSize ToPageSize(Paper paper);
 // The paper that is usual in the user's country.
 Paper GetUsualPaper();
 
-// Draws the document on a printer, a preview's or a PDF writer: false if the device fails. The
-// origin is the sheet's corner whatever part of the sheet the device reaches. Any thread, one at a
-// time for each device.
+// Draws the document on a printer, on the printer of a preview or on a PDF writer. Returns false if
+// the device fails. The origin is the sheet's corner, whatever part of the sheet the device can
+// print on. Any thread, one at a time for each device.
 bool DrawDocument(QPagedPaintDevice& device, const PageDrawer& draw);
 
 }  // namespace rvx

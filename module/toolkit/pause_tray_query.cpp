@@ -16,7 +16,7 @@ CPauseTrayQuery::CPauseTrayQuery(const std::string& title, const std::vector<std
   setWindowTitle(QString::fromStdString(title));
   group_->addButton(form_->now, 0);
   group_->addButton(form_->afterSample, 1);
-  // The form has the buttons of its usual question; a longer one gets more of them.
+  // The form has two buttons; a question with more answers gets more of them.
   for (size_t i = 2; i < answers.size(); ++i) {
     auto* more = new QRadioButton(this);
     form_->answers->addWidget(more);

@@ -15,7 +15,7 @@ namespace rvx {
 namespace {
 
 constexpr int kResolution = 1200;  // dots per inch
-// What nearly every printer leaves free at the edges, so that a PDF can be printed as it is.
+// The margin that nearly every printer needs, so that a PDF can be printed as it is.
 constexpr qreal kMargin = 0.25;  // inches
 
 std::string Render(const std::string& title, Paper paper, const PageDrawer& draw) {
@@ -33,8 +33,8 @@ std::string Render(const std::string& title, Paper paper, const PageDrawer& draw
   return bytes.toStdString();
 }
 
-// What the toolkit has to say at its start (that "C" is no UTF-8 locale, for instance) is of no
-// interest to somebody who prints from a command line.
+// Sends the toolkit's messages to the log: those at its start (that "C" is no UTF-8 locale, for
+// instance) are of no interest to a user of the command line.
 void LogQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
   const bool isSevere = type == QtCriticalMsg || type == QtFatalMsg;
   platform::Log(isSevere ? platform::LogLevel::Error : platform::LogLevel::Debug,
@@ -42,8 +42,8 @@ void LogQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text
 }
 
 // Fonts need a QGuiApplication. One without a display is enough for the drawing, and is destroyed
-// after it: nothing else in the process should find an application there and take it for a
-// window's.
+// after it: other code in the process must not find an application and take it for one with
+// windows.
 class OffscreenApplication {
  public:
   OffscreenApplication()
@@ -52,7 +52,7 @@ class OffscreenApplication {
         application_(count_, arguments_.data()) {}
   ~OffscreenApplication() {
     qInstallMessageHandler(handler_);
-    // The application has set the user's, and this process may have been started with another.
+    // The application has set the user's locale, and this process may use another.
     std::setlocale(LC_ALL, locale_.c_str());
   }
   OffscreenApplication(const OffscreenApplication&) = delete;
@@ -63,13 +63,14 @@ class OffscreenApplication {
   const QtMessageHandler handler_;
   char name_[8] = "torvell";
   char option_[10] = "-platform";
-  char platform_[10] = "offscreen";  // goes before QT_QPA_PLATFORM, which may name a display
+  char platform_[10] =
+      "offscreen";  // takes precedence over QT_QPA_PLATFORM, which may name a display
   std::array<char*, 4> arguments_ = {name_, option_, platform_, nullptr};
   int count_ = 3;
   QGuiApplication application_;
 };
 
-// One thread at a time has an application of its own.
+// Only one thread at a time may have its own application.
 platform::PlainLock& ApplicationLock() {
   static auto* const lock = new platform::PlainLock("PDF application", platform::kLeafRank);
   return *lock;

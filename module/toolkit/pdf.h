@@ -10,7 +10,7 @@
 namespace rvx {
 
 // Draws the document and returns the bytes of a PDF file with this title; empty if it could not be
-// made. Paper nothing: the usual one of the user's country. Any thread. In a process that has no
+// made. Without `paper`: the usual one of the user's country. Any thread. In a process that has no
 // windows the toolkit's fonts are set up for the length of the call.
 std::string RenderPdf(const std::string& title, std::optional<Paper> paper, const PageDrawer& draw);
 

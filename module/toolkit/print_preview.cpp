@@ -28,7 +28,7 @@
 namespace rvx {
 namespace {
 
-// The printer's paper if it is one of the two, else the country's.
+// The printer's paper if it is one of the two, else the usual one of the user's country.
 Paper GetFirstPaper(const QPrinter& printer) {
   if (!QPrinterInfo::defaultPrinter().isNull()) {
     for (const Paper paper : {Paper::A4, Paper::Letter}) {
@@ -38,7 +38,8 @@ Paper GetFirstPaper(const QPrinter& printer) {
   return GetUsualPaper();
 }
 
-// Empty if the file was written, else the reason. A file of this name stays whole until then.
+// Writes a file; returns the empty text, or the reason if it could not be written. A file of this
+// name stays complete until the new one is.
 std::string WriteFile(const std::string& path, const std::string& bytes) {
   QSaveFile file(QString::fromStdString(path));
   const auto size = static_cast<qint64>(bytes.size());
@@ -86,7 +87,7 @@ PrintPreview::PrintPreview(QWidget* parent, const std::string& title, PageDrawer
 }
 
 PrintPreview::~PrintPreview() {
-  // It draws with the printer, which goes before the base class would delete it.
+  // It draws with the printer, which is destroyed before the base class would delete the widget.
   delete preview_;
 }
 
@@ -151,7 +152,7 @@ void PrintPreview::Print() {
     return;
   }
   const QPointer<PrintPreview> self = this;
-  // Kept alive here, because this preview may go while the printer's dialog is open.
+  // Copied here, because this preview may be destroyed while the printer's dialog is open.
   const std::string title = title_;
   const PageDrawer draw = draw_;
   QPrinter printer(QPrinter::HighResolution);
@@ -159,7 +160,7 @@ void PrintPreview::Print() {
   printer.setPageSize(ToPageSize(GetPaper()));
   auto dialog = std::make_unique<QPrintDialog>(&printer, this);
   dialog->setWindowTitle(QString::fromStdString(title));
-  // A sheet is printed whole, and a file is what the other button is for.
+  // A sheet is printed as a whole, and the other button writes to a file.
   for (const auto option : {QAbstractPrintDialog::PrintToFile, QAbstractPrintDialog::PrintSelection,
                             QAbstractPrintDialog::PrintPageRange}) {
     dialog->setOption(option, false);

@@ -24,15 +24,15 @@ enum class PrintResult {
 };
 
 // Shows the document in a preview with the buttons Print, Save as PDF and Close, and waits until it
-// is closed; it closes by itself after a print. Failures are told to the user here. `title` names
-// the document for the printer, and the PDF file. Cancelled also if the parent goes meanwhile.
-// GUI thread.
+// is closed; it closes by itself after a print. Failures are shown to the user here. `title` names
+// the document for the printer, and the PDF file. Cancelled also if the parent is destroyed
+// meanwhile. GUI thread.
 PrintResult PrintDocument(QWidget* parent, const std::string& title, const PageDrawer& draw);
 
 // "Settings (RVX 0h : Cell 7)" as the name of a PDF file on every system.
 std::string ToPdfFileName(const std::string& title);
 
-// The preview itself. Only its parent's window waits for it, since somebody may read in it for long
+// The preview itself. It blocks only its parent's window, since a user may read in it for long
 // while another window has to be used. GUI thread.
 class PrintPreview final : public QDialog {
  public:

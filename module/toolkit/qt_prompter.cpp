@@ -26,7 +26,7 @@ QMessageBox::Icon ToBoxIcon(platform::MessageIcon icon) {
   return QMessageBox::NoIcon;
 }
 
-constexpr int kLookInterval = 50;  // ms, at the events that take a question back
+constexpr int kLookInterval = 50;  // ms, of checks of the events that withdraw a question
 
 bool IsSet(std::span<platform::Event* const> events) {
   return std::any_of(events.begin(), events.end(),
@@ -61,7 +61,7 @@ struct QtPrompter::Question {
   QPointer<QDialog> dialog;  // GUI thread
 
   platform::PlainLock lock{"question", platform::kLeafRank};
-  // What it writes to is on the asking thread's stack: null once that has stopped waiting.
+  // It writes to the stack of the asking thread, so it is null once that has stopped waiting.
   AnswerReader read GUARDED_BY(lock);
 };
 
@@ -133,7 +133,7 @@ bool QtPrompter::AskHere(const DialogMaker& make, const AnswerReader& read, With
     look.start(kLookInterval);
   }
   const int result = dialog->exec();
-  // What took the question back may also have destroyed the window that it stood over.
+  // The event that withdrew the question may also have destroyed its parent window.
   if (!dialog) takenBack = IsSet(withdrawal);
   if (dialog && !takenBack) read(*dialog, result);
   delete dialog;
@@ -169,10 +169,10 @@ void QtPrompter::Show(const std::shared_ptr<Question>& question) {
   if (question->answered.TryWait()) return;  // dropped meanwhile
   QDialog* dialog = question->make().release();
   question->dialog = dialog;
-  // No window owns it: one that is closed must not take an unanswered question with it.
+  // No window owns it: the close of a window must not destroy an unanswered question.
   dialog->setParent(nullptr, dialog->windowFlags() | Qt::WindowStaysOnTopHint);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
-  // Above a modal window only a modal one can be used.
+  // While a modal window is open, only another modal one can be used.
   dialog->setWindowModality(QApplication::activeModalWidget() != nullptr ? Qt::ApplicationModal
                                                                          : Qt::NonModal);
   QObject::connect(dialog, &QDialog::finished, dialog, [question, dialog](int result) {

@@ -15,13 +15,13 @@ class QDialog;
 
 namespace rvx {
 
-// Any thread may ask. On the GUI thread the box is modal. A thread elsewhere waits until the person
-// has answered; its box stands beside the windows, which stay usable: a run that waits for an
-// injection must not keep anybody from pausing it. The GUI thread's event loop must run.
+// Any thread may ask. On the GUI thread the box is modal. Any other thread waits until the user has
+// answered; its box is not modal, so that the windows stay usable: a run that waits for an
+// injection must not prevent a pause. The GUI thread's event loop must run.
 class QtPrompter final : public platform::Prompter {
  public:
-  // Answers what still stands, and whatever is asked later, as if nobody sat there: OK, No,
-  // cancelled. For the end of the program, when the event loop does not run any more. GUI thread.
+  // Answers all open questions, and all later ones, without asking: OK, No, cancelled. For the end
+  // of the program, when the event loop does not run any more. GUI thread.
   void Close();
 
   platform::MessageAnswer ShowMessage(const std::string& text, platform::MessageButtons buttons,
@@ -41,10 +41,10 @@ class QtPrompter final : public platform::Prompter {
 
   using Withdrawal = std::span<platform::Event* const>;
 
-  // Shows the dialog and returns when `read` has been called or the question was dropped: false if
-  // it was taken back.
+  // Shows the dialog and returns when `read` has been called or the question was dropped. Returns
+  // false if the question was withdrawn.
   bool Ask(const DialogMaker& make, const AnswerReader& read, Withdrawal withdrawal = {});
-  // The same on the GUI thread, in a loop of its events, and on another one, which waits.
+  // The same on the GUI thread, which handles events meanwhile, and on another thread, which waits.
   static bool AskHere(const DialogMaker& make, const AnswerReader& read, Withdrawal withdrawal);
   bool AskBeside(const DialogMaker& make, const AnswerReader& read, Withdrawal withdrawal);
   static void Show(const std::shared_ptr<Question>& question);
@@ -54,8 +54,7 @@ class QtPrompter final : public platform::Prompter {
   bool closed_ GUARDED_BY(lock_) = false;
 };
 
-// Beeps and shows a failure with an OK button: what a screen does when something went wrong. Any
-// thread.
+// Beeps and shows a failure with an OK button: for failures in screens. Any thread.
 void ShowFailure(const std::string& text);
 
 }  // namespace rvx

@@ -1,4 +1,4 @@
-// How every modal dialog of the module runs.
+// Runs the modal dialogs of the module.
 #pragma once
 
 #include <QDialog>
@@ -8,13 +8,13 @@
 
 namespace rvx {
 
-// Shows the dialog and waits until it has ended; then `read` may look at it, and it is deleted. The
-// result is the dialog's, and QDialog::Rejected without a call of `read` if the dialog went away
-// meanwhile: an instrument that closes takes its frames along, and a frame the dialogs above it. A
+// Shows the dialog and waits until it has ended; then calls `read` with it and deletes it. Returns
+// the dialog's result, or QDialog::Rejected without a call of `read` if the dialog was destroyed
+// meanwhile: an instrument that closes destroys its frames, and a frame the dialogs above it. A
 // dialog on the caller's stack would then be destroyed twice.
 //
-// Whoever calls this from a member function of a widget looks after the return whether the widget
-// itself is still there. GUI thread.
+// A member function of a widget that calls this has to check after the return whether the widget
+// still exists. GUI thread.
 template <class Dialog>
 int RunDialog(std::unique_ptr<Dialog> dialog,
               const std::function<void(Dialog& dialog, int result)>& read = nullptr) {

@@ -24,8 +24,8 @@ FrameWindow* ScreenTable::OpenOrRaise(ViscometerInstrument& instrument, const st
   }
   auto frame = std::make_unique<CChildFrame>();
   frame->setWindowTitle(QString::fromStdString(MakeFrameTitle(label, instrument)));
-  // Before the view is made: it may ask the person something, and a second start that comes in
-  // meanwhile must find this one.
+  // Before the view is made: the view may ask the user something, and a second start that comes
+  // meanwhile must find this frame.
   frames_[&instrument] = frame.get();
   std::unique_ptr<CFormView> view = makeView();
   if (view == nullptr) return nullptr;

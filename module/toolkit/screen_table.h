@@ -1,4 +1,4 @@
-// Which instrument has a screen of a class open.
+// The open screens of a class, by instrument.
 #pragma once
 
 #include <QPointer>
@@ -24,18 +24,19 @@ class ScreenTable {
  public:
   using ViewMaker = std::function<std::unique_ptr<CFormView>()>;
 
-  // What a screen's PerformCreation does: raises the instrument's screen if it is open or being
-  // made, and answers null; otherwise makes a frame with the view of `makeView`, sizes it to the
-  // form, shows it and answers its handle, which the caller owns. Without a view there is no frame
-  // either; what `makeView` raises passes through. It may ask the person something. The instrument
-  // must outlive the frame; the thread of the screen's action sees to that.
+  // Does the work of a screen's PerformCreation. If the instrument's screen is open or being made,
+  // brings it to the front and returns null. Otherwise makes a frame with the view of `makeView`,
+  // sizes it to the form, shows it and returns its handle, which the caller owns. Without a view it
+  // makes no frame and returns null; an exception of `makeView` is passed on. `makeView` may ask
+  // the user something. The instrument must outlive the frame; the thread of the screen's action
+  // sees to that.
   FrameWindow* OpenOrRaise(ViscometerInstrument& instrument, const std::string& label,
                            const ViewMaker& makeView);
   // The instrument's open screen, or null.
   CChildFrame* Find(const ViscometerInstrument& instrument) const;
 
  private:
-  // By the instrument and not by its port address: that is the same for two instruments on two
+  // By the instrument and not by its port address, which may be the same for two instruments on two
   // ports.
   std::map<const ViscometerInstrument*, QPointer<CChildFrame>> frames_;
 };

@@ -1,4 +1,4 @@
-// What the host's WindowHandle is: a QWidget, on both sides of the boundary.
+// The meaning of the host's WindowHandle: a QWidget, on both sides of the boundary.
 #pragma once
 
 #include <QWidget>
