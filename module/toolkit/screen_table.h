@@ -27,7 +27,7 @@ class ScreenTable {
   // Does the work of a screen's PerformCreation. If the instrument's screen is open or being made,
   // brings it to the front and returns null. Otherwise makes a frame with the view of `makeView`,
   // sizes it to the form, shows it and returns its handle, which the caller owns. Without a view it
-  // makes no frame and returns null; an exception of `makeView` is passed on. `makeView` may ask
+  // keeps no frame and returns null; an exception of `makeView` is passed on. `makeView` may ask
   // the user something. The instrument must outlive the frame; the thread of the screen's action
   // sees to that.
   FrameWindow* OpenOrRaise(ViscometerInstrument& instrument, const std::string& label,
