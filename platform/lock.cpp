@@ -17,7 +17,7 @@ void HeldLocks::Push(LockState* lock) {
 }
 
 void HeldLocks::Remove(const LockState* lock) {
-  // The last one first: locks nearly always go in the reverse order.
+  // Searches from the end: locks are nearly always released in the reverse order.
   for (size_t i = count_; i > 0; --i) {
     if (locks_[i - 1] != lock) continue;
     for (; i < count_; ++i) locks_[i - 1] = locks_[i];
@@ -70,7 +70,7 @@ void Release(LockState& lock) {
 RecursiveLock::RecursiveLock(const char* name, LockRank rank)
     : state_(std::make_unique<LockState>(name, rank, true)) {}
 RecursiveLock::~RecursiveLock() = default;
-// The analysis knows the lock as an object and not what stands behind it.
+// The analysis checks the callers, which name the lock. It cannot see that Acquire takes it.
 void RecursiveLock::Lock() NO_THREAD_SAFETY_ANALYSIS { Acquire(*state_); }
 void RecursiveLock::Unlock() NO_THREAD_SAFETY_ANALYSIS { Release(*state_); }
 

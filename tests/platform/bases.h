@@ -1,4 +1,5 @@
-// Runs one test under each base: what a caller sees of threads, locks and events is the same.
+// Runs a test under each time base: threads, locks and events must behave the same under all of
+// them.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 
 namespace platform {
 
+// A time base as the parameter of a test.
 struct BaseCase {
   const char* name;
   TimeBaseOptions options;
@@ -27,6 +29,7 @@ inline BaseCase VirtualCase(TaskSwitch taskSwitch, uint64_t seed = 1) {
   return {taskSwitch == TaskSwitch::Fibers ? "Fibers" : "Threads", options};
 }
 
+// A test that runs once under each base.
 class EachBase : public testing::TestWithParam<BaseCase> {
  protected:
   static void Run(const std::function<void()>& program) {
@@ -45,6 +48,7 @@ inline void RunVirtual(uint64_t seed, const std::function<void()>& program) {
   });
 }
 
+// The real base, and virtual time with fibers and with threads.
 inline auto AllBases() {
   return testing::Values(RealCase(), VirtualCase(TaskSwitch::Fibers),
                          VirtualCase(TaskSwitch::Threads));

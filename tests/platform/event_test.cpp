@@ -114,8 +114,8 @@ TEST_P(EventTest, SeveralWaitersShareWorkAndAllSeeTheStop) {
   });
 }
 
-// Threads hand a token round in a ring, with locks on the way; short deadlines make waits end both
-// ways at once. For the thread sanitizer more than for the numbers.
+// Threads pass a token round in a ring, with locks on the way. Short deadlines make some waits end
+// by event and time-out at the same moment. Mainly for the thread sanitizer.
 TEST_P(EventTest, RingOfThreadsLosesNoWakeUp) {
   Run([] {
     constexpr int kThreads = 4;
@@ -189,7 +189,7 @@ TEST(EventGrants, AWaiterThatTakesAnotherEventPassesItsGrantOn) {
       Sleep(kUntilAllWait);
       const auto b = StartThread("second", [&] { second = work.Wait(Milliseconds(5)); });
       Sleep(kUntilAllWait);
-      work.Set();  // granted to the first, which may look at stop before it
+      work.Set();  // granted to the first thread, which may see stop before it
       stop.Set();
       a->Join();
       b->Join();

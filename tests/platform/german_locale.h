@@ -6,7 +6,8 @@
 
 namespace platform {
 
-// The whole process stands under it for a scope; set() is false on a machine that lacks it.
+// Sets this locale for the whole process until the end of the scope. set() is false on a machine
+// that lacks it.
 class GermanLocale {
  public:
   GermanLocale() : before_(std::setlocale(LC_ALL, nullptr)) {

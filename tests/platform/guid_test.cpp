@@ -15,7 +15,7 @@ std::vector<Guid> Make(int count) {
   return guids;
 }
 
-// One case, since a seed stays for the rest of the process.
+// In one test, since a seed stays in force for the rest of the process.
 TEST(Guids, AreNewEachTimeAndRepeatedBySeedAndStream) {
   const std::vector<Guid> random = Make(1000);
   SeedGuids(7, 0);
@@ -24,7 +24,7 @@ TEST(Guids, AreNewEachTimeAndRepeatedBySeedAndStream) {
   EXPECT_EQ(first, Make(1000));
   std::set<Guid> all(random.begin(), random.end());
   all.insert(first.begin(), first.end());
-  // Neighbouring seeds and streams share nothing.
+  // Neighbouring seeds and streams give unrelated identifiers.
   for (const auto& [seed, stream] : {std::pair{7, 1}, {8, 0}, {6, 1}, {0, 8}}) {
     SeedGuids(static_cast<uint64_t>(seed), static_cast<uint64_t>(stream));
     for (const Guid& guid : Make(1000)) all.insert(guid);

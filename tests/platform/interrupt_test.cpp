@@ -29,7 +29,7 @@ TEST_P(InterruptTest, SignalsWakeTheOneWhoWaits) {
   });
 }
 
-// A program that does nothing but let time jump sees a signal too.
+// A program that only sleeps, so that virtual time jumps, sees a signal too.
 TEST(Interrupt, IsSeenWhileTimeJumps) {
   RunVirtual(1, [] {
     InterruptWatch watch;

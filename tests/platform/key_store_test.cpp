@@ -41,7 +41,7 @@ TEST_F(KeyStoreTest, ReadsWhatAPersonHasWritten) {
   Put("[" + std::string(kKey) + "]\n\"Simulate\"=dword:0\n\"Simulate\"=dword:3\n");
   EXPECT_EQ(3u, ReadKeyValue(kKey, "Simulate"))
       << "the last one counts, and the file is read afresh";
-  SetKeyStoreFile(folder_.string());  // there, and no file
+  SetKeyStoreFile(folder_.string());  // exists, but is not a file
   EXPECT_EQ(std::nullopt, ReadKeyValue(kKey, "Simulate"));
 }
 

@@ -44,7 +44,7 @@ TEST_P(LockTest, ExcludesOthersAlsoWhereTheHolderWaits) {
   });
 }
 
-// The analysis takes no lock twice, recursive or not.
+// The thread-safety analysis accepts no lock that is taken twice, not even a recursive one.
 TEST_P(LockTest, RecursiveLockIsFreeAfterItsLastRelease) {
   Run([]() NO_THREAD_SAFETY_ANALYSIS {
     RecursiveLock inner("inner", 30);
@@ -52,7 +52,7 @@ TEST_P(LockTest, RecursiveLockIsFreeAfterItsLastRelease) {
     staticLock.Lock();
     {
       const RecursiveGuard higher(inner);
-      const RecursiveGuard again(staticLock);  // the same lock, whatever has been taken since
+      const RecursiveGuard again(staticLock);  // the same lock again, although of lower rank
     }
     const auto thread = StartThread("other", [&] {
       const RecursiveGuard guard(staticLock);
@@ -95,7 +95,7 @@ TEST_P(LockTest, LocksMayBeReleasedInAnyOrder) {
 using LockDeathTest = LockTest;
 INSTANTIATE_TEST_SUITE_P(Bases, LockDeathTest, AllBases(), NameOfBase);
 
-// The real base looks at the order in debug builds alone; the tests are built like the library.
+// The real base checks the order in debug builds only; the tests are built like the library.
 bool ChecksOrder(const BaseCase& base) {
 #ifdef NDEBUG
   return base.options.kind == TimeBaseKind::Virtual;

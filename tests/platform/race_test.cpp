@@ -1,5 +1,6 @@
-// That one task runs at a time must not hide races from the thread sanitizer: tasks are ordered by
-// locks, events, starts and joins alone. The cases run in every build; only the sanitizer's judges.
+// One task runs at a time, which must not hide races from the thread sanitizer: it must see an
+// order only by locks, events, starts and joins. The tests run in every build, but only the thread
+// sanitizer's can find a race.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -18,7 +19,7 @@ namespace {
 
 int shared = 0;
 
-// What a careful program does: whatever is shared goes through a lock, an event, a start or a join.
+// A correct program: each access to shared data is ordered by a lock, an event, a start or a join.
 TEST(Race, OrderedTasksAreReportedByNobody) {
   for (uint64_t seed = 0; seed < 10; ++seed) {
     TimeBaseOptions options = DrawTimeBaseOptions(seed);
@@ -62,7 +63,7 @@ TEST(Race, OrderedTasksAreReportedByNobody) {
       stop.Set();
       for (const auto& thread : threads) thread->Join();
       EXPECT_EQ(30, counter);
-      shared = 0;  // behind the joins
+      shared = 0;  // after the joins
 
       const auto last = StartThread("last", [] { ++shared; });
       while (!last->HasEnded()) Sleep(Milliseconds(1));
@@ -78,7 +79,7 @@ class RaceDeathTest : public testing::TestWithParam<TaskSwitch> {
     if (!detail::kFindsRaces) GTEST_SKIP() << "the build has no thread sanitizer";
     GTEST_FLAG_SET(death_test_style, "threadsafe");
   }
-  // A race, and nothing else, ends the process with the sanitizer's exit code.
+  // Only a race ends the process with the sanitizer's exit code.
   static void ExpectOneRace(const std::function<void()>& program) {
     constexpr int kSanitizersExitCode = 66;
     EXPECT_EXIT(
@@ -103,7 +104,7 @@ TEST_P(RaceDeathTest, TwoTasksWithoutALock) {
   });
 }
 
-// A time-out orders nothing, although the one that set the variable has long gone to sleep.
+// A time-out is not an order, although the thread that changed the variable has long gone to sleep.
 TEST_P(RaceDeathTest, ATimeOutIsNoOrder) {
   ExpectOneRace([] {
     const auto other = StartThread("other", [] {
@@ -116,7 +117,7 @@ TEST_P(RaceDeathTest, ATimeOutIsNoOrder) {
   });
 }
 
-// Two locks are not one.
+// Different locks do not order their holders.
 TEST_P(RaceDeathTest, AnotherLockIsNoOrder) {
   ExpectOneRace([] {
     PlainLock first("first", 10);
@@ -134,7 +135,7 @@ TEST_P(RaceDeathTest, AnotherLockIsNoOrder) {
   });
 }
 
-// Nor does a task that got the other's stack begin behind it.
+// A task that reuses another's stack is not ordered after it either.
 TEST_P(RaceDeathTest, TwoTasksOneAfterTheOther) {
   ExpectOneRace([] {
     const auto first = StartThread("first", [] { TouchShared(); });
@@ -145,7 +146,7 @@ TEST_P(RaceDeathTest, TwoTasksOneAfterTheOther) {
   });
 }
 
-// By its own lock a test would hide what it looks for.
+// The lock of a test's own records must not hide the races that the test looks for.
 TEST_P(RaceDeathTest, AnUnseenLockIsNoOrder) {
   ExpectOneRace([] {
     PlainLock lock("unseen", 10);

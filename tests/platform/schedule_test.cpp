@@ -1,5 +1,5 @@
-// Strategies and unkindness of virtual time: that they are repeated by their seed, that each is
-// separate from the others, and that they find what a kind scheduler never does.
+// The strategies and planned disturbances of virtual time: a seed repeats them, each is independent
+// of the others, and they find faults that an undisturbed schedule never shows.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -86,7 +86,7 @@ TEST(Schedule, EachStrategyIsRepeatedByItsSeedWithFibersAndThreads) {
   EXPECT_GT(sum.spuriousWakeUps, 30u);
 }
 
-// What a seed's stream decides, as a list that can be compared.
+// The decisions of a seed's stream, as a list that can be compared.
 std::vector<int64_t> Stalls(detail::ScheduleFaults faults, int points) {
   std::vector<int64_t> stalls;
   for (int i = 0; i < points; ++i) stalls.push_back(faults.StallHere().count());
@@ -147,7 +147,7 @@ TEST(Schedule, SeedsDrawTheStrategiesInTheirSharesAndClocksNearTheirWrap) {
   EXPECT_NEAR(12.5, percent(nearEnd), 2);
 }
 
-// In how many of 100 seeds a program shows its fault.
+// The number of 100 seeds with which a program shows its fault.
 template <class Program>
 int CountFound(const std::function<TimeBaseOptions(uint64_t)>& optionsOf, Program&& program) {
   int found = 0;
@@ -162,8 +162,8 @@ int CountFound(const std::function<TimeBaseOptions(uint64_t)>& optionsOf, Progra
 
 TimeBaseOptions Kind(uint64_t seed) { return VirtualCase(TaskSwitch::Fibers, seed).options; }
 
-// A client that takes a time-out as proof that nothing was done. The server has half a second to
-// spare, so only a server that is held up shows the fault.
+// A client takes a time-out as proof that nothing was done. The server has half a second to spare,
+// so the fault shows only if the server is held up. True if it shows.
 bool TimeoutMeansNothingWasDone() {
   Event request("request"), done("done");
   bool wasDone = false;
@@ -179,7 +179,7 @@ bool TimeoutMeansNothingWasDone() {
   return !answered && wasDone;
 }
 
-// Moments 10 ms apart, taken for an order.
+// Threads that rely on wake-ups 10 ms apart as an order. True if the order breaks.
 bool SleepersTakeTurns() {
   PlainLock lock("order", 10);
   std::string order;
@@ -218,8 +218,8 @@ TEST(Schedule, UnkindnessFindsWhatAKindSchedulerNeverDoes) {
   EXPECT_GT(CountFound(late, SleepersTakeTurns), 10);
 }
 
-// A fault that needs a thread to fall far behind the others between two of its steps. Chances that
-// are drawn afresh at each step never let it fall so far.
+// A fault that shows only if a thread falls far behind the others between two of its steps. A
+// random choice at each step never lets it fall so far. True if it shows.
 bool OneThreadFallsFarBehind() {
   PlainLock lock("steps", 10);
   int others = 0;
@@ -260,7 +260,7 @@ TEST(Schedule, PrioritiesFindWhatNeedsAThreadToFallFarBehind) {
   EXPECT_GT(CountFound(priority, OneThreadFallsFarBehind), 5);
 }
 
-// Also while the one that it waits for is held up, when time alone can help.
+// Also while the awaited thread is held up and can go on only when time passes.
 TEST(Schedule, AThreadThatAsksAgainAndAgainLetsOthersRun) {
   for (const ScheduleStrategy strategy : kStrategies) {
     for (uint64_t seed = 0; seed < 20; ++seed) {
@@ -290,7 +290,7 @@ TEST(RandomStream, StreamsPartsAndSeedsAreUnrelated) {
       RandomStream part = stream.Part(0);
       const uint64_t firstOfPart = stream.Part(0).Next();
       firsts.insert({stream.Next(), firstOfPart, stream.Part(1).Next()});
-      EXPECT_EQ(part.Next(), firstOfPart);  // whatever was drawn meanwhile
+      EXPECT_EQ(part.Next(), firstOfPart);  // independent of other draws in between
       streams += 3;
     }
   }

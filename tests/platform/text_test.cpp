@@ -45,7 +45,7 @@ RC_GTEST_PROP(Text, LeadingNumbersAreReadAsTheCLibraryDoes, ()) {
   const double actual = ParseLeadingDouble(text);
   RC_ASSERT(actual == expected || (std::isnan(actual) && std::isnan(expected)));
   if (text.size() < 10) RC_ASSERT(ParseLeadingInt(text) == std::atoi(text.c_str()));
-  // A whole number is never more than a leading one.
+  // A text that is a number as a whole has the same value as its leading number.
   if (const auto whole = ParseDouble(text)) RC_ASSERT(*whole == expected);
   if (const auto whole = ParseInt(text)) RC_ASSERT(*whole == std::atoi(text.c_str()));
 }

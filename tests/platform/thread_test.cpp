@@ -75,7 +75,7 @@ TEST_P(ThreadTest, MayLetGoOfItselfLast) {
       auto thread = StartThread("own", [&done] { done.Wait(); });
       watched = thread;
     }
-    // Still running, with nobody else holding it: another thread can join through the weak one.
+    // The thread still runs without another owner: a thread can be joined through a weak pointer.
     if (const auto thread = watched.lock()) {
       done.Set();
       thread->Join();

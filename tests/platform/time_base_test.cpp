@@ -54,7 +54,7 @@ TEST(TimeBase, AClockThatIsSetMovesTheTimeOfDayAlone) {
   TimeBaseOptions options;
   options.kind = TimeBaseKind::Virtual;
   options.startOfClock = Date(2026, 1, 31, 16, 0, 0);
-  for (int i = 0; i < 2; ++i) {  // the first run leaves nothing to the second
+  for (int i = 0; i < 2; ++i) {  // the first run leaves no state for the second
     RunUnderTimeBase(options, [] {
       MoveTimeOfDay(std::chrono::hours(-24));
       Sleep(Milliseconds(3000));
@@ -91,7 +91,7 @@ TEST(TimeBase, RealTimeOfDayIsTheSystems) {
   const int64_t now = UtcNow().ToMilliseconds();
   EXPECT_GE(now, before);
   EXPECT_LT(now - before, 3'600'000);
-  // Zones are whole quarters of an hour.
+  // Time zones differ by whole quarters of an hour.
   const int64_t offset = LocalNow().ToMilliseconds() - now;
   EXPECT_LE(std::abs(offset), 14 * 3'600'000);
   EXPECT_LT((offset + 24 * 3'600'000 + 60'000) % 900'000, 120'000);

@@ -110,7 +110,7 @@ TEST(VirtualBase, SleepersWakeAtTheirMomentsInOrder) {
       for (int i = 0; i < 60; ++i) {
         const int duration = (i * 37) % 61 + 1;
         threads.push_back(StartThread("sleeper", [&, i, duration] {
-          // A third leaves the queue of deadlines early, from everywhere in it.
+          // Every third waiter leaves the queue of deadlines early, from any place in it.
           if (i % 3 == 0) {
             EXPECT_TRUE(cancelled.Wait(Milliseconds(1000 + duration)));
             return;
@@ -131,7 +131,8 @@ TEST(VirtualBase, SleepersWakeAtTheirMomentsInOrder) {
   }
 }
 
-// Without a second thread in between, a race shows only if the scheduler lets others in at locks.
+// The program waits nowhere else, so the race shows only if the scheduler switches threads at
+// locks.
 TEST(VirtualBase, OthersGetInBetweenTwoLocks) {
   int lost = 0;
   for (uint64_t seed = 0; seed < 100; ++seed) {
@@ -163,7 +164,8 @@ class SwitchTest : public testing::TestWithParam<TaskSwitch> {};
 INSTANTIATE_TEST_SUITE_P(Both, SwitchTest, testing::Values(TaskSwitch::Fibers, TaskSwitch::Threads),
                          NameOfSwitch);
 
-// Each thread handles an exception of its own, with others' between the throw and the rethrow.
+// Each thread handles its own exception, while others throw theirs between its throw and its
+// rethrow.
 TEST_P(SwitchTest, ExceptionsBelongToTheirThread) {
   RunUnderTimeBase(VirtualCase(GetParam()).options, [] {
     std::vector<std::shared_ptr<Thread>> threads;
@@ -171,7 +173,7 @@ TEST_P(SwitchTest, ExceptionsBelongToTheirThread) {
       threads.push_back(StartThread("thrower", [i] {
         struct Sleeper {
           int own;
-          ~Sleeper() {  // a switch while an exception is on its way
+          ~Sleeper() {  // a switch during the stack's unwinding
             Sleep(Milliseconds(1 + own));
             EXPECT_EQ(1, std::uncaught_exceptions());
           }
@@ -199,10 +201,11 @@ TEST_P(SwitchTest, ExceptionsBelongToTheirThread) {
   });
 }
 
-// Fibers share the objects of the thread that they run on; only threads have their own.
+// Only tasks on threads have thread-local objects of their own; fibers share those of their thread.
 TEST(VirtualBase, ThreadLocalsOfAThreadEndBeforeItsJoin) {
   RunUnderTimeBase(VirtualCase(TaskSwitch::Threads).options, [] {
-    // Atomic: to the thread sanitizer what runs behind a task's end is in no order with its join.
+    // Atomic, since for the thread sanitizer the code after a task's end is not ordered before its
+    // join.
     static std::atomic<bool> destroyed;
     destroyed = false;
     struct Local {
@@ -242,7 +245,7 @@ TEST_P(SwitchTest, ThousandsOfThreadsTakeNoMoreMemoryThanAFew) {
   };
   startMany(1);
   const size_t before = CountMappings();
-  startMany(20);  // 4000 threads; a stack that stayed would be two mappings
+  startMany(20);  // 4000 threads; each stack that is not freed would leave two mappings
   EXPECT_LT(CountMappings(), before + 100);
 }
 
@@ -256,7 +259,7 @@ TEST(VirtualBase, IsRefusedBesideAThreadThatItDoesNotGuide) {
 
 TEST(VirtualBase, RunsFromAnyThreadOfTheSystem) {
   RunVirtual(1, [] { StartThread("first", [] { Sleep(Milliseconds(1)); })->Join(); });
-  // The stacks of the first program go on on another thread of the system.
+  // The stacks of the first program are reused on another thread of the system.
   std::thread other([] {
     RunVirtual(1, [] {
       EXPECT_EQ("main", CurrentThreadName());

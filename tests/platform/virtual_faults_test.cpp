@@ -1,4 +1,4 @@
-// What the virtual base finds, and what it says about it.
+// The faults that the virtual base finds, and its reports of them.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -55,8 +55,7 @@ TEST_P(VirtualFaultDeathTest, DeadlockNamesThreadsWaitsOwnersAndSeed) {
               ".*thread 2 \"clerk\": waits for lock \"ledger\", owned by \"passenger\"");
 }
 
-// A report says where each thread stands, whoever gave it up: here the one that ends, the one that
-// waits and the one that never ran.
+// A report shows the call stack of each thread, whichever thread ran last.
 TEST_P(VirtualFaultDeathTest, AReportSaysWhereEachThreadStands) {
   EXPECT_EXIT(Run([] {
                 Event never("never");
@@ -71,7 +70,8 @@ TEST_P(VirtualFaultDeathTest, AReportSaysWhereEachThreadStands) {
               "\"waiter\": waits for event \"never\"\n    in .*WaitInVain");
 }
 
-// The rank order leaves no circle of lock waits, so that a long wait for a lock is only that.
+// With the rank order, lock waits cannot form a circle, so a long wait for a lock is not a
+// deadlock.
 TEST_P(VirtualFaultDeathTest, ALongWaitForALockIsNoDeadlock) {
   Run([] {
     RecursiveLock first("first", 10);
@@ -92,7 +92,7 @@ TEST_P(VirtualFaultDeathTest, ALongWaitForALockIsNoDeadlock) {
   });
 }
 
-// While others tick on, so that time alone would never show it.
+// A third thread keeps running, so that the deadlock is not found by everything waiting.
 TEST_P(VirtualFaultDeathTest, ACircleOfWaitsIsFoundAtOnce) {
   EXPECT_EXIT(Run([] {
                 PlainLock lock("ledger", 10);
@@ -139,7 +139,7 @@ TEST_P(VirtualFaultDeathTest, LivelockIsFound) {
               "livelock: 100000 steps.*\n.*seed 4711.*\n.*\n.*\"main\": ready, ran last");
 }
 
-// What a harness adds: the command that repeats the run, and what it saw of it.
+// A harness adds the command that repeats the run, and its own history of the run.
 TEST_P(VirtualFaultDeathTest, AHarnessAddsItsCommandAndItsHistory) {
   TimeBaseOptions options = DrawTimeBaseOptions(3);
   options.taskSwitch = GetParam();
