@@ -2,8 +2,8 @@
 
 The second is a list of folders, separated by commas, each with a module of another version.
 
-No test waits for wall-clock time. Where one has to act in the middle of a run, the run's output goes
-through a small pipe: under the virtual clock the whole program stands still while nobody reads.
+No test waits for wall-clock time. Where a test has to act in the middle of a run, the run's output goes
+through a small pipe: under the virtual clock the whole program stops while its output is not read.
 """
 import csv
 import fcntl
@@ -147,7 +147,7 @@ class Runs(Case):
         stored = self.json("samples")
         self.assertEqual([dict(sample, event="sample") for sample in stored], reported)
         for sample in stored:
-            self.assertEqual(len(sample), 62)  # and whether it is simulated
+            self.assertEqual(len(sample), 62)  # the columns, and whether it is simulated
             speed = sample["Speed"]
             self.assertEqual(sample["Viscosity"], 1100 / speed - 400 + 2 * speed)
         self.assertEqual([sample["Constant 5"] for sample in stored], [0, 0, 5000])
@@ -169,7 +169,7 @@ class Runs(Case):
         self.assertIn("2026-01-05T08:", outputs[0])
         first = self.sample_ids()
         self.events(self.demo_tray(), "--prepare", seed=7)
-        # The clock began at the same moment again, so the samples of both runs mix.
+        # The clock of both runs began at the same time, so their samples are in mixed order.
         both = self.sample_ids()
         self.assertEqual(len(set(both)), 6)
         self.assertLess(set(first), set(both))
@@ -192,7 +192,7 @@ class Runs(Case):
     def test_a_tray_that_may_not_start_says_why(self):
         self.run_torvell("run", expect=2)
         self.assertIn("empty", self.stderr)
-        # Not homed and not ready: it pauses by itself, and nobody is there to resume it.
+        # Not homed and not ready: it pauses by itself, and no person is there to resume it.
         self.calibrate()
         events = self.events(self.demo_tray(), expect=1)
         self.assertTrue([event for event in events if event["event"] == "error"])
@@ -212,7 +212,7 @@ class Runs(Case):
 
 
 class InTheMiddleOfARun(Case):
-    """Runs of several samples that are stopped behind the first."""
+    """Runs of several samples that are stopped after the first."""
 
     def setUp(self):
         super().setUp()
@@ -249,7 +249,7 @@ class InTheMiddleOfARun(Case):
         samples = [event["ID"] for event in events if event["event"] == "sample"]
         self.assertLess(len(samples), 6)
         self.assertEqual(self.sample_ids(), samples)
-        # Each sample that was begun was brought to its end.
+        # Each sample that was started was also finished.
         started = [event for event in events if event["event"] == "sampleStarted"]
         self.assertEqual(len(started), len(samples))
 
@@ -257,7 +257,7 @@ class InTheMiddleOfARun(Case):
         process, output = self.start()
         with output:
             events = self.read_until(output, "sample")
-            # Stopped meanwhile, so that both are there before it can bring a sample to its end.
+            # Stopped until both signals are pending, so that no sample can be finished between them.
             for number in (signal.SIGSTOP, signal.SIGINT, signal.SIGTERM, signal.SIGCONT):
                 process.send_signal(number)
             events += [json.loads(line) for line in output]
@@ -273,7 +273,7 @@ class InTheMiddleOfARun(Case):
             process.kill()
             process.wait()
             rest = output.read().splitlines()
-        # What was reported is there; what was stored and not yet reported may be there too.
+        # All reported samples are stored. A sample that was not yet reported may be stored too.
         reported = [event["ID"] for event in events if event["event"] == "sample"]
         reported += [json.loads(line)["ID"] for line in rest
                      if line.startswith('{"event":"sample"') and line.endswith("}")]
@@ -317,8 +317,8 @@ class InTheMiddleOfARun(Case):
 
 class Terminal(Case):
     def talk(self, arguments, dialogue):
-        """Runs the program on a terminal of its own; dialogue is pairs of awaited text and answer.
-        Returns the exit code and all that was shown."""
+        """Runs the program on a new terminal; dialogue is a list of pairs of awaited text and answer.
+        Returns the exit code and all output."""
         child, terminal = pty.fork()
         if child == 0:
             os.environ.clear()
@@ -328,7 +328,7 @@ class Terminal(Case):
         searched = 0
         try:
             while True:
-                if not select.select([terminal], [], [], 120)[0]:  # a guard, not a measure
+                if not select.select([terminal], [], [], 120)[0]:  # only a guard against a hang
                     os.kill(child, signal.SIGKILL)
                     self.fail(f"silent, waiting for {dialogue}: {shown[-2000:]}")
                 try:
@@ -343,7 +343,7 @@ class Terminal(Case):
         self.assertEqual(dialogue, [], shown[-2000:])
         return os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]), shown
 
-    # Long enough that the terminal's buffer fills, and the program waits, before the run is over.
+    # Enough to fill the terminal's buffer, so that the program waits before the run is over.
     POSITIONS = 20
 
     def long_tray(self):
@@ -438,7 +438,7 @@ class Refusals(Case):
         self.assertIn("newer", self.stderr)
 
     def test_a_module_of_another_version_is_not_used(self):
-        # Each of these ends the program if anything of it is called.
+        # Each of these modules ends the program if one of its functions is called.
         for folder in OTHER_MODULES.split(","):
             self.assertTrue(os.path.exists(os.path.join(folder, "librvx.so")), folder)
             self.environment["LD_LIBRARY_PATH"] = folder
@@ -484,7 +484,7 @@ class Settings(Case):
     def test_the_constants_are_printed_without_a_display(self):
         self.calibrate(-20)
         path = os.path.join(self.folder, "constants.pdf")
-        self.environment["QT_QPA_PLATFORM"] = "xcb"  # a display that is not there must not matter
+        self.environment["QT_QPA_PLATFORM"] = "xcb"  # a missing display must not matter
         self.environment.pop("DISPLAY", None)
         for words, box in ([], b"[0 0 595."), (["--paper", "letter"], b"[0 0 612."):
             self.run_torvell("--quiet", "print", "constants", "--pdf", path, *words)
@@ -574,7 +574,7 @@ class Rights(Case):
             self.run_torvell(*command, user="mia", expect=4)
             self.assertIn("100", self.stderr)
         self.run_torvell("settings", "set", "temperature-offset=0.2", user="sam")
-        # Nobody is told about rights where there is only nothing to fit.
+        # Without samples to fit, an operator's failure is not about rights.
         self.run_torvell("calibrate", "--temperature", -20, "--save", user="olga", expect=1)
         self.run_torvell("calibrate", "--temperature", -20, "--save", expect=4)
         self.run_torvell("users", "remove", "olga", user="mia", expect=4)
@@ -591,7 +591,7 @@ class Rights(Case):
             self.run_torvell("--user", name, "--password-fd", 0, "service", "home", text=password,
                              expect=4)
         self.run_torvell("--user", "sam", "service", "home", expect=2)
-        # The acting user's password comes first, the new one behind it.
+        # The acting user's password comes first, then the new one.
         self.run_torvell("--user", "sam", "--password-fd", 0, "users", "passwd", "sam",
                          text="sam secret\nnew secret\n")
         self.run_torvell("--user", "sam", "--password-fd", 0, "samples", text="new secret\n")
@@ -602,7 +602,7 @@ class Calibrations(Case):
     EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "..", "examples")
 
     def rehearse(self):
-        """The tray of standards at -20, run in oils of known truth."""
+        """Runs the tray of standards with simulated oils of known viscosity."""
         os.makedirs(os.path.join(self.data, "files"))
         shutil.copy(os.path.join(self.EXAMPLES, "StandardGroups.txt"),
                     os.path.join(self.data, "files"))
@@ -671,7 +671,7 @@ class Calibrations(Case):
         self.assertTrue(self.json("constants", "show")[4]["empty"])
 
     def test_runs_of_one_speed_give_no_constants_that_are_kept(self):
-        # Without oils the simulated rotor has one speed.
+        # Without an oils file the simulated rotor always has the same speed.
         self.run_torvell("run", self.tray("1,verify,A,-20,,3000,,", "2,verify,B,-20,,4000,,",
                                           "3,verify,C,-20,,5000,,"), "--prepare")
         output = self.run_torvell("--json", "calibrate", "--temperature", -20, "--save", expect=1)

@@ -1,8 +1,8 @@
 """A controller of a viscometer on a pseudo-terminal, for tests of a conversation over a real line.
 
-It keeps its own clock: a tick of 10 ms while it runs a test, half a second while it is idle. In a test it
-shows a ramp of speeds and temperatures first and then one value that stays, so that a program that averages
-anything but the end of the run gets another result.
+Its clock ticks every 10 ms while it runs a test, and every half second while it is idle. In a test it first
+shows a ramp of speeds and temperatures and then constant values, so that a program that averages anything
+but the end of the run gets another result.
 """
 import math
 import os
@@ -28,16 +28,16 @@ OFF = 0xFFFF
 REFUSED_NOT_IDLE, REFUSED_POSITION, REFUSED_COMMAND, REFUSED_MANUAL, BAD_PACKET = (
     0x40, 0x41, 0x80, 0x82, 0x87)
 
-# The probe that a new instrument is set up for.
+# The constants of the probe that a new instrument has.
 A0, A1, A2 = 1.292035, 0.22621, 0.000210003
 
 
-# What the models "3" and "4" are out by until somebody says otherwise, degrees C.
+# The default temperature offset by model, degrees C.
 OFFSETS = {"1": 0.0, "2": 0.0, "3": 0.12, "4": 0.12}
 
 
 def degrees(counts, model):
-    """Temperature that a converter count stands for, with supplies of exactly 15 V."""
+    """Temperature in degrees C of a converter count, with supplies of exactly 15 V."""
     at_converter = counts / 65536 * 20 - 10
     resistance = 30.0 / ((at_converter / 11 + 15.0) / 525930.0) - 987930.0
     log = math.log(resistance)
@@ -45,7 +45,7 @@ def degrees(counts, model):
 
 
 def counts_of(temperature, model):
-    """The count nearest to a temperature; a warmer cell has a greater one."""
+    """The smallest count that is not colder than a temperature in degrees C."""
     low, high = 20000, 65000
     while low < high:
         middle = (low + high) // 2
@@ -57,15 +57,15 @@ def counts_of(temperature, model):
 
 
 class Controller(threading.Thread):
-    """Starts at once; `link` is the path to give to the program. Close it in the end.
+    """Its thread starts in the constructor. `link` is the path of its line. The test must close it.
 
-    refusals: {"CST": [0x40]}: error codes for the next commands with that name, in turn; an abort ends
-        them.
-    silences: {"QST": 1}: how many of the next are not answered.
-    delay: seconds before an answer; the identification's is at most 0.1 s.
+    refusals: {"CST": [0x40]}: error codes for the next commands with that name, in turn; an abort
+        removes them.
+    silences: {"QST": 1}: the number of next requests with that name that are not answered.
+    delay: seconds before an answer, at most 0.1 s before the identification.
     noise: seed of noise and damaged frames around the good ones; None: a clean line.
-    stall: index of the test that stays in the middle of its rotor run, with a count that stands.
-    reply_address: the character it answers with, where that is not the one it is asked by.
+    stall: index of the test that stops in the middle of its rotor run, with a constant count.
+    reply_address: the address character of its replies, if not that of the requests.
     """
 
     def __init__(self, folder, name="line", model="4", address=0, options=" ", refusals=None,
@@ -87,7 +87,7 @@ class Controller(threading.Thread):
 
         self.changed = threading.Condition()
         self.frames = []  # without start, address and end
-        self.tests = []  # one record for each test that was begun
+        self.tests = []  # one record for each started test
         self.count = 0xFFD0  # wraps in the first rotor run
         self.temperature, self.target, self.speed = counts_of(-12.0, model), OFF, 0
         self.switches = self.operation = self.prompt = 0
@@ -110,12 +110,12 @@ class Controller(threading.Thread):
                         me.tests[index]["counts"] > 5, f"rotor run of test {index}")
 
     def commands(self, since=0):
-        """What was sent, without the questions."""
+        """The commands that the program sent, without its queries."""
         with self.changed:
             return [frame for frame in self.frames[since:] if frame[0] != "Q"]
 
     def pull(self):
-        """The cable is pulled and its device file goes."""
+        """Pulls the cable; its device file disappears."""
         os.unlink(self.link)
         self.close()
 
@@ -147,8 +147,8 @@ class Controller(threading.Thread):
                 self.changed.notify_all()
 
     def is_running(self):
-        # While it waits for the user it takes its time: a report that crosses the acknowledgement on the
-        # way would be taken for its reply, which in half a second is rare and in 10 ms is not.
+        # While it waits for the user it ticks slowly: a report that crosses the acknowledgement on the line
+        # would be taken for its reply. That is rare with ticks of half a second, but not of 10 ms.
         return self.last_report or (self.operation != 0 and not self.prompt)
 
     def take(self, data):
@@ -183,7 +183,7 @@ class Controller(threading.Thread):
             self.send_status(name[1:], code)
 
     def execute(self, name, payload):
-        """Carries a command out; the error code that it is answered with."""
+        """Carries a command out; returns the error code of its reply."""
         if name in ("CST", "CMP"):
             if self.switches != 0:
                 return REFUSED_NOT_IDLE
@@ -260,7 +260,7 @@ class Controller(threading.Thread):
 
     def send(self, text, reply=True):
         frame = f"-{self.reply_address}{text}\r".encode("latin-1")
-        # In one piece: what the program has not read yet when a frame is complete, it throws away.
+        # In one write: the program discards what it has not read yet when a frame is complete.
         os.write(self.master, self.make_noise(reply) + frame)
 
     def make_noise(self, before_reply):
@@ -273,5 +273,5 @@ class Controller(threading.Thread):
             own + "QST" + status.lower().replace("0", "f") + "\r", own + "QST" + status * 2 + "\r",
             own + "XST" + status + "\r", "-5QST" + status + "\r", own + "Q\r", "\r\r-\r",
             own + "QST" + status[:13], "-"))
-        # An unfinished frame swallows what follows it. A report comes again, a reply does not.
+        # An unfinished frame spoils the next one. A report comes again, but a reply does not.
         return (damaged + ("\r" if before_reply else "")).encode("latin-1")

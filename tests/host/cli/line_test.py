@@ -21,11 +21,11 @@ TORVELL = sys.argv.pop(1) if len(sys.argv) > 1 and not sys.argv[1].startswith("-
 HEADING = ("position,action,sample id,temperature,rotor on time,known viscosity,"
            "injection time,cool-down time\n")
 B0, B1, B2 = 1100, -400, 2
-GUARD = 60  # seconds; against a program that hangs
+GUARD = 60  # seconds until a program counts as hanging
 
 
 class Program:
-    """A running torvell; what it writes is collected while it runs."""
+    """A running torvell, whose output is collected while it runs."""
 
     def __init__(self, words, environment):
         self.words = words
@@ -55,7 +55,7 @@ class Program:
                 raise AssertionError(f"no {part}: {self.lines}")
 
     def end(self):
-        """Waits for the end; the exit code."""
+        """Waits for the end; returns the exit code."""
         try:
             code = self.process.wait(GUARD)
         except subprocess.TimeoutExpired:
@@ -96,7 +96,7 @@ class Case(unittest.TestCase):
         return program.text("stdout")
 
     def connect(self, *controllers, calibrate=True, data=None):
-        """Sets a port for each controller, and the cell constants of the instrument there."""
+        """Sets a port for each controller, and its instrument's cell constants."""
         for port, controller in enumerate(controllers, 1):
             if calibrate:
                 # The simulated instrument of the first free port has the settings of address 0.
@@ -105,7 +105,7 @@ class Case(unittest.TestCase):
             self.torvell("ports", "set", f"COM{port}", controller.link, data=data)
 
     def tray(self, *samples, name="tray.csv"):
-        """Measurements of 30 s at -20 degrees C; a sample is its position and its id."""
+        """Writes a tray of measurements of 30 s at -20 degrees C; a sample is its position and its id."""
         path = os.path.join(self.folder, name)
         with open(path, "w", encoding="utf-8") as file:
             file.write(HEADING)
@@ -124,7 +124,7 @@ class Case(unittest.TestCase):
         return json.loads(self.torvell("--json", "samples"))
 
     def check_sample(self, sample, test, model):
-        """The stored sample is what the controller showed at the end of the test."""
+        """Checks that the stored sample is what the controller showed at the end of the test."""
         self.assertEqual(sample["Position"], test["position"] + 1)
         self.assertAlmostEqual(sample["Speed"], test["speed"] * 6e-05, delta=5.1e-6)
         self.assertAlmostEqual(sample["Average Temperature"],
@@ -142,7 +142,7 @@ class Case(unittest.TestCase):
         self.assertEqual(len(controller.tests), len(ids))
         for sample, test in zip(stored, controller.tests):
             self.check_sample(sample, test, controller.model)
-            # One reading for each half second of the rotor's time, and only then the abort.
+            # The abort comes only after a reading for each half second of the rotor's time.
             self.assertGreaterEqual(test["counts"], 2 * test["rotor"])
 
     def names(self, controller, since=0):
@@ -151,7 +151,7 @@ class Case(unittest.TestCase):
 
 class Discovery(Case):
     def test_each_model_tells_who_it_is(self):
-        # Above 9 it may answer by the character that it is asked by or by one of its own.
+        # Above address 9 it may answer with the request's address character or with another one.
         asked = [dict(model="1", address=0), dict(model="2", address=11),
                  dict(model="3", address=11, reply_address="L"),
                  dict(model="4", address=0), dict(model="4", address=11, options="\x02")]
@@ -180,7 +180,7 @@ class Discovery(Case):
         self.assertIsNone(status["targetTemperature"])
         self.assertEqual((status["machineStatus"], status["operation"], status["errorCode"]),
                          (0, 0, 0))
-        # The control is switched off at the first contact, and nothing else is done.
+        # At the first contact the control is switched off; no other command is sent.
         [command] = controller.commands()
         self.assertEqual(command[:5], "CTC00")
         self.assertAlmostEqual(int(command[5:], 16), counts_of(25.0, "4"), delta=1)
@@ -318,7 +318,7 @@ class BadLines(Case):
         self.connect(controller)
         run = self.start("--json", "run", self.two())
         self.assertEqual(run.end(), 1, run.lines)
-        # The sample is given up at a refusal; its start must not come again behind the abort.
+        # The sample is given up after the refusals. Its start must not be sent again after the abort.
         names = [name for name in self.names(controller) if name != "CTC"]
         starts = names.index("CAB")
         self.assertEqual(names, ["CST"] * starts + ["CAB", "CST", "CAB", "CMP"])
@@ -388,7 +388,7 @@ class Ends(Case):
         self.assertEqual([(position["position"], position["sampleId"], position["measuredTests"])
                           for position in shown["positions"]],
                          [(1, "oil A", 1), (3, "oil B", 0)])
-        # The instrument still runs its test: nobody has told it anything but "control off".
+        # The instrument still runs its test: it got no command but "control off".
         self.assertLessEqual({command[:5] for command in controller.commands(seen)}, {"CTC00"})
         self.assertEqual((controller.operation, len(controller.tests)), (RUN_TEST, 2))
         [sample] = self.samples()
@@ -396,7 +396,7 @@ class Ends(Case):
 
 
 class SideBySide(unittest.TestSuite):
-    """Each test of the suite on a thread of its own, not too many at once: an instrument that answers
+    """Runs each test of the suite on a separate thread, not too many at once: an instrument that answers
     the discovery late is not found."""
 
     places = threading.Semaphore(10)
@@ -418,7 +418,7 @@ class SideBySide(unittest.TestSuite):
 
 
 class LockedResult(unittest.TextTestResult):
-    """One that several threads may report to."""
+    """A result to which several threads may report."""
 
     def __init__(self, *arguments, **options):
         super().__init__(*arguments, **options)

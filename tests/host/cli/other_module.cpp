@@ -1,4 +1,5 @@
-// An instrument module that was built for the next version of the boundary, or that says none.
+// An instrument module that was built for the next version of the boundary, or that exports no
+// version.
 #include <cstdlib>
 
 #include "boundary/version.h"
@@ -7,6 +8,6 @@ extern "C" {
 #ifdef SAYS_ITS_VERSION
 const int32_t RvxBoundaryVersion = rvx::kBoundaryVersion + 1;
 #endif
-// Only the type of a pointer matters to whoever looks for the entry; nobody may call it.
+// The loader only needs an entry of this name; it must not call it.
 void CreateInstruments(void** /*array*/) { std::abort(); }
 }

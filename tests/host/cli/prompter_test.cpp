@@ -17,7 +17,7 @@ using platform::MessageAnswer;
 using platform::MessageButtons;
 using platform::MessageIcon;
 
-// Standard input and error are something else while it lives.
+// Redirects standard input and standard error during its lifetime.
 class Redirected {
  public:
   explicit Redirected(int descriptor) : input_(dup(0)), error_(dup(2)) {

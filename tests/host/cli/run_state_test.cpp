@@ -122,7 +122,8 @@ TEST_F(RunStateTest, ProgressGrowsWithThePositionsAndEndsWhole) {
   EXPECT_NEAR(state_.SecondsLeft(after(150)), state_.TotalSeconds() - 301, 1);
   Take(RunEvent::Kind::Sample, 0);
   Take(RunEvent::Kind::SampleFinished, 0);
-  // It took no time at all, so the other one is expected to be quick, but not beyond reason.
+  // The first sample took no time at all, so the second one is expected to be quick too, down to a
+  // limit.
   EXPECT_NEAR(state_.SecondsLeft(after(0)), 300 + 3 + 5, 1);
   EXPECT_GT(state_.PartDone(after(0)), 0.4);
   Take(RunEvent::Kind::TrayFinished);

@@ -19,7 +19,7 @@ TEST(StandardsFile, TakesTemperaturesInTheFormsThatPeopleType) {
   std::vector<FileProblem> problems;
   const auto rows = ParseStandardsFile(
       std::string(kHeading) + "A,-5,1000,L1\nA,- 5.0 ,1000,\nB,-20.00,2e3,\n", problems);
-  // The first two are one temperature.
+  // The first two lines name the same temperature.
   ASSERT_EQ(problems.size(), 1u);
   EXPECT_EQ(problems[0].line, 3);
   EXPECT_EQ(rows[0], (StandardRow{"A", "- 5", "1000", "L1"}));

@@ -1,5 +1,5 @@
-// The archive's tables missing, locked or damaged: whoever needs them says so, nothing is half
-// done, and everything works again behind it.
+// The archive's tables are missing, locked or damaged: each operation that needs them reports that,
+// nothing is left half done, and everything works again afterwards.
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -14,7 +14,8 @@ namespace {
 
 constexpr char kKey[] = "RVXCOM1:0";
 
-// What a call says to people when it fails, however it says it; empty if it does not fail.
+// The message for people with which a call fails, by whichever type it throws; empty if it does not
+// fail.
 template <class Call>
 std::string MessageOf(const Call& call) {
   try {
@@ -67,7 +68,7 @@ TrayPlan MakePlan() {
 
 struct Operation {
   const char* table;
-  const char* said;  // at the beginning of the message; null: it says nothing, by design
+  const char* said;  // beginning of the message; null: it reports nothing, by design
   std::function<void(Host&)> call;
 };
 
@@ -136,7 +137,7 @@ class ArchiveFailure : public testing::Test {
     host_->errors().Report({});
   }
 
-  // What could be half done, in one text.
+  // All rows that an operation could leave half done, in one text.
   std::string Contents() {
     std::string text;
     for (const char* each :
@@ -149,7 +150,8 @@ class ArchiveFailure : public testing::Test {
     return text;
   }
 
-  // Fails the operation, and looks at what it says, leaves behind and does afterwards.
+  // Makes the operation fail, and checks its message, what it leaves in the archive, and that it
+  // succeeds afterwards.
   void Try(const Operation& operation, const std::string& reason,
            const std::function<void()>& spoil, const std::function<void()>& mend) {
     SCOPED_TRACE(
@@ -213,7 +215,7 @@ TEST_F(ArchiveFailure, ACommitThatFailsTakesAllBack) {
         each, "try again", [&] { refuseCommits([](void*) { return 1; }); },
         [&] { refuseCommits(nullptr); });
   }
-  // The number of a run that was not noted may go to another process.
+  // Another process may get the number of a run that could not be noted.
   refuseCommits([](void*) { return 1; });
   EXPECT_NE(MessageOf([&] { host_->journal().Begin(MakePlan()); }), "");
   refuseCommits(nullptr);
@@ -222,7 +224,8 @@ TEST_F(ArchiveFailure, ACommitThatFailsTakesAllBack) {
   EXPECT_EQ(elsewhere.Interrupted().size(), 1u);
 }
 
-// Values that this program does not write: said by all who read the row, and no other row suffers.
+// Values that this program does not write: every operation that reads the row reports them, and the
+// other rows stay readable.
 TEST_F(ArchiveFailure, ADamagedRowIsSaid) {
   const std::pair<const char*, const char*> damages[] = {
       {"ID", "'0123'"},
@@ -267,7 +270,7 @@ TEST_F(ArchiveFailure, ADamagedRowIsSaid) {
 
 TEST(Database, SaysWhatFailed) {
   const TempFolder folder;
-  // The end of the file overwritten, as by a failing disk: there stand the latest samples.
+  // Overwrites the end of the file, as a failing disk might: the latest samples are there.
   {
     const auto host = OpenHost(folder);
     ExecuteSql(host->database(), "PRAGMA synchronous = OFF");
@@ -282,7 +285,7 @@ TEST(Database, SaysWhatFailed) {
   EXPECT_NE(message.find("the file is damaged"), std::string::npos) << message;
 }
 
-// Takes the rights of a superuser from this thread's use of files.
+// Removes the superuser's rights from this thread's access to files while it lives.
 class WithoutRights {
  public:
   WithoutRights() : user_(setfsuid(65534)) {}

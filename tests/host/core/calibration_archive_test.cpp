@@ -27,13 +27,14 @@ class QueryFilter : public rvx::SampleArchiveFilter {
   std::string text_;
 };
 
-// What stands in the instruments' ids, and what is asked for.
+// Instrument ids of the stored samples, which are also the ids that are asked for.
 const std::vector<std::string> kIds = {"RVX 1", "rvx 1",   "RVX 2", "RVX%",      "RVX_1", "RVX*1",
                                        "RVX ?", "\"RVX\"", "[RVX]", "RVX [1-2]", "RVX #", ""};
 
 std::string Quoted(const std::string& text) { return "'" + text + "'"; }
 
-// CASE n % size WHEN 0 THEN ... : one of the values for each row, in turns of another length.
+// CASE n % size WHEN 0 THEN ...: chooses one of the values for each row. Lists of different sizes
+// give rows of different combinations.
 std::string Choose(const std::string& n, const std::vector<std::string>& values) {
   std::string text = "CASE (" + n + ") % " + std::to_string(values.size());
   for (size_t i = 0; i < values.size(); ++i) {
@@ -56,7 +57,7 @@ void FillArchive(Host& host) {
   const std::map<std::string, std::string> special = {
       {"ID", "printf('00000000-0000-4000-8000-%012x', n)"},
       {"Sample ID", "printf('%d', n)"},
-      // Some have thousandths of a second, and some stand exactly at a cut-off.
+      // Some have thousandths of a second, and some are exactly at a cut-off.
       {"Timestamp",
        "strftime('%Y-%m-%dT%H:%M:%S', '2026-01-29 04:29:00', (n * 2) || ' seconds') || " +
            Choose("n / 7", {"''", "'.001'", "''"})},
@@ -83,7 +84,8 @@ void FillArchive(Host& host) {
                          kRows, columns, values));
 }
 
-// Like by way of a regular expression; each character stands for itself too.
+// The operator LIKE by a regular expression. An id also fits itself, whichever special characters
+// it has.
 bool FitsLike(const std::string& pattern, const std::string& text) {
   std::string expression;
   bool inSet = false;
@@ -135,7 +137,7 @@ TEST(CalibrationArchive, AQueryFindsWhatALoopOver100000SamplesFinds) {
   FillArchive(*host);
   rvx::ArrayOfSamples all;
   host->samples().ForEach([&](const rvx::Sample& sample) {
-    // Nothing older is ever asked for here; the archive holds it all the same.
+    // The archive holds older samples too, but no question of this test reaches back that far.
     if (kNow.PlusDays(-2.0) < sample.timestamp) all.push_back(sample);
     return true;
   });
@@ -195,7 +197,7 @@ TEST(CalibrationArchive, ASimulatedSampleStaysMarked) {
   EXPECT_EQ(marked, 1);
 }
 
-// An archive of the first version: what its simulator measured is known by the serial number.
+// In an archive of the first version, simulated samples are recognised by the serial number.
 TEST(CalibrationArchive, SamplesOfAnOlderArchiveAreMarkedToo) {
   TempFolder folder;
   rvx::Sample sample;

@@ -12,6 +12,7 @@
 
 namespace torvell {
 
+// An action with a class key, a sample id and a number of tests. It does nothing.
 class FakeAction : public rvx::Action {
  public:
   FakeAction(std::string classKey, std::string sampleId, size_t testCount)
@@ -39,6 +40,7 @@ class FakeAction : public rvx::Action {
   std::string sampleId_;
 };
 
+// The instrument of the tests. A test sets the public members; what it does not set has no effect.
 class FakeInstrument : public rvx::ViscometerInstrument, public rvx::InstrumentScripting {
  public:
   explicit FakeInstrument(const std::string& port = "COM1");
@@ -47,14 +49,14 @@ class FakeInstrument : public rvx::ViscometerInstrument, public rvx::InstrumentS
   // Puts a sample action with a number of tests into the tray's next position.
   void Fill(const std::string& sampleId, size_t tests);
   void LeaveEmpty() { Fill("", 0); }
-  // A result of a position, as the module would store it.
+  // The result of a position (from 0), as the module would store it.
   rvx::Sample MakeSample(int32_t position) const;
 
   std::string text = "RVX\nid\nname\v1\v";
   std::string instrumentId = "RVX";
-  std::string startFailure;             // of StartTray; empty: it starts
+  std::string startFailure;             // message of StartTray; empty: it starts
   std::string loaded;                   // the text of the last LoadSettingsText
-  rvx::TrayWatcher* watcher = nullptr;  // of the run
+  rvx::TrayWatcher* watcher = nullptr;  // of the run; not owned
   bool active = false;
   int pauses = 0;
   std::function<void()> onDestroy;
@@ -134,7 +136,7 @@ class FakeInstrument : public rvx::ViscometerInstrument, public rvx::InstrumentS
   std::vector<std::shared_ptr<rvx::Action>> planned_;
 };
 
-// Its entry in the host's list, which owns it from then on.
+// Makes a FakeInstrument and puts it into the host's list, which owns it.
 template <class Host>
 FakeInstrument& Adopt(Host& host, const std::string& port = "COM1") {
   auto* instrument = new FakeInstrument(port);

@@ -44,7 +44,7 @@ TEST(Host, SaysWhyAFolderCantBeOpened) {
 TEST(Host, LeavesAFolderOfAnUnknownVersionAlone) {
   for (const auto& [version, kind] :
        {std::pair("99", HostErrorKind::NewerVersion), std::pair("-1", HostErrorKind::Database),
-        std::pair("0", HostErrorKind::Database)}) {  // tables of nobody knows whom
+        std::pair("0", HostErrorKind::Database)}) {  // another program's tables
     TempFolder folder;
     {
       const auto host = OpenHost(folder);
@@ -85,7 +85,7 @@ TEST(Host, EntryPointsRaiseWithoutAHost) {
   EXPECT_NE(GetAnalysisManager(), nullptr);
 }
 
-// The module finds this library by its name and its entries by theirs.
+// The module finds the host's library and its entries by their names.
 TEST(Host, IsFoundByName) {
   platform::LibraryHandle library = platform::LoadLibrary("TORVCORE.DLL");
   ASSERT_NE(library, nullptr) << platform::LastLibraryError();
@@ -116,7 +116,7 @@ class Client : public rvx::UserInterfaceClient {
   }
   int32_t LoadResources() override {
     thread = platform::CurrentThreadName();
-    // Once more from the thread itself.
+    // Calls once more from inside the call.
     if (depth++ == 0) {
       EXPECT_EQ(ExecuteLoadResources(this), 7);
     }
@@ -141,7 +141,7 @@ TEST(Host, RunsTheClientOnTheUserInterfaceThread) {
   }
 }
 
-// Instruments end while everything that they call is still there.
+// An instrument's destructor may still call the host's services.
 TEST(Host, DeletesInstrumentsBeforeItsServices) {
   TempFolder folder;
   bool deleted = false;
@@ -164,7 +164,7 @@ TEST(Host, DeletesInstrumentsBeforeItsServices) {
     } listener;
     host->instruments().AddSelectionListener(&listener);
     EXPECT_EQ(GetInstrumentManager()->SelectInstrument(1, 1), 0);
-    EXPECT_NE(GetInstrumentManager()->SelectInstrument(0, 0), 0);  // only asks
+    EXPECT_NE(GetInstrumentManager()->SelectInstrument(0, 0), 0);  // only a question
     EXPECT_NE(GetInstrumentManager()->SelectInstrument(0, 1), 0);
     EXPECT_EQ(listener.told, std::vector<int32_t>{0});
     host->instruments().RemoveSelectionListener(&listener);
@@ -216,8 +216,8 @@ TEST(InstrumentList, MonitorsHearOfChangesUntilTheyLeave) {
   EXPECT_EQ(stays.calls, 2);
 }
 
-// A monitor that leaves while another thread is inside its call comes back only when that call is
-// over. Under virtual time, so that every order of the two is tried by its seed.
+// A monitor that unregisters while another thread is inside its call waits until that call is over.
+// Under virtual time, where the seeds try both orders of the two threads.
 TEST(InstrumentList, LeavingWaitsForACallInProgress) {
   class Slow : public rvx::ViscometerArrayMonitor {
    public:
@@ -275,7 +275,7 @@ TEST(ErrorStore, ReportsSurviveAndReachListeners) {
     record.sampleFailure = 1;
     rvx::ActionException error(record);
     GetInstrumentManager()->ReportError(&error);
-    // A store that fails silences nobody.
+    // The listeners are called although the error could not be stored.
     ExecuteSql(host->database(), "ALTER TABLE ERRORS RENAME TO GONE");
     GetInstrumentManager()->ReportError(&error);
     ExecuteSql(host->database(), "ALTER TABLE GONE RENAME TO ERRORS");

@@ -1,5 +1,5 @@
-// What a host that was killed finds again. Throwing a journal away without ending its run is what a
-// kill leaves: the rows stay, and the system takes the mark.
+// What the next start finds after a host was killed. Destroying a journal without ending its run
+// has the effect of a kill: the rows stay, and the system releases the mark.
 #include "host/core/journal.h"
 
 #include <gtest/gtest.h>
@@ -78,7 +78,7 @@ TEST(Journal, APositionThatRunsAgainCountsFromItsStart) {
   EXPECT_EQ(tray->positions[0].state, PositionState::PartlyMeasured);
 }
 
-// The moves before and behind the samples are reported as starts of the first position.
+// The moves before and after the samples are reported as starts of the first position.
 TEST(Journal, AStartWithoutAResultTakesNothingBack) {
   TempFolder folder;
   {
@@ -95,7 +95,7 @@ TEST(Journal, AStartWithoutAResultTakesNothingBack) {
 }
 
 // Another process can hold the mark of a number for a moment, when its own run could not be noted.
-// A run without a mark would look interrupted to everybody.
+// A run without a mark would look interrupted to every process.
 TEST(Journal, ARunThatCannotBeMarkedDoesNotBegin) {
   TempFolder folder;
   const auto host = OpenHost(folder);
@@ -131,7 +131,7 @@ TEST(Journal, AnEndedRunAndAReplacedOneAreNotOffered) {
   EXPECT_TRUE(host->journal().Interrupted().empty());
 }
 
-// What comes too late or from an empty position changes nothing.
+// Notes that come too late or from an empty position change nothing.
 TEST(Journal, NotesThatBelongToNoRunningPositionArePassedOver) {
   TempFolder folder;
   const auto host = OpenHost(folder);
@@ -151,7 +151,8 @@ TEST(Journal, NotesThatBelongToNoRunningPositionArePassedOver) {
   EXPECT_EQ(journal.FindOrigin(MakeSample(0)).run, 0);
 }
 
-// A thread that has reported nothing stores a result: instrument and position tell whose it is.
+// A thread that has reported nothing stores a result: instrument and position tell to which run it
+// belongs.
 TEST(Journal, AResultOfAnotherThreadIsKnownByInstrumentAndPosition) {
   TempFolder folder;
   const auto host = OpenHost(folder);
@@ -170,7 +171,7 @@ TEST(Journal, AResultOfAnotherThreadIsKnownByInstrumentAndPosition) {
   EXPECT_EQ(host->journal().FindOrigin(other).run, 0);
 }
 
-// The end of a run that could not be noted: it is offered, which is better than forgotten.
+// A run whose end could not be noted is offered again: better than to lose an interrupted one.
 TEST(Journal, ARunWhoseEndCouldNotBeNotedIsOffered) {
   TempFolder folder;
   const auto host = OpenHost(folder);
@@ -192,7 +193,7 @@ TEST(Journal, ARunOfALivingProcessIsNotOfferedAndOneOfAKilledProcessIs) {
   const pid_t child = fork();
   ASSERT_GE(child, 0);
   if (child == 0) {
-    // The parts alone: a host would start a thread, which not every build allows behind a fork.
+    // Uses the parts alone: a host would start a thread, which not every build allows after a fork.
     Database database(folder / "torvell.db");
     TrayJournal journal(database, folder / "trays.lock");
     SampleStore samples(database, journal, folder / "samples.spool");
@@ -233,7 +234,8 @@ TEST(Journal, ASpooledResultCountsOnceItIsTakenIn) {
   EXPECT_EQ(tray->positions[2].state, PositionState::Measured);
 }
 
-// Two instruments of one name and number at one position: the thread tells whose result it is.
+// Two instruments with the same name and number run the same position: the thread tells to which
+// run a result belongs.
 TEST(Journal, TwoRunsAtOnceKeepTheirResultsApart) {
   TempFolder folder;
   const auto host = OpenHost(folder);

@@ -43,7 +43,7 @@ TEST(PortSettings, WhatAPersonTypes) {
 
 class PortsTest : public testing::Test {
  protected:
-  // The setting is the process's, so a directory of the test's own has one of its own.
+  // Whether to simulate is a setting of the process; this directory reads simulated_ instead.
   std::unique_ptr<PortDirectory> MakeDirectory() {
     return std::make_unique<PortDirectory>(host_->database(), host_->users(),
                                            [this] { return simulated_; });
@@ -97,7 +97,7 @@ TEST_F(PortsTest, DiscoverySkipsWhatHasNoDevice) {
   EXPECT_EQ(SettingsOf(*ports_, "COM2"), "009600,u=0");
   EXPECT_EQ(ports_->OpenPort("COM1", &watcher_), nullptr);
   EXPECT_NE(ports_->LastFailure("COM1").find("No device"), std::string::npos);
-  ports_->ClosePort("COM1", &watcher_);  // as discovery does behind a failure
+  ports_->ClosePort("COM1", &watcher_);  // as discovery does after a failure
 }
 
 TEST_F(PortsTest, TheModuleSetsTheFlagAndNothingElse) {

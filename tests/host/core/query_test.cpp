@@ -31,7 +31,7 @@ TEST(QueryTranslator, TakesTheModulesQuery) {
   EXPECT_EQ(std::get<std::string>(query.parameters[1]), "RVX 1");
   EXPECT_EQ(std::get<double>(query.parameters[4]), -20.051);
   EXPECT_EQ(std::get<std::string>(query.parameters[6]), "2026-01-31T16:05:06");
-  // What was typed is in the parameters alone.
+  // The typed text is only in the parameters.
   EXPECT_EQ(query.condition.find("RVX"), std::string::npos);
   EXPECT_EQ(query.condition.find('\''), query.condition.find("'0'"));
 }
@@ -107,7 +107,7 @@ TEST(QueryTranslator, TakesEveryFormOfACondition) {
   }
 }
 
-// Whatever has an apostrophe in it: nobody gets another query out of an instrument's id.
+// An instrument's id with an apostrophe cannot change the query.
 RC_GTEST_PROP(QueryTranslator, AnIdWithAnApostropheNeverMakesAQuery, ()) {
   const auto pieces = *rc::gen::container<std::vector<std::string>>(rc::gen::element<std::string>(
       "'", "''", ") AND ([Instrument] Like ", ") AND ([Probe ID] = ", ") OR (1", ";", "--", "[",

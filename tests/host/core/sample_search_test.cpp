@@ -21,7 +21,7 @@ class SampleSearch : public testing::Test {
     Store(sampleId, [](rvx::Sample&) {});
   }
 
-  // The sample ids found, each with a blank behind it.
+  // The sample ids found, each followed by a blank.
   std::string Find(const SampleQuery& wanted) {
     std::string ids;
     for (const rvx::Sample& sample : host_->samples().ReadRows(host_->samples().FindRows(wanted))) {
@@ -34,7 +34,8 @@ class SampleSearch : public testing::Test {
   std::unique_ptr<Host> host_ = OpenHost(folder_);
 };
 
-// Two samples that differ in one thing, the greater one stored first: letters count in any case.
+// Two samples that differ in one column, the greater one stored first. Upper and lower case are
+// equal.
 TEST_F(SampleSearch, EachOrderGoesByItsOwnColumn) {
   using enum SampleQuery::Order;
   using Sample = rvx::Sample;

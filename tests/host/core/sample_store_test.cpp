@@ -41,7 +41,7 @@ std::vector<std::string> IdsOf(const Samples& samples) {
   return ids;
 }
 
-// Every double but the many numbers that are none, of which one comes back.
+// Every double. Of the many not-a-number values only one, since all come back as one.
 rc::Gen<double> AnyDouble() {
   return rc::gen::map(rc::gen::arbitrary<uint64_t>(),
                       [](uint64_t bits) { return std::bit_cast<double>(bits); });
@@ -108,7 +108,8 @@ bool IsSame(const rvx::Sample& a, const rvx::Sample& b) {
          IsSame(a.reserved2, b.reserved2) && IsSame(a.viscosity, b.viscosity);
 }
 
-// One folder for all cases of a property: what is compared is the row, not the opening.
+// One folder for all cases of a property, since only the rows matter and opening an archive is
+// slow.
 TEST(SampleStore, EveryColumnComesBack) {
   TempFolder folder;
   rvx::Sample stored;
@@ -133,7 +134,7 @@ TEST(SampleStore, ColumnsAreNamedAndOrderedAsTheTableIs) {
   const auto host = OpenHost(folder);
   platform::PlainGuard guard(host->database().lock());
   SQLite::Statement row(host->database().connection(), "SELECT * FROM SAMPLES");
-  // The last one is the host's own and stands beside the record.
+  // The last column is the host's own and not part of the record.
   ASSERT_EQ(static_cast<size_t>(row.getColumnCount()), SampleColumns().size() + 1);
   ASSERT_EQ(SampleColumns().size(), 61u);
   for (int i = 0; i < 61; ++i) {
@@ -172,7 +173,7 @@ TEST(SampleStore, PagesMeetWithoutLossOrRepetition) {
   const auto host = OpenHost(folder);
   std::vector<std::string> expected;
   {
-    // Straight into the table: two pages and a rest, in threes of one moment.
+    // Written directly into the table: two pages and a rest, with three samples at each moment.
     platform::PlainGuard guard(host->database().lock());
     Transaction transaction(host->database(), Transaction::Durability::Process);
     for (int i = 0; i < 1203; ++i) {
@@ -194,7 +195,7 @@ TEST(SampleStore, PagesMeetWithoutLossOrRepetition) {
   EXPECT_EQ(seen, 600);
 }
 
-// The recursive definition, to compare the archive's matching with.
+// The pattern's recursive definition, with which the archive's matching is compared.
 bool FitsPlainly(std::string_view pattern, std::string_view text) {
   if (pattern.empty()) return text.empty();
   if (pattern[0] == '*') {
@@ -281,7 +282,7 @@ TEST(SampleStore, TheFilterHasTheLastWord) {
   EXPECT_TRUE(out.empty());
 }
 
-// Texts are equal in both cases, and a date that is none is not earlier than any other.
+// Upper and lower case are equal, and an invalid date is not earlier than any other.
 TEST(SampleStore, EachConditionKeepsWhatItSays) {
   TempFolder folder;
   const auto host = OpenHost(folder);

@@ -1,5 +1,5 @@
-// Real lines, played by pseudo-terminals. Waits are for what has happened, with a limit that only a
-// failing test reaches.
+// Serial lines, played by pseudo-terminals. Each wait ends when its event has happened; only a
+// failing test reaches the limit.
 #include "host/core/serial_port.h"
 
 #include <fcntl.h>
@@ -28,7 +28,7 @@ class Controller {
   }
   const std::string& device() const { return device_; }
   void Send(const std::string& bytes) { ASSERT_TRUE(WriteAll(master_.get(), bytes)); }
-  // Waits for so many bytes.
+  // Waits for this many bytes and returns them.
   std::string Expect(size_t count) {
     std::string bytes;
     while (bytes.size() < count) {
@@ -58,7 +58,7 @@ class Watcher : public rvx::PortWatcher {
     if (onReceive) onReceive();
     arrived_.Set();
   }
-  // Waits until the text is there, and takes it.
+  // Waits until the text has arrived, and removes it.
   bool WaitFor(const std::string& expected) {
     const auto deadline = platform::Deadline::After(kLimit);
     for (;;) {
@@ -105,7 +105,7 @@ TEST_F(SerialPortTest, TwoWatchersHearTheLineAndLeaveOneByOne) {
   ASSERT_EQ(ports().OpenPort("COM1", &second_), port);
   EXPECT_NE(ports().IsPortInUse("COM1"), 0);
 
-  // Raw: nothing is added, turned or held back until a line is full.
+  // The line is raw: no byte is added, converted, or held back until a line is full.
   const std::string bytes("-0ST\x01\x03\x11\x13\x7f\0\n\r", 12);
   controller_.Send(bytes);
   EXPECT_TRUE(first_.WaitFor(bytes));
@@ -119,7 +119,7 @@ TEST_F(SerialPortTest, TwoWatchersHearTheLineAndLeaveOneByOne) {
   EXPECT_EQ(first_.Text(), "");
   ports().ClosePort("COM1", &second_);
   EXPECT_EQ(ports().IsPortInUse("COM1"), 0);
-  // The device is free at once.
+  // The device can be opened again at once.
   EXPECT_EQ(ports().OpenPort("COM1", &first_) != nullptr, true) << ports().LastFailure("COM1");
   ports().ClosePort("COM1", &first_);
 }
@@ -226,7 +226,7 @@ TEST_F(SerialPortTest, ABrokenLineIsToldOncePausesTheTrayAndComesBackByItself) {
   onLine.active = elsewhere.active = true;
   Reports reports;
   host_->errors().AddListener(&reports);
-  // The stable name of a device that comes back as another one.
+  // The stable name of a device that comes back under another device name.
   const std::string link = folder_ / "by-id";
   std::filesystem::create_symlink(controller_.device(), link);
   ports().SetMapping("COM1", link);
@@ -240,7 +240,7 @@ TEST_F(SerialPortTest, ABrokenLineIsToldOncePausesTheTrayAndComesBackByItself) {
   EXPECT_EQ(reports.All()[0].kind, 1);
   EXPECT_EQ(reports.All()[0].instrument, &onLine);
   EXPECT_NE(ports().LastFailure("COM1"), "");
-  port->Write(Bytes("lost"));  // does no harm
+  port->Write(Bytes("lost"));  // no effect, and no failure
 
   Controller back;
   std::filesystem::create_symlink(back.device(), link);
@@ -269,8 +269,8 @@ TEST_F(SerialPortTest, ALineThatIsBrokenCanBeClosedAndTheHostEnds) {
   ASSERT_TRUE(reports.WaitForCount(1));
   host_->errors().RemoveListener(&reports);
   ports().ClosePort("COM1", &first_);
-  ports().ClearMapping("COM1");  // the next device may get the name of this one
-  // And one that nobody closes ends with the host.
+  ports().ClearMapping("COM1");  // the next device may get this one's name
+  // A port that is still open closes with the host.
   Controller other;
   ports().SetMapping("COM2", other.device());
   ASSERT_NE(ports().OpenPort("COM2", &second_), nullptr);

@@ -164,7 +164,7 @@ TEST(Spool, AFailureWhileTakingInKeepsTheFile) {
   EXPECT_EQ(spool.TakeIn([](const Samples&) { FAIL(); }).unreadable, "") << "there is none";
 }
 
-// Whatever stands in a line: it is taken as it was written, or put aside.
+// Each line is taken in exactly as it was written, or put aside.
 TEST(Spool, LinesDamagedInEachWayArePutAside) {
   TempFolder folder;
   SampleSpool spool(folder / "samples.spool");
@@ -241,8 +241,8 @@ TEST(Spool, WhatCantBeReadOrPutAsideStaysAndIsSaid) {
   }
 }
 
-// One who waits for the file while another takes it in must not write into the removed one, whether
-// a third has made a new one by then or not.
+// A writer that waits for the file while another process takes it in must not write into the
+// removed file, whether or not a third process has made a new one by then.
 TEST(Spool, AWriterThatWaitedForTheIntakeFindsTheNewFile) {
   TempFolder folder;
   SampleSpool spool(folder / "samples.spool");
@@ -293,8 +293,8 @@ TEST(FileHandle, AFolderIsSyncedOrItIsSaid) {
   EXPECT_FALSE(SyncFolderOf(folder / "none/file"));
 }
 
-// The reserve is given up when there is no room for a line: here a limit stands for the full disk,
-// which the reserve itself does not count against, so only its removal can be seen.
+// The reserve is removed when there is no room for a line. A limit of the file's size plays the
+// full disk. The reserve does not count against that limit, so the test can only see its removal.
 TEST(Spool, TheReserveIsGivenUpAndAHalfWrittenLineTakenBack) {
   TempFolder folder;
   SampleSpool spool(folder / "samples.spool");

@@ -1,4 +1,4 @@
-// A folder of a test, removed behind it.
+// A folder for a test, and what host tests do with the archive in it.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -15,6 +15,7 @@
 
 namespace torvell {
 
+// A new empty folder, removed with its contents at the end of its scope.
 class TempFolder {
  public:
   TempFolder() {
@@ -32,6 +33,7 @@ class TempFolder {
   std::string path_;
 };
 
+// Opens the folder's archive; `user` acts if given. Throws HostError.
 inline std::unique_ptr<Host> OpenHost(const TempFolder& folder, const std::string& user = "") {
   HostOptions options;
   options.dataFolder = folder.path();
@@ -39,6 +41,7 @@ inline std::unique_ptr<Host> OpenHost(const TempFolder& folder, const std::strin
   return Host::Open(options);
 }
 
+// The file's bytes; empty if it can't be read.
 inline std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::stringstream text;
@@ -46,13 +49,13 @@ inline std::string ReadFile(const std::string& path) {
   return text.str();
 }
 
-// One statement straight at the database, past the host.
+// Runs one statement directly in the database, without the host's checks. Throws SQLite::Exception.
 inline void ExecuteSql(Database& database, const std::string& sql) {
   platform::PlainGuard guard(database.lock());
   database.connection().exec(sql);
 }
 
-// The plan that the database makes for a statement, its lines joined by "; ".
+// The database's query plan for a statement, with "; " after each line.
 inline std::string PlanOf(Database& database, const std::string& sql) {
   platform::PlainGuard guard(database.lock());
   SQLite::Statement plan(database.connection(), "EXPLAIN QUERY PLAN " + sql);
@@ -61,7 +64,7 @@ inline std::string PlanOf(Database& database, const std::string& sql) {
   return text;
 }
 
-// What a call raises as a HostError; fails the test if it raises none.
+// The kind of the HostError that a call throws. Fails the test if it throws none.
 template <class Call>
 HostErrorKind KindRaisedBy(const Call& call) {
   try {
@@ -74,7 +77,7 @@ HostErrorKind KindRaisedBy(const Call& call) {
   return HostErrorKind::BadInput;
 }
 
-// The message of the ArchiveException that a call raises, or the empty text if it raises none.
+// The message of the ArchiveException that a call throws; empty if it throws none.
 template <class Call>
 std::string ArchiveMessageOf(const Call& call) {
   try {

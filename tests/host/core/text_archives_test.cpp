@@ -48,7 +48,7 @@ TEST(InstrumentStore, TheTrailHasTheChangedFieldsAndNotTheTray) {
   EXPECT_EQ(rows[1].oldValue + ">" + rows[1].newValue, "b>B");
   EXPECT_EQ(rows[2].oldValue + ">" + rows[2].newValue, "2>3");
 
-  // Fields and lines that came are changes too, and so are those that went.
+  // Added and removed fields and lines are changes too.
   const std::string three = instrument.text;
   instrument.text += "new\v\nline\v";
   host->instrumentTexts().StoreInstrument(kKey, &instrument);
@@ -64,7 +64,7 @@ TEST(InstrumentStore, TheTrailHasTheChangedFieldsAndNotTheTray) {
             "line 3 field 7: new>; line 4 field 1: line>; ");
 }
 
-// A storing that began earlier and comes to the database later must not undo the later one.
+// A store that began earlier but reaches the database later must not overwrite the newer text.
 TEST(InstrumentStore, TheStoringThatBeganLastStays) {
   TempFolder folder;
   const auto host = OpenHost(folder);
@@ -86,7 +86,7 @@ TEST(InstrumentStore, TheStoringThatBeganLastStays) {
   host->instrumentTexts().StoreInstrument(kKey, &instrument);
   EXPECT_EQ(host->instrumentTexts().Read(kKey)->substr(0, 3), "new");
 
-  // But if the later one fails, the earlier one is the best there is.
+  // But if the newer store fails, the earlier text is kept.
   instrument.during = [&] {
     instrument.text = "refused";
     ExecuteSql(host->database(), "ALTER TABLE AUDIT RENAME TO GONE");
@@ -99,8 +99,8 @@ TEST(InstrumentStore, TheStoringThatBeganLastStays) {
   EXPECT_EQ(host->instrumentTexts().Read(kKey)->substr(0, 4), "kept");
 }
 
-// An instrument that could not read its settings goes on with its defaults; those must not take the
-// place of what is stored.
+// An instrument that could not read its settings goes on with its defaults, which must not replace
+// the stored settings.
 TEST(InstrumentStore, SettingsThatCouldNotBeReadAreNotOverwritten) {
   TempFolder folder;
   const auto host = OpenHost(folder);
@@ -161,7 +161,7 @@ TEST(FileFolder, IsMadeWhenItIsAskedForAndEndsInItsSeparator) {
   GetArchiveManager()->GetDefaultName(name);
   EXPECT_EQ(name, folder / "files/");
   EXPECT_TRUE(std::filesystem::is_directory(name));
-  // Whoever writes there finds out that it can't be done, and says so.
+  // Writing there fails later and is reported then.
   std::filesystem::remove(folder / "files");
   std::ofstream(folder / "files") << "x";
   GetArchiveManager()->GetDefaultName(name);

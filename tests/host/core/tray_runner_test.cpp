@@ -56,7 +56,7 @@ TEST_F(TrayRunnerTest, TellsOfTheRunAndOfNothingElse) {
   run.SampleStatus(0, 0, "Cooldown");
   GetSampleArchive()->StoreSample(instrument.MakeSample(0));
   run.SampleFinished(0, 0);
-  // Between two positions nothing belongs to the run.
+  // A sample that is stored between two positions does not belong to the run.
   GetSampleArchive()->StoreSample(other.MakeSample(0));
   Report(&instrument, "mine");
   Report(&other, "not mine");

@@ -27,7 +27,7 @@ TEST_F(UsersTest, TheFirstUserIsOfLevel100AndTheLastOneStays) {
   EXPECT_EQ(KindRaisedBy([&] { users.Add("otto", 10, "x"); }), HostErrorKind::BadInput);
   EXPECT_TRUE(users.IsEmpty());
   users.Add("anna", 100, "secret");
-  // The local person is nobody from now on.
+  // From now on the local person has no rights.
   EXPECT_EQ(users.ActingLevel(), 0);
   EXPECT_EQ(KindRaisedBy([&] { users.Add("otto", 10, "x"); }), HostErrorKind::NotAllowed);
 
@@ -74,8 +74,8 @@ TEST_F(UsersTest, PasswordsAreCheckedAndNeverKept) {
   EXPECT_EQ(ReadFile(host->databaseFile()).find("open sesame"), std::string::npos);
 }
 
-// A guess at a name must cost what a guess at a password costs; the work is compared, not the
-// clock.
+// A guess at a user name must cost as much as a guess at a password. The test compares the amount
+// of work, not the time.
 TEST_F(UsersTest, AnUnknownNameCostsAWholeCheck) {
   EXPECT_TRUE(HasPresentCost(HashPassword("a")));
   EXPECT_TRUE(HasPresentCost(NobodysHash())) << "it is not even read as a hash";

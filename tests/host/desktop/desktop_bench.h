@@ -1,5 +1,5 @@
-// A real window on a simulated instrument, in a folder that is thrown away. One for each process:
-// the module hands its instruments out once, so a second window would have none.
+// The host's window on a simulated instrument, in a temporary folder. A process can have only one:
+// the module gives out its instruments once, so a second window would have none.
 #pragma once
 
 #include <QApplication>
@@ -24,9 +24,11 @@
 
 namespace torvell {
 
-// Far beyond what any state needs on a busy machine; a test that waits so long has failed.
+// Limit of every wait, far longer than any state needs on a busy machine.
 inline constexpr int kPatience = 120 * 1000;  // ms
 
+// Makes the host and the window, and ends both with the scope. Used on the thread of the
+// application.
 class DesktopBench {
  public:
   explicit DesktopBench(bool demo = true) {
@@ -57,15 +59,15 @@ class DesktopBench {
     BePatient();
   }
 
-  // Lets the window live until something is so; false if it never is.
+  // Runs the event loop until `isSo` holds; false after kPatience.
   static bool Until(const std::function<bool()>& isSo) { return QTest::qWaitFor(isSo, kPatience); }
-  // The same for what nothing can go on without.
+  // The same for a state that the test needs: ends the process if it is not reached.
   static void Demand(const char* what, const std::function<bool()>& isSo) {
     if (Until(isSo)) return;
     std::fprintf(stderr, "waited in vain for %s\n", what);
     std::exit(EXIT_FAILURE);
   }
-  // The first visible window of a kind, as soon as it is there.
+  // Waits for a visible window of this class; null after kPatience.
   template <class Window>
   static Window* WaitForWindow() {
     Window* found = nullptr;
@@ -79,8 +81,8 @@ class DesktopBench {
     return found;
   }
 
-  // Runs `act` on the next window of this kind that shows, from inside whatever loop shows it: a
-  // dialog that is shown by a job keeps everybody else waiting until it is closed.
+  // Runs `act` on the next window of this class that shows, from inside the event loop that shows
+  // it: a dialog that a job shows blocks its caller until it is closed.
   template <class Window>
   void WhenWindow(std::function<void(Window&)> act) {
     auto* look = new QTimer(window_.get());
@@ -128,7 +130,7 @@ class DesktopBench {
   const std::string& folder() const { return folder_.path(); }
 
  private:
-  // The clock is fast and the machine may be busy: an answer that is late is not lost.
+  // Sets a long response time-out: the clock is fast and the machine may be busy.
   void BePatient() {
     RunAside(gui_, "patience", [this] {
       host_->users().SetActingUser("sara");

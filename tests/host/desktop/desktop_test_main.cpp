@@ -1,4 +1,5 @@
-// Runs the tests under an application without a display and a clock that is fast enough for runs.
+// Runs the tests with an application without a display and with a clock that is fast enough for
+// whole runs.
 #include <gmock/gmock.h>
 
 #include <QApplication>
@@ -6,7 +7,7 @@
 #include "platform/time_base.h"
 
 int main(int argc, char** argv) {
-  // Nobody has to set anything before running the tests.
+  // So that the tests can be run without setting an environment.
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication application(argc, argv);
   testing::InitGoogleMock(&argc, argv);

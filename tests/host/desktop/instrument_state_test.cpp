@@ -40,7 +40,7 @@ TEST(StateWordTest, SilenceOutranksErrorAndErrorOutranksTheRun) {
 
 TEST(StateWordTest, SwitchesAndStatusBitsKeepItFromBeingReady) {
   InstrumentSituation situation = Ready();
-  situation.readings.errorCode = 0x87;  // a refused command says nothing of the instrument
+  situation.readings.errorCode = 0x87;  // a refused command says nothing about the instrument
   EXPECT_EQ(WordOf(situation), StateWord::Ready);
   situation.readings.switchByte = 0x01;
   EXPECT_EQ(WordOf(situation), StateWord::NotReady);
@@ -87,14 +87,14 @@ TEST(RunOffersTest, ARunningTrayCanBePausedOrAbortedAndNotEdited) {
   RunOffers offers = OffersOf(situation);
   EXPECT_TRUE(offers.pauseAfter.enabled && offers.pauseNow.enabled && offers.abort.enabled);
   EXPECT_FALSE(offers.start.shown || offers.resume.shown || offers.edit.enabled);
-  // Once it is to pause after the sample, it can still be paused at once.
+  // After a request to pause after the sample, an immediate pause is still possible.
   situation.pauseRequested = true;
   offers = OffersOf(situation);
   EXPECT_TRUE(!offers.pauseAfter.enabled && offers.pauseNow.enabled);
   situation.paused = true;
   offers = OffersOf(situation);
   EXPECT_TRUE(offers.resume.enabled && !offers.pauseNow.shown);
-  // Not into a line on which nobody answers.
+  // Not while the instrument does not answer.
   situation.silence = kDisconnectedAfter;
   offers = OffersOf(situation);
   EXPECT_TRUE(!offers.resume.enabled && offers.abort.enabled);

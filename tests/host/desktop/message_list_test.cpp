@@ -56,10 +56,10 @@ TEST(MessageListTest, WhatNobodyAcknowledgedIsOpenAgainAtTheNextStart) {
   }
   MessageList list;
   ErrorReport meanwhile = stored.back();
-  list.Add(meanwhile);  // heard before the archive was read, which has it too
+  list.Add(meanwhile);  // reported before the archive was read, which has it too
   list.SetHistory(stored);
   ASSERT_EQ(list.rowCount(), 3);
-  EXPECT_EQ(list.at(1).count, 2);  // of the two that are open
+  EXPECT_EQ(list.at(1).count, 2);  // of the two open ones
   EXPECT_EQ(list.OpenCount(), 2);
   std::vector<int64_t> told;
   QObject::connect(&list, &MessageList::Acknowledged,

@@ -20,7 +20,7 @@
 namespace torvell {
 namespace {
 
-// Who answers to which letter in one place: each letter has to have one answer.
+// The shortcut letters of one window: each letter must belong to one control only.
 class Letters {
  public:
   void Add(const QString& text) {
@@ -40,7 +40,7 @@ TEST(PagesTest, NoTwoCommandsShareALetter) {
   DesktopBench bench;
   bench.Open();
   bench.ActAs("sara");
-  // Whatever may be on the screen together, at any state of a run.
+  // All controls that can be visible together, in any state of a run.
   Letters window;
   for (QAction* menu : bench.window().menuBar()->actions()) {
     window.Add(menu->text());
@@ -143,7 +143,7 @@ TEST(PagesTest, WhoAcknowledgesIsNotAskedAgain) {
   ASSERT_TRUE(DesktopBench::Until([&] { return banner() != nullptr; }));
   QTest::mouseClick(banner(), Qt::LeftButton);
   EXPECT_TRUE(DesktopBench::Until([&] { return bench.host().errors().Last(1)[0].acknowledged; }));
-  // The instrument may have had something to say too.
+  // The instrument may have reported something too.
   bench.window().messages().AcknowledgeAll();
   EXPECT_EQ(banner(), nullptr);
   EXPECT_TRUE(DesktopBench::Until([&] {

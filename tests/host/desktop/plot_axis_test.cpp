@@ -1,4 +1,4 @@
-// Axes that people can read, and what part of the time they see.
+// The readable ticks of an axis, and the part of the time that it shows.
 #include "host/desktop/plot_axis.h"
 
 #include <gtest/gtest.h>

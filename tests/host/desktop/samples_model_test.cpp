@@ -9,7 +9,7 @@
 namespace torvell {
 namespace {
 
-// One stored sample again and again.
+// Stores copies of one sample.
 void Multiply(Host& host, int count) {
   rvx::Sample sample;
   sample.viscosity = 5000.0;

@@ -15,7 +15,7 @@ namespace {
 using Kind = RunEvent::Kind;
 using platform::Milliseconds;
 
-// Jobs whose turn comes when the test says so.
+// Keeps jobs until the test runs them.
 class HeldJobs : public JobRunner {
  public:
   void Do(std::function<void()> job, std::function<void()> done,
@@ -42,7 +42,7 @@ class HeldJobs : public JobRunner {
   std::deque<std::function<void()>> held_;
 };
 
-// The instrument: a tray of four positions, and its run.
+// Plays the instrument: a tray of four positions, and its run.
 class FakeInstrument : public TrayStore, public RunDriver {
  public:
   TraySnapshot Read() override {
@@ -79,7 +79,7 @@ class FakeInstrument : public TrayStore, public RunDriver {
 
   std::vector<TrayCell> cells = std::vector<TrayCell>(4);
   std::vector<RunEvent> events;
-  bool refuses = false;  // the next command
+  bool refuses = false;  // refuses the next command
   bool running = false;
   int readings = 0;
   int starts = 0;
@@ -122,7 +122,7 @@ class SessionPartsTest : public testing::Test {
     run_.TakeEvents();
     return run_.phase();
   }
-  // The phase after all that is on its way to the instrument.
+  // Runs all waiting jobs; returns the phase after them.
   RunPhase AfterJobs() {
     held_.RunAll();
     return run_.phase();
@@ -143,7 +143,7 @@ TEST_F(SessionPartsTest, EditsAreMadeFromTheTrayThatThoseBeforeLeave) {
   for (int i = 0; i < 2; ++i) editor_.Undo();
   held_.RunAll();
   EXPECT_EQ(Ids(), "A---");
-  // Somebody else's change while the tray is being read: the edit waits for one more reading.
+  // The tray is changed elsewhere while it is being read: the edit waits for one more reading.
   const int readings = instrument_.readings;
   for (int i = 0; i < 3; ++i) jobs_.Read();
   Add("Z");
@@ -217,7 +217,7 @@ TEST_F(SessionPartsTest, APauseIsRequestedUntilTheInstrumentPauses) {
   EXPECT_EQ(After(Kind::PauseChanged, true), RunPhase::Paused);
   run_.Resume();
   EXPECT_EQ(AfterJobs(), RunPhase::Paused) << "until the instrument goes on";
-  // An abort that aborts nothing leaves the run as it is.
+  // A refused abort leaves the run as it is.
   instrument_.refuses = true;
   run_.Abort();
   EXPECT_EQ(AfterJobs(), RunPhase::Paused);

@@ -23,7 +23,7 @@ TEST(TrayEditTest, PastedIdsMakeCopiesOfThePositionAbove) {
   EXPECT_EQ(edit.at(2).sampleId, "NEW");
   EXPECT_EQ(edit.at(3).sampleId, "NEXT");
   EXPECT_EQ(edit.at(3).classKey, Tray()[2].classKey);
-  // Above an empty tray's positions there is nothing to copy.
+  // In an empty tray there is no position above to copy.
   EXPECT_TRUE(SampleIdEdit({{}, {}}, 0, {"A", "B"}).empty());
 }
 
@@ -62,7 +62,7 @@ TEST(TrayEditTest, WhatFindsNoPlaceIsCounted) {
   EXPECT_EQ(CountUnplaced(tray, 3, 6, PasteKind::Positions), 4);
   EXPECT_EQ(CountUnplaced(tray, 0, 5, PasteKind::Positions), 0);
   EXPECT_EQ(CountUnplaced(tray, 0, 1, PasteKind::SampleIds), 1);
-  EXPECT_EQ(CountUnplaced(tray, 0, 6, PasteKind::SampleIds), 3);  // two in front, one behind
+  EXPECT_EQ(CountUnplaced(tray, 0, 6, PasteKind::SampleIds), 3);  // two before, one after
   EXPECT_EQ(CountUnplaced(tray, 3, 2, PasteKind::SampleIds), 0);
   EXPECT_EQ(CountUnplaced(std::vector<TrayCell>(5), 2, 9, PasteKind::SampleIds), 9);
 }

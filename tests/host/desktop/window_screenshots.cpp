@@ -16,7 +16,7 @@
 namespace torvell {
 namespace {
 
-// Quick enough to see a run in seconds, slow enough that the window keeps up.
+// Virtual seconds per second: a run passes in seconds, and the window still keeps up.
 constexpr int kPace = 60;
 
 constexpr char kTray[] =
@@ -41,7 +41,7 @@ class Photographer {
     if (!widget.grab().save(file)) std::fprintf(stderr, "%s: not written\n", qPrintable(file));
   }
 
-  // The dialog that `open` runs, seen and closed again.
+  // Draws the dialog that `open` runs, and closes it.
   template <class Dialog>
   void ShootModal(const char* name, const std::function<void()>& open) const {
     QTimer::singleShot(0, qApp, [this, name] {

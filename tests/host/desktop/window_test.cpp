@@ -47,7 +47,7 @@ class WindowTest : public testing::Test {
     }
     return nullptr;
   }
-  // Clicks a button of the next message box, seen by its label.
+  // Clicks the button with this label in the next message box.
   void Answer(const QString& label) {
     bench_.WhenWindow<QMessageBox>([this, label](QMessageBox& box) {
       for (QAbstractButton* button : box.buttons()) {
@@ -61,7 +61,7 @@ class WindowTest : public testing::Test {
       box.close();
     });
   }
-  // What the box says that `act` brings up.
+  // The text of the message box that `act` brings up.
   QString Failure(const std::function<void()>& act) {
     QString said;
     bench_.WhenWindow<QMessageBox>([&said](QMessageBox& box) {
@@ -180,7 +180,7 @@ TEST_F(WindowTest, ATrayRunsFromTheButtonToItsSummary) {
   EXPECT_EQ(session().summary()->failedPositions, 0);
   EXPECT_EQ(session().rows()[1].state, RowState::Done);
   EXPECT_EQ(bench_.host().samples().Count(), 2);
-  bench_.host().samples().StoreSample(StoredSample());  // of another run: not to be written
+  bench_.host().samples().StoreSample(StoredSample());  // of another run: must not be written
   SampleQuery others;
   others.sampleId = "nothing of this run";
   bench_.window().samplesPage().model().SetQuery(others);
@@ -243,7 +243,7 @@ TEST_F(WindowTest, TheMenusOfferTheScreensThatTheModuleHas) {
 }
 
 TEST_F(WindowTest, AScreenOpensFromTheMenuAndGoesWithTheWindow) {
-  // Looked for each time: a change in the instrument may build the menu anew.
+  // Looks for the action each time: a change in the instrument may rebuild the menu.
   const auto choose = [this] {
     ASSERT_TRUE(DesktopBench::Until([&] {
       QAction* offered = Find<QAction>("Current Cell Calibration Constants");
@@ -261,7 +261,7 @@ TEST_F(WindowTest, AScreenOpensFromTheMenuAndGoesWithTheWindow) {
   choose();
   ASSERT_TRUE(DesktopBench::Until([&] { return frame() != nullptr; }));
   const QPointer<QWidget> first = frame();
-  choose();  // raises it
+  choose();  // brings it to the front
   bool closed = false;
   QObject::connect(&bench_.window(), &MainWindow::Closed, [&closed] { closed = true; });
   bench_.window().close();

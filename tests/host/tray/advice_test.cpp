@@ -1,5 +1,5 @@
-// Each fixed message that an instrument can report comes with advice, which names what its reader
-// has.
+// Each fixed message that an instrument can report has advice, which names only what its reader has
+// at hand.
 #include "host/tray/advice.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@ namespace torvell {
 namespace {
 
 TEST(AdviceTest, EachMessageOfTheModuleHasIt) {
-  // The strings that are headings, states or questions, and no messages.
+  // The strings that are headings, states or questions rather than messages.
   const std::set<int> others = {300, 307, 315, 340};
   int found = 0;
   for (int id = 300; id <= 367; ++id) {

@@ -50,7 +50,7 @@ TEST(Csv, ReportsQuotesThatAreOpenOrFollowedByText) {
 
 TEST(Csv, WhatIsWrittenReadsBack) {
   rc::check([](const std::vector<std::string>& cells) {
-    // A row of one empty cell is an empty line, which counts as no row.
+    // A row of one empty cell would be written as an empty line, which is not read as a row.
     RC_PRE(cells.size() > 1);
     std::vector<FileProblem> problems;
     const auto rows = ParseCsv(CsvLine(cells), problems);

@@ -1,4 +1,4 @@
-// The tray as a file: what is read, and that everything else is refused with its place.
+// The tray as a file: what is read, and that everything else is refused with line and column.
 #include "host/tray/tray_file.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ std::vector<TrayFilePosition> Read(const std::string& lines) {
   return positions;
 }
 
-// The first problem of a file with these lines behind the heading.
+// The first problem of a file with these lines after the heading.
 std::string Refusal(const std::string& lines) {
   std::vector<FileProblem> problems;
   ParseTrayFile(kHeading + lines, 30, problems);
