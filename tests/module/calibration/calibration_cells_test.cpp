@@ -107,7 +107,7 @@ TEST(CalibrationReport, Pages) {
   EXPECT_EQ(ReportPageCount(1, 50), 1);
   EXPECT_EQ(ReportPageCount(21, 50), 1);
   EXPECT_EQ(ReportPageCount(22, 50), 2);
-  EXPECT_EQ(ReportPageCount(5, 0), 34);  // a page without room for a line is no reason to crash
+  EXPECT_EQ(ReportPageCount(5, 0), 34);  // a page without room for a line must not crash
   EXPECT_EQ(ReportModelText('4'), "RVX-D TX");
   EXPECT_EQ(ReportModelText('7'), "");
 }

@@ -16,7 +16,7 @@ using Points = std::vector<CalibrationPoint>;
 
 double TrueViscosity(double speed) { return 1103.6 / speed - 395.2 + 36.7 * speed; }
 
-// Runs of a cell, with an error of each known viscosity that repeats itself.
+// Runs of a cell, with a reproducible error in each known viscosity.
 Points MakePoints(size_t count, double slowest, double fastest, double error) {
   Points points;
   for (size_t i = 0; i < count; ++i) {
@@ -41,8 +41,8 @@ Eigen::Matrix<long double, 3, 1> FitByQr(const Points& points) {
   return matrix.colPivHouseholderQr().solve(right);
 }
 
-// Decimal digits in which the fit's viscosity agrees with that of the other method, at the speed of
-// its worst run: what a person sees of wrong constants.
+// The number of decimal digits in which the fit's viscosity agrees with that of the other method,
+// at the speed of the worst run. Wrong constants show to people as wrong viscosities.
 double DigitsOfViscosity(const Points& points) {
   const auto fit = FitCalibrationConstants(points);
   const auto reference = FitByQr(points);
@@ -68,9 +68,8 @@ TEST(CalibrationFit, PassesThroughThreePoints) {
   EXPECT_EQ(FormatFit(*fit).stdDev, "0.00");
 }
 
-// The figures were worked out by hand with exact fractions: z = 1 + 2 x + 3 x^2 with the errors
-// +1, -1, -1, +1 at x = 1, 2, 3, 4, to which the nearest parabola is z = 6 - 3 x + 4 x^2, off by
-// nothing but what leaves R and the deviation below.
+// The figures were worked out by hand with exact fractions: z = 1 + 2 x + 3 x^2 with the errors +1,
+// -1, -1, +1 at x = 1, 2, 3, 4, to which the nearest parabola is z = 6 - 3 x + 4 x^2.
 TEST(CalibrationFit, GivesTheLeastSquares) {
   const double z[] = {7.0, 16.0, 33.0, 58.0};
   Points points;
@@ -80,7 +79,7 @@ TEST(CalibrationFit, GivesTheLeastSquares) {
   EXPECT_NEAR(fit->b0, 6.0, 1e-9);
   EXPECT_NEAR(fit->b1, -3.0, 1e-9);
   EXPECT_NEAR(fit->b2, 4.0, 1e-9);
-  // One point more, off by 5: the scatter shows in the units of z.
+  // One more point, off by 5: the standard deviation has the unit of z.
   points.push_back({2.5, (6.0 - 7.5 + 25.0 + 5.0) / 2.5});
   const auto other = FitCalibrationConstants(points);
   const auto reference = FitByQr(points);
@@ -101,8 +100,8 @@ TEST(CalibrationFit, NothingFromTooFewPointsOrOneSpeed) {
   EXPECT_FALSE(FitCalibrationConstants({}));
   EXPECT_FALSE(FitCalibrationConstants({{0.1, 5000.0}, {0.2, 3000.0}}));
   EXPECT_FALSE(FitCalibrationConstants({{0.25, 5000.0}, {0.25, 3000.0}, {0.25, 4000.0}}));
-  // Whether equal speeds cancel to exactly 0 is an accident of their last digits, so they are
-  // counted: who saves a fit asks for three different ones.
+  // Whether equal speeds cancel to exactly 0 is an accident of their last digits, so different
+  // speeds are counted: saving a fit requires three.
   for (const double factor : {1.0, 3.0, 4.0, 5.0}) {
     const double speed = 0.24 * factor;
     EXPECT_EQ(CountDifferentSpeeds({{speed, 5000.0}, {speed, 3000.0}, {speed, 4000.0}}), 1);
@@ -110,7 +109,7 @@ TEST(CalibrationFit, NothingFromTooFewPointsOrOneSpeed) {
   EXPECT_EQ(CountDifferentSpeeds({{0.24, 1.0}, {0.48, 1.0}, {0.24, 2.0}}), 2);
   EXPECT_EQ(CountDifferentSpeeds({{0.24, 1.0}, {0.48, 1.0}, {0.6, 1.0}, {0.1, 1.0}}), 3);
   EXPECT_EQ(CountDifferentSpeeds({}), 0);
-  // Points that are no numbers give an answer that is none, and no crash.
+  // Points that are not numbers give constants that are not numbers, and no crash.
   const auto fit = FitCalibrationConstants({{NAN, 1.0}, {0.2, 2.0}, {0.3, 3.0}});
   ASSERT_TRUE(fit);
   EXPECT_TRUE(std::isnan(fit->b0));
@@ -126,7 +125,7 @@ TEST(CalibrationFit, IsRecalculatedWithWhatIsShown) {
   EXPECT_EQ(texts.r, "0.999999");
   EXPECT_EQ(ConstantsOf(texts).b0, 123457.0);
   EXPECT_EQ(RecalculateViscosity(123457.0, -400.0, 2.0, 0.5), 246515.0);
-  // What somebody types over them counts as it was typed.
+  // Constants that were typed over are used as typed.
   EXPECT_EQ(ConstantsOf({"1100.5", "x", "", "", ""}).b0, 1100.5);
   EXPECT_EQ(ConstantsOf({"1100.5", "x", "", "", ""}).b1, 0.0);
 }
@@ -147,7 +146,7 @@ TEST(CalibrationFit, SpeedVariationIsThatOfTheStoredReadings) {
   }
 }
 
-// The digits stand in ARCHITECTURE.md. Measured against the other method, they may not fall.
+// ARCHITECTURE.md gives the digits. Measured against the other method, they must not become fewer.
 TEST(CalibrationFit, CanBeTrustedOverTheSpeedsOfTheInstrument) {
   struct Case {
     const char* what;

@@ -22,7 +22,7 @@ namespace {
 
 using Rows = std::vector<StandardGroupRow>;
 
-// The rows behind a heading.
+// The rows of a file with these lines after the heading.
 Rows Parse(const std::string& lines) { return ParseStandardGroups("name,temp,group\n" + lines); }
 
 TEST(StandardGroups, RowsBehindTheHeading) {
@@ -52,10 +52,10 @@ TEST(StandardGroups, CarriageReturnBelongsToTheNewline) {
 }
 
 TEST(StandardGroups, LongLinesAreCutIntoPieces) {
-  // 58 + ",-20," are 63: the letter stands in the next piece, as a name with its newline.
+  // 58 + ",-20," are 63: the letter is in the next piece, as a name with its newline.
   const std::string name(58, 'n');
   EXPECT_EQ(Parse(name + ",-20,A\n"), (Rows{{name, "-20", ""}, {"A\n", "777", ""}}));
-  // One less fits, but its newline does not, and takes a piece of its own.
+  // One character less fits, but its newline does not, and becomes a separate piece.
   const std::string shorter(57, 'n');
   EXPECT_EQ(Parse(shorter + ",-20,A\n"), (Rows{{shorter, "-20", ""}, {"\n", "777", ""}}));
   const std::string fits(56, 'n');

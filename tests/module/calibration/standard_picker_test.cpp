@@ -62,7 +62,7 @@ TEST_F(Picker, OneOilDoesNotStandForTwoGroups) {
   Group("S3", "-20", "C");
   EXPECT_FALSE(Open().ConformsToD5293("-20", false));
   EXPECT_EQ(Open().LackingGroups("-20"), (List{"B"}));
-  // With the row of B in front nothing is remembered yet.
+  // With the row of B first, nothing is remembered yet.
   std::swap(groups[0], groups[1]);
   EXPECT_TRUE(Open().ConformsToD5293("-20", false));
 }
@@ -134,7 +134,7 @@ TEST_F(Picker, NamesThatCannotBeToldApartMakeNoTray) {
   picker.CheckTemperature(0);
   EXPECT_TRUE(picker.MakePlan().positions.empty());
   EXPECT_NE(picker.MakePlan().problem, "");
-  picker.UncheckStandard(3);  // "s1" stands behind the others
+  picker.UncheckStandard(3);  // "s1" comes after the others
   EXPECT_EQ(picker.MakePlan().problem, "");
   EXPECT_EQ(picker.MakePlan().positions.size(), 3u);
 }
@@ -162,7 +162,7 @@ TEST(StandardRow, IsReadBackFromItsText) {
   EXPECT_EQ(PieceTemperature(row.pieces[2]), "-20");
   EXPECT_EQ(FormatStandardRow({"n", {"-20 C", "- 5 A", "-10"}}), "n (- 5 A) (-10) (-20 C)");
   for (const char* damaged : {"", "(", ")", "a (", "a (-20 A", " (x)"}) ParseStandardRow(damaged);
-  // Letters that could not be cut off again are left out.
+  // Letters that could not be removed from the text again are left out.
   EXPECT_EQ(MakePiece({{"n", "-20", "AB"}}, "n", "-20"), "-20");
 }
 

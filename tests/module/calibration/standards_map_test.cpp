@@ -145,7 +145,7 @@ RC_GTEST_PROP(StandardsTextProperty, DamagedTextSettles, ()) {
   const auto text = *rc::gen::container<std::string>(rc::gen::oneOf(
       rc::gen::elementOf(std::string("\v\v\v\r\rab-205")), rc::gen::arbitrary<char>()));
   // A row end inside a name becomes a blank when it is written, which moves the name in the order
-  // or makes it equal to another: that is over after the second time.
+  // or makes it equal to another. The text no longer changes after the second time.
   const std::string twice = Loaded(Loaded(text).ToText()).ToText();
   RC_ASSERT(Loaded(twice).ToText() == twice);
 }

@@ -1,4 +1,5 @@
-// Calibrations by program: what is fitted, what is stored, who may, and the tray of standards.
+// Calibrations through the scripting interface: what is fitted and stored, the required rights, and
+// the tray of standards.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 

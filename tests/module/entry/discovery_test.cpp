@@ -1,4 +1,5 @@
-// Discovery over fake ports: which are opened, who is found, how long it takes.
+// Discovery over fake ports: which ports are opened, which instruments are found, how long it
+// takes.
 #include <gtest/gtest.h>
 
 #include "boundary/instrument_scripting.h"
@@ -17,7 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The instruments of one discovery, which end before the host does.
+// The instruments of one discovery. They must be destroyed before the host.
 struct Found {
   Found() {
     const platform::Microseconds begin = platform::MonotonicTime();
@@ -95,8 +96,8 @@ TEST(DiscoveryTest, OtherFamiliesAndLateRepliesAreNotTaken) {
     FakePort& foreign = host.ports.Add("COM1");
     foreign.SetScript([](FakePort& line, std::span<const uint8_t> bytes) {
       if (bytes[1] == '0') line.Reply("-0QMTXYZ 4 02.17OTHER\r");
-      if (bytes[1] == '1') line.Reply("-1QMTRVX 4 02.17SN", 100ms);      // without an end
-      if (bytes[1] == '2') line.Reply("-2QMTRVX 4 02.17LATE\r", 250ms);  // in the next one's time
+      if (bytes[1] == '1') line.Reply("-1QMTRVX 4 02.17SN", 100ms);      // without a CR at the end
+      if (bytes[1] == '2') line.Reply("-2QMTRVX 4 02.17LATE\r", 250ms);  // during the next query
       if (bytes[1] == '3') line.Reply("-3QMTRVX 4 02.17LATER\r", 450ms);
     });
     Found found;
@@ -122,7 +123,7 @@ TEST(DiscoveryTest, InSimulationTheFirstPortThatOpensGetsTheSimulator) {
       "HKEY_LOCAL_MACHINE\\SOFTWARE\\HaldenInstrument\\TORVELL\\Instruments\\RVX", "Simulate", 0);
 }
 
-// Nothing that a program without a display does may make a window.
+// A program without a QApplication must not get windows.
 TEST(InstallScreensTest, WithoutAnApplicationNothingIsInstalled) {
   InstallScreens();
   EXPECT_EQ(GetSampleActionEditor(), nullptr);

@@ -1,5 +1,5 @@
-// The built library as a host sees it: its exports, and what it does with another host or with
-// none.
+// The built library as a host sees it: its exports, and what it does with another host or without
+// one.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -22,7 +22,7 @@ CreateFunction LoadModule() {
   return reinterpret_cast<CreateFunction>(platform::FindEntry(module, "CreateInstruments"));
 }
 
-// The message of the InvalidException that CreateInstruments lets pass; empty if it raises none.
+// The message of the InvalidException that CreateInstruments throws; empty if it throws none.
 std::string InvalidMessage(CreateFunction create) {
   ArrayOfInstruments instruments;
   ArrayOfInstruments* array = &instruments;
@@ -35,7 +35,7 @@ std::string InvalidMessage(CreateFunction create) {
   return std::string();
 }
 
-// Beside the twelve functions the version, which a host reads before it calls one of them.
+// A host reads the version before it calls one of the twelve functions.
 TEST(LibraryTest, ExportsTwelveFunctionsAndItsVersionAndNoMore) {
   platform::LibraryHandle module = platform::LoadLibrary(RVX_LIBRARY);
   ASSERT_NE(module, nullptr) << platform::LastLibraryError();

@@ -1,4 +1,4 @@
-// What a program may do with an instrument, and what it is refused.
+// What the scripting interface does with an instrument, and what it refuses.
 #include <gtest/gtest.h>
 
 #include "module/scripting/scriptable_instrument.h"
@@ -63,7 +63,7 @@ TEST(ScriptingTest, RightsAreCheckedWhereTheChangeIsMade) {
     bench.host.security.SetUser("service", 100);
     EXPECT_FALSE(instrument.SetSettings({{"temperature-offset", "0.5"}}));
     bench.host.security.SetUser("manager", 50);
-    // A text that would bring the old offset back needs the same right.
+    // Importing a text that would restore the old offset requires the same right.
     EXPECT_EQ(instrument.ImportSettings(text)->kind(), Kind::NotAllowed);
     EXPECT_EQ(bench.Value("temperature-offset"), "0.50");
     bench.host.security.SetUser("operator", 10);
@@ -176,7 +176,7 @@ TEST(ScriptingTest, TestsOfASampleAreCheckedLikeInItsDialog) {
 
     bench.host.security.SetUser("operator", 10);
     EXPECT_EQ(problemOf(*measure, {{-20.0, {}, {}}}), std::nullopt);
-    EXPECT_EQ(problemOf(*measure, {{-20.0, 61, {}}}), Field::None);  // times are the manager's
+    EXPECT_EQ(problemOf(*measure, {{-20.0, 61, {}}}), Field::None);  // times require a manager
   });
 }
 
@@ -194,7 +194,7 @@ TEST(ScriptingTest, ServiceCommandsSayWhatTheInstrumentAnswered) {
     ASSERT_TRUE(refused);
     EXPECT_EQ(refused->kind(), Kind::Refused);
     EXPECT_NE(refused->found.find("Thermoelectrics may not be"), std::string::npos);
-    EXPECT_TRUE(bench.host.instruments.errors().empty());  // told once, to the one who asked
+    EXPECT_TRUE(bench.host.instruments.errors().empty());  // reported to the caller only
     bench.controller.Refuse("AV", 0x80, -1);
     EXPECT_EQ(instrument.SetSwitch(ServiceSwitch::Cooling, true)->kind(), Kind::Refused);
     bench.controller.SetSilent(true);

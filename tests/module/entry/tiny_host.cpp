@@ -1,4 +1,4 @@
-// A second host library: the entry points over the host in memory, and nothing else.
+// A second host library, with nothing but the entry points over the host in memory.
 #include <memory>
 
 #include "tests/support/fake_host.h"
@@ -7,7 +7,7 @@ namespace {
 std::unique_ptr<rvx::FakeHost> host;
 }
 
-// Makes the host behind the entry points; the test takes it away again with null state left.
+// Makes the host that the entry points serve. CloseTinyHost deletes it.
 extern "C" rvx::FakeHost* OpenTinyHost() {
   host = std::make_unique<rvx::FakeHost>();
   return host.get();

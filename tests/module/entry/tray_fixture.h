@@ -21,7 +21,8 @@ namespace rvx {
 
 using namespace std::chrono_literals;
 
-// Keeps what the tray tells, one line a call, and lets a test wait for a line or react to it.
+// Records the tray's calls, one line for each, and lets a test wait for a line or react to it. Any
+// thread may call it.
 class TrayLog : public TrayWatcher {
  public:
   void TrayStarted(int32_t) override { Add("tray started"); }
@@ -37,7 +38,7 @@ class TrayLog : public TrayWatcher {
     Add("finished " + std::to_string(position));
   }
 
-  // Without the status lines.
+  // The recorded lines without the status lines.
   std::vector<std::string> events() {
     platform::PlainGuard guard(lock_);
     std::vector<std::string> events;
@@ -49,14 +50,14 @@ class TrayLog : public TrayWatcher {
     platform::PlainGuard guard(lock_);
     return static_cast<int>(std::count(lines_.begin(), lines_.end(), line));
   }
-  // Until a line has come `count` times: false behind a day.
+  // Waits until a line has come `count` times; false after a day.
   bool WaitFor(const std::string& line, int count = 1) {
     while (Count(line) < count) {
       if (!added_.Wait(24h)) return false;
     }
     return true;
   }
-  // Called with each line, on the caller's thread, behind its keeping.
+  // Called with each line after it is recorded, on the thread that calls the watcher.
   std::function<void(const std::string&)> onLine;
 
  private:
@@ -65,7 +66,7 @@ class TrayLog : public TrayWatcher {
       platform::PlainGuard guard(lock_);
       lines_.push_back(line);
     }
-    // Behind what the test does in the call, also if that raises something.
+    // Set after what the test does in the call, even if that throws.
     const std::shared_ptr<platform::Event> added(&added_,
                                                  [](platform::Event* event) { event->Set(); });
     if (onLine) onLine(line);
@@ -76,7 +77,7 @@ class TrayLog : public TrayWatcher {
   platform::Event added_{"tray log"};
 };
 
-// Answers questions as told and counts them.
+// Gives the answers that the test sets, and records the questions.
 class TestPrompter : public platform::Prompter {
  public:
   TestPrompter() { platform::SetPrompter(this); }
@@ -98,6 +99,8 @@ class TestPrompter : public platform::Prompter {
   int choices = 0;
 };
 
+// A host, an instrument with the real actions and its controller at -20 degrees C, with short test
+// times and constants at -20.
 struct TrayBench {
   TrayBench() : controller(host.ports.Add("COM1")) {
     controller.SetTemperature(-20.0);
@@ -121,7 +124,7 @@ struct TrayBench {
     instrument->RemoveStatusEvent(&event);
   }
 
-  // Puts measuring actions into positions.
+  // Puts measuring actions into these positions (from 0).
   void Fill(const std::vector<int>& positions) {
     for (const int position : positions) Put(position, instrument->CreateActionByIndex(1));
   }

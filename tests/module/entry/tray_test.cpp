@@ -1,4 +1,4 @@
-// The running of a tray, from its start to its end, with everything that may come between.
+// Runs of a tray from start to end, with pauses, aborts, failures and changes on the way.
 #include <gtest/gtest.h>
 
 #include "platform/thread.h"
@@ -44,7 +44,7 @@ TEST(TrayTest, RunsFilledPositionsAndGapsInOrderAndStoresEachTest) {
     EXPECT_EQ(bench.instrument->StartTray(&bench.log), 1);
     EXPECT_EQ(StartFailure(*bench.instrument, nullptr), "Tray is being used - ");
     ASSERT_TRUE(bench.log.WaitFor("tray finished"));
-    // The precondition runs with the context of position 0, and so does the move back.
+    // The precondition stage and the move back are reported with position 0.
     EXPECT_EQ(bench.log.events(),
               (Lines{"tray started", "started 0", "started 0", "finished 0", "started 1",
                      "finished 1", "started 2", "finished 2", "started 3", "finished 3",
@@ -88,7 +88,7 @@ TEST(TrayTest, APauseBehindTheSampleWaitsForItAndAPauseNowRunsItAgain) {
     bench.instrument->StartTray(&bench.log);
     ASSERT_TRUE(bench.log.WaitFor("status 0 Run Test"));
     bench.instrument->PauseTray(0, 0);
-    EXPECT_EQ(bench.instrument->IsTrayActive(), 1);  // not yet
+    EXPECT_EQ(bench.instrument->IsTrayActive(), 1);  // still active until the sample ends
     ASSERT_TRUE(bench.log.WaitFor("paused"));
     EXPECT_EQ(bench.instrument->IsTrayPaused(), 1);
     EXPECT_EQ(bench.StoredPositions(), std::vector<int>{1});
@@ -146,7 +146,7 @@ TEST(TrayTest, AnAbortEndsTheRunAtEveryMomentWithOneFinishAndACab) {
   }
 }
 
-// The end of a run empties the tray, and must have done so when it counts as ended.
+// A run empties the tray when it ends. It must have done so before it counts as ended.
 TEST(TrayTest, ATrayThatIsFilledAsSoonAsTheLastOneHasEndedKeepsItsSamples) {
   for (uint64_t seed = 1; seed <= 40; ++seed) {
     RunVirtual(
@@ -170,7 +170,7 @@ TEST(TrayTest, NoToTheQuestionChangesNothing) {
   RunVirtual([] {
     TrayBench bench;
     bench.Fill({0});
-    EXPECT_EQ(bench.instrument->QueryAbortTray(), 0);  // nothing runs: nothing is asked
+    EXPECT_EQ(bench.instrument->QueryAbortTray(), 0);  // no question, since nothing runs
     EXPECT_TRUE(bench.prompter.messages.empty());
     bench.prompter.answer = platform::MessageAnswer::No;
     bench.instrument->StartTray(&bench.log);
@@ -207,8 +207,8 @@ TEST(TrayTest, AnInstrumentThatIsNotReadyPausesTheTrayUntilItIs) {
   });
 }
 
-// A pause behind the sample that is asked for while "not ready" is being reported must not take the
-// pause at once away: nothing is running that it could wait for.
+// A pause after the sample that is requested while "not ready" is being reported must not replace
+// the immediate pause: no sample is running that it could wait for.
 TEST(TrayTest, APauseRequestDuringTheReportOfNotReadyDoesNotHangTheTray) {
   for (uint64_t seed = 1; seed <= 40; ++seed) {
     RunVirtual(
@@ -256,7 +256,7 @@ TEST(TrayTest, AnInstrumentThatGoesSilentInTheMiddleOfATestIsNoticed) {
     TrayBench bench;
     bench.Fill({0});
     bench.instrument->StartTray(&bench.log);
-    ASSERT_TRUE(bench.log.WaitFor("status 0 Cooldown"));  // status frames come by themselves now
+    ASSERT_TRUE(bench.log.WaitFor("status 0 Cooldown"));  // from now on frames come unasked
     bench.controller.SetSilent(true);
     const platform::Microseconds begin = platform::MonotonicTime();
     ASSERT_TRUE(bench.log.WaitFor("paused"));
@@ -270,7 +270,7 @@ TEST(TrayTest, AnActionThatRefusesToStartPausesOrEndsTheStageByItsKind) {
     TrayBench bench;
     bench.Put(0, new RefusingAction(*bench.instrument, 0));
     bench.Fill({1});
-    bench.Put(29, new RefusingAction(*bench.instrument, 0));  // nothing comes behind it
+    bench.Put(29, new RefusingAction(*bench.instrument, 0));  // nothing comes after it
     bench.instrument->StartTray(&bench.log);
     for (int pause = 1; pause <= 2; ++pause) {
       ASSERT_TRUE(bench.log.WaitFor("paused", pause));
@@ -286,7 +286,7 @@ TEST(TrayTest, AnActionThatRefusesToStartPausesOrEndsTheStageByItsKind) {
     bench.Fill({1});
     bench.instrument->StartTray(&bench.log);
     ASSERT_TRUE(bench.log.WaitFor("tray finished", 2));
-    EXPECT_EQ(bench.StoredPositions(), std::vector<int>{2});  // the third stage came at once
+    EXPECT_EQ(bench.StoredPositions(), std::vector<int>{2});  // the third stage came immediately
     EXPECT_EQ(bench.controller.CountCommands("MP"), 2);
 
     bench.Put(0, new RefusingAction(*bench.instrument, 0));
@@ -318,7 +318,7 @@ TEST(TrayTest, OfTwoStartsAtOnceOneIsRefused) {
   for (uint64_t seed = 1; seed <= 60; ++seed) {
     RunVirtual(
         [] {
-          TrayLog other;  // before the bench: the run still tells it when the test has heard
+          TrayLog other;  // outlives the bench, whose run may still call it
           TrayBench bench;
           bench.Fill({0});
           std::string refusals[2];
@@ -372,7 +372,7 @@ TEST(TrayTest, APauseInTheFirstStageNeedsNoQuestionAndStartsItAnew) {
     EXPECT_EQ(bench.instrument->QueryPauseTray(), 1);
     EXPECT_EQ(bench.prompter.choices, 0);
     ASSERT_TRUE(bench.log.WaitFor("paused"));
-    bench.WaitForStatus();  // until the instrument shows that it has stopped, it is not ready
+    bench.WaitForStatus();  // it is not ready until it shows that it has stopped
     bench.instrument->ResumeTray(0);
     ASSERT_TRUE(bench.log.WaitFor("status 0 Cooldown"));
     EXPECT_EQ(bench.controller.CountCommands("PM"), 2);
@@ -416,9 +416,9 @@ TEST(TrayTest, TheInstrumentTakesItsRunWithItWhateverTheAnswerIs) {
       bench.instrument.reset();
       EXPECT_EQ(bench.log.Count("tray finished"), 1);
       EXPECT_GE(bench.controller.CountCommands("AB"), 1);
-      // The answer No can't be granted; it is not passed over in silence.
+      // The answer No can't be carried out, which is reported.
       EXPECT_EQ(bench.ErrorTexts().size(), answer == platform::MessageAnswer::No ? 1u : 0u);
-      // What was stored first still has the tray.
+      // The text that was stored first still contains the tray.
       EXPECT_NE(bench.host.instrumentArchive.GetText("RVXCOM1:0").find("oil 1"), std::string::npos);
     });
   }

@@ -1,4 +1,4 @@
-// What a host may do in the calls of its tray watcher, and what it may not.
+// What a host may do in the calls of its tray watcher, and what ends the program.
 #include <gtest/gtest.h>
 
 #include "tests/module/entry/tray_fixture.h"
@@ -31,7 +31,7 @@ TEST(TrayWatcherTest, AnAbortFromInsideAWatchersCallIsAsGood) {
   }
 }
 
-// Raises one thing or another, of those that a host may.
+// Throws one of the kinds of objects that a host may throw.
 [[noreturn]] void RaiseSomething(int which) {
   switch (which % 3) {
     case 0:
@@ -43,8 +43,8 @@ TEST(TrayWatcherTest, AnAbortFromInsideAWatchersCallIsAsGood) {
   }
 }
 
-// Whatever a host raises in its watcher, the run goes on and its user hears of it, if the host can
-// be told at all.
+// Whatever a host throws in its watcher, the run goes on and the failure is reported, if the host
+// can take a report at all.
 TEST(TrayWatcherTest, AWatcherThatThrowsDoesNotDisturbTheRun) {
   for (const bool hostFails : {false, true}) {
     RunVirtual([hostFails] {
@@ -77,7 +77,8 @@ TEST(TrayWatcherTest, AWatcherThatThrowsDoesNotDisturbTheRun) {
 
 using TrayWatcherDeathTest = testing::Test;
 
-// It could only hang: with a message and a stopped instrument the host's developer finds it.
+// The destructor could only wait for ever. Instead it stops the instrument and ends the program
+// with a message for the host's developer.
 TEST(TrayWatcherDeathTest, AnInstrumentThatIsDestroyedFromInsideItsOwnCallEndsTheProgram) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   for (const char* line : {"tray started", "started 1", "status 1 Cooldown", "tray finished"}) {

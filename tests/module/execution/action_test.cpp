@@ -14,7 +14,7 @@
 namespace rvx {
 namespace {
 
-// The record of the ActionException that an operation raises.
+// The record of the ActionException that an operation throws.
 std::optional<ActionErrorRecord> Raised(const std::function<void()>& operation) {
   try {
     operation();
@@ -102,7 +102,7 @@ class TestHandle final : public FrameWindow {
   TestFrame& frame_;
 };
 
-// Without a frame it only raises one that is open.
+// Without a frame it only brings an open screen to the front.
 class FramedAction final : public CBaseAction {
  public:
   FramedAction(C_RVX& instrument, TestFrame* frame) : CBaseAction(instrument, 550), frame_(frame) {}
@@ -370,7 +370,7 @@ TEST(EditTest, ACancelledFirstEditLeavesTheTray) {
     EXPECT_EQ(action->Edit(), 1);
     EXPECT_FALSE(editor.known);
     editor.accept = false;
-    EXPECT_EQ(action->Edit(), 0);  // configured now: it stays
+    EXPECT_EQ(action->Edit(), 0);  // configured now: it stays in the tray
     EXPECT_EQ(action->IsConfigured(), 1);
     auto fresh = std::shared_ptr<Action>(bench.instrument->CreateActionByIndex(kMeasureViscAction));
     {
@@ -380,7 +380,7 @@ TEST(EditTest, ACancelledFirstEditLeavesTheTray) {
     }
     const int32_t handle = bench.host.instruments.RegisterMonitor(&monitor);
     EXPECT_EQ(fresh->Edit(), 0);
-    // It is taken out later, by another thread.
+    // Another thread takes it out of the tray later.
     const auto isOut = [&] {
       TrayGuard guard(*tray);
       return tray->GetAt(8)->GetClassName() == CNullAction::kClassKey;
@@ -408,7 +408,7 @@ TEST(EditTest, AStandardIsPickedOnceOrTheTestsEntered) {
     EXPECT_EQ(editor.edits, 1);
     editor.accept = true;
     EXPECT_EQ(action->Edit(), 1);
-    EXPECT_EQ(editor.picks, 3);  // configured: straight to the tests
+    EXPECT_EQ(editor.picks, 3);  // configured: goes directly to the tests
     EXPECT_EQ(editor.edits, 2);
   });
 }
@@ -433,7 +433,7 @@ TEST(EditTest, ARunningActionIsNeitherEditedNorRestarted) {
       ASSERT_TRUE(record);
       EXPECT_EQ(record->message, start);
       EXPECT_FALSE(action->AssignTests(TestRecord(), {}));
-      EXPECT_TRUE(watcher.WaitForFinish());  // the second round: it has run
+      EXPECT_TRUE(watcher.WaitForFinish());  // in the second round it has run
     }
     EXPECT_EQ(watcher.Count("finished 0,0"), 1);
   });

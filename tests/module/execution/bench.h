@@ -1,5 +1,5 @@
-// What the tests of actions and sequencers stand on: an instrument with a controller at the other
-// end of its line, under virtual time.
+// What tests of actions and sequencers share: an instrument with a controller at the other end of
+// its line, under virtual time.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -36,7 +36,7 @@ inline void InVirtualTime(const std::function<void()>& body, uint64_t seed) {
   });
 }
 
-// Several times, so that no test rests on one order of the threads.
+// Runs the body with several seeds, so that no test depends on one order of the threads.
 inline void InVirtualTime(const std::function<void()>& body) {
   for (uint64_t seed = 1; seed <= 5; ++seed) InVirtualTime(body, seed);
 }
@@ -62,8 +62,8 @@ class PromptCounter : public platform::Prompter {
   std::function<void()> whileOpen;
 };
 
-// Notes an action's calls as "started 0,4", "status 0,4 Run Test", "finished 0,4", and can do
-// something from inside one.
+// Records an action's calls as "started 0,4", "status 0,4 Run Test", "finished 0,4", and can run a
+// function inside one. Any thread may call it.
 class RecordingWatcher : public ActionWatcher {
  public:
   void ActionStarted(std::string context) override { Note("started " + context); }
@@ -84,7 +84,7 @@ class RecordingWatcher : public ActionWatcher {
     const std::vector<std::string> all = calls();
     return static_cast<int>(std::count(all.begin(), all.end(), call));
   }
-  // Called from inside the next call with this text.
+  // Runs `hook` once, inside the next call with this text.
   void On(const std::string& call, std::function<void()> hook) {
     const platform::PlainGuard guard(lock_);
     hookCall_ = call;
@@ -109,22 +109,23 @@ class RecordingWatcher : public ActionWatcher {
   std::function<void()> hook_ GUARDED_BY(lock_);
 };
 
-// Model "2" injects by itself and adds no offset, so what a test sets is what is read.
+// A host, a controller and an instrument. Model "2" injects without the user's help and adds no
+// offset, so a test reads the temperatures that it sets.
 struct Bench {
-  // `filter` stands on the line, if there is one; it must outlive the bench.
+  // `filter` may be null; it sees all bytes of the line and must outlive the bench.
   explicit Bench(char modelCode = '2', LineFilter* filter = nullptr)
       : port(WithFilter(host.ports.Add("COM1"), filter)),
         controller(port, modelCode),
         instrument(
             std::make_unique<C_RVX>("COM1", 0, controller.identification(), GetActionTable())) {
-    // The instrument's own first command, which sets a target that suits the start.
+    // The instrument's own first command switches the temperature control off.
     EXPECT_TRUE(controller.WaitForCommands("TC", 1, 1min));
     controller.ForgetCommands();
     WaitForStatus();
   }
 
-  // Until a status frame has come that shows the controller's present state. It is left to the
-  // polls: a frame that nobody asked for would be taken for the answer to whatever is pending.
+  // Waits for a status frame with the controller's present state. It waits for a poll and sends no
+  // frame itself: an unrequested frame would count as the answer to a pending command.
   void WaitForStatus() {
     platform::Event event("test status");
     instrument->AddStatusEvent(&event);
@@ -145,7 +146,7 @@ struct Bench {
     instrument->configuration().fields.testRecord.preconditionTime = minutes;
     instrument->Unlock();
   }
-  // A measurement of one test at -20 with these times in seconds, in the instrument's test record.
+  // Sets these times, in seconds, in the instrument's test record.
   void SetTimes(int injection, int coolDown, int rotorOn) {
     instrument->Lock();
     TestRecord& record = instrument->configuration().fields.testRecord;
@@ -159,7 +160,7 @@ struct Bench {
     return std::unique_ptr<AnyAction>(
         dynamic_cast<AnyAction*>(instrument->CreateActionByIndex(index)));
   }
-  // The tags of the commands that the controller heard, joined by blanks.
+  // The tags of the commands that the controller received, joined by blanks.
   std::string Heard() {
     std::string tags;
     for (const std::string& text : controller.commands()) {
@@ -180,7 +181,7 @@ struct Bench {
   std::unique_ptr<C_RVX> instrument;
 };
 
-// Drives a sequencer from the test's own thread.
+// Runs a sequencer on the test's own thread.
 template <class Machine>
 struct Driver {
   template <class... Arguments>
@@ -189,8 +190,8 @@ struct Driver {
         record(*ownBench.instrument, nullptr, &watcher, "0,4", 0, 4),
         machine(record, std::forward<Arguments>(arguments)...) {}
 
-  // Steps until `condition` holds (true), the run has ended or `limit` has passed. A failure is
-  // kept in `failure`, and counts as an end.
+  // Steps until `condition` holds, the run has ended or `limit` has passed; true if the condition
+  // holds. An ActionException ends the run and is kept in `failure`.
   bool RunUntil(const std::function<bool()>& condition, platform::Milliseconds limit = 2h) {
     const platform::Deadline deadline = platform::Deadline::After(limit);
     try {
@@ -214,11 +215,13 @@ struct Driver {
   void Run() {
     RunUntil([] { return false; });
   }
-  // Shows the controller's present state to the sequencer and lets it act on that.
+  // Waits until the instrument has the controller's present state, and lets the sequencer act on
+  // it.
   void Show() {
     bench.WaitForStatus();
     StepOut();
   }
+  // Steps until the sequencer waits or has ended.
   void StepOut() {
     do {
       if (machine.Step() == 0) ended = true;

@@ -17,7 +17,7 @@ TEST(PreconditionTest, WithoutATimeNothingIsSent) {
   InVirtualTime([] {
     Bench bench;
     bench.SetPreconditionTime(0);
-    bench.controller.SetOperation(4);  // not even a busy instrument matters
+    bench.controller.SetOperation(4);  // not even a busy instrument stops it
     bench.WaitForStatus();
     MotorDriver driver(bench);
     driver.Run();
@@ -52,14 +52,14 @@ TEST(PreconditionTest, AWarmCellIsCooledAndHeldFirst) {
     bench.WaitForStatus();
     MotorDriver driver(bench);
     EXPECT_FALSE(driver.RunUntil([&] { return driver.ended; }, 60s));
-    bench.controller.SetTemperature(-14.45);  // not near enough
+    bench.controller.SetTemperature(-14.45);  // not yet near enough
     EXPECT_FALSE(driver.RunUntil([&] { return driver.ended; }, 60s));
     bench.controller.SetTemperature(-15.45);
     const platform::Microseconds reached = platform::MonotonicTime();
     driver.Run();
     EXPECT_TRUE(driver.ended);
     EXPECT_EQ(bench.Heard(), "TC TC PM");
-    // On at -15 degrees C, off behind ten seconds there.
+    // On at -15 degrees C, off after ten seconds there.
     EXPECT_EQ(bench.controller.commands()[0], "0CTC01C16F");
     EXPECT_EQ(bench.controller.commands()[1], "0CTC00FFFF");
     EXPECT_NEAR(SecondsBetween(reached, bench.controller.CommandTimes("TC")[1]), 10.25, 0.3);
@@ -78,13 +78,13 @@ TEST(PreconditionTest, ATargetThatIsNeverReachedCostsFiveMinutes) {
     EXPECT_TRUE(driver.ended);
     const auto times = bench.controller.CommandTimes("TC");
     ASSERT_EQ(times.size(), 2u);
-    // No ten seconds of hold behind it.
+    // No hold of ten seconds follows.
     EXPECT_NEAR(SecondsBetween(times[0], times[1]), 300.0, 0.1);
   });
 }
 
-// A re-send starts the procedure from its top, through commands that are answered; the count of the
-// one that is not runs on, so that the run ends.
+// Each re-send repeats the procedure from its start, with commands that are answered. Only the
+// re-sends of the unanswered command are counted on, so that the run ends.
 TEST(PreconditionTest, ADeafControllerEndsTheRun) {
   InVirtualTime([] {
     Bench bench;
@@ -106,7 +106,7 @@ TEST(PreconditionTest, ADeafControllerEndsTheRun) {
     Bench bench;
     bench.SetPreconditionTime(1);
     bench.controller.SetTemperature(-10.0);
-    bench.controller.SetFollowing(false);  // stays warm, so each start cools anew
+    bench.controller.SetFollowing(false);  // stays warm, so each start cools again
     bench.controller.Ignore("PM", -1);
     bench.WaitForStatus();
     MotorDriver driver(bench);
@@ -174,7 +174,7 @@ TEST(MoveTest, FollowsTheMoveToItsEnd) {
 TEST(MoveTest, AnInstrumentThatIsThereAlreadyEndsItAtOnce) {
   InVirtualTime([] {
     Bench bench;
-    bench.controller.SetPlaying(false);  // answers, and no stepper ever moves
+    bench.controller.SetPlaying(false);  // it answers, but no stepper ever moves
     MoveDriver driver(bench);
     EXPECT_TRUE(driver.RunUntil([&] { return driver.ended; }, 2s));
     EXPECT_EQ(bench.Heard(), "MP");
@@ -208,7 +208,7 @@ TEST(MoveTest, ADeafControllerEndsTheMove) {
   });
 }
 
-// A thread that was held up while the instrument was busy asks whether it is idle now.
+// A thread that was held up while the instrument was busy only needs to see that it is idle now.
 TEST(MoveTest, WhatTheInstrumentDidBeforeIsNotAskedFor) {
   InVirtualTime([] {
     Bench bench;
@@ -223,8 +223,8 @@ TEST(MoveTest, WhatTheInstrumentDidBeforeIsNotAskedFor) {
   });
 }
 
-// Likewise with a reply: the frames up to it are read first, or one of before the move would show
-// that no stepper moves any more.
+// Frames that came before a reply are handled before it. Otherwise a frame from before the move
+// would show that no stepper moves any more.
 TEST(MoveTest, AReplyIsNotTakenBeforeTheFramesThatCameFirst) {
   InVirtualTime([] {
     Bench bench;

@@ -10,7 +10,7 @@
 namespace rvx {
 namespace {
 
-// 0.001, 0.002, ... and -20.00, -20.01, ...
+// Readings: speeds 0.001, 0.002, ... and temperatures -20.00, -20.01, ...
 std::vector<double> Speeds(int n) {
   std::vector<double> values;
   for (int i = 1; i <= n; ++i) values.push_back(i * 0.001);
@@ -56,7 +56,7 @@ TEST(ViscosityTest, FollowsTheCellsEquation) {
 }
 
 TEST(CsvTest, NamesTheFileByTestAndTime) {
-  // Nine days and a second and a half behind the beginning of 2000.
+  // Nine days and a second and a half after the beginning of 2000.
   const platform::Date now(2000, 1, 10, 0, 0, 1, 500);
   EXPECT_EQ(GetCsvFileName("Oil 7", -20.0, now), "Oil 7_-20.0C_777602.csv");
   EXPECT_EQ(GetCsvFileName("", -5.04, platform::Date(2000, 1, 1, 0, 0, 59, 499)), "_-5.0C_59.csv");
@@ -84,7 +84,7 @@ TEST(EstimateTest, CountsOnlyTheTestsThereAre) {
   EXPECT_NEAR(EstimateRunSeconds(test, 2), 2 * one + 40, 1);
   EXPECT_EQ(EstimateRunSeconds(test, 0), 0);
   EXPECT_EQ(EstimateRunSeconds(test, 21), EstimateRunSeconds(test, 20));
-  // The colder the longer; a test on the oil of the one before neither moves nor warms.
+  // A colder test takes longer. A test on the same oil as the one before neither moves nor warms.
   test.testTemperatures[1] = -35.0;
   EXPECT_GT(EstimateRunSeconds(test, 2), 2 * one + 100);
   test.injectionTime = 0;

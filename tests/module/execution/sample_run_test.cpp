@@ -13,7 +13,7 @@ namespace {
 
 constexpr size_t kSlotOfMinus20 = 4;
 
-// Constants at -20 alone.
+// Sets cell constants at -20 only.
 void SetConstants(Bench& bench, double b0, double b1, double b2) {
   bench.instrument->Lock();
   ConfigurationFields& config = bench.instrument->configuration().fields;
@@ -35,7 +35,7 @@ int SamplesSinceCheck(Bench& bench) {
 void RunToEnd(Action& action, RecordingWatcher& watcher) {
   action.Start(&watcher, "0,4");
   EXPECT_TRUE(watcher.WaitForFinish());
-  action.Stop();  // behind this the thread has let go of it
+  action.Stop();  // waits until the run's thread no longer uses it
 }
 
 TEST(SampleRunTest, StoresOneSampleForEachTest) {
@@ -95,7 +95,8 @@ TEST(SampleRunTest, StoresOneSampleForEachTest) {
   });
 }
 
-// The constants follow the temperature that was measured: a limit belongs to the colder slot.
+// The constants are those of the measured temperature. A temperature at a limit belongs to the
+// colder slot.
 TEST(SampleRunTest, TakesTheConstantsOfTheMeasuredTemperature) {
   struct Case {
     double measured;
@@ -151,7 +152,7 @@ TEST(SampleRunTest, AVerifyRunCarriesTheKnownViscosityAndResetsTheCheck) {
     bench.host.samples.storeFailures.FailNext(1);
     RecordingWatcher watcher;
     RunToEnd(*action, watcher);
-    // Also when its sample could not be stored.
+    // It counts although its sample could not be stored.
     EXPECT_EQ(SamplesSinceCheck(bench), 0);
     const auto errors = bench.host.instruments.errors();
     ASSERT_EQ(errors.size(), 1u);
@@ -219,7 +220,7 @@ TEST(SampleRunTest, WritesTheReadingsAsCsv) {
         EXPECT_TRUE(action->AssignTests(tests, {}));
         RecordingWatcher watcher;
         RunToEnd(*action, watcher);
-        // A folder that is not there is no failure.
+        // A missing folder is not a failure.
         const auto second = bench.Make<CMeasureViscAction>(kMeasureViscAction);
         tests.saveLocation = folder.string() + "/missing/";
         EXPECT_TRUE(second->AssignTests(tests, {}));
@@ -234,12 +235,12 @@ TEST(SampleRunTest, WritesTheReadingsAsCsv) {
     files.push_back(entry.path());
   }
   ASSERT_EQ(files.size(), 1u);
-  // 31 January 2026, noon, is 823176000 s behind the beginning of 2000; the run took a moment.
+  // 31 January 2026, noon, is 823176000 s after the beginning of 2000; the run took a moment.
   EXPECT_EQ(files[0].filename().string().substr(0, 18), "a_b_-20.0C_8231760");
   std::stringstream text;
   text << std::ifstream(files[0], std::ios::binary).rdbuf();
   std::string expected = "Speed,Temperature\n";
-  // The reading of the counts that -20.0 is sent as.
+  // -20.000347 is the reading of the counts that are sent for -20.0.
   for (int i = 0; i < 5; ++i) expected += "0.240000,-20.000347\n";
   EXPECT_EQ(text.str(), expected);
   std::filesystem::remove_all(folder);

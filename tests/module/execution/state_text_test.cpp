@@ -1,4 +1,4 @@
-// The stored form of sample actions, and the standards that a stored action takes up.
+// The stored form of sample actions, and how a stored action finds its standard again.
 #include <rapidcheck.h>
 
 #include "boundary/standards_text.h"

@@ -54,8 +54,8 @@ TEST_P(StopInOperationTest, AbortsTheInstrumentAndStoresNothing) {
 INSTANTIATE_TEST_SUITE_P(Operations, StopInOperationTest,
                          testing::Values(7, 4, 5, 8, 6, 11, 12, 13));
 
-// The run's thread waits for the user; its CAB would come whenever that is, and end what has been
-// started meanwhile.
+// The run's thread waits for the user. A CAB that it sent only after the answer would end whatever
+// has been started meanwhile.
 TEST(StopTest, SendsItsCabWhileThePromptStillStandsAndNoneBehindIt) {
   InVirtualTime([] {
     Bench bench('1');
@@ -77,7 +77,7 @@ TEST(StopTest, SendsItsCabWhileThePromptStillStandsAndNoneBehindIt) {
   });
 }
 
-// A box that outlived its run would lie beside that of the next one.
+// A message box that outlived its run would be shown beside that of the next run.
 TEST(StopTest, TheInjectionPromptGoesWithItsRun) {
   struct Standing : PromptCounter {
     std::optional<platform::MessageAnswer> ShowMessageUntil(
@@ -106,13 +106,13 @@ TEST(StopTest, TheInjectionPromptGoesWithItsRun) {
       EXPECT_TRUE(bench.controller.WaitForCommands("AB", run, 1min));
       bench.WaitForStatus();  // idle: the next run may begin
     }
-    bench.instrument.reset();  // nobody answers, and no thread waits
+    bench.instrument.reset();  // returns although no prompt was answered
     EXPECT_EQ(prompter.shown, 2);
     EXPECT_EQ(bench.Heard(), "ST AB ST AB");
   });
 }
 
-// Not started again is what matters: a stopped action has not run, so it may be.
+// A stopped action has not run, so it can be started again.
 TEST(StopTest, AStoppedActionCanBeStartedAgain) {
   InVirtualTime([] {
     Bench bench;
@@ -159,7 +159,8 @@ TEST(StopTest, DestroyedFromInsideACall) {
   }
 }
 
-// A sample whose storing has begun is stored, even if the stop comes from the call that says so.
+// A sample that is already being written is stored, even if the stop comes from inside the call
+// that reports the writing.
 TEST(StopTest, AStopWhileASampleIsWrittenKeepsTheSample) {
   InVirtualTime([] {
     Bench bench;
@@ -197,7 +198,8 @@ TEST(StopTest, AnotherThreadsStopWaitsForTheStoring) {
   });
 }
 
-// The stopper detaches the action first and sets the event then; the run may look between the two.
+// A stop detaches the action first and sets the event afterwards. The run may check between the
+// two.
 TEST(StopTest, ARunThatIsDetachedBehindItsLastStepStoresNothing) {
   InVirtualTime([] {
     Bench bench;
@@ -219,8 +221,8 @@ TEST(StopTest, ARunThatIsDetachedBehindItsLastStepStoresNothing) {
 
 // --- By seeds -----------------------------------------------------------------------------------
 
-// Two stoppers and the natural end meet; whoever ends the run, the watcher hears of it once,
-// nothing reaches it afterwards, and what is stored is whole.
+// Two stops and the run's own end meet. Whichever ends the run, the watcher is told once and not
+// called afterwards, and the stored samples are complete.
 void StopAtSomeMoments(uint64_t seed) {
   InVirtualTime(
       [seed] {
@@ -229,7 +231,7 @@ void StopAtSomeMoments(uint64_t seed) {
         auto action = MakeTwoTests(bench);
         auto watcher = std::make_unique<RecordingWatcher>();
         platform::Event never("test never set");
-        // The whole run takes some half a minute.
+        // The whole run takes about half a minute.
         std::uniform_int_distribution<int> moment(0, 45000);
         std::vector<std::shared_ptr<platform::Thread>> stoppers;
         action->Start(watcher.get(), "0,0");

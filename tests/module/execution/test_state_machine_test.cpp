@@ -56,8 +56,8 @@ TEST(TestStateMachineTest, FollowsAWholeTest) {
   });
 }
 
-// The abort goes out behind the last reading: a status later the instrument would have ended by
-// itself, and the next command would meet it at that.
+// The abort is sent immediately after the last reading. One status later the instrument would be
+// ending the test by itself when the next command arrives.
 TEST(TestStateMachineTest, TakesOneReadingForEachNewIntCount) {
   InVirtualTime([] {
     Bench bench;
@@ -67,7 +67,7 @@ TEST(TestStateMachineTest, TakesOneReadingForEachNewIntCount) {
     bench.controller.SetIntCount(0);
     driver.RunUntil([&] { return bench.controller.CountCommands("ST") == 1; });
     bench.controller.SetOperation(kRunTest);
-    // The count 0 looks like one that was read already.
+    // The count 0 equals the initial value, so it looks as if it had been read already.
     driver.Show();
     bench.controller.SetSpeedCounts(4000);
     for (const uint16_t count : {7, 7, 8, 65535}) {
@@ -103,8 +103,8 @@ TEST_P(HeldUpThreadTest, LosesNothing) {
     TestRecord test = ShortTest(10);
     TestDriver driver(bench, test, 0);
     driver.RunUntil([&] { return bench.controller.CountCommands("ST") == 1; });
-    // Else even the reply to the start is seen late, and every state up to the readings passed
-    // late.
+    // With the parameter true even the reply to the start is seen late, and all states up to the
+    // readings are passed late.
     if (!GetParam()) {
       bench.controller.SetOperation(kCooldown);
       driver.Show();
@@ -158,7 +158,7 @@ TEST(TestStateMachineTest, SendsTheStartThriceMoreAndThenFails) {
     EXPECT_EQ(driver.failure->operatorName, "tester");
     EXPECT_TRUE(bench.controller.WaitForCommands("AB", 4, 1min));
     EXPECT_EQ(bench.Heard(), "ST AB ST AB ST AB ST AB");
-    // One response time-out to the abort, one more to the next start.
+    // One response time-out until the abort, one more until the next start.
     for (const double gap : Seconds(bench.controller.CommandTimes("ST"))) {
       EXPECT_NEAR(gap, 12.002, 0.05);
     }
@@ -177,7 +177,7 @@ TEST(TestStateMachineTest, AStartThatIsHeardAtLastGoesOn) {
   });
 }
 
-// Holds up whoever writes the next status query.
+// Delays the thread that writes the next status query.
 class HeldUpLine : public LineFilter {
  public:
   void FromHost(std::span<const uint8_t> bytes, const Hear& hear) override {
@@ -191,8 +191,8 @@ class HeldUpLine : public LineFilter {
   std::atomic<int> holdUp{0};  // ms
 };
 
-// The start and the abort that follows its time-out wait in the queue meanwhile. Sent late, the
-// first start would begin a test that the second one's run takes for its own, until the abort ends
+// The start and the abort that follows its time-out wait in the queue meanwhile. If the first start
+// were sent late, the run would take its test for that of the second start, until the abort ended
 // it.
 TEST(TestStateMachineTest, AStartThatHasTimedOutInTheQueueIsNotSent) {
   InVirtualTime([] {
@@ -209,8 +209,7 @@ TEST(TestStateMachineTest, AStartThatHasTimedOutInTheQueueIsNotSent) {
   });
 }
 
-// Frames that come very late show the first start's test, which the run's own abort has ended. Its
-// few readings must not be stored as a result.
+// A fault in a test: the operation in which it occurs, its cause, and the message that it leads to.
 struct Trouble {
   const char* name;
   uint8_t operation;  // 0: before the start
@@ -220,7 +219,7 @@ struct Trouble {
 
 class TestTroubleTest : public testing::TestWithParam<Trouble> {};
 
-// Whatever the state, the instrument is told to abort before the failure is raised.
+// In every state the instrument gets an abort before the failure is thrown.
 TEST_P(TestTroubleTest, EndsTheTest) {
   InVirtualTime([] {
     Bench bench;
@@ -294,7 +293,7 @@ TEST(TestStateMachineTest, NothingButTheRunOrATroubleEndsTheWaits) {
 
 // --- Models on which the user lowers the tube ---------------------------------------------------
 
-// A test that has begun on a controller which a test moves by hand; the prompt comes next.
+// A test has begun on a controller whose state is set by hand. The prompt comes next.
 struct BenchBeforeThePrompt : Bench {
   BenchBeforeThePrompt() : Bench('1') {
     controller.SetPlaying(false);
@@ -323,7 +322,7 @@ TEST(ManualInjectionTest, AsksTheUserOnce) {
   });
 }
 
-// The answer belongs to the prompt that stood; a prompt that rises behind it is another one.
+// The answer belongs to the prompt that was shown. A prompt that rises after it is a new one.
 TEST(ManualInjectionTest, APromptThatRisesAgainIsAskedAgain) {
   InVirtualTime([] {
     BenchBeforeThePrompt bench;
@@ -352,7 +351,8 @@ TEST(ManualInjectionTest, AnUnheardAnswerIsAskedForAgain) {
   });
 }
 
-// The controller took the answer, but its reply was lost: the prompt is down, so nobody is asked.
+// The controller took the answer, but its reply was lost. The prompt is down, so the user is not
+// asked again.
 TEST(ManualInjectionTest, ALostReplyToTheAnswerAbortsTheInjection) {
   InVirtualTime([] {
     BenchBeforeThePrompt bench;
@@ -363,14 +363,14 @@ TEST(ManualInjectionTest, ALostReplyToTheAnswerAbortsTheInjection) {
     driver.RunUntil([&] { return bench.controller.CountCommands("AB") == 1; });
     EXPECT_EQ(bench.Heard(), "ST UA AB");
     EXPECT_EQ(bench.prompts.texts.size(), 1u);
-    // It then waits for the run to go on.
+    // It then waits until the test goes on.
     bench.controller.SetOperation(kRunTest);
     driver.RunUntil([&] { return driver.machine.GetSpeeds() != nullptr; });
     EXPECT_NE(driver.machine.GetSpeeds(), nullptr);
   });
 }
 
-// The abort that the lost reply leads to ends the test; nobody waits for its readings then.
+// The abort after the lost reply ends the test, so the run must not wait for its readings.
 TEST(ManualInjectionTest, ATestThatItHasAbortedItselfFails) {
   InVirtualTime([] {
     BenchBeforeThePrompt bench;
@@ -395,7 +395,7 @@ TEST(ManualInjectionTest, AnInstrumentThatGoesOnHasHeardTheAnswer) {
     driver.Run();
     EXPECT_TRUE(driver.ended);
     EXPECT_EQ(bench.prompts.texts.size(), 1u);
-    EXPECT_EQ(bench.Heard(), "ST UA AB");  // the one behind the last reading
+    EXPECT_EQ(bench.Heard(), "ST UA AB");  // the one after the last reading
   });
 }
 
@@ -416,7 +416,7 @@ TEST(ManualInjectionTest, AReportInPlaceOfTheReplyCountsOnceThePromptHasFallen) 
     EXPECT_NE(driver.machine.GetSpeeds(), nullptr);
     EXPECT_EQ(bench.prompts.texts.size(), 1u);
     EXPECT_EQ(bench.Heard().substr(0, 8), "ST UA AB");
-    EXPECT_EQ(bench.controller.CountCommands("AB"), 1);  // the one behind the last reading
+    EXPECT_EQ(bench.controller.CountCommands("AB"), 1);  // the one after the last reading
   });
 }
 

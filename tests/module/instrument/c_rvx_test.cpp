@@ -40,7 +40,8 @@ TEST(InstrumentTest, BeginsWithDefaultsAndAnEmptyTray) {
     ASSERT_EQ(tray->GetSize(), 30);
     EXPECT_EQ(tray->GetAt(29)->GetClassName(), kNullActionClassKey);
     ConfigurationGuard configurationGuard(bench.instrument->configuration());
-    // A model "4": its own injection temperature and offset, though the model is known only late.
+    // Model "4" has a different injection temperature and offset, although the model becomes known
+    // late.
     EXPECT_EQ(bench.instrument->configuration().fields.injectionTemperature, 15.0);
     EXPECT_EQ(bench.instrument->configuration().fields.temperatureOffset, 0.12);
     EXPECT_EQ(bench.instrument->configuration().fields.serialNumber, "SN-1");
@@ -68,7 +69,7 @@ TEST(InstrumentTest, TheSettingsTextBringsTheTrayBack) {
     bench.instrument->LoadSettingsText(text, kLoadAll);
     EXPECT_EQ(bench.instrument->SaveSettingsText(), text);
 
-    // An action that nobody knows any more costs its own position only; another type costs nothing.
+    // An unknown action empties its own position only; another instrument type has no effect.
     std::string damaged = text;
     damaged.replace(damaged.find("Plain Action 1"), 14, "Gone Action  1");
     bench.instrument->LoadSettingsText(damaged, kLoadAll);
@@ -162,7 +163,7 @@ TEST(InstrumentTest, ReportsSteppersThatFallOutOfInitialisationOnceEachTime) {
       EXPECT_EQ(bench.host.instruments.errors().back().message,
                 "Initialize stepper motors using the RVX Stepper Motor Service before continuing.");
       EXPECT_EQ(bench.instrument->GetMachineStatusText(0x06), "Not Ready, Init Steppers,");
-      bench.controller.SetByte(12, 0x02);  // outside the checked bits: clears the latch
+      bench.controller.SetByte(12, 0x02);  // no checked bit: the next 0x06 is reported again
       ASSERT_TRUE(bench.WaitForStatus(bench.instrument->GetStatusSequence() + 2));
     }
   });
@@ -223,15 +224,15 @@ TEST(InstrumentTest, ReplacesATrayActionLaterOnTheUserInterfaceThread) {
     {
       TrayGuard guard(*tray);
       (void)tray->Replace(0, std::move(action));
-      bench.instrument->ReleaseTrayAction(0);  // under the tray's lock, as an action would
+      bench.instrument->ReleaseTrayAction(0);  // under the tray's lock, as an action does it
       EXPECT_EQ(tray->GetAt(0)->GetClassName(), "Plain Action 1");
     }
-    bench.instrument.reset();  // waits for what was posted
+    bench.instrument.reset();  // waits for the posted work
     EXPECT_NE(bench.host.instrumentArchive.GetText("RVXCOM1:0").find("Tray 0"), std::string::npos);
   });
 }
 
-// The first reading hangs while the standards are stored and read anew: what it brings is old.
+// The first reading hangs while the standards are stored and read again, so its result is outdated.
 TEST(InstrumentTest, AReadingOfTheStandardsThatComesTooLateIsNotTaken) {
   RunVirtual([] {
     InstrumentBench bench;

@@ -12,8 +12,8 @@
 namespace rvx {
 namespace {
 
-// Closing waits some seconds for the last commands. A thread that is held up for longer (here by
-// its own port) must not take the abort with it, or the instrument goes on alone.
+// Closing waits some seconds for the last commands. If a thread is held up for longer (here by its
+// own port), the abort must still be sent, or the instrument goes on unattended.
 TEST(ClosingTest, AnAbortGoesOutHoweverLateTheThreadIs) {
   for (const bool answers : {true, false}) {
     RunVirtual([&] {
@@ -25,7 +25,7 @@ TEST(ClosingTest, AnAbortGoesOutHoweverLateTheThreadIs) {
       });
       bench.instrument->SetInjection(true, nullptr);
       ASSERT_TRUE(bench.port.WaitForWritten("CAI", 1, 10s));
-      // On a silent line these take the time that closing waits.
+      // On a silent line these commands take all the time that closing waits.
       for (int i = 0; i < 2; ++i) bench.instrument->SetInjection(false, nullptr);
       bench.instrument->SendAbort(nullptr);
       bench.instrument->SetInjection(false, nullptr);
@@ -38,11 +38,11 @@ TEST(ClosingTest, AnAbortGoesOutHoweverLateTheThreadIs) {
 
 using ClosingDeathTest = testing::Test;
 
-// A bench whose host destroys the instrument from inside its first report, behind `before`.
+// A bench whose host calls `before` and then destroys the instrument inside its first error report.
 struct DestroyingBench : InstrumentBench {
   explicit DestroyingBench(const std::function<void(C_RVX&)>& before) {
     instrument.reset();
-    // Before there are threads.
+    // Set while no instrument's thread can use it.
     host.instruments.onError = [this, before](const ActionErrorRecord&) {
       before(*instrument);
       instrument.reset();
@@ -53,7 +53,7 @@ struct DestroyingBench : InstrumentBench {
       if (answers) line.Reply(StatusReply('0', status));
     });
     instrument = std::make_unique<C_RVX>("COM1", 0, kModelFour, PlainActions());
-    // From here on `instrument` is the thread's that destroys it.
+    // From here on only the thread that destroys the instrument uses `instrument`.
     EXPECT_TRUE(port.WaitForWritten("QST", 3, 10s));
   }
 
@@ -61,7 +61,8 @@ struct DestroyingBench : InstrumentBench {
   StatusBytes status{};
 };
 
-// The thread that sends is the one that asks for the end: the abort goes out all the same.
+// The thread that sends commands is itself the one that destroys the instrument. The abort is sent
+// all the same.
 TEST(ClosingDeathTest, DestroyedFromTheReportOfASilenceItAborts) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_DEATH(RunVirtual([] {
@@ -72,8 +73,8 @@ TEST(ClosingDeathTest, DestroyedFromTheReportOfASilenceItAborts) {
                "AB .*destroyed from inside a call that it makes");
 }
 
-// Likewise the thread that reads replies: none can come any more, so what stands in the queue
-// before the abort would be sent at every time-out, a start among it.
+// The thread that reads replies destroys the instrument, so no reply can come any more. Commands in
+// the queue before the abort, starts among them, would be sent one at each time-out.
 TEST(ClosingDeathTest, DestroyedWhileAReplyIsReadItAbortsAndStartsNothing) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_DEATH(RunVirtual([] {

@@ -1,4 +1,5 @@
-// The conversation seen from both ends: what the instrument sends, and who hears what comes back.
+// The conversation seen from both ends: what the instrument sends, and which client gets which
+// reply.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -35,7 +36,7 @@ TEST(ConversationTest, PollsFromSendToSend) {
     const int purges = bench.port.purges();
     platform::Sleep(49500ms);
     EXPECT_NEAR(CountOf(bench.port.written(), "/0QST\r"), 100, 1);
-    EXPECT_NEAR(bench.port.purges() - purges, 100, 1);  // what is left behind an answer is old
+    EXPECT_NEAR(bench.port.purges() - purges, 100, 1);  // bytes after an answer are old
   });
 }
 
@@ -66,7 +67,7 @@ TEST(ConversationTest, ReportsSilenceOnceAnOutage) {
   });
 }
 
-// Reports that come by themselves end an outage as well as a reply does.
+// Unrequested reports end an outage as a reply does.
 TEST(ConversationTest, ReportsASecondSilenceWhileReportsComeByThemselves) {
   RunVirtual([] {
     InstrumentBench bench;
@@ -164,7 +165,7 @@ TEST(ConversationTest, ACommandThatIsAskedForAgainDoesNotWaitForThePoll) {
     bench.controller.Refuse("AI", 0x87, 1);
     bench.controller.SetReplyDelay(100ms);
     bench.port.ClearWritten();
-    platform::Sleep(50ms);  // behind the first status and what it leads to
+    platform::Sleep(50ms);  // after the first status and its command
     const platform::Microseconds begin = platform::MonotonicTime();
     bench.port.Reply("-0QXX00\r", 10ms);
     bench.instrument->SetInjection(true, nullptr);
@@ -173,7 +174,7 @@ TEST(ConversationTest, ACommandThatIsAskedForAgainDoesNotWaitForThePoll) {
   });
 }
 
-// The instrument's end of a conversation, which sends a command while a frame is being read.
+// An instrument that sends a command while it reads a frame.
 class SlowReader : public ConversationPeer {
  public:
   void SendFrame(std::span<const uint8_t> frame) override {
@@ -227,7 +228,7 @@ TEST(ConversationTest, GivesUpBehind101Resends) {
     bench.controller.Refuse("AI", 0x80, -1);
     bench.port.ClearWritten();
     TagClient client(bench.instrument.get());
-    for (size_t round = 1; round <= 2; ++round) {  // the count starts anew for the next command
+    for (size_t round = 1; round <= 2; ++round) {  // the count starts again for the next command
       bench.instrument->SetInjection(true, &client);
       ASSERT_TRUE(client.WaitForReplies(round));
       EXPECT_EQ(client.tags().back(), "");
@@ -313,7 +314,7 @@ TEST(ConversationTest, AClientMayQueueFromInsideItsReplyAndDieBeforeIt) {
             platform::Sleep(platform::Milliseconds((seed * 3 + static_cast<uint64_t>(i)) % 9));
           }
           EXPECT_TRUE(chain.WaitForReplies(5));
-          EXPECT_TRUE(bench.port.WaitForWritten("CAI01", 5, 60s));  // they still go out
+          EXPECT_TRUE(bench.port.WaitForWritten("CAI01", 5, 60s));  // they are still sent
         },
         seed);
   }
@@ -349,11 +350,11 @@ TEST(ConversationTest, AWithdrawnCommandIsNeitherSentNorAnswered) {
     bench.instrument->SetInjection(true, &client);
     bench.instrument->SetTestMotor(true, &other);
     ASSERT_TRUE(bench.port.WaitForWritten("CAV", 1, 10s));
-    bench.instrument->WithdrawCommands(&bystander);  // takes nothing of the others'
+    bench.instrument->WithdrawCommands(&bystander);  // leaves the others' commands
     bench.instrument->WithdrawCommands(&client);
     ASSERT_TRUE(other.WaitForReplies(1));
     platform::Sleep(1min);
-    EXPECT_EQ(bench.controller.commands().size(), 3u);  // with the first status' CTC
+    EXPECT_EQ(bench.controller.commands().size(), 3u);  // with the CTC after the first status
     EXPECT_EQ(CountOf(bench.controller.commands(), "0CAV01"), 1);
     EXPECT_TRUE(client.tags().empty());
   });
@@ -385,7 +386,8 @@ TEST(ConversationTest, AutoReportStopsThePollingAndItsEndResumesIt) {
   });
 }
 
-// A controller that takes the command and never reports: nobody would ask it anything any more.
+// A controller that accepts the command but never reports must be polled again, since nothing else
+// would be sent to it.
 TEST(ConversationTest, ReportsThatNeverBeginAreAskedFor) {
   RunVirtual([] {
     InstrumentBench bench;
@@ -449,7 +451,7 @@ TEST(ConversationTest, SelfTestAndIdentityReachTheRecordAndTheirClients) {
     EXPECT_EQ(client.tags(), (std::vector<std::string>{"TR", "MT"}));
     EXPECT_EQ(bench.instrument->GetSelfTestWord(), 0x0104);
     EXPECT_DOUBLE_EQ(bench.instrument->GetFirmwareNumber(), 2.20);
-    bench.port.Reply("-0QTR0201\r");  // nobody asked
+    bench.port.Reply("-0QTR0201\r");  // unrequested
     ASSERT_TRUE(bench.WaitForStatus(bench.instrument->GetStatusSequence() + 2));
     EXPECT_EQ(bench.instrument->GetSelfTestWord(), 0x0201);
     ConfigurationGuard guard(bench.instrument->configuration());

@@ -1,4 +1,4 @@
-// An instrument on a fake port with a controller that a test moves by hand.
+// An instrument on a fake port with a controller whose state a test sets by hand.
 #pragma once
 
 #include <memory>
@@ -15,7 +15,7 @@ namespace rvx {
 
 using namespace std::chrono_literals;
 
-// An action that does nothing but keep its texts; its class key is the table's.
+// An action that does nothing but keep its texts. Its class key is that of its row in the table.
 class PlainAction : public Action {
  public:
   explicit PlainAction(std::string classKey) : classKey_(std::move(classKey)) {}
@@ -60,14 +60,16 @@ ActionTable MakePlainTable(std::integer_sequence<int, kIndex...>) {
   return table;
 }
 
+// A table of PlainActions with as many rows as the real one.
 inline const ActionTable& PlainActions() {
   static const ActionTable table = MakePlainTable(std::make_integer_sequence<int, kActionCount>());
   return table;
 }
 
-// What an RVX-D TX answers in discovery, as the listener hands it over.
+// The identification of an RVX-D TX, as discovery's listener returns it.
 inline constexpr char kModelFour[] = "0QMTRVX 4 02.17SN-1      ";
 
+// A host, a port with a controller at -20 degrees C, and an instrument with PlainActions.
 struct InstrumentBench {
   explicit InstrumentBench(const std::string& identification = kModelFour, uint8_t address = 0)
       : port(host.ports.Add("COM1")), controller(port, address) {
@@ -78,6 +80,7 @@ struct InstrumentBench {
     instrument = std::make_unique<C_RVX>("COM1", address, identification, PlainActions());
   }
 
+  // Waits until the instrument has received this many status frames; false if none comes for 60 s.
   bool WaitForStatus(uint64_t sequence) {
     platform::Event event("test: status");
     instrument->AddStatusEvent(&event);
@@ -93,7 +96,7 @@ struct InstrumentBench {
   std::unique_ptr<C_RVX> instrument;
 };
 
-// Keeps the tags that reach it.
+// Records the tags of its replies. Any thread may call it.
 class TagClient : public CommandClient {
  public:
   explicit TagClient(C_RVX* instrument) : CommandClient(instrument) {}

@@ -252,8 +252,8 @@ TEST_F(Configuration, CopiesHoldEverything) {
   EXPECT_EQ(copy.runFlags, kTrayRunning);
 }
 
-// What of a filled record's text a fresh record takes over with these flags, as a list of field
-// numbers (from 1).
+// The fields of a filled record's text that a fresh record takes over with these flags, as field
+// numbers from 1.
 std::vector<size_t> Taken(const std::string& text, int32_t flags) {
   ConfigurationFields record;
   const auto before = platform::SplitFields(record.ToText(), '\v');
@@ -268,7 +268,7 @@ std::vector<size_t> Taken(const std::string& text, int32_t flags) {
   return taken;
 }
 
-// The numbers from `first` to `last` without those of `without`.
+// The numbers from `first` to `last` except those of `without`.
 std::vector<size_t> Range(size_t first, size_t last, std::vector<size_t> without = {}) {
   std::vector<size_t> numbers;
   for (size_t i = first; i <= last; ++i) {
@@ -373,7 +373,7 @@ TEST_F(Configuration, EmptySlots) {
   EXPECT_EQ(b2, 0.0);
 }
 
-// Damage to a text: a piece of it is cut out, doubled or overwritten.
+// The text with a piece cut out, doubled or overwritten.
 std::string Damaged(const std::string& text) {
   const auto from = *rc::gen::inRange<size_t>(0, text.size());
   const auto size = *rc::gen::inRange<size_t>(0, text.size() - from);

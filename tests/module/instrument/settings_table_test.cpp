@@ -11,7 +11,7 @@
 namespace rvx {
 namespace {
 
-// What the number fields of the settings screens let be typed: both limits lie outside.
+// The range that the number fields of the settings screens accept, without both limits.
 struct TypedLimits {
   const char* key;
   int integerDigits, decimals;
@@ -34,7 +34,7 @@ std::string AnyNumber(double least, double most, int decimals) {
   return platform::FormatText("%.*f", shown, value);
 }
 
-// Writes the text; whatever comes of it, nothing else may change.
+// Writes the text; true if it was accepted. No other setting may change.
 bool Write(const Setting& setting, const std::string& text) {
   ConfigurationFields record = MakeDefaultConfiguration('4');
   const std::string before = record.ToText();
@@ -61,7 +61,7 @@ RC_GTEST_PROP(SettingsTable, TakesWhatAScreenLetsBeTyped, ()) {
   const std::string text =
       AnyNumber(std::ceil(typed.below), std::floor(typed.above), typed.decimals);
   const double value = *platform::ParseDouble(text);
-  // Zeros at the end make no other number.
+  // Trailing zeros do not change the number.
   const bool fits =
       typed.decimals == 0
           ? text.find('.') == std::string::npos

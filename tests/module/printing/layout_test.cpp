@@ -1,4 +1,4 @@
-// What every sheet is laid out with: texts that have to fit, tables over several pages, scale.
+// The layout of all sheets: texts that have to fit, tables over several pages, scaling.
 #include <gmock/gmock.h>
 
 #include "module/printing/mapped_page.h"
@@ -80,7 +80,7 @@ TEST(PageTableTest, EveryNumberOfRowsHasItsPages) {
 
 TEST(MappedPageTest, AWideLayoutIsScaledIntoThePrintableArea) {
   const PageRecorder page = PageRecorder::Record(PageRecorder::kA4, [](PrintPage& paper) {
-    MappedPage wide = FitToPrintableWidth(paper, 1554.0);  // twice the 777 that there are
+    MappedPage wide = FitToPrintableWidth(paper, 1554.0);  // twice the page's 777
     EXPECT_EQ(wide.GetTextWidth(kFont, "0123456789"), 50.0);
     EXPECT_EQ(wide.GetPrintableArea().right, 1554.0);
     EXPECT_EQ(wide.GetPrintableArea().bottom, 2238.0);
@@ -92,7 +92,7 @@ TEST(MappedPageTest, AWideLayoutIsScaledIntoThePrintableArea) {
   EXPECT_EQ(page.texts[0].box.left, 752.0);
   EXPECT_EQ(page.frames[0].box.bottom, 75.0);
   EXPECT_EQ(page.frames[0].width, 1.0);
-  // What is narrower is not blown up.
+  // Narrower sheets are not enlarged.
   PageRecorder small(PageRecorder::kA4);
   EXPECT_EQ(FitToPrintableWidth(small, 100.0).GetPrintableArea().right, 777.0);
 }

@@ -1,4 +1,4 @@
-// Reference figures: the bridge and the polynomial solved apart from this code, the polynomial by
+// Reference figures come from a separate solution of the bridge and the polynomial, the latter by
 // bisection.
 #include "module/protocol/conversions.h"
 

@@ -71,7 +71,7 @@ TEST(Identification, FirmwareNumberHasAPoint) {
   EXPECT_EQ(FirmwareNumber("x"), 0.0);
 }
 
-// What a listener hears in a stream of bytes.
+// The identifications that a listener finds in a stream of bytes.
 std::vector<std::string> Hear(std::string_view stream) {
   IdentificationListener listener;
   std::vector<std::string> heard;

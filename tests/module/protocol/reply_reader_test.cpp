@@ -16,7 +16,7 @@ using Bytes = std::vector<uint8_t>;
 
 Bytes FromText(std::string_view text) { return Bytes(text.begin(), text.end()); }
 
-// A reader with what it has understood.
+// A reader that records the frames it has read.
 class Line : public FrameHandler {
  public:
   explicit Line(uint8_t address = 0) : reader_(address, this) {}
@@ -114,7 +114,7 @@ TEST(ReplyReader, ShortFramesAreHandedOver) {
   EXPECT_TRUE(Line().Feed("-\r\r").frames.empty());
 }
 
-// Noise as a line makes it: mostly characters that mean something to the reader.
+// Noise of mostly those characters that have a meaning for the reader.
 rc::Gen<Bytes> Noise() {
   const auto meaningful = rc::gen::elementOf(FromText("-0QSTMR\r/1AaF:9"));
   return rc::gen::container<Bytes>(
@@ -136,7 +136,7 @@ RC_GTEST_PROP(ReplyReaderProperty, FirstFrameBehindACarriageReturnIsUnderstood, 
 RC_GTEST_PROP(ReplyReaderProperty, SecondFrameBehindAnyNoiseIsUnderstood, ()) {
   const Bytes noise = *Noise();
   Line line;
-  // The first of the two ends whatever the noise began, with its CR at the latest.
+  // The first of the two ends a frame that the noise began, with its CR at the latest.
   line.Feed(noise).Feed(kStatus).Feed(kStatus);
   RC_ASSERT(!line.frames.empty());
   RC_ASSERT(line.frames.back() == Frame("QST", kStatusData));

@@ -50,8 +50,8 @@ TEST(SimCellModel, LateReadersSeeWhatEarlyOnesSaw) {
     bool same = false;
     UnderVirtualTime([&] {
       platform::Event ownStop("own stop");
-      SimBoard read(ownStop, nullptr);    // looked at every 100 ms
-      SimBoard unread(ownStop, nullptr);  // looked at once, at the end
+      SimBoard read(ownStop, nullptr);    // read every 100 ms
+      SimBoard unread(ownStop, nullptr);  // read once, at the end
       for (const auto& [ms, target] : script) {
         for (int at = 0; at < ms; at += 100) {
           platform::Sleep(platform::Milliseconds(std::min(100, ms - at)));
@@ -83,7 +83,7 @@ TEST(SimCellModel, SpeedFarAndNear) {
     EXPECT_EQ(near - set.Status().actual(), 8);
     set.WaitMs(60000);
     EXPECT_EQ(set.Status().actual(), 0xD000);
-    EXPECT_EQ(set.Status().target(), 0xFFFF);  // control is off, and the cell follows all the same
+    EXPECT_EQ(set.Status().target(), 0xFFFF);  // control is off, but the cell still follows
   });
 }
 
@@ -100,7 +100,7 @@ TEST(SimCellModel, PassesTenDegreesOnItsWayToRoomTemperature) {
   });
 }
 
-// The drive served round by round, as its hardware would do it.
+// A reference for the drive, which advances round by round as the hardware does.
 struct ReferenceTrain {
   int steps = 0;
   bool pulse = false;

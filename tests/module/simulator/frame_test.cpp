@@ -1,4 +1,4 @@
-// The serial side: what is taken as a frame, and what comes back for each.
+// The serial side: what is accepted as a frame, and the reply to each.
 #include <rapidcheck.h>
 
 #include "tests/module/simulator/sim_fixture.h"
@@ -10,7 +10,7 @@ TEST(SimFrame, StatusByteByByteLowByteFirst) {
   UnderVirtualTime([] {
     SimSet set;
     set.WaitUntil(500 * 0x102 + 10);
-    // The cell has long been at the top of its range and swings there.
+    // The cell has long been at the top of its range and oscillates there.
     EXPECT_EQ(set.Status().text, "-0QST0201F2FFFFFF00E00020000006000000000000\r");
     set.Send("CTC01AC01");
     set.line.Next();
@@ -36,8 +36,8 @@ TEST(SimFrame, RefusalsByCode) {
   };
   const std::vector<Case> cases = {
       {"CUA", 0x80, "UA"},   // not known to this controller
-      {"CSM4", 0x80, "SM"},  // a digit that stands alone
-      {"QMT", 0x80, ""},     // identification is asked of metal only
+      {"CSM4", 0x80, "SM"},  // a single digit
+      {"QMT", 0x80, ""},     // the simulator has no identification
       {"XST", 0x87, ""},     // neither command nor query
       {"", 0x87, ""},
       {"CAI", 0x80, "AI"},      // too short
@@ -79,7 +79,7 @@ TEST(SimFrame, PositionsOutOfTheTray) {
 TEST(SimFrame, LongestFrameAndOneByteMore) {
   UnderVirtualTime([] {
     SimSet set;
-    EXPECT_EQ(set.Ask("CAB" + std::string(96, '5')).error(), 0);  // 51 bytes; no length is asked
+    EXPECT_EQ(set.Ask("CAB" + std::string(96, '5')).error(), 0);  // 51 bytes; of any length
     set.Send("CAB" + std::string(97, '5'));                       // the 97th digit is one too many
     EXPECT_EQ(set.line.Next().error(), 0x87);
     EXPECT_EQ(set.Status().error(), 0);
@@ -160,7 +160,8 @@ TEST(SimFrame, ErrorsWaitAndLeaveOneByOne) {
       for (const SimError error : raised) EXPECT_EQ(shown(), static_cast<int>(error));
     }
     EXPECT_EQ(shown(), 0);
-    // More than can wait: the oldest are lost, and the ring is good again when it has run dry.
+    // More errors than the ring can hold: the oldest are lost. The ring works again once it is
+    // empty.
     for (int i = 0; i < 13; ++i) link.RaiseError(SimError::NotIdle);
     for (int i = 0; i < 11; ++i) EXPECT_EQ(shown(), 0x40);
     EXPECT_EQ(shown(), 0);

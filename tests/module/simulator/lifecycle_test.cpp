@@ -82,7 +82,7 @@ TEST(SimLifecycle, IdleItSleeps) {
   UnderVirtualTime([] {
     SimSet set;
     set.Home();
-    set.Ask("CTC00F000");  // the cell is on its way; nobody looks
+    set.Ask("CTC00F000");  // the cell changes while no status is requested
     EXPECT_LT(SwitchesPerSecond([&] { set.WaitMs(3600000); }), 0.01);
     EXPECT_EQ(set.Status().intCount(), 7200);
     EXPECT_EQ(set.Status().actual(), 0xF000);

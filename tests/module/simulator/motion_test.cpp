@@ -10,8 +10,8 @@ constexpr int kRaise = 6;
 
 bool AtRest(const Heard& status) { return status.operation() == 0; }
 
-// Operations of a move in order with their durations, from polls each five milliseconds, a round of
-// the drive.
+// The operations of a move in order with their durations in ms, from a poll every five
+// milliseconds, which is a round of the drive.
 std::vector<std::pair<int, int64_t>> Watch(SimSet& set) {
   std::vector<std::pair<int, int64_t>> seen;
   int64_t since = set.line.Now();
@@ -33,7 +33,7 @@ TEST(SimMotion, HomingOnceForLife) {
     EXPECT_EQ(set.Status().machineStatus(), 6);
     set.Home();
     EXPECT_EQ(set.Status().machineStatus(), 0);
-    // Home is where the axes stood: they are at 0 now, and no move is needed.
+    // Home is where the axes were: their positions are 0 now, and no move is needed.
     EXPECT_EQ(set.Ask("CMM080000").switches(), 0x08);
     EXPECT_EQ(set.Status().switches(), 0x00);
     EXPECT_EQ(set.Ask("CMM080064").switches(), 0x08);
@@ -53,7 +53,7 @@ TEST(SimMotion, JogsBeforeHomingCountFromTheFarEnds) {
     EXPECT_EQ(Watch(set), (Moves{{kRaise, 20}}));
     set.Ask("CMM0803AE");
     EXPECT_EQ(Watch(set), (Moves{{kLower, 20}}));
-    set.Ask("CMM10026B");  // table to 619; the lowered tube stays down while nothing is known
+    set.Ask("CMM10026B");  // table to 619; a lowered tube stays down before the axes have a home
     EXPECT_EQ(Watch(set), (Moves{{kLocate, 40}}));
     set.Ask("CMM200654");  // trolley where it is: a move of no steps
     EXPECT_EQ(Watch(set), (Moves{{kLocate, 5}}));
@@ -86,7 +86,7 @@ TEST(SimMotion, MoveToAPosition) {
     EXPECT_EQ(reply.switches(), 0x08);
     EXPECT_EQ(set.Ask("CMP00").error(), 0x40);
     EXPECT_EQ(Watch(set), (Moves{{kRaise, 9420}, {kLocate, 16200 + 1230}}));
-    EXPECT_EQ(set.Ask("CMP1D").error(), 0);  // last row, fourth place: the table alone
+    EXPECT_EQ(set.Ask("CMP1D").error(), 0);  // last row, fourth place: only the table
     EXPECT_EQ(Watch(set), (Moves{{kLocate, 4920}}));
     EXPECT_EQ(set.Ask("CMP00").error(), 0);
     EXPECT_EQ(Watch(set), (Moves{{kLocate, 16200 + 6150}}));
@@ -108,7 +108,7 @@ TEST(SimMotion, AbortEndsWithTheStepUnderWay) {
       EXPECT_EQ(set.Status().operation(), 0);
       set.WaitMs(10);
       set.Ask("CMM080000");
-      // Counted by the way back, ten milliseconds a step.
+      // The way back shows the number of steps: ten milliseconds each.
       EXPECT_EQ(set.TimeUntil(AtRest), (ms / 10 + 1) * 10) << ms;
     });
   }
@@ -122,7 +122,7 @@ TEST(SimMotion, AMoveRightBehindAnAbortWaitsForTheLastStep) {
     set.WaitMs(1002);
     set.Ask("CAB");
     EXPECT_EQ(set.Ask("CMM080000").error(), 0);
-    set.WaitMs(900);  // no poll that would wake the controller meanwhile
+    set.WaitMs(900);  // without a poll, which would wake the controller
     EXPECT_EQ(set.TimeUntil(AtRest, 1), 8 + 1010 - 900);
   });
 }
@@ -143,7 +143,7 @@ TEST(SimMotion, AnAbortedMoveDoesNotComeBackWithTheNext) {
 }
 
 TEST(SimMotion, AbortBetweenTwoMovesCountsNoStepTwice) {
-  // On the very millisecond at which the trolley is there and the table sets out.
+  // At the millisecond at which the trolley arrives and the table starts.
   for (uint64_t seed = 1; seed <= 20; ++seed) {
     UnderVirtualTime(
         [] {

@@ -18,7 +18,7 @@ OilRotor MakeRotor(uint64_t seed = 7) {
       {{3, {{-20.0, 5000.0}}}, {4, {{-20.0, 20000.0}}}}, [](uint16_t) { return kColdCell; }, seed);
 }
 
-// The mean speed in rpm/1000 of a minute that begins when the rotor has come up.
+// The mean speed in rpm/1000 over a minute, which begins when the rotor is up to speed.
 double MeanSpeed(OilRotor& rotor, int oil, int64_t start = 0) {
   constexpr int kSettled = 40;
   constexpr int kTicks = 160;
@@ -93,7 +93,7 @@ TEST(OilRotor, TheSeedMakesTheNoise) {
 }
 
 TEST(OilRotor, TheBoardKeepsTheOilThatWasInjectedLast) {
-  // Tells the oil that it sees as its speed.
+  // Shows the number of the oil that it is given as the speed.
   class OilShower : public RotorModel {
    public:
     uint16_t SpeedCounts(const RotorConditions& conditions) override {
@@ -114,7 +114,7 @@ TEST(OilRotor, TheBoardKeepsTheOilThatWasInjectedLast) {
 }
 
 TEST(OilRotor, TheOilIsAsColdAsTheCellAndNotAsItsReading) {
-  // Tells the temperature that it is given as its speed, and puts noise on the probe.
+  // Shows the temperature that it is given as the speed, and adds noise to the probe.
   class NoisyProbe : public RotorModel {
    public:
     uint16_t SpeedCounts(const RotorConditions& conditions) override {

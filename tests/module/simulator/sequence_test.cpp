@@ -43,7 +43,7 @@ std::vector<Span> Operations(const std::vector<Heard>& frames) {
   return Spans(frames, [](const Heard& frame) { return frame.operation(); });
 }
 
-// Payload of a test; seconds and counts.
+// The payload of a test, in seconds and counts.
 struct TestPayload {
   int position = 8, injection = 6, burst = 2, pause = 1, purge = 1, cooldown = 5, rotor = 10;
   int testCounts = 57900, injectionCounts = 57856 + 160, undershoot = 40, tolerance = 10;
@@ -59,8 +59,8 @@ struct TestPayload {
   }
 };
 
-// Starts a sequence a quarter of a second behind the start of the clock and gives all frames until
-// it has been silent for a second.
+// Starts a sequence a quarter of a second after the start of the clock, and returns all frames
+// until the line has been silent for a second.
 std::vector<Heard> RunSequence(SimSet& set, const std::string& command) {
   set.Home();
   set.WaitUntil(250);
@@ -104,7 +104,7 @@ TEST(SimSequence, AWholeTestTickByTick) {
                   {0xFFFF, 1, 98}, {57860, 99, 152}, {57900, 153, 173}, {0xFFFF, 174, 174}}));
     for (const Heard& frame : frames) {
       const int tick = frame.intCount();
-      // Pulsed each tick in the injection, on through the run.
+      // During the injection the rotor is on every other tick, during the run always.
       const bool pulsed = tick >= 87 && tick < 98 && tick % 2 == 0;
       const bool running = tick >= 153 && tick < 174;
       EXPECT_EQ(frame.speed(), pulsed || running ? 4000 : 0) << tick;
@@ -241,7 +241,7 @@ TEST(SimSequence, PreconditionInTheSpeedBand) {
       EXPECT_EQ(Operations(frames), (std::vector<Span>{{3, 1, 120}, {0, 121, 121}})) << speed;
       EXPECT_EQ(frames.front().switches(), 0xD2);
       EXPECT_EQ(frames.front().speed(), 4000);
-      // Held at the temperature of the moment at which the speed was met.
+      // Held at the temperature at which the speed was reached.
       EXPECT_EQ(frames.front().actual(), 0xE200);
       EXPECT_EQ(frames[100].actual(), 0xE200);
       EXPECT_EQ(frames[100].target(), 0xE200);
@@ -292,7 +292,7 @@ TEST(SimSequence, AbortInEachPhaseOfATest) {
       EXPECT_EQ(after.speed(), 0) << at;
       EXPECT_EQ(after.target(), 0xFFFF) << at;
       set.WaitMs(5000);
-      EXPECT_EQ(set.line.Rest().size(), 1u) << at;  // the one report behind the end
+      EXPECT_EQ(set.line.Rest().size(), 1u) << at;  // the one report after the end
       // Everything can start again; the tube comes up first if it was down.
       EXPECT_EQ(set.Ask("CMP01").error(), 0) << at;
       set.WaitMs(20000);
@@ -336,7 +336,7 @@ TEST(SimSequence, AnotherRotorShowsItsOwnSpeed) {
     SimulatedInstrument instrument(stop, true, std::make_unique<ColdIsSlow>());
     instrument.Feed("/0CAS01\r/0QST\r");
     line.Next();
-    EXPECT_EQ(line.Next().speed(), 0);  // of the moment before
+    EXPECT_EQ(line.Next().speed(), 0);  // from the moment before
     instrument.Feed("/0QST\r");
     EXPECT_EQ(line.Next().speed(), 5785);
   });

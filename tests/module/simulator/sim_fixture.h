@@ -1,4 +1,4 @@
-// A simulated instrument at the end of a line, under virtual time, with an ear for its frames.
+// A simulated instrument at the end of a line that records its frames, under virtual time.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -25,7 +25,7 @@ inline void UnderVirtualTime(const std::function<void()>& body, uint64_t seed = 
   });
 }
 
-// One reply frame with the moment at which it came. The fields are those of a status frame.
+// One reply frame with the time at which it came. The functions read the fields of a status frame.
 struct Heard {
   std::string text;  // with its CR
   int64_t ms = 0;    // since the line was made
@@ -48,6 +48,7 @@ struct Heard {
   }
 };
 
+// Records the simulator's frames. The simulator's thread and the test's thread use it.
 class SimLine : public SimReceiver {
  public:
   SimLine() : start_(platform::MonotonicTime()) {}
@@ -69,10 +70,11 @@ class SimLine : public SimReceiver {
     onFrame_ = std::move(onFrame);
   }
 
+  // Milliseconds since the line was made.
   int64_t Now() const { return (platform::MonotonicTime() - start_) / platform::Milliseconds(1); }
 
-  // Waits for the next frame that has not been taken yet; an empty text when none comes for a
-  // second. Under the real clock the machine may be busy, so it gets more.
+  // Takes the next frame, and waits for it if necessary. The text is empty if none comes for a
+  // second; under the real clock, where the machine may be busy, for a minute.
   Heard Next() {
     const bool real = platform::CurrentTimeBase() == platform::TimeBaseKind::Real;
     const platform::Deadline deadline =
@@ -86,7 +88,7 @@ class SimLine : public SimReceiver {
     }
   }
 
-  // All frames that have not been taken.
+  // Takes all frames that have come and have not been taken.
   std::vector<Heard> Rest() {
     platform::PlainGuard guard(lock_);
     std::vector<Heard> rest(heard_.begin() + static_cast<std::ptrdiff_t>(taken_), heard_.end());
@@ -103,7 +105,7 @@ class SimLine : public SimReceiver {
   platform::Event came_{"test line"};
 };
 
-// Made inside UnderVirtualTime. The clock of the simulator starts with it.
+// A line and its simulator. Made inside UnderVirtualTime; the simulator's clock starts with it.
 struct SimSet {
   SimLine line;
   SimStopHandle stop{line};
@@ -119,8 +121,8 @@ struct SimSet {
   void WaitMs(int64_t ms) { platform::Sleep(platform::Milliseconds(ms)); }
   // Sleeps until the given time of the line.
   void WaitUntil(int64_t ms) { WaitMs(ms - line.Now()); }
-  // Milliseconds until `done` holds for a status, which is asked for each `step` milliseconds; a
-  // round of the drive takes five.
+  // Milliseconds until `done` holds for a status, which is requested every `step` milliseconds; a
+  // round of the drive takes five. Fails the test after a minute.
   int64_t TimeUntil(const std::function<bool(const Heard&)>& done, int64_t step = 5) {
     constexpr int64_t kLimit = 60000;
     const int64_t begin = line.Now();

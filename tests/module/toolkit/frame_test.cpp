@@ -19,7 +19,7 @@ class TestView final : public CFormView {
     (new QVBoxLayout(this))->addWidget(edit_);
     setFocusProxy(edit_);
   }
-  // A screen reads its instrument to its very end.
+  // A screen may read its instrument until its end.
   ~TestView() override { (void)instrument_.GetTemperature(); }
   int32_t QueryClose() override {
     if (whenAsked) std::exchange(whenAsked, nullptr)();
@@ -58,7 +58,7 @@ class ScreenBench {
     bench.host.userInterface = RunOnGuiThread;
     TestView::refuses = false;
   }
-  // Its end may wait for screens, which need this thread.
+  // The instrument's destructor may wait for screens, which need this thread.
   ~ScreenBench() {
     RunBeside([this] { bench.instrument.reset(); });
   }
@@ -137,7 +137,7 @@ TEST(FrameTest, AStopWhileTheUserTypesTakesTheScreenAway) {
     test.Open(action, watcher);
     QTest::keyClicks(&test.view().edit(), "half a wo");
     const QPointer<CChildFrame> frame = test.frame();
-    action.Stop();  // on this very thread, as a host may
+    action.Stop();  // on this thread, as a host may do it
     EXPECT_EQ(watcher.calls(), kWholeLife);
     EXPECT_TRUE(PumpUntil([&] { return frame.isNull(); }));
   });

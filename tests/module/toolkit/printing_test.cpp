@@ -1,4 +1,4 @@
-// Preview, PDF files, and modal dialogs whose parent goes while they are open.
+// Preview, PDF files, and modal dialogs whose parent is destroyed while they are open.
 #include <QComboBox>
 #include <QFile>
 #include <QFileDialog>
@@ -47,7 +47,8 @@ TEST(PdfTest, PagesHaveThePapersSizeInHundredthsOfAnInch) {
       EXPECT_NEAR(page.GetSheetSize().width, size.width, 1.0);
       EXPECT_NEAR(page.GetSheetSize().height, size.height, 1.0);
       EXPECT_NEAR(page.GetPrintableArea().left, 25.0, 1.0);
-      // Widths grow with the height alone, so a sheet scaled down breaks its lines where it did.
+      // Text widths are proportional to the height, so a sheet that is scaled down breaks its lines
+      // at the same places.
       const double width = page.GetTextWidth({20.0}, "RVX Cell Calibration Constants");
       EXPECT_NEAR(page.GetTextWidth({10.0}, "RVX Cell Calibration Constants"), width / 2, 1e-6);
       EXPECT_GT(page.GetTextWidth({20.0, PageFont::kBold}, "RVX Cell Calibration Constants"),
@@ -98,7 +99,7 @@ TEST(PrintPreviewTest, WhatFailsIsSaidAndThePreviewStays) {
   EXPECT_NE(prompter.messages[1].find("was not saved as /dev/null/sheet.pdf: "), std::string::npos);
 }
 
-// An instrument that closes takes its frames along, whatever is open above them.
+// A closing instrument destroys its frames, even while dialogs are open above them.
 class DialogOverAFrameTest : public testing::Test {
  protected:
   void SetUp() override {

@@ -1,4 +1,4 @@
-// Questions in windows, asked from either side.
+// Questions in windows, asked on the window's thread and on others.
 #include <QAbstractButton>
 #include <QMessageBox>
 #include <QPointer>
@@ -56,7 +56,7 @@ TEST(PrompterTest, AboveAModalDialogAQuestionCanStillBeAnswered) {
   dialog.show();
   WhenShown<QMessageBox>([&](QMessageBox& box) {
     EXPECT_TRUE(box.isModal());
-    dialog.close();  // and it outlives the dialog
+    dialog.close();  // the box outlives the dialog
     Click(box, QMessageBox::Ok);
   });
   RunBeside([&] { prompter.ShowMessage("Lower it.", MessageButtons::Ok, MessageIcon::Warning); });
@@ -65,7 +65,7 @@ TEST(PrompterTest, AboveAModalDialogAQuestionCanStillBeAnswered) {
 TEST(PrompterTest, AtItsEndNothingIsConfirmed) {
   QtPrompter prompter;
   WhenShown<QMessageBox>([&](QMessageBox&) { prompter.Close(); });
-  for (int i = 0; i < 2; ++i) {  // while it stands, and behind the end
+  for (int i = 0; i < 2; ++i) {  // while a question is open, and after the prompter's end
     MessageAnswer answer = MessageAnswer::Yes;
     RunBeside([&] {
       answer = prompter.ShowMessage("Stop?", MessageButtons::YesNo, MessageIcon::Question);

@@ -117,7 +117,7 @@ TEST_F(CellCalsTest, KeysAndMouseDoEverything) {
     EXPECT_EQ(QApplication::focusWidget(), FindControl<>(*ScreenBench::frame()->view(), kOkId));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     EXPECT_TRUE(test.IsOver());
-    test.bench.host.instruments.NotifyInstrumentChanged();  // nobody listens any more
+    test.bench.host.instruments.NotifyInstrumentChanged();  // the screen no longer listens
 
     RecordingWatcher again;
     test.action->Start(&again, "0,0");

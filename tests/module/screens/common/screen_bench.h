@@ -1,4 +1,4 @@
-// An instrument with a screen over it, opened by its action as a host does it.
+// An instrument and a screen that its action opens, as in a host. Used on the window's thread.
 #pragma once
 
 #include <QPointer>
@@ -15,6 +15,7 @@
 
 namespace rvx {
 
+// Registers `maker` as the screen of the action `index` for the lifetime of the bench.
 class ScreenBench {
  public:
   ScreenBench(ActionIndex index, ScreenMaker maker) : index_(index) {
@@ -22,7 +23,7 @@ class ScreenBench {
     SetScreenMaker(index, std::move(maker));
     action = MakeAction();
   }
-  // Its end may wait for screens, which need this thread.
+  // The instrument's destructor may wait for screens, which need this thread.
   ~ScreenBench() {
     action.reset();
     CloseInstrument();
@@ -31,6 +32,7 @@ class ScreenBench {
   std::unique_ptr<Action> MakeAction() {
     return std::unique_ptr<Action>(bench.instrument->CreateActionByIndex(index_));
   }
+  // Destroys the instrument on another thread while this one serves its screens.
   void CloseInstrument() {
     RunBeside([this] { bench.instrument.reset(); });
   }
@@ -41,11 +43,12 @@ class ScreenBench {
     ASSERT_TRUE(PumpUntil([this] { return frame() != nullptr && frame()->isVisible(); }));
     frame()->activateWindow();
   }
-  // Until nobody can see a screen and the action has said so.
+  // Waits until no screen is open and the action has reported its end; false if that does not
+  // happen.
   bool IsOver() {
     return PumpUntil([this] { return frame() == nullptr && watcher.Count("finished 0,0") == 1; });
   }
-  // The one that is open, also while it is made.
+  // The open frame, even while its screen is being made; null if there is none.
   static CChildFrame* frame() {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
       auto* found = dynamic_cast<CChildFrame*>(widget);
@@ -55,7 +58,7 @@ class ScreenBench {
   }
 
   Bench bench;
-  RecordingWatcher watcher;  // outlives the action
+  RecordingWatcher watcher;  // must outlive the action
   std::unique_ptr<Action> action;
 
  private:

@@ -1,4 +1,5 @@
-// What all screens do the same way: their making, their ends, their work beside the window.
+// What all screens have in common: how they are made, how they end, and work outside the window's
+// thread.
 #include "module/screens/common/screen_view.h"
 
 #include <QMessageBox>
@@ -16,7 +17,7 @@ namespace {
 
 constexpr int kGoId = 1030;
 
-// A screen that does what a test tells it to.
+// A screen that runs the functions of a test's script.
 class TestView final : public CScreenView {
  public:
   struct Script {
@@ -109,7 +110,7 @@ TEST_P(ScreenEndTest, SendsOneAbortForWhatMovesAndNoneForWhatRests) {
       ASSERT_TRUE(PumpUntil([&] { return test.bench.controller.CountCommands("MM") == 1; }));
       Bring(GetParam(), test);
       EXPECT_TRUE(test.IsOver());
-      // Its end lets out what is queued.
+      // The instrument's end sends what is queued.
       test.CloseInstrument();
       EXPECT_EQ(test.bench.controller.CountCommands("AB"), moves ? 1 : 0);
     });
@@ -120,8 +121,8 @@ INSTANTIATE_TEST_SUITE_P(AllEnds, ScreenEndTest,
                          testing::Values(End::Closed, End::Stopped, End::ActionGone,
                                          End::InstrumentGone, End::Failed));
 
-// The stopper has sent the CAB; a press that comes between it and the window's end must not follow
-// it with another move.
+// The stop has sent the CAB. A press between the CAB and the end of the window must not send
+// another move.
 TEST_F(ScreenViewTest, NothingMovesAfterAStop) {
   Run([&](ScreenBench& test) {
     script().go = [&](TestView& view) {
@@ -138,7 +139,7 @@ TEST_F(ScreenViewTest, NothingMovesAfterAStop) {
 
 class AskingScreenTest : public ScreenViewTest, public testing::WithParamInterface<End> {};
 
-// Who ends the action waits neither for a lock nor for the person, and the question goes.
+// Ending the action must not wait for a lock or for the person, and closes the question.
 TEST_P(AskingScreenTest, AQuestionWhileAScreenIsMadeHoldsNobodyUp) {
   QtPrompter prompter;
   Run([&](ScreenBench& test) {
@@ -157,7 +158,7 @@ TEST_P(AskingScreenTest, AQuestionWhileAScreenIsMadeHoldsNobodyUp) {
       EXPECT_TRUE(PumpUntil([&] { return raises->IsRunning() == 0; }));
       if (GetParam() == End::Stopped) {
         test.action->Stop();
-      } else {  // beside: this call returns before the question can go
+      } else {  // on another thread: the question closes only when this call has returned
         closer = platform::StartThread("closer", [&] { test.bench.instrument.reset(); });
       }
     });
@@ -251,7 +252,7 @@ TEST_F(ScreenViewTest, WorkEndsOnTheWindowsThreadIfTheScreenIsStillThere) {
     Bring(End::Closed, test);
     EXPECT_TRUE(test.IsOver());
     mayEnd.Set();
-    test.CloseInstrument();  // waits for the job, which is done all the same
+    test.CloseInstrument();  // waits for the job, which is still completed
     EXPECT_EQ(jobs, 2);
     EXPECT_EQ(heard, "done CViscoException ");
   });
@@ -295,7 +296,7 @@ TEST_F(ScreenViewTest, ManyChangesAreOneRefreshAndNoneAfterTheEnd) {
     EXPECT_EQ(refreshes, 1);
     RunBeside([&] { manager.NotifyInstrumentChanged(); });
     EXPECT_TRUE(PumpUntil([&] { return refreshes == 2; }));
-    manager.NotifyInstrumentChanged();  // on its way when the screen goes
+    manager.NotifyInstrumentChanged();  // still pending when the screen is deleted
     delete ScreenBench::frame();
     EXPECT_TRUE(test.IsOver());
     EXPECT_EQ(refreshes, 2);

@@ -12,6 +12,7 @@
 
 namespace rvx {
 
+// The actions are made at their first use. Used on the window's thread.
 class EditorBench {
  public:
   EditorBench() { bench.host.userInterface = RunOnGuiThread; }

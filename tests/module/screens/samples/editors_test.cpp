@@ -32,7 +32,7 @@ void Press(QDialog& dialog, int id) {
 CICEditList& List(QDialog& dialog) { return *FindControl<CICEditList>(dialog, 1063); }
 CNumEdit& Injection(QDialog& dialog) { return *FindControl<CNumEdit>(dialog, 1034); }
 
-// Opens the choices of a cell and takes the one with this text.
+// Opens the list of a cell and picks the entry with this text.
 void Choose(CICEditList& list, int row, const char* text) {
   ASSERT_EQ(list.EditCell(row, 0), 1);
   auto& choices = dynamic_cast<CInPlaceComboBox&>(*list.editor()).choices();
@@ -54,7 +54,7 @@ TEST(MeasureViscEditorTest, AManagerEntersTestsAndTimes) {
       EXPECT_EQ(Injection(dialog).text(), "33");
       Injection(dialog).selectAll();
       QTest::keyClicks(&Injection(dialog), "256");
-      // An edit that is open when OK is pressed counts too.
+      // OK also takes the text of an open edit.
       list.EditCell(first, 1);
       QTest::keyClicks(list.editor(), "120");
       Press(dialog, kOkId);

@@ -141,7 +141,7 @@ TEST(AvailableDataTest, AStandardBringsItsTemperaturesAndViscosities) {
     table.AppendRow({"-20", "", ""});
     table.AppendRow({"-15", "", ""});
     CAvailChkViscData data(test.Check(), table);
-    EXPECT_EQ(data.GetListItem(0, 0, 0), "- 5");  // no standard's name: all of them
+    EXPECT_EQ(data.GetListItem(0, 0, 0), "- 5");  // without a standard: all temperatures
     EXPECT_EQ(data.GetDefaultText(0, 1), "1.00");
     test.Check().SetSampleId("CL-25");
     EXPECT_EQ(data.GetListItem(0, 0, 0), "");

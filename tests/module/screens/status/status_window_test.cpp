@@ -90,11 +90,11 @@ TEST(StatusWindowTest, FollowsTheInstrument) {
     test.bench.instrument->CloseStatusWindow();
     EXPECT_EQ(window, nullptr);
     test.bench.instrument->CloseStatusWindow();
-    test.bench.WaitForStatus();  // frames without a window do no harm
+    test.bench.WaitForStatus();  // frames without a window have no effect
   });
 }
 
-// Keeps what a status window is told.
+// Records the calls of a status window.
 class ToldWindow final : public StatusWindow {
  public:
   WindowHandle* GetHandle() override { return nullptr; }

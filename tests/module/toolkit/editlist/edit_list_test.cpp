@@ -171,7 +171,7 @@ TEST_F(EditListTest, AClickOnALineWithoutATextTakesNoChoice) {
   QListWidget& choices = combo()->choices();
   QTest::mouseClick(choices.viewport(), Qt::LeftButton, {},
                     choices.visualItemRect(choices.item(1)).center());
-  EXPECT_NE(combo(), nullptr);  // still to be chosen
+  EXPECT_NE(combo(), nullptr);  // the choice is still open
   list->EndEdit();
   EXPECT_EQ(text(0, 0), "-10");
   EXPECT_EQ(text(0, 1), "4711");
@@ -186,7 +186,7 @@ TEST_F(EditListTest, OnlyANewAddRowScrollsTheTable) {
   ASSERT_TRUE(PumpUntil([&] { return list->viewport()->height() < 240; }));
   list->scrollToTop();
   QTest::keyClicks(&Edit(1, 1), "2000");
-  Click(3, 2);  // ends the edit, and must hit what the mouse points at
+  Click(3, 2);  // ends the edit, and must select the cell under the mouse
   EXPECT_EQ(text(1, 1), "2000");
   EXPECT_EQ(list->table().currentRow(), 3);
   QApplication::processEvents();

@@ -38,7 +38,7 @@ TEST_F(EditTableTest, NamingTheAddRowMakesARowWithDefaultsAndAnotherAddRow) {
   EXPECT_TRUE(table.IsAddRow(1));
   table.AcceptEdit(0, 1, "5400");
   EXPECT_EQ(Row(0), "-20|5400|60");
-  table.AcceptEdit(1, 0, kAddRowText);  // its own name is not data
+  table.AcceptEdit(1, 0, kAddRowText);  // the add row's own text is not data
   EXPECT_EQ(table.dataRowCount(), 1);
 }
 
@@ -48,10 +48,10 @@ TEST_F(EditTableTest, TheNextChoiceIsOfferedBehindTheLastOne) {
   table.AcceptEdit(0, 0, "-20");
   EXPECT_EQ(table.BeginEdit(1, 0)->selected, 3);
   table.AcceptEdit(1, 0, "-30");
-  EXPECT_EQ(table.BeginEdit(2, 0)->selected, 0);  // the last one: from the top again
+  EXPECT_EQ(table.BeginEdit(2, 0)->selected, 0);  // after the last choice comes the first
   table.AcceptEdit(2, 0, "-77");
   EXPECT_EQ(table.BeginEdit(3, 0)->selected, 0);
-  // The one that the cell holds, also where it is written in another way.
+  // The cell's own choice is selected even where it is written in another way.
   table.SetText(0, 0, "-20.00");
   EXPECT_EQ(table.BeginEdit(0, 0)->selected, 2);
 }
@@ -77,7 +77,7 @@ TEST_F(EditTableTest, AFullTableRefusesAndTakesAgainBehindADelete) {
   EXPECT_FALSE(table.InsertNew(0));
   EXPECT_TRUE(table.Delete(0));
   EXPECT_TRUE(table.MayEdit(1, 0));
-  // One that was opened full has no add row, and gets one as soon as there is room.
+  // A table that is full when it is opened has no add row. It gets one as soon as there is room.
   EditTable opened;
   opened.InsertColumn(0, tagCICELTYPE::Text);
   opened.SetMaximumRows(1);

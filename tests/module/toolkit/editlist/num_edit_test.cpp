@@ -44,7 +44,7 @@ TEST(NumEditTest, TypesAndPastesWithinItsLimits) {
   field.selectAll();
   field.paste();
   EXPECT_EQ(field.text(), "366");
-  field.SetNumber(999);  // what the program sets is not looked at
+  field.SetNumber(999);  // a number that the program sets is not checked
   EXPECT_EQ(field.text(), "999");
 }
 

@@ -6,7 +6,7 @@
 namespace rvx {
 namespace {
 
-// Types the keys one after the other at the end: what is in the field then.
+// Types the keys at the end of the field, and returns its text.
 template <class Rules>
 std::string Typed(const Rules& rules, const char* keys) {
   FieldText field;
@@ -23,7 +23,7 @@ CellNumberFilter Decimal(double minimum, double maximum) { return {false, minimu
 
 TEST(CellNumberFilterTest, AValueAboveTheRangeStopsAtTheDigitThatLeadsThere) {
   EXPECT_EQ(Typed(Decimal(1000, 50000), "60000"), "6000");
-  EXPECT_EQ(Typed(Decimal(1000, 50000), "600"), "600");  // below, on the way
+  EXPECT_EQ(Typed(Decimal(1000, 50000), "600"), "600");  // below the range, as while typing
   EXPECT_EQ(Typed(Decimal(1000, 50000), "50000.05"), "50000.0");
   EXPECT_EQ(Typed(Whole(30, 255), "256"), "25");
   EXPECT_EQ(Typed(Whole(30, 255), "2.5x5"), "255");

@@ -1,5 +1,5 @@
-// A table for tests: temperatures to choose, a decimal number from 1000 to 50000, a whole number
-// from 30 to 255.
+// A table for tests with three columns: a list of temperatures, a decimal number from 1000 to
+// 50000, and a whole number from 30 to 255.
 #pragma once
 
 #include <string>
