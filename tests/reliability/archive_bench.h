@@ -1,5 +1,4 @@
-// What the tests of durability share: samples that can be told apart, and a look at an archive
-// behind whatever happened to it.
+// What the tests of durability share: distinct samples, and checks of an archive after a failure.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -12,6 +11,7 @@
 
 namespace torvell {
 
+// A sample whose id, time and viscosity follow from `number`.
 inline rvx::Sample NumberedSample(int number) {
   rvx::Sample sample;
   sample.sampleId = "oil " + std::to_string(number);
@@ -21,7 +21,7 @@ inline rvx::Sample NumberedSample(int number) {
   return sample;
 }
 
-// How often each sample id is in the archive; every result must be the one that was stored.
+// The number of samples with each sample id. Fails the test if a viscosity is not the stored one.
 inline std::map<std::string, int> CountSamples(Host& host) {
   std::map<std::string, int> counts;
   for (const StoredSample& sample : host.samples().All()) {

@@ -14,7 +14,7 @@ namespace {
 // A disk writes a sector as a whole or not at all.
 constexpr int64_t kSector = 512;
 
-// SQLite's handle of an open file; the system's own stands behind it in the same memory.
+// SQLite's handle of an open file. The system's own handle follows it in the same memory.
 struct OpenFile {
   sqlite3_file base;
   FaultDisk* disk;
@@ -114,7 +114,7 @@ struct FaultDiskCalls {
     return Methods(file).xShmUnmap(Real(file), remove);
   }
 
-  // Version 2: with shared memory, without mapped reading, which nobody could count.
+  // Version 2: with shared memory, without mapped reading, which could not be counted.
   static const sqlite3_io_methods* MethodTable() {
     static const sqlite3_io_methods table = {
         2,        Close,     Read,    Write,      Truncate,        Sync,   FileSize, Lock,
@@ -139,7 +139,7 @@ FaultDisk::~FaultDisk() { sqlite3_vfs_unregister(&vfs_); }
 
 FaultDisk::File& FaultDisk::Find(const char* path) {
   const auto [entry, isNew] = files_.try_emplace(path);
-  // A file that was there before the test is as durable as it will ever be.
+  // A file that existed before the test is durable.
   if (isNew && std::filesystem::exists(path)) {
     entry->second.durable = ReadBytes(path);
     entry->second.durablyThere = true;

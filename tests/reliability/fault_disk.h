@@ -1,14 +1,14 @@
 // The disk under the database, for tests: counts and fails its operations, and knows what a power
 // cut would leave of what was written.
 //
-//   FaultDisk disk;                       // from here on databases that are opened stand on it
+// FaultDisk disk;                       // used by all databases that are opened from here on
 //   disk.Fail({.from = 3, .forEver = false});
 //   ...
 //   disk.beforeSync = [&](const std::string&) { images.push_back(disk.AfterPowerCut(seed)); };
 //
-// It lies over the system's own files, so that locks and shared memory are the real ones. A sync
-// does not reach the hardware: what is durable is known here. One at a time, and not from two
-// threads.
+// It passes calls on to the system's own files, so that locks and shared memory are the real ones.
+// A sync does not reach the hardware; the disk itself keeps what is durable. Only one FaultDisk may
+// exist at a time, and only one thread may use it.
 #pragma once
 
 #include <sqlite3.h>
@@ -24,10 +24,10 @@ namespace torvell {
 // Which of the operations fail, counted from when the plan is set.
 struct FaultPlan {
   int64_t from = 1;      // the first that fails, from 1
-  bool forEver = false;  // all behind it too
+  bool forEver = false;  // all after it too
 };
 
-// Counts calls and says which of them fails.
+// Counts calls and decides which of them fail.
 class FaultCounter {
  public:
   void Set(const FaultPlan& plan) {
@@ -36,6 +36,7 @@ class FaultCounter {
     calls_ = 0;
   }
   void Clear() { active_ = false; }
+  // Counts a call. True if it has to fail.
   bool IsDue() {
     if (!active_) return false;
     ++calls_;
@@ -59,13 +60,13 @@ class FaultDisk {
 
   FaultCounter& faults() { return faults_; }
 
-  // Called where something is about to become durable: the power is cut at such a moment, when the
-  // most has been written and the least is safe. Given the name of the file.
+  // Called with the name of the file just before something becomes durable: a power cut at this
+  // moment loses the most.
   std::function<void(const std::string& file)> beforeSync;
 
-  // File name to bytes, as a power cut at this moment may leave them. What was synced is there; of
-  // what was not, 0 drops all, 1 keeps all, any other draw keeps parts: whole writes lost, in any
-  // order, and writes torn between sectors.
+  // File names with the bytes that a power cut at this moment may leave. Synced bytes are kept. Of
+  // unsynced writes, draw 0 keeps none, 1 keeps all, and any other number keeps some: writes are
+  // lost in any order, or torn between sectors.
   using Image = std::map<std::string, std::string>;
   Image AfterPowerCut(uint64_t draw) const;
 
@@ -80,7 +81,7 @@ class FaultDisk {
   struct File {
     std::string durable;
     bool durablyThere = false;
-    bool removed = false;      // and nobody has synced that
+    bool removed = false;      // and the removal is not synced
     bool syncsFolder = false;  // a new log: its first sync makes durable which files there are
     std::vector<Change> pending;
   };

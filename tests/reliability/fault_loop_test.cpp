@@ -1,5 +1,5 @@
-// The disk or the memory fails at the first, second, third ... use, once or from then on, until all
-// is done without one: what cannot be done is said, and nothing is half done.
+// The disk or the memory fails at the first, second, third ... use, once or from then on, until the
+// work ends without reaching the failure. Each failure is reported, and nothing is left half done.
 #include <fmt/format.h>
 
 #include <cstdlib>
@@ -15,7 +15,7 @@ constexpr int kNew = 2;
 
 enum class Outcome { NotOpened, Refused, Spooled, Stored };
 
-// Opens the archive, stores a sample and closes it, whatever fails.
+// Opens the archive, stores a sample and closes the archive, while the planned failure occurs.
 Outcome Work(const TempFolder& folder) {
   std::unique_ptr<Host> host;
   try {
@@ -32,7 +32,7 @@ Outcome Work(const TempFolder& folder) {
                                                                 : Outcome::Spooled;
 }
 
-// The next start, when all works again.
+// Checks the archive at the next start, when everything works again.
 void LookAt(const TempFolder& folder, Outcome outcome, bool hasOld) {
   const auto host = OpenHost(folder);
   EXPECT_EQ(CheckIntegrity(*host), "ok");
@@ -43,14 +43,14 @@ void LookAt(const TempFolder& folder, Outcome outcome, bool hasOld) {
   EXPECT_EQ(ArchiveMessageOf([&] { host->samples().StoreSample(NumberedSample(3)); }), "");
 }
 
-// How often each outcome came about.
+// The number of runs with each outcome.
 using Outcomes = std::map<Outcome, int>;
 
-// Whether every single place is tried, also where there are thousands of them.
+// Whether to try every use, even where there are thousands.
 bool TriesAll() { return std::getenv("RVX_EXHAUSTIVE") != nullptr; }
 
-// With `spread` the places thin out: the first ones each, later ones by 1 %, since one look costs
-// two starts.
+// Fails each use in turn. With `spread` it tries all early uses and later only some, in steps of 1
+// %, since each try needs two starts.
 Outcomes FailEverywhere(FaultCounter& faults, bool forEver, bool onNewFolder, bool spread) {
   Outcomes outcomes;
   constexpr int64_t kMaxRounds = 100000;

@@ -5,7 +5,8 @@
 
 namespace torvell {
 
-// Of the whole process, in force from before the database's first use.
+// The counter of the process, installed before main, since SQLite accepts it only before its first
+// use.
 FaultCounter& MemoryFaults();
 
 }  // namespace torvell

@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
-"""Kills a running tray again and again, and looks at what the next start finds.
+"""Kills a running tray again and again, and checks what the next start finds.
 
 Usage: kill_rounds.py PATH-OF-TORVELL [--rounds N] [--seed S]
 
-All rounds share one data folder. Behind each kill: the database is whole, every sample that was
-reported is in it, none is in it twice, the journal and "tray show" agree with the archive; then the
-tray goes on from where it stopped or gives way to a new one. Whenever a tray comes to its end, each of
-its tests has been measured exactly once, however often it was killed. Ends with code 1 at the first
-broken promise, and says in which round.
+All rounds share one data folder. After each kill the database must be intact and contain every reported
+sample exactly once, and the journal and "tray show" must agree with the archive. Then the tray goes on
+from where it stopped, or a new one replaces it. When a tray comes to its end, each of its tests must have
+been measured exactly once, however often it was killed. Ends with code 1 at the first failure, and prints
+its round.
 """
 import argparse
 import fcntl
@@ -54,7 +54,7 @@ class Rounds:
         self.run_to_end("--quiet", "constants", "set", "--", "-20", "1100", "-400", "2")
         begin = time.monotonic()
         self.check_end(self.go(self.new_tray(), None))
-        self.duration = time.monotonic() - begin  # of one whole run, for the choice of moments
+        self.duration = time.monotonic() - begin  # seconds of a whole run, for the moments of kills
 
     def words(self, *arguments):
         return [self.torvell, "--data", self.data, "--simulate", "--clock", "virtual", "--seed",
@@ -67,7 +67,7 @@ class Rounds:
         return done.stdout
 
     def new_tray(self):
-        """A file whose tests can be told apart by sample id and rotor on time."""
+        """Writes a tray whose tests differ in sample id or rotor on time; returns the arguments for it."""
         self.chain += 1
         path = os.path.join(self.folder, "tray.csv")
         with open(path, "w", encoding="utf-8") as file:
@@ -78,9 +78,9 @@ class Rounds:
         return [path]
 
     def go(self, arguments, kill):
-        """Runs a tray; `kill` says when to end it: nothing, ("lines", n), ("seconds", s), or
-        ("notice",), as soon as it says what of an interrupted tray it leaves out. Returns the exit
-        code, negative when killed."""
+        """Runs a tray. `kill` says when to kill it: None for never, ("lines", n), ("seconds", s), or
+        ("notice",) for when it prints which samples of an interrupted tray it leaves out. Returns the
+        exit code, negative when killed."""
         words = self.words("--json", "run", *arguments, "--prepare")
         if kill == ("notice",):
             code, lines = self.kill_at_notice(words)
@@ -97,7 +97,7 @@ class Rounds:
 
     def kill_in_run(self, words, kill):
         ours, theirs = os.pipe()
-        # A small pipe holds the program up, so that a kill by lines hits it in the middle.
+        # A small pipe blocks the program, so that a kill by lines hits it in the middle.
         fcntl.fcntl(ours, PIPE_SIZE_OPTION, 4096)
         process = subprocess.Popen(words, stdout=theirs, stderr=subprocess.DEVNULL,
                                    env=self.environment)
@@ -128,7 +128,7 @@ class Rounds:
             return code, output.readlines()
 
     def look(self):
-        """What stands in the database, without the program. Returns whether a run is open."""
+        """Checks the database without the program. Returns whether a run is open."""
         database = sqlite3.connect(os.path.join(self.data, "torvell.db"))
         try:
             require(database.execute("PRAGMA integrity_check").fetchall() == [("ok",)],
@@ -155,14 +155,14 @@ class Rounds:
             database.close()
 
     def look_at_tray(self):
-        """What the program says of an interrupted tray."""
+        """Returns what the program prints about an interrupted tray."""
         shown = json.loads(self.run_to_end("--json", "--quiet", "tray", "show"))
         require(shown["interruptedSince"] is not None, "the interruption is not shown")
         for position in shown["positions"]:
             require(0 <= position["measuredTests"] <= TESTS, f"measured tests of {position}")
 
     def check_end(self, code, resumed=False):
-        # Killed behind the last sample: nothing is left to take up again, which is said with code 2.
+        # Killed after the last sample: nothing is left to resume, which the program reports with code 2.
         require(code == 0 or (resumed and code == 2), f"the run ended with {code}")
         require(not self.look(), "a run that has ended is still open")
         for position in range(1, POSITIONS + 1):
@@ -172,7 +172,7 @@ class Rounds:
         self.finished += 1
 
     def moment(self, resumed):
-        # Between the cutting down of a tray and the start of its run.
+        # Between the removal of measured samples from a tray and the start of its run.
         if resumed and self.random.random() < 0.25:
             return ("notice",)
         if self.random.random() < 0.5:

@@ -1,4 +1,4 @@
-// The power is cut at every moment at which something was about to become durable.
+// The power is cut at every moment just before something becomes durable.
 #include <fmt/format.h>
 
 #include <functional>
@@ -13,7 +13,7 @@
 namespace torvell {
 namespace {
 
-// 0 and 1 keep nothing and everything of what was not synced, the others parts of it.
+// Draws 0 and 1 keep none and all of the unsynced writes, the others some of them.
 constexpr uint64_t kDraws = 5;
 
 struct Cut {
@@ -22,7 +22,7 @@ struct Cut {
   std::set<std::string> acknowledged;  // ids of the samples that were reported as stored
 };
 
-// Notes what each cut would leave, while the archive goes on working.
+// Records what each cut would leave, while the archive goes on working.
 class Cutter {
  public:
   explicit Cutter(const TempFolder& folder) : folder_(folder) {
@@ -44,7 +44,7 @@ class Cutter {
       cuts_.push_back(std::move(cut));
     }
   }
-  // Ends the noting: what is opened from here on is looked at, not cut.
+  // Ends the recording and returns the cuts.
   std::vector<Cut> Finish() {
     disk_.reset();
     return std::move(cuts_);
@@ -63,7 +63,7 @@ void WriteImage(const FaultDisk::Image& image, const TempFolder& folder) {
   }
 }
 
-// The start behind a cut: everything acknowledged is there once, and the archive works.
+// Checks the start after a cut: every acknowledged sample is there once, and the archive works.
 void LookAt(const Cut& cut) {
   const TempFolder folder;
   WriteImage(cut.image, folder);
@@ -93,7 +93,8 @@ TEST(PowerCut, WhatWasReportedAsStoredIsThereBehindEachCut) {
   int number = 0;
   for (int start = 0; start < 3; ++start) {
     const auto host = OpenHost(folder);
-    // Else the log would grow through the whole test, and its return to the database stay untried.
+    // Otherwise the log would grow through the whole test, and the checkpoint into the database
+    // would not be tested.
     ExecuteSql(host->database(), "PRAGMA wal_autocheckpoint = 12");
     for (int i = 0; i < 4; ++i) cutter.Store(*host, ++number);
   }
@@ -146,7 +147,7 @@ TEST(PowerCut, SpooledSamplesAreTakenInOnceThroughEachCut) {
   LookAtAll(cuts, 2);
 }
 
-// The test of the test: without syncs the cuts do lose samples.
+// Proves that the test can fail: without syncs the cuts lose samples.
 TEST(PowerCut, AnArchiveThatDoesNotSyncLosesSamples) {
   const TempFolder folder;
   Cutter cutter(folder);
