@@ -58,7 +58,7 @@ class SimulatedOnPort final : public Controller, private simulator::SimReceiver 
   simulator::SimulatedInstrument simulator_{stopHandle_};
 };
 
-// Nobody at the port: the module makes its own simulator.
+// No controller at the port: the module makes its own simulator.
 class SimulatedInside final : public Controller {
  public:
   std::string identification() const override { return std::string(); }

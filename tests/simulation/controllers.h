@@ -1,4 +1,4 @@
-// The controllers that may stand at the other end of the simulated line.
+// The controllers that may be at the other end of the simulated line.
 #pragma once
 
 #include <memory>
@@ -13,20 +13,20 @@
 
 namespace rvx::soak {
 
+// A controller of one simulated run. It serves its port by itself.
 class Controller {
  public:
   virtual ~Controller() = default;
   // The text of the discovery reply; empty where there is none.
   virtual std::string identification() const = 0;
-  // The test with this payload is about to be started.
+  // Called before the controller is told to start the test with this payload.
   virtual void BeforeStart(const std::vector<uint8_t>& payload) = 0;
 };
 
-// `port` must outlive it.
+// The controller of this scenario. `port` must outlive it.
 std::unique_ptr<Controller> MakeController(const Scenario& scenario, FakePort& port);
 
-// Show the observer what reaches the module. The one is attached to the port before the instrument
-// is, the other behind it.
+// Shows the observer the bytes that reach the module. Attached to the port before the instrument.
 class PortTap : public PortWatcher {
  public:
   explicit PortTap(Observer& observer) : observer_(observer) {}
@@ -36,6 +36,8 @@ class PortTap : public PortWatcher {
   Observer& observer_;
 };
 
+// Tells the observer when the module has taken the bytes. Attached to the port after the
+// instrument.
 class TapBehind : public PortWatcher {
  public:
   explicit TapBehind(Observer& observer) : observer_(observer) {}

@@ -1,5 +1,5 @@
-// Random draws of one purpose. Every purpose has a stream of its own, so that switching off one
-// fault leaves all other draws of a seed as they were.
+// Random draws for one purpose. Every purpose has a separate stream, so that switching off one
+// fault leaves all other draws of a seed unchanged.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +10,7 @@
 
 namespace rvx::soak {
 
+// Not thread-safe. `purpose` names the stream.
 class Draws : public platform::RandomStream {
  public:
   Draws(uint64_t seed, platform::StreamId stream, std::string_view purpose)

@@ -20,7 +20,7 @@ double Celsius(const SeenStatus& frame, char modelCode) {
   return kelvin - 273.0 + (modelCode >= '3' ? 0.12 : 0.0);
 }
 
-// A speed counts in steps of 0.01 rpm.
+// The speed in rpm/1000, rounded to steps of 0.01 rpm.
 double Speed(const SeenStatus& frame) { return std::round(frame.Word(10) * 6e-5 / 1e-5) * 1e-5; }
 
 }  // namespace

@@ -9,20 +9,20 @@
 namespace rvx::soak {
 
 enum class Fault : size_t {
-  // The line, for each byte.
+  // The line, drawn for each byte.
   LostByte,
   FlippedByte,
   DoubledByte,
   InsertedByte,
-  // The line, for each frame.
+  // The line, drawn for each frame.
   Gap,        // a pause inside a reply
   LateReply,  // around the 2 s that a reply may take
   LostReply,
   DoubledReply,
-  OldReply,    // an earlier reply once more
-  Babble,      // bytes that nobody asked for
+  OldReply,    // an earlier reply again
+  Babble,      // unrequested bytes
   ShortWrite,  // the end of a request is missing
-  // The line and the instrument, some times in a run.
+  // The line and the instrument, a few times in a run.
   CutLine,
   OpenFails,
   Silent,
@@ -42,7 +42,7 @@ enum class Fault : size_t {
   SlowWatcher,
   CallingWatcher,
   SlowUser,
-  ArchiveReadOnly,  // the real one, which stands behind the trays of a laboratory
+  ArchiveReadOnly,  // the host's database, in the profile Tray
   ThrowingWatcher,
   ClockJumps,  // the time of day
   // People.
@@ -58,8 +58,8 @@ inline constexpr size_t kFaultCount = static_cast<size_t>(Fault::SpuriousWakeups
 
 struct FaultKind {
   std::string_view name;  // as --without takes it
-  // The range of its rate. For bytes, frames and stores a probability each; else how often it
-  // happens in a run.
+  // The range of its rate: the probability for each byte, frame or call of the host, or the number
+  // of times in a run.
   double low;
   double high;
 };
@@ -67,7 +67,7 @@ struct FaultKind {
 const FaultKind& KindOf(Fault fault);
 std::optional<Fault> FaultByName(std::string_view name);
 
-// The rates of all faults of a run; 0: it does not happen.
+// The rates of all faults of a run; with 0 a fault does not happen.
 class FaultRates {
  public:
   double operator[](Fault fault) const { return rates_[static_cast<size_t>(fault)]; }

@@ -89,7 +89,8 @@ void FaultyLine::Begin(const Mishap& mishap) {
   switch (mishap.fault) {
     case Fault::Refuses:
       refusalCode_ = kCodes[static_cast<size_t>(mishap.value) % std::size(kCodes)];
-      // A frame that does not arrive whole is sent again; some never arrive whole.
+      // The controller refuses a frame that arrives damaged, and the module sends it again. Some
+      // are refused every time.
       refusals_ = mishap.value % 5 == 0 ? 1000 : 1 + mishap.value % 3;
       break;
     case Fault::GoesIdle:
@@ -254,7 +255,7 @@ std::string FaultyLine::DamageBytes(std::string_view bytes) {
   if (calm_ || all <= 0.0) return std::string(bytes);
   std::string damaged;
   for (char c : bytes) {
-    // One draw a byte: its range tells what happens.
+    // One draw for each byte; its range decides what happens.
     double draw = byteDraws_.Unit();
     const auto hits = [&](Fault fault) {
       const bool hit = draw >= 0.0 && draw < rates[fault];

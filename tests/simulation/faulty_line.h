@@ -1,4 +1,4 @@
-// The line between the module and a controller, with everything that can befall the two.
+// The line between the module and a controller, with everything that can happen to the two.
 #pragma once
 
 #include <array>
@@ -18,8 +18,8 @@
 
 namespace rvx::soak {
 
-// Sits on a fake port. Byte and frame faults happen by themselves; a mishap is begun from outside
-// and ends by itself. Works on bytes alone, so it does not matter which controller answers.
+// A filter on a fake port. It draws the faults of bytes and frames itself; Begin starts a mishap,
+// which ends after its time. It works on bytes only, with any controller. Any thread may call it.
 class FaultyLine : public LineFilter {
  public:
   FaultyLine(FakePort& port, const Scenario& scenario, Observer& observer);
@@ -30,31 +30,31 @@ class FaultyLine : public LineFilter {
   void FromInstrument(std::string_view bytes, platform::Milliseconds delay,
                       const Deliver& deliver) override;
 
-  // Begins a mishap; its end is a moment in the future.
+  // Begins a mishap, which lasts for its time.
   void Begin(const Mishap& mishap);
-  // From now on nothing goes wrong any more.
+  // Ends all faults and mishaps.
   void EndFaults();
-  // What the controller last said, whatever arrived of it.
+  // Whether the controller's last status was busy, even if that frame did not reach the module.
   bool IsBusy();
-  // Nothing keeps frames from coming through at present.
+  // Whether frames can pass at present.
   bool IsAlive();
-  // The payload of each test that the controller is told to start.
+  // Called with the payload of each test that the controller is told to start.
   std::function<void(const std::vector<uint8_t>&)> onStart;
 
  private:
-  // What became of a frame of the module.
+  // What happens to a frame of the module.
   struct Heard {
     std::vector<std::string> frames;   // reach the controller
-    std::vector<std::string> answers;  // given in its place
+    std::vector<std::string> answers;  // sent in its place
   };
   struct Piece {
     std::string bytes;
     platform::Milliseconds delay;
   };
   Heard Hearing(std::string bytes) REQUIRES(lock_);
-  // Sorts a whole request into what is heard and what is answered in the controller's place.
+  // Decides whether a whole request reaches the controller or is answered in its place.
   void Hear(const std::string& frame, Heard& heard) REQUIRES(lock_);
-  // The controller's frame as it leaves it; nothing if it does not.
+  // The controller's frame as the instrument sends it; nothing if it is silent.
   std::optional<std::string> Leaving(std::string_view frame) REQUIRES(lock_);
   void Disguise(std::array<uint8_t, 19>& status) REQUIRES(lock_);
   std::vector<Piece> Arriving(const std::string& frame, platform::Milliseconds delay)
@@ -77,10 +77,10 @@ class FaultyLine : public LineFilter {
   std::string lastReply_ GUARDED_BY(lock_);  // for a repetition
   std::array<uint8_t, 19> lastStatus_ GUARDED_BY(lock_){};
   std::array<int64_t, kFaultCount> until_ GUARDED_BY(lock_){};  // microseconds
-  int refusals_ GUARDED_BY(lock_) = 0;                          // left of the present series
+  int refusals_ GUARDED_BY(lock_) = 0;                          // left in the present series
   uint8_t refusalCode_ GUARDED_BY(lock_) = 0;
-  int swallowed_ GUARDED_BY(lock_) = 0;       // replies to CABs that nobody sent
-  bool ownAbort_ GUARDED_BY(lock_) = false;   // one of those is to be sent
+  int swallowed_ GUARDED_BY(lock_) = 0;       // replies to drop, to CABs of the line
+  bool ownAbort_ GUARDED_BY(lock_) = false;   // such a CAB is to be sent
   bool unsettled_ GUARDED_BY(lock_) = false;  // shows a cooldown that does not end
   uint16_t countOffset_ GUARDED_BY(lock_) = 0;
   std::optional<uint16_t> heldCount_ GUARDED_BY(lock_);

@@ -1,5 +1,5 @@
-// What the host does to the module: an archive that fails, watchers that are slow or call back,
-// people who take their time over a question.
+// The faults of the host: an archive that fails, watchers that are slow or call back, people who
+// answer questions late.
 #pragma once
 
 #include <atomic>
@@ -18,21 +18,22 @@
 
 namespace rvx::soak {
 
+// Any thread may call it.
 class HostFaults : private platform::Prompter {
  public:
-  // Puts itself into the host and into force as the one who answers questions.
+  // Registers itself with the host and as the prompter.
   HostFaults(FakeHost& host, const Scenario& scenario, Observer& observer);
   ~HostFaults() override;
 
-  // From now on the host works well.
+  // From now on the host has no faults.
   void EndFaults() { calm_ = true; }
-  // Where the samples go that the host does not refuse by itself; null: nowhere. Not owned.
+  // Gets the samples that are not refused here; null: they go nowhere. Not owned.
   RealArchive* archive = nullptr;
-  // At the end of a watcher's call: waits, or calls what the host calls from inside.
+  // Called at the end of a watcher's call. Waits or calls callBack, as drawn.
   void InsideWatcher();
-  // Raises something at the end of a watcher's call, at times.
+  // Called at the end of a watcher's call. Throws, as drawn.
   void MayThrow();
-  // What the host calls from inside a watcher: a deed drawn from those that are allowed there.
+  // Called inside a watcher's call with a deed that is allowed there.
   std::function<void(OperatorDeed)> callBack;
 
  private:
@@ -43,7 +44,7 @@ class HostFaults : private platform::Prompter {
   void Beep() override {}
   void BeforeStore(const Sample& sample);
   void CallBack();
-  // Draws under the lock.
+  // These draw under the lock.
   bool Happens(Fault fault);
   platform::Milliseconds DrawTime(platform::Milliseconds low, platform::Milliseconds high);
   int DrawBelow(int bound);

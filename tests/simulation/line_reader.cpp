@@ -11,7 +11,8 @@ constexpr size_t kPlainBytes = 3;  // kind and tag
 
 int DigitValue(uint8_t c) {
   if (c >= '0' && c <= '9') return c - '0';
-  // The six characters between "9" and "A" count as 10 to 15 too: a reader that computes does so.
+  // The six characters between "9" and "A" count as 10 to 15 too, as for a reader that subtracts
+  // the code of "0".
   if (c > '9' && c < '@') return c - '0';
   if (c >= 'A' && c <= 'F') return c - 'A' + 10;
   return -1;

@@ -1,5 +1,5 @@
-// Reads the frames on the line for the observer: a reading of the protocol of its own, which shares
-// nothing with the module's.
+// Reads the frames on the line for the observer. It implements the protocol separately and shares
+// no code with the module.
 #pragma once
 
 #include <array>
@@ -15,11 +15,11 @@ namespace rvx::soak {
 // A whole reply as the module must understand it.
 struct SeenReply {
   std::string tag;            // "ST", "TR", "MT" or anything
-  std::vector<uint8_t> data;  // behind the tag
+  std::vector<uint8_t> data;  // after the tag
   bool IsStatus() const { return tag == "ST" && data.size() >= 19; }
 };
 
-// Fed with bytes, answers with the replies that end among them.
+// Takes the line's bytes one by one; Feed returns the reply that a byte ends.
 class ReplyWatcher {
  public:
   std::optional<SeenReply> Feed(uint8_t c);
@@ -46,10 +46,10 @@ struct SeenStatus {
   std::array<uint8_t, 19> bytes{};
 };
 
-// Why a frame of the module is no well-formed request; empty if it is one.
+// Why a frame of the module is not a well-formed request; empty if it is one.
 std::string WhyNoRequest(std::string_view frame);
 
-// The bytes of a hex text; nothing if it is none.
+// The bytes of a hexadecimal text; nothing if it is not one.
 std::optional<std::vector<uint8_t>> FromHex(std::string_view text);
 
 }  // namespace rvx::soak

@@ -24,14 +24,17 @@ constexpr int kMaxAnswers = 2;
 constexpr uint8_t kBusySwitches = 0x68;  // a move, a test, a motor run
 constexpr int kMaxSends = 102;
 constexpr int64_t kReplyTimeout = 2 * kSecond;
-// Silence that must have led to a report, with room for threads that are held up.
+// Silence after which a report is due, microseconds, with room for threads that are held up.
 constexpr int64_t kReportDue = 150 * kSecond;
-// Between the making of a record and its storing: a watcher's call, and threads that are held up.
+// Longest time from making a record to storing it, microseconds: a watcher's call, and threads that
+// are held up.
 constexpr int64_t kStoreDue = 150 * kSecond;
-// What may stand in the queue before an abort goes out, on a line where each command times out.
+// Longest time until an abort is sent, microseconds: on a bad line each command in the queue before
+// it may time out.
 constexpr int64_t kAbortDue = 150 * kSecond;
 
-// Which of its tests a record is of; no two are alike.
+// The index of the test to which a record belongs. The tests of a sample differ in their rotor ON
+// times.
 size_t TestOf(const Sample& sample, const PlannedSample& plan) {
   size_t index = 0;
   while (index < plan.tests.size() &&
@@ -42,8 +45,8 @@ size_t TestOf(const Sample& sample, const PlannedSample& plan) {
   return index;
 }
 
-// A message that is a text of the string table as it is must carry the code that says so. Some
-// error bytes have no text, and so no code.
+// True if the record has the right code. A message that is an unchanged text of the string table
+// must have that text's code. Some error bytes have no text, and so no code.
 bool HasItsCode(const ActionErrorRecord& error) {
   static const std::map<std::string, int32_t> kTexts = [] {
     std::map<std::string, int32_t> texts;
@@ -60,7 +63,7 @@ int64_t Now() { return platform::MonotonicTime().count(); }
 }  // namespace
 
 void Observer::Note(std::string_view text) {
-  const UnseenScope scope;  // the page has no lock, as one task runs at a time
+  const UnseenScope scope;  // the page needs no lock, as one task runs at a time
   page_.Note(Now(), text);
 }
 
@@ -96,9 +99,9 @@ void Observer::FrameWritten(std::string_view frame) {
   }
 }
 
-// At most one frame without its reply: the next one waits for any frame, or for the time-out. What
-// counts is when the module is done with it, which may be long behind its arrival, or just before
-// the write that it is taken to answer; so one frame is let pass.
+// The module must wait with its next frame for any reply or for the time-out. The reply counts when
+// the module has handled it, which may be long after its arrival, or just before the write that it
+// seems to answer, so one extra frame is allowed.
 void Observer::CheckSpacing(int64_t now) {
   if (lastWrite_ < 0 || now - lastWrite_ >= kReplyTimeout) return;
   if (--answers_ >= 0) return;
@@ -125,7 +128,7 @@ void Observer::BytesDelivered(std::span<const uint8_t> bytes) {
     if (!reply->IsStatus()) continue;
     const SeenStatus status(reply->data);
     if (status.tag() == "AB" && openAborts_ > 0) --openAborts_;
-    // Not the counts, which change with every frame.
+    // Without the counts, which change with every frame.
     const std::string line =
         fmt::format("< {} op {} sw {:02X} ms {:02X} error {:02X}", status.tag(), status.operation(),
                     status.switches(), status.machine(), status.error());
@@ -140,7 +143,7 @@ void Observer::BytesDelivered(std::span<const uint8_t> bytes) {
   }
 }
 
-// What has ended by itself needs no CAB.
+// A run that has ended by itself needs no CAB.
 void Observer::FollowRun(const SeenStatus& status) {
   const bool isBusy = (status.switches() & kBusySwitches) != 0;
   if (!isBusy && runSeen_) runOpen_ = false;
@@ -154,7 +157,7 @@ void Observer::BytesTaken() {
   if (!outageExcused_) outageReported_ = false;
 }
 
-// A silence that nobody reported would leave a laboratory waiting for a dead instrument.
+// An unreported silence would leave a laboratory waiting for a dead instrument.
 void Observer::CheckResponding(int64_t now) {
   if (lastWrite_ < 0 || outageReported_ || now - lastFrame_ < kReportDue) return;
   Break(fmt::format("{} s of silence were not reported", (now - lastFrame_) / kSecond));
@@ -201,7 +204,7 @@ void Observer::StoreBegun(const Sample& sample) {
     plan = known.plan;
     index = TestOf(sample, plan);
     Require(index < plan.tests.size(), "a sample is stored of a test that nobody asked for");
-    // Its tests are stored in their order; a position that was stopped begins with the first again.
+    // The tests are stored in order. A position that was stopped begins with its first test again.
     if (!known.isUnsure) {
       Require(known.stores < plan.tests.size(), "a finished sample is stored again");
       Require(index == known.stores || index == 0, "tests are stored out of their order");
@@ -215,7 +218,8 @@ void Observer::StoreBegun(const Sample& sample) {
   CheckTime(sample);
 }
 
-// A sample is stored soon behind its making; a clock that jumps in between proves nothing.
+// A sample is stored soon after its time stamp is taken. If the clock jumps in between, nothing can
+// be checked.
 void Observer::CheckTime(const Sample& sample) {
   const UnseenGuard guard(lock_);
   if (Now() - lastJump_ < kStoreDue) return;
@@ -243,7 +247,8 @@ void Observer::CheckIdentity(const Sample& sample, const PlannedSample& plan) {
           "a sample has a wrong known viscosity");
 }
 
-// The latest start of the sample's position and rotor ON time that nothing was stored for.
+// The latest started test with the sample's position and rotor ON time for which nothing was
+// stored.
 Observer::StartedTest* Observer::FindStart(const Sample& sample) {
   for (auto start = starts_.rbegin(); start != starts_.rend(); ++start) {
     if (!start->isStored && start->payload.size() == 15 &&
@@ -254,9 +259,9 @@ Observer::StartedTest* Observer::FindStart(const Sample& sample) {
   return nullptr;
 }
 
-// The record against the status frames that reached the module since the test was started.
+// Compares the record with the status frames that reached the module since the test was started.
 void Observer::CheckMeasured(const Sample& sample, const PlannedTest& test) {
-  // A simulating module talks to itself.
+  // A simulating module has no line.
   if (scenario_.controller == ControllerKind::SimulatedInside) return;
   const UnseenGuard guard(lock_);
   StartedTest* start = FindStart(sample);
@@ -273,13 +278,13 @@ void Observer::CheckMeasured(const Sample& sample, const PlannedTest& test) {
                       expected.temperature));
   }
   if (scenario_.rates.TouchesLine()) return;
-  // Two runs at once end each other's, and nobody promises them anything. Nor can anybody tell to
-  // which test a frame belongs that comes later than the CAB which was to end it: what has come
-  // when the instrument is at rest is the result.
+  // Two runs at once end each other's tests, so their results need not be complete. Nor can the
+  // module tell to which test a frame belongs that comes after the CAB which was to end the test
+  // before. It stores what has come when the instrument is idle.
   Require(expected.isWhole || ownRuns_ > 0 || start->abortsOpen,
           "a run that was cut short is stored as a result");
   if (!expected.isWhole) return;
-  // Nothing stood between the instrument and the record.
+  // On a perfect line the record must also agree with the instrument itself.
   if (std::abs(sample.averageTemperature - test.temperature) > kSettled) {
     Break(fmt::format("stored temperature {} for a test at {}", sample.averageTemperature,
                       test.temperature));
@@ -293,7 +298,7 @@ void Observer::CheckMeasured(const Sample& sample, const PlannedTest& test) {
 }
 
 void Observer::CheckViscosity(const Sample& sample) {
-  // Damaged supply readings give a temperature that is no number, and so no slot.
+  // Damaged supply readings give a temperature that is not a number, and so no slot.
   if (std::isnan(sample.averageTemperature)) return;
   const size_t slot = SlotOf(sample.averageTemperature);
   const double b0 = kB0 + static_cast<double>(slot);
@@ -328,8 +333,8 @@ void Observer::ErrorReported(const ActionErrorRecord& error) {
   if (error.message == "Instrument not responding.") {
     // A simulating module shows no frames between two outages.
     const bool sees = scenario_.controller != ControllerKind::SimulatedInside;
-    // A frame that the module is about to receive may be behind the one report and before the
-    // other.
+    // A frame that the module is just receiving may fall between the two reports, which are then
+    // two outages.
     const bool excused = frameUnderWay_ && !outageExcused_;
     Require(!outageReported_ || excused || !sees, "an outage is reported twice");
     outageExcused_ = outageReported_;
@@ -373,7 +378,7 @@ bool Observer::IsRunOpen() {
 }
 
 void Observer::RunEnded() {
-  // A damaged frame may have shown an instrument at rest, and then there is nothing to end.
+  // A damaged frame may have shown an idle instrument, and then no CAB is due.
   if (scenario_.rates.TouchesLine()) return;
   const UnseenGuard guard(lock_);
   if (runOpen_ && cabDue_ < 0) cabDue_ = Now() + kAbortDue;
@@ -387,8 +392,8 @@ int Observer::CommandMade(int who) {
   return static_cast<int>(commands_.size()) - 1;
 }
 
-// Each is sent in the order in which its operator queued it, and again only when the instrument
-// asks for it.
+// Commands are first sent in the order in which their operator queued them. Repetitions may come
+// later.
 void Observer::CountOwnCommand(std::string_view payload) {
   const auto text = FromHex(payload).value_or(std::vector<uint8_t>());
   const int number = std::atoi(std::string(text.begin() + 1, text.end()).c_str());

@@ -1,8 +1,8 @@
-// Watches one simulated run and ends it at the first thing that must not be.
+// Watches one simulated run and ends the process at the first broken invariant.
 //
 // It sees the frames on the line as the module writes and receives them, the calls of the tray's
 // watchers, the samples and errors that reach the host, and what the operators do. Any thread may
-// call it; it waits for nobody.
+// call it; no call blocks.
 #pragma once
 
 #include <array>
@@ -29,9 +29,9 @@ class Observer {
  public:
   Observer(RunPage& page, const Scenario& scenario) : page_(page), scenario_(scenario) {}
 
-  // A line of the history.
+  // Adds a line to the history.
   void Note(std::string_view text);
-  // Something that must not be: ends the process.
+  // Reports a broken invariant and ends the process.
   [[noreturn]] void Break(std::string_view what);
   void Require(bool good, std::string_view what) {
     if (!good) Break(what);
@@ -39,7 +39,7 @@ class Observer {
 
   // --- The line
   void FrameWritten(std::string_view frame);
-  // Before the module receives them, and when it has.
+  // Called before the module receives bytes, and after it has handled them.
   void BytesDelivered(std::span<const uint8_t> bytes);
   void BytesTaken();
 
@@ -47,33 +47,34 @@ class Observer {
   void StoreBegun(const Sample& sample);
   void StoreEnded(const Sample& sample, bool thrown);
   void ErrorReported(const ActionErrorRecord& error);
-  // A watcher raises something, which has to be reported.
+  // A watcher is about to throw, which the module has to report.
   void WatcherThrows();
   // The time of day is moved.
   void ClockJumps();
 
-  // --- What was put into the tray: every action has a sample id of its own.
+  // --- Changes of the tray; every action has a different sample id
   void SampleMade(const std::string& sampleId, const PlannedSample& plan);
   void SampleRenamed(const std::string& oldId, const std::string& newId);
-  // The tray was changed while it may be running.
+  // The tray was changed, perhaps while it was running.
   void TrayEdited();
   int edits();
-  // Somebody runs an action past the tray.
+  // An operator starts an action outside the tray.
   void OwnRunStarted();
-  // Its actions were replaced by new ones with the same names.
+  // The tray's actions were replaced by new ones with the same sample ids.
   void TrayReloaded();
 
-  // --- The runs of a tray
-  // A watcher for the next start; the observer keeps it to the end.
+  // --- The runs of a tray Makes the watcher for the next start. The observer owns it and keeps it
+  // to the end of the run.
   TrayRecord* MakeWatcher();
-  // Errors that have been reported so far.
+  // The number of errors that have been reported so far.
   int errors();
-  // The sample was told as finished: all its tests were given to the archive, or a failure was
-  // reported since there were `errors`; not asked for a tray that was changed since `edits`.
+  // The end of the sample was reported: all its tests must have been given to the archive, or a
+  // failure must have been reported since there were `errors`. Not checked if the tray was changed
+  // since `edits`.
   void CheckFinishedSample(const std::string& sampleId, int edits, int errors);
-  // Whether something was started at the instrument and no CAB has gone out since.
+  // Whether something was started at the instrument and no CAB has been sent since.
   bool IsRunOpen();
-  // An abort has ended a run that was open: if it still is, a CAB is due.
+  // An abort has ended a run. If the run is still open at the instrument, a CAB is due.
   void RunEnded();
 
   // --- Commands of the operators, each with a number in its text
@@ -81,10 +82,10 @@ class Observer {
   void ClientCalled(int number, const std::string& tag);
   void ClientGone(int number);
 
-  // --- At the end
-  // An instrument begins to talk.
+  // --- At the end The conversation with an instrument begins.
   void InstrumentOpened();
-  // What must have happened when the instrument is gone; whether the line was alive till then.
+  // Checks what must have happened when the instrument is destroyed. `lineWasAlive` says whether
+  // frames could pass until then.
   void InstrumentClosed(bool lineWasAlive);
   uint64_t stored() const { return stored_; }
   // When a frame last reached the module.
@@ -97,7 +98,7 @@ class Observer {
     std::vector<uint8_t> payload;  // of its CST
     std::vector<SeenStatus> frames;
     bool isStored = false;
-    bool abortsOpen = false;  // a CAB of before had no answer yet
+    bool abortsOpen = false;  // an earlier CAB had no answer yet
   };
   void CheckSpacing(int64_t now) REQUIRES(lock_);
   void CountOwnCommand(std::string_view payload) REQUIRES(lock_);
@@ -109,7 +110,7 @@ class Observer {
   void CheckMeasured(const Sample& sample, const PlannedTest& test);
   void CheckViscosity(const Sample& sample);
   void CheckTime(const Sample& sample);
-  // A sample that was put into the tray, whatever it is called now.
+  // A sample that was put into the tray, even if it was renamed since.
   struct KnownSample {
     PlannedSample plan;
     size_t stores = 0;      // tests given to the archive since its run began
@@ -124,18 +125,18 @@ class Observer {
   ReplyWatcher reader_ GUARDED_BY(lock_);
   std::deque<StartedTest> starts_ GUARDED_BY(lock_);  // the last few
   int64_t lastWrite_ GUARDED_BY(lock_) = -1;
-  bool frameUnderWay_ GUARDED_BY(lock_) = false;  // it has come, and the module is not done with it
-  int answers_ GUARDED_BY(lock_) = 0;  // frames that it was done with and no later write is due to
+  bool frameUnderWay_ GUARDED_BY(lock_) = false;  // it has come, and the module is handling it
+  int answers_ GUARDED_BY(lock_) = 0;  // frames that were handled and led to no write yet
   bool suppliesSteady_ GUARDED_BY(lock_) = true;
   std::array<uint8_t, 4> supplies_ GUARDED_BY(lock_){};
   int64_t lastFrame_ GUARDED_BY(lock_) = 0;
   int openAborts_ GUARDED_BY(lock_) = 0;   // CABs without their answer
-  int64_t cabDue_ GUARDED_BY(lock_) = -1;  // by when a CAB must have gone out
+  int64_t cabDue_ GUARDED_BY(lock_) = -1;  // deadline for a CAB; -1: none is due
   bool outageReported_ GUARDED_BY(lock_) = false;
-  bool outageExcused_ GUARDED_BY(lock_) = false;  // a second report, by the frame under way
+  bool outageExcused_ GUARDED_BY(lock_) = false;  // by the frame under way
   std::string lastNote_ GUARDED_BY(lock_);
   bool runOpen_ GUARDED_BY(lock_) = false;
-  bool runSeen_ GUARDED_BY(lock_) = false;  // a frame has shown it
+  bool runSeen_ GUARDED_BY(lock_) = false;  // a frame has shown the run
   struct OwnCommand {
     int who = 0;
     int sends = 0;
@@ -143,7 +144,7 @@ class Observer {
     bool gone = false;
   };
   std::vector<OwnCommand> commands_ GUARDED_BY(lock_);
-  std::array<int, 2> lastCommand_ GUARDED_BY(lock_){-1, -1};  // of each operator, sent first
+  std::array<int, 2> lastCommand_ GUARDED_BY(lock_){-1, -1};  // of each operator
   // The host.
   std::map<std::string, std::shared_ptr<KnownSample>> samples_ GUARDED_BY(lock_);  // by sample id
   int thrown_ GUARDED_BY(lock_) = 0;

@@ -15,10 +15,10 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr PlannedTest kOwnTest{-20.0, 6};
-// From inside a watcher's call nothing is put into the tray.
+// A deed inside a watcher's call changes no position of the tray.
 constexpr int kNoPosition = -1;
 
-// Hears of an action that somebody started by hand.
+// Watches an action that an operator started outside the tray.
 class OwnWatcher : public ActionWatcher {
  public:
   OwnWatcher(Observer& observer, HostFaults& host) : observer_(observer), host_(host) {}
@@ -44,7 +44,7 @@ class OwnWatcher : public ActionWatcher {
     finishedEvent_.Set();
     host_.MayThrow();
   }
-  // Behind Stop: it has heard the end once, and no call may come any more.
+  // Called after Stop: the end must have been reported once, and no call may come any more.
   void Close() {
     const UnseenGuard guard(lock_);
     observer_.Require(finished_ == 1, "an action ended without ActionFinished");
@@ -64,7 +64,7 @@ class OwnWatcher : public ActionWatcher {
 
 }  // namespace
 
-// A client of one command. What it heard outlives it.
+// A client of one command. The record of its calls outlives it.
 struct Desk::Client : public CommandClient {
   Client(C_RVX* instrument, Observer& observer, int number)
       : CommandClient(instrument), observer_(observer), number_(number) {}
@@ -239,7 +239,7 @@ void Desk::Do(const OperatorStep& step, size_t who) {
       Replace(step.position);
       return;
     case OperatorDeed::Reload:
-      // The standards belong to one thread.
+      // Reloading reads the standards, which only one thread may do.
       if (who == 0) Reload();
       return;
     case OperatorDeed::Command:
@@ -286,7 +286,7 @@ void Desk::Command(size_t who, Milliseconds lives) {
 }
 
 void Desk::RunOwn(std::unique_ptr<Action> action, const OperatorStep& step) {
-  // One run at a time: the protocol does not tell whose run it is that a status shows.
+  // One run at a time: a status does not tell to which run it belongs.
   if (instrument_->IsTrayRunning() != 0 || ownRuns_.exchange(true)) return;
   observer_.OwnRunStarted();
   OwnWatcher watcher(observer_, host_);

@@ -1,5 +1,5 @@
 // The people at the instrument: they fill trays, start, pause, resume, abort, change, and send
-// commands of their own.
+// further commands.
 #pragma once
 
 #include <atomic>
@@ -18,25 +18,26 @@
 
 namespace rvx::soak {
 
-// The desk at which they all stand. Any thread may do a deed; the instrument is put on it and taken
-// off only while nobody stands there.
+// What the operators do with one instrument. Any thread may call it, except Put, which requires
+// that no operator is at work.
 class Desk {
  public:
   Desk(const Scenario& scenario, Observer& observer, HostFaults& host, FaultyLine& line);
 
+  // Sets the instrument; null takes it away. Not owned.
   void Put(C_RVX* instrument) { instrument_ = instrument; }
 
-  // Puts new actions into the tray.
+  // Puts new actions for these samples into the tray.
   void Fill(const std::vector<PlannedSample>& samples);
   // Takes all actions out of the tray.
   void Clear();
-  // Starts the tray with a watcher of its own: the watcher, or null if it was refused.
+  // Starts the tray with a new watcher. Returns the watcher, or null if the start was refused.
   TrayRecord* Start();
   void Abort();
-  // Ends a pause, and first what a lost CAB has left going at the instrument.
+  // Ends a pause. Before that it aborts what a lost CAB has left running at the instrument.
   void Resume();
 
-  // Starts the operators of the scenario; Leave ends them and waits for them.
+  // Starts the threads of the scenario's operators. Leave ends them and waits for them.
   void Come();
   void Leave();
 
@@ -51,8 +52,7 @@ class Desk {
   void RunOwn(std::unique_ptr<Action> action, const OperatorStep& step);
   std::unique_ptr<C_RVXViscAction> MakeSample(const PlannedSample& plan);
   std::string NextName(const char* kind);
-  // Whether the instrument is running something that nobody has ended, as both it and the module
-  // see it.
+  // Whether both the controller and the module see a run that has not been ended.
   bool IsRunOpen();
 
   const Scenario& scenario_;

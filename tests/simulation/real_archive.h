@@ -1,5 +1,5 @@
-// The host's own archive, a database with its spool, behind the simulated host. The database stands
-// in memory: what a disk can do to it is looked at elsewhere, and a run has to be fast.
+// The host's own archive, a database with its spool, used by the simulated host. The database is in
+// memory: other tests cover the disk's failures, and a run has to be fast.
 #pragma once
 
 #include <optional>
@@ -14,22 +14,22 @@
 
 namespace rvx::soak {
 
-// Any thread.
+// Any thread may call it.
 class RealArchive {
  public:
   // `folder` is for the spool; it is emptied first.
   explicit RealArchive(const std::string& folder);
 
-  // Where the runs of a process have their spool.
+  // The folder for the spool of the runs of a process.
   static std::string FolderOf(int process);
   static void RemoveFolderOf(int process);
 
-  // Gives the archive a sample: nothing, or why it was refused; it then waits in the spool.
+  // Stores a sample. Returns nothing, or why the database refused it; it then waits in the spool.
   std::optional<std::string> Store(const Sample& sample);
-  // Nothing can be written into the database until then.
+  // Makes the database read-only until this moment of monotonic time.
   void BeReadOnlyUntil(platform::Microseconds moment);
-  // Takes in the spool. What is wrong then: empty if every sample that was given is there once, and
-  // as it was given.
+  // Takes in the spool and compares. Returns what is wrong; empty if every stored sample is there
+  // once and unchanged.
   std::string Check();
 
  private:

@@ -10,6 +10,7 @@
 
 namespace rvx::soak {
 
+// How a seed is run. `without` names the faults that are switched off.
 struct RunOptions {
   Profile profile = Profile::Short;
   std::set<Fault> without;
@@ -19,7 +20,8 @@ struct RunOptions {
 // The command that repeats a seed.
 std::string RepeatCommand(uint64_t seed, const RunOptions& options);
 
-// Runs the seed and leaves what happened on the page. Does not return if an invariant breaks.
+// Runs the seed and writes its figures and history to the page. Does not return if an invariant
+// breaks.
 void RunSeed(uint64_t seed, const RunOptions& options, RunPage& page);
 
 }  // namespace rvx::soak

@@ -1,5 +1,5 @@
-// Where a run leaves its traces: memory that outlives the process, since a broken run ends its
-// process at once.
+// Where a run leaves its figures and its history: memory that outlives the process, since a broken
+// run ends its process at once.
 #pragma once
 
 #include <cstdint>
@@ -11,6 +11,7 @@ namespace rvx::soak {
 // Exit code of a run that broke an invariant.
 inline constexpr int kBrokenRunExitCode = 71;
 
+// The figures of a run, or their sums. Equal hashes mean equal runs.
 struct RunFigures {
   uint64_t hash = 0;
   uint64_t switches = 0;
@@ -19,19 +20,20 @@ struct RunFigures {
   uint64_t samples = 0;    // stored
 };
 
-// Plain data in shared memory: one process writes, another reads when the writer is gone.
+// Plain data in shared memory: one process writes, and another reads when the writer has ended.
 class RunPage {
  public:
-  // A page that a child made by fork shares with its parent. Null if there is no memory.
+  // Maps a page that a forked child shares with its parent. Null if there is no memory. The caller
+  // unmaps it.
   static RunPage* Map();
   static void Unmap(RunPage* page);
 
   void Begin(uint64_t seed);
   void Done(const RunFigures& figures);
-  // One line of the run's history; `time` in microseconds.
+  // Adds a line to the run's history; `time` in microseconds.
   void Note(int64_t time, std::string_view text);
-  // What was broken; ends the process at once, without unwinding, since other threads of the run
-  // are in the middle of something.
+  // Records the broken invariant and ends the process at once, without unwinding, since other
+  // threads of the run are still at work.
   [[noreturn]] void Break(int64_t time, std::string_view what);
 
   // Adds the figures of a finished seed to the sums; Clear sets these back.

@@ -14,8 +14,8 @@ using namespace std::chrono_literals;
 
 constexpr double kNoFaults = 0.2;
 constexpr double kEachFault = 0.3;
-// The kinds from one of these on belong together, and half of the seeds have none of them:
-// otherwise hardly a seed would have people without a bad line.
+// Each row is the first of a group of faults. Half of the seeds have no fault of a group: otherwise
+// hardly a seed would have operators without a bad line.
 constexpr struct {
   Fault first;
   const char* name;
@@ -56,7 +56,7 @@ PlannedSample DrawSample(Draws& draws, int position, Profile profile) {
   for (int i = 0; i < tests; ++i) {
     PlannedTest test;
     test.temperature = kTemperatures[draws.Below(static_cast<int>(std::size(kTemperatures)))];
-    // No two tests of a sample are alike, so that a record tells which it is of.
+    // The tests of a sample differ, so that a record tells to which test it belongs.
     test.rotorTime = isShort ? draws.Between(6, 8) + 4 * i : draws.Between(30, 39) + 10 * i;
     sample.tests.push_back(test);
   }
@@ -81,7 +81,7 @@ void DrawTray(Scenario& scenario) {
   if (kind == 0) scenario.controller = ControllerKind::SimulatedOnPort;
   if (kind == 1) scenario.controller = ControllerKind::SimulatedInside;
   if (scenario.controller != ControllerKind::Scripted) scenario.modelCode = '4';
-  // Counters wrap: near their end they do it in the middle of a run.
+  // A counter that starts near its end wraps in the middle of the run.
   if (draws.Chance(0.25)) scenario.startCount = static_cast<uint16_t>(65536 - draws.Between(1, 99));
 }
 

@@ -10,12 +10,13 @@
 
 namespace rvx::soak {
 
+// The size of a run.
 enum class Profile {
   Short,  // 1 to 3 samples with short times
   Tray    // a tray of up to 30 positions with the times of a laboratory
 };
 
-// Who stands at the other end of the line.
+// What is at the other end of the line.
 enum class ControllerKind {
   Scripted,         // plays tests on a port, with the real byte order
   SimulatedOnPort,  // the built-in simulator behind a port, its bytes put into the real order
@@ -34,6 +35,7 @@ struct PlannedSample {
   std::vector<PlannedTest> tests;
 };
 
+// What an operator can do at one step.
 enum class OperatorDeed {
   Start,
   PauseNow,
@@ -51,13 +53,14 @@ enum class OperatorDeed {
 };
 
 struct OperatorStep {
-  platform::Milliseconds at{0};  // behind the start of the tray
+  platform::Milliseconds at{0};  // after the start of the tray
   OperatorDeed deed = OperatorDeed::Start;
   int position = 0;
-  platform::Milliseconds lasts{0};  // for what the operator waits out
+  platform::Milliseconds lasts{0};  // for deeds that the operator waits for
 };
 
-// Something that befalls the line or the instrument at a moment.
+// A fault of the line or the instrument that begins at `at` and lasts. The meaning of `value`
+// depends on the fault.
 struct Mishap {
   platform::Milliseconds at{0};
   Fault fault = Fault::Silent;
@@ -72,13 +75,13 @@ struct Scenario {
 
   ControllerKind controller = ControllerKind::Scripted;
   char modelCode = '4';
-  uint16_t startCount = 1;  // int count
+  uint16_t startCount = 1;  // first int count
 
   int injectionTime = 0;     // s
   int coolDownTime = 2;      // s
   int preconditionTime = 0;  // min
   std::vector<PlannedSample> samples;
-  platform::Milliseconds estimate{0};  // of the tray without trouble
+  platform::Milliseconds estimate{0};  // of the tray without faults
   platform::Milliseconds horizon{0};   // when the faults end
   platform::Milliseconds destroyAt{0};
 
@@ -86,7 +89,8 @@ struct Scenario {
   std::vector<Mishap> mishaps;  // in order of time
 };
 
-// `without` names faults that are switched off; the others stay as the seed draws them.
+// Draws the scenario of a seed. `without` names faults that are switched off; all other draws stay
+// the same.
 Scenario DrawScenario(uint64_t seed, Profile profile, const std::set<Fault>& without);
 
 // The speed counts that the scripted controller shows while it runs a sample of this position.

@@ -28,8 +28,8 @@ std::string RepeatLine(const SweepOptions& sweep) {
 void PrintFailure(const Outcome& failure, SweepOptions sweep) {
   sweep.first = failure.seed;
   fmt::print("\nseed {}: {}\n{}{}", failure.seed, failure.what, RepeatLine(sweep), failure.history);
-  // Only what can be repeated can be narrowed down. The thread sanitizer forgets accesses that are
-  // long ago, which ones depends on all seeds that the process has run.
+  // Only what can be repeated can be narrowed down. The thread sanitizer forgets old accesses, and
+  // which ones depends on all seeds that the process has run.
   if (!RunAlone(sweep).failed) {
     fmt::print("  alone it is good\n");
     return;
@@ -66,7 +66,7 @@ int RunSweep(const Arguments& arguments) {
   return result.failures.empty() ? 0 : 1;
 }
 
-// For scripts: no repeats that narrow the failure down.
+// For scripts: without the repetitions that narrow the failure down.
 int RunUntilFailure(SweepOptions sweep) {
   sweep.jobs = 1;
   sweep.chunk = 10;
@@ -155,7 +155,8 @@ int Main(int argc, char** argv) {
 }  // namespace rvx::soak
 
 #if defined(PLATFORM_THREAD_SANITIZER)
-// A process that went on behind a report would leave open which of its seeds the report is of.
+// If a process went on after a report, it would not be clear to which of its seeds the report
+// belongs.
 extern "C" const char* __tsan_default_options() {
   return "halt_on_error=1:stack_trace_format='    #%n %f %S'";
 }

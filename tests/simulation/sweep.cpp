@@ -26,9 +26,9 @@
 namespace rvx::soak {
 namespace {
 
-// A run that takes so long has come to a halt in a way that the scheduler does not see.
+// Real seconds after which a run counts as hanging in a way that the scheduler does not see.
 constexpr unsigned kHangSeconds = 120;
-// What is shown of what a process wrote: a sanitizer's report is long.
+// Bytes of a process's output that are shown: a sanitizer's report is long.
 constexpr size_t kMaxOutput = 50'000;
 
 // One child with its page and what it writes.
@@ -70,7 +70,8 @@ class Child {
   }
 
  private:
-  // Here, so that the page tells of it: the look at the process's own end gives an exit code only.
+  // Checked here, so that the page records it: the check at the end of the process would only give
+  // an exit code.
   void LookForLeaks() {
 #if defined(PLATFORM_ADDRESS_SANITIZER)
     if (__lsan_do_recoverable_leak_check() != 0)
@@ -119,7 +120,7 @@ double ChildrenCpuSeconds() {
   return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-// A sanitizer's own summary; otherwise what was written first.
+// The sanitizer's summary in the output; without one, the first line.
 std::string LineThatSays(const std::string& output) {
   constexpr std::string_view kSummary = "SUMMARY: ";
   const size_t summary = output.find(kSummary);

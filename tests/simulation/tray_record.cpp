@@ -9,7 +9,7 @@ namespace rvx::soak {
 
 namespace {
 
-// Behind what the host does in the call, also if that raises something.
+// Sets the event after what the host does in the call, even if that throws.
 class SetAtEnd {
  public:
   explicit SetAtEnd(platform::Event& event) : event_(event) {}
@@ -86,7 +86,7 @@ void TrayRecord::SampleStarted(int32_t /*tray*/, int32_t position) {
   {
     const UnseenGuard guard(lock_);
     if (!started_) observer_.Break("SampleStarted before TrayStarted");
-    // The tray's own first and last stage report as position 0.
+    // The tray's first stage (precondition) and last stage (move back) are reported as position 0.
     const bool ownStage = position == 0;
     if (ownStage && lastStarted_ > 0) movesBack_ = true;
     if (movesBack_ && !ownStage) observer_.Break("a sample is started behind the move back");
@@ -120,8 +120,8 @@ void TrayRecord::SampleFinished(int32_t /*tray*/, int32_t position) {
   if (inside) inside(*this);
 }
 
-// A position that was told as finished has a stored or refused sample for each of its tests, or its
-// failure was reported.
+// A position whose end was reported must have a stored or refused sample for each of its tests, or
+// a reported failure.
 void TrayRecord::CheckSamplesOf(int32_t position) {
   std::string sampleId;
   int edits = 0;

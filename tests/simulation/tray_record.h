@@ -1,4 +1,4 @@
-// The watcher of one run of a tray, with what a run promises to its watcher.
+// The watcher of one run of a tray. It checks what a run promises to its watcher.
 #pragma once
 
 #include <functional>
@@ -13,8 +13,8 @@ namespace rvx::soak {
 
 class Observer;
 
-// Kept by the observer to the end of the simulated run, so that a call that comes too late is seen
-// and harms nothing.
+// The observer owns it to the end of the simulated run, so that a late call is detected and does no
+// harm. Any thread may call it.
 class TrayRecord : public TrayWatcher {
  public:
   TrayRecord(Observer& observer, int number) : observer_(observer), number_(number) {}
@@ -26,17 +26,17 @@ class TrayRecord : public TrayWatcher {
   void SampleStatus(int32_t tray, int32_t position, std::string text) override;
   void SampleFinished(int32_t tray, int32_t position) override;
 
-  // Before the start: which sample stands at each filled position.
+  // Called before the start, with the sample id at each filled position.
   void Expect(std::map<int32_t, std::string> samples, int edits);
-  // The start was refused: no call may come.
+  // Called when the start was refused: no call may come.
   void Refused();
   bool hasFinished();
-  // It was not refused and has not heard of the end.
+  // True if the start was not refused and the end has not been reported.
   bool isOpen();
-  // Positions that were told as finished.
+  // The number of positions whose end was reported.
   int finishedSamples();
   platform::Event& finished() { return finishedEvent_; }
-  // Called at the end of every call: what the host does from inside.
+  // Called at the end of every call; does what the host does inside it.
   std::function<void(TrayRecord&)> inside;
 
  private:

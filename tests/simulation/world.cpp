@@ -20,12 +20,13 @@ constexpr char kPort[] = "COM1";
 constexpr char kDeadPort[] = "COM4";
 constexpr char kSimulateKey[] =
     "HKEY_LOCAL_MACHINE\\SOFTWARE\\HaldenInstrument\\TORVELL\\Instruments\\RVX";
-// Destruction: the last commands, what a run may be waiting for, and threads that are held up.
+// Longest destruction: the last commands, what a run may be waiting for, and threads that are held
+// up.
 constexpr Milliseconds kClosing{180'000};
-// From the end of the faults to an instrument that is ready.
+// Longest time from the end of the faults until the instrument is ready.
 constexpr Milliseconds kGettingReady{900'000};
 constexpr Milliseconds kLook{5000};
-// Twenty status frames, and whoever is held up is back.
+// Time for twenty status frames and for held-up threads to go on.
 constexpr Milliseconds kSettling{31'000};
 // How long a person leaves a paused tray alone.
 constexpr Milliseconds kPatience{30'000};
@@ -73,14 +74,14 @@ void World::Run() {
   CheckArchive();
 }
 
-// What a host finds at its next start.
+// Checks what a host finds at its next start.
 void World::CheckArchive() {
   if (!archive_) return;
   const std::string problem = archive_->Check();
   if (!problem.empty()) observer_.Break(problem);
 }
 
-// An instrument whose port can't be opened stays without a line; nothing of it may hang or break.
+// An instrument whose port can't be opened has no line. Its calls must neither hang nor fail.
 void World::RunOnDeadPort() {
   observer_.Note("a port that can't be opened");
   observer_.InstrumentOpened();
@@ -123,13 +124,14 @@ void World::AwaitStatus() {
   instrument_->RemoveStatusEvent(&event);
 }
 
-// Until a tray can be started: homed, cold, idle. On a bad line everything may need another try.
+// Brings the instrument to where a tray can be started: homed, cold, idle. On a bad line each step
+// may need several tries.
 void World::AwaitReady() {
   const Deadline deadline = Deadline::After(kGettingReady);
   const bool plays = scenario_.controller == ControllerKind::Scripted;
   Deadline retry = Deadline::Now();
   for (;;) {
-    // First: before the first status all readings are 0.
+    // Checked first: before the first status all readings are 0.
     const bool speaks = instrument_->GetStatusSequence() > 1;
     const bool homed = instrument_->GetMachineStatus() == 0;
     const bool cold = instrument_->GetTemperature() < 5.0;
@@ -141,7 +143,7 @@ void World::AwaitReady() {
     if ((!homed || !cold) && speaks && retry.HasPassed()) {
       retry = Deadline::After(60s);
       if (!homed) instrument_->SetHomeFlag(nullptr);
-      // The simulator cools with its control off too, and stays idle then.
+      // The simulator also cools with its control off, and then stays idle.
       instrument_->SetTemperatureControl(plays, -20.0, nullptr);
     }
     AwaitStatus();
@@ -155,7 +157,7 @@ void World::RunThroughFaults() {
   const auto mishaps = platform::StartThread("mishaps", [this] { DriveMishaps(); });
   const bool dies = scenario_.rates.Has(Fault::DestroyedEarly);
   const Deadline end = Deadline::After(dies ? scenario_.destroyAt : scenario_.horizon);
-  // An untroubled tray ends by itself, and nobody has to wait for the rest.
+  // A tray without operators ends by itself, and the rest of the time need not pass.
   const bool goesOn = !scenario_.steps[0].empty() || !scenario_.steps[1].empty();
   if (record != nullptr && !goesOn) {
     record->finished().Wait(end);
@@ -196,8 +198,9 @@ void World::Calm() {
   platform::EndStalls();
 }
 
-// With the faults switched off the tray ends by itself. What they have left behind may keep it from
-// that (an instrument that went idle by itself is waited for without a limit): then it is aborted.
+// With the faults switched off the tray should end by itself. An earlier fault may prevent that,
+// for example by a wait without a limit for an instrument that went idle by itself. Then the tray
+// is aborted.
 void World::AwaitEndOfTray() {
   const Deadline deadline = Deadline::After(scenario_.estimate * 2 + kGettingReady);
   while (instrument_->IsTrayRunning() != 0 && !deadline.HasPassed()) {
@@ -213,10 +216,10 @@ void World::AwaitEndOfTray() {
 
 void World::RunFreshTray() {
   observer_.Note("a fresh tray");
-  // What an operator's own action or a lost CAB has left going.
+  // An operator's own action or a lost CAB may have left something running.
   if (line_.IsBusy()) instrument_->SendAbort(nullptr);
-  // The supply voltages are means over twenty status frames, damaged ones among them; what is sent
-  // to the instrument rests on them.
+  // The supply voltages are means over twenty status frames, including damaged ones, and the values
+  // that are sent to the instrument depend on them.
   platform::Sleep(kSettling);
   AwaitReady();
   const uint64_t before = observer_.stored();
@@ -230,7 +233,7 @@ void World::RunFreshTray() {
     if (deadline.HasPassed()) observer_.Break("a fresh tray does not end");
   }
   const uint64_t samples = observer_.stored() - before;
-  // More, where one of before was still being stored.
+  // There may be more, if an earlier sample was still being stored.
   if (samples < 3) observer_.Break(fmt::format("a fresh tray stored {} samples of 3", samples));
 }
 

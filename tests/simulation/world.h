@@ -1,4 +1,4 @@
-// One simulated run: a host, a line, an instrument, people, and what befalls them.
+// One simulated run: a host, a line, an instrument, operators, and their faults.
 #pragma once
 
 #include <atomic>
@@ -18,7 +18,7 @@
 
 namespace rvx::soak {
 
-// Make it and call Run inside a program under virtual time.
+// Must be made, and Run called, inside a program under virtual time.
 class World {
  public:
   World(const Scenario& scenario, RunPage& page);
@@ -26,8 +26,8 @@ class World {
   World(const World&) = delete;
   World& operator=(const World&) = delete;
 
-  // The whole run: the drawn tray with its faults, then, with the faults switched off, the end of
-  // that tray and a fresh one of three samples, which must succeed.
+  // Runs the drawn tray with its faults. Then, with the faults switched off, waits for the end of
+  // that tray and runs a fresh one of three samples, which must succeed.
   void Run();
   uint64_t stored() const { return observer_.stored(); }
 
