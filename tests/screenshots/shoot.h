@@ -13,10 +13,10 @@
 
 namespace rvx {
 
-// Draws windows the same on every machine. Made right behind the QApplication.
+// Draws windows the same on every machine. Must be made immediately after the QApplication.
 class Camera {
  public:
-  // `folder` must exist. The scale is the application's (QT_SCALE_FACTOR).
+  // `folder` must exist. The scale is that of the application (QT_SCALE_FACTOR).
   Camera(QString folder, bool dark, const QLocale& locale)
       : folder_(std::move(folder)),
         suffix_(QStringLiteral("-%1-x%2-%3.png")
@@ -29,7 +29,8 @@ class Camera {
     QLocale::setDefault(locale);
   }
 
-  // A window and the popups that lie over it, as "NAME-light-x1-en.png".
+  // Writes the window and the popups above it to "NAME-light-x1-en.png". Ends the process if it
+  // can't.
   void Shoot(QWidget& window, const QString& name) {
     QTest::qWait(0);
     QRect area = window.geometry();
