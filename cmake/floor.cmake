@@ -13,6 +13,24 @@ function(floor_library name)
   endif()
 endfunction()
 
+# Headers of libraries that are compiled once for a whole floor: with optimisation off or on, a small file
+# spends most of its time on them. floor_headers(NAME HEADERS...) gives a floor a set of its own;
+# floor_headers(NAME SHARED_WITH OTHER) lets it share that of another floor with the same definitions.
+# Headers of ours are not among them, since each change of one would compile the whole floor.
+function(floor_headers name)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    # In a precompiled header g++ 12 does not know the header of strings as the system's own, and warns of
+    # "literal" + std::string in two more ways than the one that cmake/options.cmake names.
+    target_compile_options(${name} PRIVATE -Wno-stringop-overflow -Wno-array-bounds)
+  endif()
+  cmake_parse_arguments(HEADERS "" "SHARED_WITH" "" ${ARGN})
+  if(HEADERS_SHARED_WITH)
+    target_precompile_headers(${name} REUSE_FROM ${HEADERS_SHARED_WITH})
+  else()
+    target_precompile_headers(${name} PRIVATE ${ARGN})
+  endif()
+endfunction()
+
 # floor_test(NAME SOURCES ... LINKS ...) makes one test program and hands its cases to CTest. With a
 # sanitizer, where a process takes longer to start than most cases to run, it hands over the program as a
 # whole; OWN_PROCESSES says that each case needs a process.

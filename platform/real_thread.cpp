@@ -18,16 +18,16 @@ namespace platform::detail {
 namespace {
 
 // The threads that have not ended. Never destroyed: threads may end while the process does.
-struct Census {
+struct LiveThreads {
   std::mutex mutex;
   std::map<uint64_t, std::string> running;  // by number
   uint64_t nextNumber = 0;
   Event changed{"a thread has ended"};
 };
 
-Census& TheCensus() {
-  static auto* const census = new Census;
-  return *census;
+LiveThreads& GetLiveThreads() {
+  static auto* const threads = new LiveThreads;
+  return *threads;
 }
 
 // Nice values; on this system they belong to a thread and not to its process.
@@ -43,7 +43,8 @@ int NicenessOf(ThreadPriority priority) {
   return 0;
 }
 
-void Dress(const std::string& name, ThreadPriority priority) {
+// Gives the calling thread its name and its priority.
+void SetNameAndPriority(const std::string& name, ThreadPriority priority) {
   CurrentRealRecord().threadName = name;
   pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());  // the system takes no more
   if (priority == ThreadPriority::Normal) return;
@@ -78,12 +79,12 @@ class RealThread final : public Thread {
   static std::shared_ptr<RealThread> Start(const std::string& name, std::function<void()> body,
                                            ThreadPriority priority) {
     auto thread = std::make_shared<RealThread>(name);
-    Census& census = TheCensus();
+    LiveThreads& live = GetLiveThreads();
     uint64_t number = 0;
     {
-      const std::lock_guard<std::mutex> guard(census.mutex);
-      number = census.nextNumber++;
-      census.running.emplace(number, name);
+      const std::lock_guard<std::mutex> guard(live.mutex);
+      number = live.nextNumber++;
+      live.running.emplace(number, name);
     }
     try {
       const std::lock_guard<std::mutex> guard(thread->joinMutex_);
@@ -97,18 +98,18 @@ class RealThread final : public Thread {
 
  private:
   static void Leave(uint64_t number) {
-    Census& census = TheCensus();
+    LiveThreads& live = GetLiveThreads();
     {
-      const std::lock_guard<std::mutex> guard(census.mutex);
-      census.running.erase(number);
+      const std::lock_guard<std::mutex> guard(live.mutex);
+      live.running.erase(number);
     }
-    census.changed.Set();
+    live.changed.Set();
   }
 
   static void Run(std::shared_ptr<RealThread> self, std::function<void()> body,
                   ThreadPriority priority, uint64_t number) {
     self->record_ = &CurrentRealRecord();
-    Dress(self->name_, priority);
+    SetNameAndPriority(self->name_, priority);
     RunThreadBody(self->name_, body);
     self->record_ = nullptr;
     self->ended_ = true;
@@ -131,16 +132,16 @@ std::shared_ptr<Thread> StartRealThread(const std::string& name, std::function<v
 }
 
 std::vector<std::string> AwaitRealThreads(const Deadline& deadline) {
-  Census& census = TheCensus();
+  LiveThreads& live = GetLiveThreads();
   for (;;) {
     const bool passed = deadline.HasPassed();
     {
-      const std::lock_guard<std::mutex> guard(census.mutex);
+      const std::lock_guard<std::mutex> guard(live.mutex);
       std::vector<std::string> names;
-      for (const auto& [number, name] : census.running) names.push_back(name);
+      for (const auto& [number, name] : live.running) names.push_back(name);
       if (passed || names.empty()) return names;
     }
-    census.changed.Wait(deadline);
+    live.changed.Wait(deadline);
   }
 }
 

@@ -70,9 +70,12 @@ class OffscreenApplication {
   QGuiApplication application_;
 };
 
+// Held while a sheet is drawn. What draws may take any lock of the instrument.
+constexpr platform::LockRank kApplicationLockRank = 150;
+
 // Only one thread at a time may have its own application.
 platform::PlainLock& ApplicationLock() {
-  static auto* const lock = new platform::PlainLock("PDF application", platform::kLeafRank);
+  static auto* const lock = new platform::PlainLock("PDF application", kApplicationLockRank);
   return *lock;
 }
 
