@@ -160,6 +160,11 @@ class InstrumentScripting {
   // Manual commands, level 10. They block until the instrument has replied or its response time-out
   // is over; the result says what it replied. All but AbortOperation are refused as Busy while a
   // tray runs or is paused; none of them stores anything.
+  //
+  // Says why such a command would be refused at present, if so. A caller that starts one of the
+  // service actions by hand asks this first: a tray starts the same actions, so they can't refuse
+  // by themselves. At once.
+  virtual ScriptingResult MayServe() = 0;
   virtual ScriptingResult SetHomeFlag() = 0;
   virtual ScriptingResult SetTemperature(std::optional<double> celsius) = 0;  // nothing: off
   // Does for a simulated cell what a chiller does for a real one: with the temperature control off,

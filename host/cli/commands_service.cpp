@@ -52,6 +52,7 @@ int Temperature(Session& session, const std::string& text) {
 int RunServiceAction(Session& session, int32_t index, const std::string& context,
                      const std::string& what) {
   const FoundInstrument& found = Prepare(session, what);
+  ThrowIfRefused(found.scripting->MayServe());
   const ExitCode code = RunAction(session, found, index, context);
   if (code != ExitCode::Good) return static_cast<int>(code);
   return Done(session, what);

@@ -1,10 +1,13 @@
 #include "module/execution/view_action.h"
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <utility>
 
 #include "module/execution/screen_failure.h"
 #include "module/execution/screen_maker.h"
+#include "module/instrument/access_check.h"
 #include "module/instrument/c_rvx.h"
 
 namespace rvx {
@@ -90,6 +93,7 @@ CScreenAction::CScreenAction(C_RVX& instrument, ActionIndex index, int labelId,
 
 void CScreenAction::Start(ActionWatcher* watcher, const std::string& context) {
   if (rvx::GetScreenMaker(index_)) {
+    RequireServiceRight();
     CBaseAction::Start(watcher, context);
     return;
   }
@@ -99,6 +103,16 @@ void CScreenAction::Start(ActionWatcher* watcher, const std::string& context) {
       (HasScreens() ? "\" has no screen in this version yet. Nothing was opened or changed."
                     : "\" can't be opened, because the program runs without a display. Nothing was "
                       "changed. Open it from the program's window.");
+  throw new ActionException(std::move(record));
+}
+
+void CScreenAction::RequireServiceRight() {
+  const auto* const end = std::end(kServiceActions);
+  if (std::find(std::begin(kServiceActions), end, index_) == end) return;
+  const auto refusal = FindLevelRefusal(kLevelOperator, "Opening \"" + GetLabel() + "\"");
+  if (!refusal) return;
+  ActionErrorRecord record = instrument().MakeErrorRecord();
+  record.message = *refusal;
   throw new ActionException(std::move(record));
 }
 

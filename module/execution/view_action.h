@@ -17,7 +17,8 @@ class CScreenAction final : public CBaseAction, public ScreenAction {
  public:
   CScreenAction(C_RVX& instrument, ActionIndex index, int labelId, std::string classKey);
   ~CScreenAction() override { StopRun(); }
-  // Throws ActionException where the program has no such screen.
+  // Throws ActionException where the program has no such screen, and for a service screen below
+  // level 10.
   void Start(ActionWatcher* watcher, const std::string& context) override;
   // Calls the editor and returns its result; returns 1 without an editor.
   int32_t Edit() override;
@@ -29,6 +30,10 @@ class CScreenAction final : public CBaseAction, public ScreenAction {
   std::string GetCloseRefusal() override;
 
  private:
+  // Throws if this is a service screen and the present user may not serve. The host's menu is no
+  // guard: it may be older than a log-out.
+  void RequireServiceRight();
+
   const ActionIndex index_;
   const std::string classKey_;
 };

@@ -227,8 +227,7 @@ Action* C_RVX::CreateServiceAction(int32_t index) {
   const ActionIndex action = kServiceActions[static_cast<size_t>(index)];
   if (action == kStepperAction) {
     const ConfigurationGuard guard(configuration_);
-    const char modelCode = configuration_.fields.modelCode;
-    if (modelCode != '2' && modelCode != '4') throw new InvalidException;
+    if (!HasStepperService(configuration_.fields.modelCode)) throw new InvalidException;
   }
   return CreateActionByIndex(action);
 }

@@ -65,6 +65,8 @@ double FirmwareNumber(std::string_view version);
 
 // Models "1" and "3": the user injects the sample by hand.
 constexpr bool IsManualInjection(char modelCode) { return modelCode == '1' || modelCode == '3'; }
+// Models "2" and "4": a person may move the steppers one by one.
+constexpr bool HasStepperService(char modelCode) { return modelCode == '2' || modelCode == '4'; }
 // Models "3" and above: readings and targets are moved by the temperature offset.
 constexpr bool UsesTemperatureOffset(char modelCode) {
   return static_cast<unsigned char>(modelCode) >= '3';

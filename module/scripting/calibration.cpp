@@ -9,8 +9,8 @@
 #include "module/calibration/calibration_report.h"
 #include "module/calibration/standard_group_file.h"
 #include "module/execution/calibration_tray.h"
+#include "module/instrument/problems.h"
 #include "module/instrument/save_cell_constants.h"
-#include "module/scripting/problems.h"
 #include "module/scripting/scriptable_instrument.h"
 #include "platform/text.h"
 

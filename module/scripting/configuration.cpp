@@ -3,10 +3,10 @@
 #include <cmath>
 
 #include "module/calibration/calibration_fit.h"
+#include "module/instrument/problems.h"
 #include "module/instrument/save_cell_constants.h"
 #include "module/instrument/settings_table.h"
 #include "module/protocol/identification.h"
-#include "module/scripting/problems.h"
 #include "module/scripting/scriptable_instrument.h"
 #include "platform/text.h"
 

@@ -1,7 +1,7 @@
 // Printed sheets of an instrument by program.
+#include "module/instrument/problems.h"
 #include "module/printing/constants_sheet.h"
 #include "module/printing/pdf_renderer.h"
-#include "module/scripting/problems.h"
 #include "module/scripting/scriptable_instrument.h"
 #include "platform/time_base.h"
 

@@ -7,7 +7,7 @@
 #include "module/calibration/standards_map.h"
 #include "module/execution/sample_result.h"
 #include "module/execution/visc_action.h"
-#include "module/scripting/problems.h"
+#include "module/instrument/problems.h"
 #include "module/scripting/scriptable_instrument.h"
 #include "platform/text.h"
 

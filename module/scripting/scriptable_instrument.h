@@ -51,6 +51,7 @@ class ScriptableInstrument final : public C_RVX, public InstrumentScripting {
   ScriptingResult SetSampleTests(Action& action, const SampleTests& tests) override;
   int32_t EstimateSeconds(Action& action) override;
 
+  ScriptingResult MayServe() override;
   ScriptingResult SetHomeFlag() override;
   ScriptingResult SetTemperature(std::optional<double> celsius) override;
   ScriptingResult ChillSimulatedCell(double celsius) override;

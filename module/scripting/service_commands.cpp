@@ -1,10 +1,11 @@
 // Identity, readings and the manual commands of an instrument by program.
 #include <algorithm>
 
+#include "module/instrument/problems.h"
+#include "module/instrument/service_access.h"
 #include "module/protocol/frames.h"
 #include "module/protocol/identification.h"
 #include "module/protocol/status_record.h"
-#include "module/scripting/problems.h"
 #include "module/scripting/scriptable_instrument.h"
 #include "platform/text.h"
 
@@ -87,15 +88,6 @@ class ReplyWaiter : public CommandClient, public InstrErrorClient {
   platform::Event answer_{"reply waiter: answer"};
 };
 
-// Checks the level and that no tray runs. A paused tray counts too, since it goes on with the cell,
-// the steppers and the switches as it left them.
-ScriptingResult MayServe(ViscometerInstrument& instrument) {
-  if (ScriptingResult problem = CheckLevel(kLevelOperator, "A service command")) return problem;
-  if (instrument.IsTrayRunning() == 0) return std::nullopt;
-  return Unable(Code::TrayRunning, "A tray is running or paused.",
-                "Nothing was sent. Wait for the end of the tray.");
-}
-
 ScriptingResult CheckCellTemperature(double celsius, const char* alternative) {
   if (celsius >= kColdest && celsius <= kWarmest) return std::nullopt;
   return BadValue(Code::OutOfRange, Field::Temperature,
@@ -104,14 +96,13 @@ ScriptingResult CheckCellTemperature(double celsius, const char* alternative) {
                   kNothingSent);
 }
 
-// Only these models have steppers that a person may move.
-ScriptingResult HasStepperService(C_RVX& instrument) {
+ScriptingResult CheckStepperService(C_RVX& instrument) {
   char modelCode = 0;
   {
     ConfigurationGuard guard(instrument.configuration());
     modelCode = instrument.configuration().fields.modelCode;
   }
-  if (modelCode == '2' || modelCode == '4') return std::nullopt;
+  if (HasStepperService(modelCode)) return std::nullopt;
   return Unable(Code::NoStepperService, "This model has no stepper service.", kNothingSent);
 }
 
@@ -167,16 +158,18 @@ bool ScriptableInstrument::WaitForReadings(uint64_t after, const platform::Deadl
   return arrived;
 }
 
+ScriptingResult ScriptableInstrument::MayServe() { return FindServiceRefusal(*this); }
+
 ScriptingResult ScriptableInstrument::SetHomeFlag() {
-  if (ScriptingResult problem = MayServe(*this)) return problem;
-  if (ScriptingResult problem = HasStepperService(*this)) return problem;
+  if (ScriptingResult problem = FindServiceRefusal(*this)) return problem;
+  if (ScriptingResult problem = CheckStepperService(*this)) return problem;
   ReplyWaiter waiter(*this);
   C_RVX::SetHomeFlag(&waiter);
   return waiter.Wait(kHomeFlagTag, "set home flag");
 }
 
 ScriptingResult ScriptableInstrument::SetTemperature(std::optional<double> celsius) {
-  if (ScriptingResult problem = MayServe(*this)) return problem;
+  if (ScriptingResult problem = FindServiceRefusal(*this)) return problem;
   if (celsius) {
     if (ScriptingResult problem = CheckCellTemperature(*celsius, ", or off")) return problem;
   }
@@ -186,7 +179,7 @@ ScriptingResult ScriptableInstrument::SetTemperature(std::optional<double> celsi
 }
 
 ScriptingResult ScriptableInstrument::ChillSimulatedCell(double celsius) {
-  if (ScriptingResult problem = MayServe(*this)) return problem;
+  if (ScriptingResult problem = FindServiceRefusal(*this)) return problem;
   if (!IsSimulatedInstrument()) {
     return Unable(Code::NotSimulated, "This instrument is real: its cell is cooled by its chiller.",
                   kNothingSent);
@@ -198,7 +191,7 @@ ScriptingResult ScriptableInstrument::ChillSimulatedCell(double celsius) {
 }
 
 ScriptingResult ScriptableInstrument::SetSwitch(ServiceSwitch which, bool on) {
-  if (ScriptingResult problem = MayServe(*this)) return problem;
+  if (ScriptingResult problem = FindServiceRefusal(*this)) return problem;
   ReplyWaiter waiter(*this);
   switch (which) {
     case ServiceSwitch::Injection:
@@ -218,8 +211,8 @@ ScriptingResult ScriptableInstrument::SetSwitch(ServiceSwitch which, bool on) {
 }
 
 ScriptingResult ScriptableInstrument::JogAxis(ServiceAxis axis, int32_t target) {
-  if (ScriptingResult problem = MayServe(*this)) return problem;
-  if (ScriptingResult problem = HasStepperService(*this)) return problem;
+  if (ScriptingResult problem = FindServiceRefusal(*this)) return problem;
+  if (ScriptingResult problem = CheckStepperService(*this)) return problem;
   const AxisLimit& limit = *std::find_if(std::begin(kAxisLimits), std::end(kAxisLimits),
                                          [axis](const AxisLimit& l) { return l.axis == axis; });
   if (target < 0 || target > limit.most) {
@@ -241,7 +234,7 @@ ScriptingResult ScriptableInstrument::AbortOperation() {
 }
 
 ScriptingResult ScriptableInstrument::RunSelfTest(std::vector<std::string>& failures) {
-  if (ScriptingResult problem = MayServe(*this)) return problem;
+  if (ScriptingResult problem = FindServiceRefusal(*this)) return problem;
   ReplyWaiter waiter(*this);
   QuerySelfTest(&waiter);
   if (ScriptingResult problem = waiter.Wait(kSelfTestTag, "self test")) return problem;

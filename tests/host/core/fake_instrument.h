@@ -123,6 +123,7 @@ class FakeInstrument : public rvx::ViscometerInstrument, public rvx::InstrumentS
   rvx::ScriptingResult MakeCalibrationTray(const rvx::CalibrationTrayRequest&) override {
     return {};
   }
+  rvx::ScriptingResult MayServe() override { return {}; }
   rvx::ScriptingResult SetHomeFlag() override { return {}; }
   rvx::ScriptingResult SetTemperature(std::optional<double>) override { return {}; }
   rvx::ScriptingResult ChillSimulatedCell(double) override { return {}; }

@@ -70,7 +70,9 @@ TEST(ScriptingTest, RightsAreCheckedWhereTheChangeIsMade) {
     EXPECT_EQ(instrument.SetCellConstants(-20, 1, 2, 3)->kind(), Kind::NotAllowed);
     EXPECT_EQ(instrument.SetSettings({{"injection-time", "31"}})->kind(), Kind::NotAllowed);
     EXPECT_FALSE(instrument.SetSwitch(ServiceSwitch::Motor, true));
+    EXPECT_FALSE(instrument.MayServe());
     bench.host.security.SetUser("", 0);
+    EXPECT_EQ(instrument.MayServe()->kind(), Kind::NotAllowed);
     EXPECT_EQ(instrument.SetHomeFlag()->kind(), Kind::NotAllowed);
     EXPECT_EQ(instrument.AbortOperation()->kind(), Kind::NotAllowed);
     bench.host.security.SetUser("operator", 10);
@@ -81,7 +83,7 @@ TEST(ScriptingTest, RightsAreCheckedWhereTheChangeIsMade) {
       }
       std::vector<std::string> failures;
       for (const ScriptingResult& result :
-           {instrument.SetHomeFlag(), instrument.SetTemperature({}),
+           {instrument.MayServe(), instrument.SetHomeFlag(), instrument.SetTemperature({}),
             instrument.SetSwitch(ServiceSwitch::Motor, true),
             instrument.JogAxis(ServiceAxis::Tube, 0), instrument.RunSelfTest(failures)}) {
         ASSERT_TRUE(result);

@@ -200,6 +200,10 @@ TEST(ScreenTest, WhatTheProgramCannotShowIsRefusedWithASentence) {
     EXPECT_EQ(print->Edit(), 7);
     EXPECT_NE(refusal().find("no screen in this version"), std::string::npos);
     SetActionEditor(kPrintConfigAction, nullptr);
+    SetScreenMaker(kMonitorAction, [](const ScreenRequest&) { return nullptr; });
+    bench.host.security.SetUser("", 9);
+    EXPECT_NE(refusal().find("\"RVX Monitor\" needs level 10"), std::string::npos);
+    SetScreenMaker(kMonitorAction, nullptr);
     EXPECT_TRUE(watcher.calls().empty());
   });
 }

@@ -1,9 +1,9 @@
-// The failures of scripting operations, in words for people.
+// Refusals and failures of what a person or a program asks for, in words for people.
 #pragma once
 
 #include <string>
 
-#include "boundary/instrument_scripting.h"
+#include "boundary/scripting_problem.h"
 #include "module/instrument/access_check.h"
 
 namespace rvx {
