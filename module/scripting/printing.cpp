@@ -13,11 +13,7 @@ struct Document {
   PageDrawer draw;
 };
 
-Document MakeDocument(ScriptableInstrument& instrument, SheetKind kind) {
-  switch (kind) {
-    case SheetKind::CellConstants:
-      break;
-  }
+Document MakeConstantsDocument(ScriptableInstrument& instrument) {
   ConstantsSheet sheet{instrument.GetIdentity(),
                        instrument.GetInstrumentId(),
                        instrument.GetPortAddressText(),
@@ -32,7 +28,7 @@ Document MakeDocument(ScriptableInstrument& instrument, SheetKind kind) {
 }  // namespace
 
 ScriptingResult ScriptableInstrument::MakePdf(const SheetRequest& request, std::string& pdf) {
-  const Document document = MakeDocument(*this, request.kind);
+  const Document document = MakeConstantsDocument(*this);  // the only kind so far
   const PdfRenderer render = GetPdfRenderer();
   std::string bytes;
   if (render != nullptr) bytes = render(document.title, request.paper, document.draw);
