@@ -14,6 +14,12 @@ inline constexpr int kMaxTests = 20;
 // As a temperature: off, or a test point that is not in use.
 inline constexpr double kTemperatureOff = 65535.0;
 
+// What may be given for a test of a sample.
+inline constexpr int32_t kMinRotorOnTime = 30;        // s
+inline constexpr int32_t kMaxRotorOnTime = 255;       // s, the largest value of a byte in a command
+inline constexpr double kMinKnownViscosity = 1000.0;  // mPa*s
+inline constexpr double kMaxKnownViscosity = 50000.0;  // mPa*s
+
 // The values of a test record.
 struct TestParameters {
   int32_t injectionTime = 0;      // s

@@ -15,24 +15,18 @@ namespace rvx {
 namespace {
 
 // The ranges that the dialogs of the sample actions accept.
-constexpr double kWarmestTest = -5.0;   // degrees C
-constexpr double kColdestTest = -40.0;  // degrees C
-constexpr int32_t kMinRotorTime = 30;
-constexpr int32_t kMaxTime = 255;         // s, the largest value of a byte in a command
-constexpr double kMinViscosity = 1000.0;  // mPa*s
-constexpr double kMaxViscosity = 50000.0;
+constexpr double kWarmestTest = -5.0;          // degrees C
+constexpr double kColdestTest = -40.0;         // degrees C
+constexpr int32_t kMaxTime = kMaxRotorOnTime;  // s, of every time of a sample
 
 bool Measures(Action& action) {
   return action.GetClassName() == kActionClassKeys[kMeasureViscAction];
 }
 
-ScriptingResult CheckTime(std::optional<int32_t> seconds, int32_t least, Field field,
-                          int32_t test = -1) {
+ScriptingResult CheckTime(std::optional<int32_t> seconds, int32_t least, Field field) {
   if (!seconds || (*seconds >= least && *seconds <= kMaxTime)) return std::nullopt;
-  return OfTest(
-      BadValue(Code::OutOfRange, field, platform::FormatText("%d s is out of range.", *seconds),
-               platform::FormatText("%d to %d s", least, kMaxTime)),
-      test);
+  return BadValue(Code::OutOfRange, field, platform::FormatText("%d s is out of range.", *seconds),
+                  platform::FormatText("%d to %d s", least, kMaxTime));
 }
 
 // The viscosity that the store keeps for a standard of this name at a temperature, if any.
@@ -48,6 +42,86 @@ std::optional<double> FindStandard(CStandardsMap* standards, const std::string& 
       delete noSuchStandard;
     }
   }
+  return std::nullopt;
+}
+
+// Checks one test of a sample; of one that is measured, the cell must have constants for it.
+ScriptingResult CheckTest(C_RVX& instrument, const SampleTest& test, bool measures) {
+  if (!(test.temperature >= kColdestTest && test.temperature <= kWarmestTest)) {
+    return BadValue(Code::OutOfRange, Field::Temperature,
+                    platform::FormatText("%g degC is out of range.", test.temperature),
+                    platform::FormatText("%.f to %.f degC", kColdestTest, kWarmestTest));
+  }
+  if (measures && !instrument.HasCellConstants(test.temperature)) {
+    return BadValue(Code::NoCellConstants, Field::Temperature,
+                    platform::FormatText("The cell has no calibration constants for %g degC.",
+                                         test.temperature),
+                    "a calibrated temperature");
+  }
+  if (ScriptingResult problem = CheckTime(test.rotorOnTime, kMinRotorOnTime, Field::RotorOnTime)) {
+    return problem;
+  }
+  if (!test.knownViscosity) return std::nullopt;
+  if (measures) {
+    return BadValue(Code::NotWanted, Field::KnownViscosity,
+                    "A sample that is measured has no known viscosity.", "an empty cell");
+  }
+  if (*test.knownViscosity >= kMinKnownViscosity && *test.knownViscosity <= kMaxKnownViscosity) {
+    return std::nullopt;
+  }
+  return BadValue(Code::OutOfRange, Field::KnownViscosity,
+                  platform::FormatText("%g mPa*s is out of range.", *test.knownViscosity),
+                  platform::FormatText("%.f to %.f mPa*s", kMinKnownViscosity, kMaxKnownViscosity));
+}
+
+// Whether a test record with other times than those of the instrument is wanted.
+bool ChangesTimes(const SampleTests& tests, const TestRecord& defaults) {
+  const int32_t rotorTime = defaults.rotorOnTimes[0];
+  return tests.injectionTime.value_or(defaults.injectionTime) != defaults.injectionTime ||
+         tests.coolDownTime.value_or(defaults.coolDownTime) != defaults.coolDownTime ||
+         std::any_of(tests.tests.begin(), tests.tests.end(), [&](const SampleTest& test) {
+           return test.rotorOnTime.value_or(rotorTime) != rotorTime;
+         });
+}
+
+// Puts the tests into a record that has the instrument's defaults.
+void FillRecord(const SampleTests& tests, TestRecord& record) {
+  const int32_t defaultRotorTime = record.rotorOnTimes[0];
+  record.injectionTime = tests.injectionTime.value_or(record.injectionTime);
+  record.coolDownTime = tests.coolDownTime.value_or(record.coolDownTime);
+  record.testTemperatures.fill(kTemperatureOff);
+  record.rotorOnTimes.fill(0);
+  record.testCount = static_cast<int32_t>(tests.tests.size());
+  for (size_t i = 0; i < tests.tests.size(); ++i) {
+    record.testTemperatures[i] = tests.tests[i].temperature;
+    record.rotorOnTimes[i] = tests.tests[i].rotorOnTime.value_or(defaultRotorTime);
+  }
+}
+
+// The known viscosity of a test of the oil `name`: the stored standard's if there is one.
+ScriptingResult FindKnownViscosity(CStandardsMap* standards, const std::string& name,
+                                   const SampleTest& test, double& viscosity) {
+  const std::optional<double> stored = FindStandard(standards, name, test.temperature);
+  if (!stored && !test.knownViscosity) {
+    return BadValue(
+        Code::Missing, Field::KnownViscosity,
+        platform::FormatText(
+            "The known viscosity is missing, and the store has no standard \"%s\" at %g degC.",
+            name.c_str(), test.temperature),
+        platform::FormatText("%.f to %.f mPa*s, or the name of a stored standard as the sample id",
+                             kMinKnownViscosity, kMaxKnownViscosity));
+  }
+  // An action of a standard takes the store's value whenever it is loaded, so another value would
+  // be lost.
+  if (stored && test.knownViscosity && *stored != *test.knownViscosity) {
+    return BadValue(
+        Code::DiffersFromStandard, Field::KnownViscosity,
+        platform::FormatText(
+            "%g mPa*s differs from the stored standard \"%s\", which has %g mPa*s at %g degC.",
+            *test.knownViscosity, name.c_str(), *stored, test.temperature),
+        "an empty cell or the stored value");
+  }
+  viscosity = stored ? *stored : *test.knownViscosity;
   return std::nullopt;
 }
 
@@ -68,38 +142,8 @@ ScriptingResult ScriptableInstrument::CheckTests(const SampleTests& tests, bool 
   if (ScriptingResult problem = CheckTime(tests.coolDownTime, 0, Field::CoolDownTime))
     return problem;
   for (size_t i = 0; i < tests.tests.size(); ++i) {
-    const SampleTest& test = tests.tests[i];
-    const int32_t index = static_cast<int32_t>(i);
-    if (!(test.temperature >= kColdestTest && test.temperature <= kWarmestTest)) {
-      return OfTest(BadValue(Code::OutOfRange, Field::Temperature,
-                             platform::FormatText("%g degC is out of range.", test.temperature),
-                             platform::FormatText("%.f to %.f degC", kColdestTest, kWarmestTest)),
-                    index);
-    }
-    if (measures && !HasCellConstants(test.temperature)) {
-      return OfTest(
-          BadValue(Code::NoCellConstants, Field::Temperature,
-                   platform::FormatText("The cell has no calibration constants for %g degC.",
-                                        test.temperature),
-                   "a calibrated temperature"),
-          index);
-    }
-    if (ScriptingResult problem =
-            CheckTime(test.rotorOnTime, kMinRotorTime, Field::RotorOnTime, index)) {
-      return problem;
-    }
-    if (!test.knownViscosity) continue;
-    if (measures) {
-      return OfTest(BadValue(Code::NotWanted, Field::KnownViscosity,
-                             "A sample that is measured has no known viscosity.", "an empty cell"),
-                    index);
-    }
-    if (!(*test.knownViscosity >= kMinViscosity && *test.knownViscosity <= kMaxViscosity)) {
-      return OfTest(
-          BadValue(Code::OutOfRange, Field::KnownViscosity,
-                   platform::FormatText("%g mPa*s is out of range.", *test.knownViscosity),
-                   platform::FormatText("%.f to %.f mPa*s", kMinViscosity, kMaxViscosity)),
-          index);
+    if (ScriptingResult problem = CheckTest(*this, tests.tests[i], measures)) {
+      return OfTest(*problem, static_cast<int32_t>(i));
     }
   }
   return std::nullopt;
@@ -121,57 +165,18 @@ ScriptingResult ScriptableInstrument::SetSampleTests(Action& action, const Sampl
 
   sampleAction->ResetToInstrumentDefaults();
   TestRecord record = sampleAction->CopyTestRecord();
-  const int32_t defaultRotorTime = record.rotorOnTimes[0];
-  const bool timesChanged =
-      tests.injectionTime.value_or(record.injectionTime) != record.injectionTime ||
-      tests.coolDownTime.value_or(record.coolDownTime) != record.coolDownTime ||
-      std::any_of(tests.tests.begin(), tests.tests.end(), [&](const SampleTest& test) {
-        return test.rotorOnTime.value_or(defaultRotorTime) != defaultRotorTime;
-      });
-  if (timesChanged) {
+  if (ChangesTimes(tests, record)) {
     if (ScriptingResult problem = CheckLevel(kLevelManager, "Changing the times of a sample")) {
       return problem;
     }
   }
-  record.injectionTime = tests.injectionTime.value_or(record.injectionTime);
-  record.coolDownTime = tests.coolDownTime.value_or(record.coolDownTime);
-  record.testTemperatures.fill(kTemperatureOff);
-  record.rotorOnTimes.fill(0);
-  record.testCount = static_cast<int32_t>(tests.tests.size());
+  FillRecord(tests, record);
   std::array<double, kMaxTests> viscosities{};
-  for (size_t i = 0; i < tests.tests.size(); ++i) {
-    const SampleTest& test = tests.tests[i];
-    record.testTemperatures[i] = test.temperature;
-    record.rotorOnTimes[i] = test.rotorOnTime.value_or(defaultRotorTime);
-    if (measures) continue;
-    const std::optional<double> stored =
-        FindStandard(GetStandards(), action.GetSampleId(), test.temperature);
-    if (!stored && !test.knownViscosity) {
-      return OfTest(
-          BadValue(Code::Missing, Field::KnownViscosity,
-                   platform::FormatText(
-                       "The known viscosity is missing, and the store has no standard \"%s\" at "
-                       "%g degC.",
-                       action.GetSampleId().c_str(), test.temperature),
-                   platform::FormatText(
-                       "%.f to %.f mPa*s, or the name of a stored standard as the sample id",
-                       kMinViscosity, kMaxViscosity)),
-          static_cast<int32_t>(i));
+  for (size_t i = 0; !measures && i < tests.tests.size(); ++i) {
+    if (ScriptingResult problem = FindKnownViscosity(GetStandards(), action.GetSampleId(),
+                                                     tests.tests[i], viscosities[i])) {
+      return OfTest(*problem, static_cast<int32_t>(i));
     }
-    // An action of a standard takes the store's value whenever it is loaded, so another value would
-    // be lost.
-    if (stored && test.knownViscosity && *stored != *test.knownViscosity) {
-      return OfTest(
-          BadValue(
-              Code::DiffersFromStandard, Field::KnownViscosity,
-              platform::FormatText(
-                  "%g mPa*s differs from the stored standard \"%s\", which has %g mPa*s at "
-                  "%g degC.",
-                  *test.knownViscosity, action.GetSampleId().c_str(), *stored, test.temperature),
-              "an empty cell or the stored value"),
-          static_cast<int32_t>(i));
-    }
-    viscosities[i] = stored ? *stored : *test.knownViscosity;
   }
   if (!sampleAction->AssignTests(record, viscosities)) {
     return Unable(Code::SampleStarted, "The sample has been started meanwhile.");

@@ -4,7 +4,6 @@
 #include "module/calibration/standards_map.h"
 #include "module/execution/visc_action.h"
 #include "module/instrument/c_rvx.h"
-#include "module/screens/samples/avail_meas_visc_data.h"
 #include "module/toolkit/editlist/edit_table.h"
 #include "module/toolkit/local_numbers.h"
 #include "platform/text.h"
@@ -15,9 +14,6 @@ namespace {
 constexpr int kTemperatureColumn = 0;
 constexpr int kViscosityColumn = 1;
 constexpr int kRotorTimeColumn = 2;
-// The range of a known viscosity, in mPa*s.
-constexpr double kMinViscosity = 1000.0;
-constexpr double kMaxViscosity = 50000.0;
 
 }  // namespace
 
@@ -67,15 +63,15 @@ std::string CAvailChkViscData::GetDefaultViscosity(int row) {
 
 void CAvailChkViscData::GetDoubleRange(int /*row*/, int column, DoubleRange& range, int& decimals) {
   if (column != kViscosityColumn) throw new InvalidException;
-  range.minimum = kMinViscosity;
-  range.maximum = kMaxViscosity;
+  range.minimum = kMinKnownViscosity;
+  range.maximum = kMaxKnownViscosity;
   decimals = 1;
 }
 
 void CAvailChkViscData::GetIntRange(int /*row*/, int column, IntRange& range) {
   if (column != kRotorTimeColumn) throw new InvalidException;
-  range.minimum = kMinRotorTime;
-  range.maximum = kMaxRotorTime;
+  range.minimum = kMinRotorOnTime;
+  range.maximum = kMaxRotorOnTime;
 }
 
 }  // namespace rvx

@@ -45,8 +45,8 @@ void CAvailMeasViscData::GetDoubleRange(int /*row*/, int /*column*/, DoubleRange
 
 void CAvailMeasViscData::GetIntRange(int /*row*/, int column, IntRange& range) {
   if (column != kRotorTimeColumn) throw new InvalidException;
-  range.minimum = kMinRotorTime;
-  range.maximum = kMaxRotorTime;
+  range.minimum = kMinRotorOnTime;
+  range.maximum = kMaxRotorOnTime;
 }
 
 }  // namespace rvx

@@ -10,10 +10,6 @@ namespace rvx {
 
 class C_RVXViscAction;
 
-// The rotor ON time of a test, in seconds, as it may be typed.
-inline constexpr int kMinRotorTime = 30;
-inline constexpr int kMaxRotorTime = 255;
-
 // Only temperatures at which the cell is calibrated can be chosen. Columns: temperature, rotor ON
 // time.
 class CAvailMeasViscData final : public CICAvailableData {
