@@ -15,9 +15,8 @@ using platform::FormatText;
 
 // The limits of a screen's number field are themselves not accepted there, so such an end is open
 // here.
-constexpr SettingRange Closed(double least, double most) { return {least, most, false, false}; }
-constexpr SettingRange Below(double least, double most) { return {least, most, false, true}; }
-constexpr SettingRange Between(double least, double most) { return {least, most, true, true}; }
+constexpr SettingRange Closed(double least, double most) { return {least, most, false}; }
+constexpr SettingRange Below(double least, double most) { return {least, most, true}; }
 
 // The range of one byte in a command, in seconds.
 constexpr SettingRange kSeconds = Closed(0, 255);
@@ -33,7 +32,8 @@ constexpr Setting kSettings[] = {
      .description = "name of the instrument",
      .kind = Kind::Name,
      .group = Group::Instrument,
-     .field = &Config::instrumentId},
+     .field = &Config::instrumentId,
+     .isEmptyDoubtful = true},
     {.key = "configuration-id",
      .label = "",
      .unit = "",
@@ -58,8 +58,7 @@ constexpr Setting kSettings[] = {
      .range = Below(0, 2),
      .decimals = 6,
      .integerDigits = 1,
-     .isZeroDoubtful = true},
-    // The search for the counts of a temperature divides by this value.
+     .isEmptyDoubtful = true},
     {.key = "probe-a1",
      .label = "a1 :",
      .unit = "",
@@ -67,10 +66,10 @@ constexpr Setting kSettings[] = {
      .kind = Kind::Decimal,
      .group = Group::Probe,
      .field = &Config::a1,
-     .range = Between(0, 1),
+     .range = Below(0, 1),
      .decimals = 6,
      .integerDigits = 1,
-     .isZeroDoubtful = true},
+     .isEmptyDoubtful = true},
     {.key = "probe-a2",
      .label = "a2 :",
      .unit = "",
@@ -81,7 +80,7 @@ constexpr Setting kSettings[] = {
      .range = Below(0, 1),
      .decimals = 9,
      .integerDigits = 1,
-     .isZeroDoubtful = true},
+     .isEmptyDoubtful = true},
     {.key = "check-standard",
      .label = "P&rompt for check standards every ",
      .unit = "",
@@ -335,40 +334,60 @@ void StoreText(const SettingField& field, ConfigurationFields& record, const std
       field);
 }
 
-bool WriteText(const Setting& setting, ConfigurationFields& record, const std::string& text) {
+bool AcceptsNumber(const Setting& setting, double value) {
+  if (setting.kind == SettingKind::Choice) {
+    return std::find(kInjectionTemperatures.begin(), kInjectionTemperatures.end(), value) !=
+           kInjectionTemperatures.end();
+  }
+  const SettingRange& range = setting.range;
+  // Written so that NaN is in no range.
+  const bool isAbove = value >= range.least;
+  const bool isBelow = range.isMostOpen ? value < range.most : value <= range.most;
+  if (!isAbove || !isBelow) return false;
+  return setting.group == SettingGroup::None ||
+         platform::ParseDouble(FormatText("%.*f", setting.decimals, value)) == value;
+}
+
+SettingAnswer WriteText(const Setting& setting, ConfigurationFields& record,
+                        const std::string& text) {
   // Control characters are the separators of the stored text.
   const bool isPlain = std::none_of(text.begin(), text.end(),
                                     [](char c) { return static_cast<unsigned char>(c) < 0x20; });
-  const bool isName = !text.empty() && text.find_first_of("\",") == std::string::npos;
-  if (!isPlain || (setting.kind == SettingKind::Name && !isName)) return false;
+  const bool isEmptyName = text.empty() && setting.isEmptyDoubtful;
+  const bool isName =
+      isEmptyName || (!text.empty() && text.find_first_of("\",") == std::string::npos);
+  if (!isPlain || (setting.kind == SettingKind::Name && !isName)) return SettingAnswer::Refused;
   StoreText(setting.field, record, text);
-  return true;
+  return isEmptyName ? SettingAnswer::Doubtful : SettingAnswer::Accepted;
 }
 
 // The name of a csv file is added directly after the location, so that has to end with a separator.
-bool WriteFolder(const Setting& setting, ConfigurationFields& record, const std::string& text) {
-  std::error_code error;
-  if (!std::filesystem::is_directory(text, error)) return false;
-  return WriteText(setting, record, text.back() == '/' ? text : text + '/');
+SettingAnswer WriteFolder(const Setting& setting, ConfigurationFields& record,
+                          const std::string& text) {
+  const bool needsSeparator = !text.empty() && text.back() != '/';
+  return WriteText(setting, record, needsSeparator ? text + '/' : text);
 }
 
-bool WriteNumber(const Setting& setting, ConfigurationFields& record, const std::string& text) {
+SettingAnswer WriteNumber(const Setting& setting, ConfigurationFields& record,
+                          const std::string& text) {
   std::optional<double> value;
   if (setting.kind == SettingKind::Whole) {
     value = platform::ParseInt(text);
   } else {
     value = platform::ParseDouble(text);
   }
-  if (!value || !AcceptsNumber(setting, *value)) return false;
+  if (!value || !AcceptsNumber(setting, *value)) return SettingAnswer::Refused;
   StoreNumber(setting.field, record, *value);
-  return true;
+  return setting.isEmptyDoubtful && *value == 0.0 ? SettingAnswer::Doubtful
+                                                  : SettingAnswer::Accepted;
 }
 
-bool WriteSwitch(const Setting& setting, ConfigurationFields& record, const std::string& text) {
+SettingAnswer WriteSwitch(const Setting& setting, ConfigurationFields& record,
+                          const std::string& text) {
   const bool on = text == "on" || text == "1";
-  if (!on && text != "off" && text != "0") return false;
+  if (!on && text != "off" && text != "0") return SettingAnswer::Refused;
   StoreNumber(setting.field, record, on ? 1 : 0);
-  return true;
+  return SettingAnswer::Accepted;
 }
 
 }  // namespace
@@ -390,8 +409,8 @@ std::string AcceptedText(const Setting& setting) {
       const double step = std::pow(10.0, -setting.decimals);
       const SettingRange& range = setting.range;
       return FormatText("%.*f to %.*f", setting.decimals,
-                        range.isLeastOpen ? range.least + step : range.least, setting.decimals,
-                        range.isMostOpen ? range.most - step : range.most);
+                        setting.isEmptyDoubtful ? range.least + step : range.least,
+                        setting.decimals, range.isMostOpen ? range.most - step : range.most);
     }
     case SettingKind::Choice: {
       std::string all;
@@ -414,20 +433,6 @@ std::string AcceptedText(const Setting& setting) {
   return "a text";
 }
 
-bool AcceptsNumber(const Setting& setting, double value) {
-  if (setting.kind == SettingKind::Choice) {
-    return std::find(kInjectionTemperatures.begin(), kInjectionTemperatures.end(), value) !=
-           kInjectionTemperatures.end();
-  }
-  const SettingRange& range = setting.range;
-  // Written so that NaN is in no range.
-  const bool isAbove = range.isLeastOpen ? value > range.least : value >= range.least;
-  const bool isBelow = range.isMostOpen ? value < range.most : value <= range.most;
-  if (!isAbove || !isBelow) return false;
-  return setting.group == SettingGroup::None ||
-         platform::ParseDouble(FormatText("%.*f", setting.decimals, value)) == value;
-}
-
 std::string ReadSetting(const Setting& setting, const ConfigurationFields& record) {
   const double number = NumberOf(setting.field, record);
   switch (setting.kind) {
@@ -447,9 +452,12 @@ std::string ReadSetting(const Setting& setting, const ConfigurationFields& recor
   return TextOf(setting.field, record);
 }
 
-bool WriteSetting(const Setting& setting, ConfigurationFields& record, const std::string& text) {
-  if (setting.level == kLevelUnreachable) return false;
-  if (setting.isOnModel != nullptr && !setting.isOnModel(record.modelCode)) return false;
+SettingAnswer WriteSetting(const Setting& setting, ConfigurationFields& record,
+                           const std::string& text) {
+  if (setting.level == kLevelUnreachable) return SettingAnswer::Refused;
+  if (setting.isOnModel != nullptr && !setting.isOnModel(record.modelCode)) {
+    return SettingAnswer::Refused;
+  }
   switch (setting.kind) {
     case SettingKind::Whole:
     case SettingKind::Decimal:
@@ -465,7 +473,18 @@ bool WriteSetting(const Setting& setting, ConfigurationFields& record, const std
     case SettingKind::Count:
       break;
   }
-  return false;
+  return SettingAnswer::Refused;
+}
+
+const Setting* FindMissingFolder(const ConfigurationFields& changed,
+                                 const ConfigurationFields& before) {
+  const TestRecord& now = changed.testRecord;
+  const TestRecord& old = before.testRecord;
+  if (now.csvFlag == 0) return nullptr;
+  if (old.csvFlag != 0 && now.saveLocation == old.saveLocation) return nullptr;
+  std::error_code error;
+  if (std::filesystem::is_directory(now.saveLocation, error)) return nullptr;
+  return FindSetting("save-location");
 }
 
 void CopySetting(const Setting& setting, ConfigurationFields& to, const ConfigurationFields& from) {

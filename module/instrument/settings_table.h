@@ -21,7 +21,7 @@ enum class SettingKind {
   Switch,   // on or off
   Name,     // a name: not empty, without quotes and commas
   Text,     // any text
-  Folder,   // a folder that exists, kept with its trailing separator
+  Folder,   // a folder, kept with its trailing separator; FindMissingFolder says if it must exist
   Count     // a whole number that only the program counts; kNeverChecked and more is "never"
 };
 
@@ -37,8 +37,14 @@ enum class SettingGroup {
 struct SettingRange {
   double least = 0.0;
   double most = 0.0;
-  bool isLeastOpen = false;
   bool isMostOpen = false;
+};
+
+// What the table says to a value.
+enum class SettingAnswer {
+  Accepted,
+  Doubtful,  // may be stored after the user has been asked; refused where nobody can be asked
+  Refused
 };
 
 // Where a setting is kept: a field of the configuration or of its test record; of an array it means
@@ -64,8 +70,9 @@ struct Setting {
   int32_t level = kLevelManager;  // needed for a change
   // Whether a model has the setting; null: all have it.
   bool (*isOnModel)(char modelCode) = nullptr;
-  // Whether a value of 0 makes every temperature wrong, so that a screen asks before it stores 0.
-  bool isZeroDoubtful = false;
+  // Whether 0, or the empty text, is doubtful: it is what an emptied field holds, and with it every
+  // temperature is wrong, or the instrument's samples can't be told from those of others.
+  bool isEmptyDoubtful = false;
 };
 
 // The injection temperatures, degrees C, in the order in which people choose from them.
@@ -77,19 +84,26 @@ std::span<const Setting> GetSettingsTable();
 // Null for an unknown key.
 const Setting* FindSetting(const std::string& key);
 
-// What may be written, for messages: "0 to 255". The ends are numbers that are accepted.
+// What may be written without a question, for messages: "0 to 255". The ends are numbers that are
+// accepted.
 std::string AcceptedText(const Setting& setting);
-// Whether a field with this number may be stored. For a setting on a screen, numbers with more
-// decimals than can be typed there are not accepted.
-bool AcceptsNumber(const Setting& setting, double value);
 
 // The next three work on a working copy, or on the fields of a record between Lock and Unlock.
 
 // The value as text, with a point as decimal sign.
 std::string ReadSetting(const Setting& setting, const ConfigurationFields& record);
-// Returns false and writes nothing if the text is not accepted, the record's model has no such
-// setting or nobody may write it. The caller checks the level.
-bool WriteSetting(const Setting& setting, ConfigurationFields& record, const std::string& text);
+// Writes an accepted or a doubtful text, so whoever refuses a doubtful one works on a copy. Refuses
+// and writes nothing if the text is not accepted, the record's model has no such setting or nobody
+// may write it. For a setting on a screen, numbers with more decimals than can be typed there are
+// refused. The caller checks the level, and the folder after the last setting.
+SettingAnswer WriteSetting(const Setting& setting, ConfigurationFields& record,
+                           const std::string& text);
+// The setting of the folder for csv files, if files are to be written from now on to a folder that
+// does not exist; null if all is well. A folder that nothing is written to may be missing, so this
+// is checked after all changes, and only if they have changed the folder or its switch. Asks the
+// file system.
+const Setting* FindMissingFolder(const ConfigurationFields& changed,
+                                 const ConfigurationFields& before);
 // Copies the exact value, digits that are not shown included.
 void CopySetting(const Setting& setting, ConfigurationFields& to, const ConfigurationFields& from);
 

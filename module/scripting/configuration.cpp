@@ -5,6 +5,7 @@
 #include "module/calibration/calibration_fit.h"
 #include "module/instrument/problems.h"
 #include "module/instrument/save_cell_constants.h"
+#include "module/instrument/settings_change.h"
 #include "module/instrument/settings_table.h"
 #include "module/protocol/identification.h"
 #include "module/scripting/scriptable_instrument.h"
@@ -39,28 +40,63 @@ std::string FindDamage(const ConfigurationFields& record) {
   return std::string();
 }
 
-}  // namespace
-
-ScriptingResult ScriptableInstrument::MayConfigure(int32_t level) {
-  if (ScriptingResult problem = CheckLevel(level, "Changing the settings")) return problem;
-  if (IsTrayActive() == 0) return std::nullopt;
-  return Unable(Code::TrayRunning, "The settings can't be changed while a tray is running.",
-                "Nothing was changed. Pause the tray or wait for its end.");
-}
-
-ScriptingResult ScriptableInstrument::Store(const std::function<void()>& undo) {
-  GetInstrumentManager()->NotifyInstrumentChanged();
-  try {
-    GetInstrumentArchive()->StoreInstrument(GetArchiveKey(), this);
-    return std::nullopt;
-  } catch (ArchiveException* failure) {
-    const std::string reason = failure->GetRecord().message;
-    delete failure;
-    undo();
-    GetInstrumentManager()->NotifyInstrumentChanged();
-    return NotStored(Code::NotStored, reason);
+// Reads the configuration in a settings text of an instrument of this type, or says why the text
+// can't be taken as a whole.
+ScriptingResult ReadText(const std::string& text, const std::string& typeName,
+                         ConfigurationFields& trial) {
+  const auto damaged = [](const std::string& found) {
+    return BadValue(Code::DamagedText, Field::SettingsText, found, std::string(), kNothingChanged);
+  };
+  const std::vector<std::string> lines = platform::SplitFields(text, '\n');
+  constexpr size_t kMinLines = 4;
+  if (lines.size() < kMinLines || lines.front() != typeName) {
+    return damaged(platform::FormatText(
+        "This is no settings text of an %s: it has %zu lines and begins with \"%.40s\"; it should "
+        "have at least %zu and begin with \"%s\".",
+        typeName.c_str(), lines.size(), lines.empty() ? "" : lines.front().c_str(), kMinLines,
+        typeName.c_str()));
   }
+  constexpr size_t kMinFields = 44;
+  const size_t fields = platform::SplitFields(lines[kConfigurationLine], '\x0B').size();
+  if (fields < kMinFields) {
+    return damaged(
+        platform::FormatText("Line 3 of the settings text has %zu fields; at least %zu are needed.",
+                             fields, kMinFields));
+  }
+  trial.FromText(lines[kConfigurationLine], kLoadAll);
+  const std::string wrong = FindDamage(trial);
+  if (wrong.empty()) return std::nullopt;
+  return damaged("The settings text " + wrong + ".");
 }
+
+ScriptingProblem NotAccepted(const Setting& setting, const std::string& value) {
+  return OfSetting(BadValue(Code::NotAccepted, Field::Setting,
+                            "The settings text has \"" + value + "\" for " + setting.key + ".",
+                            AcceptedText(setting), kNothingChanged),
+                   setting.key);
+}
+
+// The values of a text were never checked, so those that it changes are checked like typed ones.
+ScriptingResult CheckChanges(const ConfigurationFields& trial, const ConfigurationFields& present) {
+  for (const Setting& setting : GetSettingsTable()) {
+    if (setting.level == kLevelUnreachable) continue;
+    const std::string value = ReadSetting(setting, trial);
+    if (value == ReadSetting(setting, present)) continue;
+    ConfigurationFields probe = trial;
+    if (WriteSetting(setting, probe, value) != SettingAnswer::Accepted) {
+      return NotAccepted(setting, value);
+    }
+    if (ScriptingResult problem =
+            CheckLevel(setting.level, std::string("Changing ") + setting.key)) {
+      return OfSetting(*problem, setting.key);
+    }
+  }
+  const Setting* folder = FindMissingFolder(trial, present);
+  if (folder != nullptr) return NotAccepted(*folder, ReadSetting(*folder, trial));
+  return std::nullopt;
+}
+
+}  // namespace
 
 std::vector<CellConstants> ScriptableInstrument::GetCellConstants() {
   std::vector<CellConstants> all;
@@ -94,7 +130,7 @@ ScriptingResult ScriptableInstrument::FindSlot(double temperature, int& slot) {
 
 ScriptingResult ScriptableInstrument::SetCellConstants(double temperature, double b0, double b1,
                                                        double b2) {
-  if (ScriptingResult problem = MayConfigure(kLevelManager)) return problem;
+  if (ScriptingResult problem = FindSettingsRefusal(*this)) return problem;
   int found = 0;
   if (ScriptingResult problem = FindSlot(temperature, found)) return problem;
   if (!std::isfinite(b0) || !std::isfinite(b1) || !std::isfinite(b2)) {
@@ -131,90 +167,15 @@ std::vector<InstrumentSetting> ScriptableInstrument::GetSettings() {
 
 ScriptingResult ScriptableInstrument::SetSettings(
     const std::vector<std::pair<std::string, std::string>>& values) {
-  if (ScriptingResult problem = MayConfigure(kLevelManager)) return problem;
-  ConfigurationFields trial = configuration().Copy();
-  for (const auto& [key, value] : values) {
-    const Setting* setting = FindSetting(key);
-    if (setting == nullptr) {
-      return OfSetting(Unable(Code::UnknownSetting, "There is no setting \"" + key + "\"."), key);
-    }
-    if (setting->level == kLevelUnreachable) {
-      return OfSetting(
-          Unable(Code::FixedSetting,
-                 "\"" + key + "\" can't be changed here: it is " + AcceptedText(*setting) + ".",
-                 kNothingChanged),
-          key);
-    }
-    if (ScriptingResult problem = CheckLevel(setting->level, "Changing " + key)) {
-      return OfSetting(*problem, key);
-    }
-    if (!WriteSetting(*setting, trial, value)) {
-      const std::string unit =
-          *setting->unit == '\0' ? std::string() : std::string(" ") + setting->unit;
-      return OfSetting(BadValue(Code::NotAccepted, Field::Setting,
-                                "\"" + value + "\" is not accepted for " + key + ".",
-                                AcceptedText(*setting) + unit, kNothingChanged),
-                       key);
-    }
-  }
-  // Field by field, since the instrument's threads keep values in the record too.
-  ConfigurationRecord& record = configuration();
-  const ConfigurationFields before = record.Copy();
-  const auto copyFrom = [&record, &values](const ConfigurationFields& source) {
-    ConfigurationGuard guard(record);
-    for (const auto& [key, value] : values) CopySetting(*FindSetting(key), record.fields, source);
-  };
-  copyFrom(trial);
-  return Store([&] { copyFrom(before); });
+  return ChangeSettings(*this, values, Doubts::Refuse, WhenNotStored::PutBack);
 }
 
 ScriptingResult ScriptableInstrument::ImportSettings(const std::string& text) {
-  if (ScriptingResult problem = MayConfigure(kLevelManager)) return problem;
-  const std::vector<std::string> lines = platform::SplitFields(text, '\n');
-  constexpr size_t kMinLines = 4;
-  if (lines.size() < kMinLines || lines.front() != GetTypeName()) {
-    return BadValue(
-        Code::DamagedText, Field::SettingsText,
-        platform::FormatText("This is no settings text of an %s: it has %zu lines and begins with "
-                             "\"%.40s\"; it should have at least %zu and begin with \"%s\".",
-                             GetTypeName().c_str(), lines.size(),
-                             lines.empty() ? "" : lines.front().c_str(), kMinLines,
-                             GetTypeName().c_str()),
-        std::string(), kNothingChanged);
-  }
-  ConfigurationFields trial = configuration().Copy();
-  constexpr size_t kMinFields = 44;
-  const size_t fields = platform::SplitFields(lines[kConfigurationLine], '\x0B').size();
-  if (fields < kMinFields) {
-    return BadValue(Code::DamagedText, Field::SettingsText,
-                    platform::FormatText("Line 3 of the settings text has %zu fields; at least %zu "
-                                         "are needed.",
-                                         fields, kMinFields),
-                    std::string(), kNothingChanged);
-  }
-  const ConfigurationFields present = trial;
-  trial.FromText(lines[kConfigurationLine], kLoadAll);
-  if (const std::string wrong = FindDamage(trial); !wrong.empty()) {
-    return BadValue(Code::DamagedText, Field::SettingsText, "The settings text " + wrong + ".",
-                    std::string(), kNothingChanged);
-  }
-  // The values of a text were never checked, so they are checked here like typed ones.
-  for (const Setting& setting : GetSettingsTable()) {
-    if (setting.level == kLevelUnreachable) continue;
-    const std::string value = ReadSetting(setting, trial);
-    if (value == ReadSetting(setting, present)) continue;
-    ConfigurationFields probe = trial;
-    if (!WriteSetting(setting, probe, value)) {
-      return OfSetting(BadValue(Code::NotAccepted, Field::Setting,
-                                "The settings text has \"" + value + "\" for " + setting.key + ".",
-                                AcceptedText(setting), kNothingChanged),
-                       setting.key);
-    }
-    if (ScriptingResult problem =
-            CheckLevel(setting.level, std::string("Changing ") + setting.key)) {
-      return OfSetting(*problem, setting.key);
-    }
-  }
+  if (ScriptingResult problem = FindSettingsRefusal(*this)) return problem;
+  const ConfigurationFields present = configuration().Copy();
+  ConfigurationFields trial = present;
+  if (ScriptingResult problem = ReadText(text, GetTypeName(), trial)) return problem;
+  if (ScriptingResult problem = CheckChanges(trial, present)) return problem;
   const std::string old = SaveSettingsText();
   LoadSettingsText(text, kLoadAll);
   {
@@ -223,7 +184,7 @@ ScriptingResult ScriptableInstrument::ImportSettings(const std::string& text) {
     ConfigurationGuard guard(configuration());
     configuration().fields.serialNumber = present.serialNumber;
   }
-  return Store([this, &old] { LoadSettingsText(old, kLoadAll); });
+  return StoreSettings(*this, [this, &old] { LoadSettingsText(old, kLoadAll); });
 }
 
 }  // namespace rvx

@@ -1,7 +1,6 @@
 // The instrument with its operations for programs.
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -61,10 +60,6 @@ class ScriptableInstrument final : public C_RVX, public InstrumentScripting {
   ScriptingResult RunSelfTest(std::vector<std::string>& failures) override;
 
  private:
-  // Checks that the user has the level and that no tray is running unless it is paused.
-  ScriptingResult MayConfigure(int32_t level);
-  // Tells the host and stores the settings; on failure `undo` puts the old values back.
-  ScriptingResult Store(const std::function<void()>& undo);
   ScriptingResult CheckTests(const SampleTests& tests, bool measures);
   // The slot of a calibration temperature in use, or the problem.
   ScriptingResult FindSlot(double temperature, int& slot);

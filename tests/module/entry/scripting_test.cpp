@@ -1,6 +1,7 @@
 // What the scripting interface does with an instrument, and what it refuses.
 #include <gtest/gtest.h>
 
+#include "module/instrument/settings_change.h"
 #include "module/scripting/scriptable_instrument.h"
 #include "tests/module/entry/tray_fixture.h"
 
@@ -32,7 +33,7 @@ TEST(ScriptingTest, SettingsAreTakenAllOrNoneAndStored) {
   RunVirtual([] {
     ScriptingBench bench;
     ScriptableInstrument& instrument = *bench.instrument;
-    EXPECT_FALSE(instrument.SetSettings({{"injection-time", "30"}, {"save-csv", "on"}}));
+    EXPECT_FALSE(instrument.SetSettings({{"injection-time", "30"}, {"check-standard", "on"}}));
     EXPECT_EQ(bench.Value("injection-time"), "30");
     EXPECT_NE(bench.host.instrumentArchive.GetText("RVXCOM1:0").find("\v30\t"), std::string::npos);
     for (const auto& [key, value] : std::vector<std::pair<std::string, std::string>>{
@@ -44,11 +45,32 @@ TEST(ScriptingTest, SettingsAreTakenAllOrNoneAndStored) {
       EXPECT_EQ(problem->setting, key);
       EXPECT_EQ(bench.Value("cool-down-time"), "180");
     }
-    bench.host.instrumentArchive.storeFailures.FailNext(1);
+    bench.host.instrumentArchive.storeFailures.FailNext(2);
     const ScriptingResult failed = instrument.SetSettings({{"injection-time", "31"}});
     ASSERT_TRUE(failed);
     EXPECT_EQ(failed->kind(), Kind::Archive);
     EXPECT_EQ(bench.Value("injection-time"), "30");
+    // A screen keeps what its user has confirmed, stored or not.
+    const auto change = [&](Doubts doubts) {
+      return ChangeSettings(instrument, {{"probe-a1", "0"}}, doubts, WhenNotStored::StayInForce);
+    };
+    EXPECT_EQ(change(Doubts::Refuse)->kind(), Kind::BadValue);
+    EXPECT_EQ(change(Doubts::Confirmed)->kind(), Kind::Archive);
+    EXPECT_EQ(bench.Value("probe-a1"), "0.000000");
+  });
+}
+
+TEST(ScriptingTest, TheFolderMustExistOnlyIfFilesAreWrittenToIt) {
+  RunVirtual([] {
+    ScriptingBench bench;
+    ScriptableInstrument& instrument = *bench.instrument;
+    EXPECT_FALSE(instrument.SetSettings({{"save-csv", "off"}, {"save-location", "/no/folder"}}));
+    const std::string elsewhere = instrument.SaveSettingsText();
+    EXPECT_EQ(instrument.SetSettings({{"save-csv", "on"}})->setting, "save-location");
+    EXPECT_FALSE(instrument.SetSettings({{"save-csv", "on"}, {"save-location", "/tmp"}}));
+    EXPECT_EQ(instrument.SetSettings({{"save-location", "/no/folder"}})->setting, "save-location");
+    EXPECT_FALSE(instrument.ImportSettings(elsewhere)) << "nothing is written there";
+    EXPECT_EQ(bench.Value("save-location"), "/no/folder/");
   });
 }
 

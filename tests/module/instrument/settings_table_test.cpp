@@ -34,13 +34,14 @@ std::string AnyNumber(double least, double most, int decimals) {
   return platform::FormatText("%.*f", shown, value);
 }
 
-// Writes the text; true if it was accepted. No other setting may change.
-bool Write(const Setting& setting, const std::string& text) {
+// Writes the text. No other setting may change.
+SettingAnswer Answer(const Setting& setting, const std::string& text) {
   ConfigurationFields record = MakeDefaultConfiguration('4');
   const std::string before = record.ToText();
-  if (!WriteSetting(setting, record, text)) {
+  const SettingAnswer answer = WriteSetting(setting, record, text);
+  if (answer == SettingAnswer::Refused) {
     RC_ASSERT(record.ToText() == before);
-    return false;
+    return answer;
   }
   const double kept = platform::ParseLeadingDouble(ReadSetting(setting, record));
   RC_ASSERT(std::fabs(kept - platform::ParseLeadingDouble(text)) <
@@ -50,7 +51,12 @@ bool Write(const Setting& setting, const std::string& text) {
   RC_ASSERT(back.ToText() == record.ToText());
   CopySetting(setting, back, MakeDefaultConfiguration('4'));
   RC_ASSERT(back.ToText() == before);
-  return true;
+  return answer;
+}
+
+// Whether it is accepted without a question.
+bool Write(const Setting& setting, const std::string& text) {
+  return Answer(setting, text) == SettingAnswer::Accepted;
 }
 
 RC_GTEST_PROP(SettingsTable, TakesWhatAScreenLetsBeTyped, ()) {
@@ -66,10 +72,12 @@ RC_GTEST_PROP(SettingsTable, TakesWhatAScreenLetsBeTyped, ()) {
       typed.decimals == 0
           ? text.find('.') == std::string::npos
           : platform::ParseDouble(platform::FormatText("%.*f", typed.decimals, value)) == value;
-  // No temperature could be turned into counts.
-  const bool isZeroSlope = setting.key == std::string("probe-a1") && value == 0.0;
-  RC_ASSERT(Write(setting, text) ==
-            (value > typed.below && value < typed.above && fits && !isZeroSlope));
+  // With a 0 as a constant of the probe every temperature is wrong.
+  const bool isDoubtful = setting.group == SettingGroup::Probe && value == 0.0;
+  const bool isTyped = value > typed.below && value < typed.above && fits;
+  RC_ASSERT(Answer(setting, text) == (!isTyped     ? SettingAnswer::Refused
+                                      : isDoubtful ? SettingAnswer::Doubtful
+                                                   : SettingAnswer::Accepted));
   RC_ASSERT(setting.integerDigits == typed.integerDigits);
   RC_ASSERT(setting.decimals == typed.decimals);
 }
@@ -101,7 +109,8 @@ TEST(SettingsTable, TakesItsOwnDefaultsOnTheModelsThatHaveThem) {
     record.testRecord.saveLocation = "/";
     const std::string before = record.ToText();
     for (const Setting& setting : GetSettingsTable()) {
-      const bool isWritten = WriteSetting(setting, record, ReadSetting(setting, record));
+      const bool isWritten =
+          WriteSetting(setting, record, ReadSetting(setting, record)) == SettingAnswer::Accepted;
       const bool isOffsetWithout = setting.key == std::string("temperature-offset") && model == '1';
       EXPECT_EQ(isWritten, setting.level != kLevelUnreachable && !isOffsetWithout) << setting.key;
     }
@@ -113,19 +122,21 @@ TEST(SettingsTable, TakesTextsThatCanBeKept) {
   const FakeHost host;
   ConfigurationFields record;
   const auto write = [&record](const char* key, const std::string& text) {
-    return WriteSetting(*FindSetting(key), record, text);
+    return WriteSetting(*FindSetting(key), record, text) == SettingAnswer::Accepted;
   };
   EXPECT_TRUE(write("instrument-id", " RVX 7 "));
   EXPECT_TRUE(write("probe-id", " \"1\", "));
   EXPECT_TRUE(write("save-location", "/tmp"));
-  for (const char* wrong : {"", " ", "a\"b", "a,b", "a\vb"}) {
+  for (const char* wrong : {"a\"b", "a,b", "a\vb"}) {
     EXPECT_FALSE(write("instrument-id", wrong));
   }
-  EXPECT_FALSE(write("probe-id", "a\nb") || write("save-location", "/no/such/folder"));
+  EXPECT_FALSE(write("probe-id", "a\nb") || write("save-location", "/a\tb"));
   EXPECT_FALSE(write("injection-temperature", "7") || write("save-csv", "yes"));
   EXPECT_EQ(record.instrumentId + "|" + record.probeId + "|" + record.testRecord.saveLocation,
             "RVX 7|\"1\",|/tmp/");
   EXPECT_EQ(FindSetting("nonsense"), nullptr);
+  EXPECT_EQ(WriteSetting(*FindSetting("instrument-id"), record, " "), SettingAnswer::Doubtful);
+  EXPECT_EQ(record.instrumentId, "");
 }
 
 }  // namespace
