@@ -161,21 +161,13 @@ ScriptingResult Choose(CStandardPicker& picker, const std::vector<int>& slots,
 
 }  // namespace
 
-ScriptingResult ScriptableInstrument::FindSlots(std::optional<double> temperature,
-                                                const std::string& what, std::optional<int>& slot) {
-  slot.reset();
-  if (!temperature) return CheckLevel(kLevelService, what + " for all temperatures");
-  int found = 0;
-  if (ScriptingResult problem = FindSlot(*temperature, found)) return problem;
-  slot = found;
-  return std::nullopt;
-}
-
 ScriptingResult ScriptableInstrument::FitCalibration(const CalibrationQuestion& question,
                                                      CalibrationSummary& summary) {
   summary = {};
   std::optional<int> slot;
-  if (ScriptingResult problem = FindSlots(question.temperature, "Calibrating", slot)) {
+  if (ScriptingResult problem =
+          question.temperature ? FindSlot(*question.temperature, slot.emplace())
+                               : CheckLevel(kLevelService, "Calibrating for all temperatures")) {
     return problem;
   }
   if (question.hours < kMinCalibrationHours || question.hours > kMaxCalibrationHours) {
@@ -232,10 +224,10 @@ ScriptingResult ScriptableInstrument::SaveCalibration(std::optional<double> temp
                                                       const std::string& b0Text,
                                                       const std::string& b1Text,
                                                       const std::string& b2Text) {
-  if (ScriptingResult problem = CheckLevel(kLevelOperator, "Saving a calibration")) return problem;
+  // SaveCellConstants checks the right.
   std::optional<int> slot;
-  if (ScriptingResult problem = FindSlots(temperature, "Saving a calibration", slot)) {
-    return problem;
+  if (temperature) {
+    if (ScriptingResult problem = FindSlot(*temperature, slot.emplace())) return problem;
   }
   for (const std::string* text : {&b0Text, &b1Text, &b2Text}) {
     if (platform::ParseDouble(*text)) continue;

@@ -63,9 +63,6 @@ class ScriptableInstrument final : public C_RVX, public InstrumentScripting {
   ScriptingResult CheckTests(const SampleTests& tests, bool measures);
   // The slot of a calibration temperature in use, or the problem.
   ScriptingResult FindSlot(double temperature, int& slot);
-  // The slot of one temperature, or nothing and the right for all of them.
-  ScriptingResult FindSlots(std::optional<double> temperature, const std::string& what,
-                            std::optional<int>& slot);
   ScriptingResult MakePicker(std::optional<CStandardPicker>& picker,
                              std::vector<StandardGroupRow>& groups, std::string* groupFile);
 };
