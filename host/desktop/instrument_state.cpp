@@ -1,12 +1,11 @@
 #include "host/desktop/instrument_state.h"
 
+#include "boundary/instrument_limits.h"
 #include "host/core/users.h"
 
 namespace torvell {
 namespace {
 
-// degrees C; the tray starts below this cell temperature.
-constexpr double kWarmestStart = 10.0;
 // Error codes that refuse one command and say nothing about the instrument.
 constexpr uint8_t kInvalidCommand = 0x80;
 constexpr uint8_t kInvalidPacket = 0x87;
@@ -69,7 +68,7 @@ QString LevelNeededText(int32_t needed, int32_t present) {
 }
 
 bool IsStale(const std::optional<platform::Milliseconds>& silence) {
-  return !silence || *silence >= kStaleAfter;
+  return !silence || *silence >= rvx::kStaleAfter;
 }
 
 StateWord WordOf(const InstrumentSituation& situation) {
@@ -132,8 +131,9 @@ QString NotReadyText(const InstrumentSituation& situation) {
     text = QStringLiteral("The instrument reports \"%1\". ").arg(status);
   }
   if (readings.switchByte != 0) text += QStringLiteral("Some of its switches are on. ");
-  if (!(readings.temperature < kWarmestStart)) {
-    text += QStringLiteral("The cell is too warm: it has to be below %1 °C. ").arg(kWarmestStart);
+  if (!(readings.temperature < rvx::kWarmestStart)) {
+    text +=
+        QStringLiteral("The cell is too warm: it has to be below %1 °C. ").arg(rvx::kWarmestStart);
   }
   if (text.isEmpty()) return {};
   return text + (situation.simulated

@@ -11,9 +11,8 @@
 
 namespace torvell {
 
-// A status frame comes every half second; older values are shown as old, and an instrument that has
-// been silent for the longer time counts as disconnected.
-inline constexpr platform::Milliseconds kStaleAfter{3000};
+// An instrument that has been silent for this long counts as disconnected. Its values are shown as
+// old a little earlier (rvx::kStaleAfter).
 inline constexpr platform::Milliseconds kDisconnectedAfter{6000};
 
 enum class StateWord { Disconnected, Error, NotReady, Ready, Running, Paused };
@@ -33,7 +32,6 @@ struct InstrumentSituation {
   bool summaryOpen = false;     // the last run's results are not acknowledged yet
   bool simulated = false;
   int32_t level = 0;  // of the acting user
-  QString userName;
 };
 
 StateWord WordOf(const InstrumentSituation& situation);
@@ -42,8 +40,8 @@ QString StateText(const InstrumentSituation& situation, int traySize);
 Shape StateShape(StateWord word);
 // Returns why the instrument is not ready, and what helps; empty if it is ready.
 QString NotReadyText(const InstrumentSituation& situation);
-// Returns whether the values are older than kStaleAfter or there are none; `silence` is as in the
-// situation.
+// Returns whether the values are older than rvx::kStaleAfter or there are none; `silence` is as in
+// the situation.
 bool IsStale(const std::optional<platform::Milliseconds>& silence);
 inline bool IsStale(const InstrumentSituation& situation) { return IsStale(situation.silence); }
 

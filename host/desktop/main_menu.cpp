@@ -98,7 +98,7 @@ void MainWindow::ApplyActor(const QString& name, int32_t level, bool isUser) {
       user_.isEmpty()
           ? QStringLiteral("Nobody is logged in: reading only")
           : QStringLiteral("%1, level %2 (%3)").arg(user_).arg(level_).arg(LevelName(level_)));
-  tray_->SetActor(level_, user_);
+  tray_->SetLevel(level_);
   logOut_->setEnabled(isUser);
   lock_->setEnabled(isUser);
   if (selected_ != nullptr) screens_->Ask(selected_->entry(), level_);

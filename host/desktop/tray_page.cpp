@@ -205,9 +205,8 @@ void TrayPage::SetSession(InstrumentSession* session) {
   Refresh();
 }
 
-void TrayPage::SetActor(int32_t level, const QString& name) {
+void TrayPage::SetLevel(int32_t level) {
   level_ = level;
-  user_ = name;
   Refresh();
 }
 
@@ -262,7 +261,6 @@ void TrayPage::Refresh() {
   InstrumentSituation situation;
   if (session_ != nullptr) situation = session_->Situation();
   situation.level = level_;
-  situation.userName = user_;
   RunOffers offers = session_ != nullptr ? OffersOf(situation) : RunOffers();
   Apply(offers.start, start_, startButton_);
   Apply(offers.resume, resume_, resumeButton_);

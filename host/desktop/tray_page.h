@@ -31,8 +31,8 @@ class TrayPage : public QWidget {
 
   void SetSession(InstrumentSession* session);
   InstrumentSession* session() const { return session_; }
-  // Sets who acts; the commands are offered accordingly.
-  void SetActor(int32_t level, const QString& name);
+  // Sets the level of who acts; the commands are offered accordingly.
+  void SetLevel(int32_t level);
   TrayView* view() const { return view_; }
   // The menus share the page's commands, with their keys.
   void FillRunMenu(QMenu& menu);
@@ -60,7 +60,6 @@ class TrayPage : public QWidget {
 
   InstrumentSession* session_ = nullptr;
   int32_t level_ = 0;
-  QString user_;
 
   QAction *start_, *pauseAfter_, *pauseNow_, *resume_, *abort_, *prepare_, *newTray_;
   QAction *edit_, *undo_, *copy_, *cut_, *paste_, *clear_, *fillDown_, *moveUp_, *moveDown_;

@@ -3,13 +3,11 @@
 
 #include <cstdint>
 
+#include "boundary/instrument_limits.h"
 #include "module/protocol/status_record.h"
 #include "platform/time_base.h"
 
 namespace rvx {
-
-// Values older than this are shown as old: several polls have failed by then.
-inline constexpr platform::Milliseconds kStaleAfter{5000};
 
 // A status frame as it was received.
 struct StatusFrame {

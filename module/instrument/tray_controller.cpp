@@ -2,6 +2,7 @@
 
 #include <system_error>
 
+#include "boundary/instrument_limits.h"
 #include "module/instrument/c_rvx.h"
 #include "module/instrument/tray_thread.h"
 #include "module/resources/string_ids.h"
@@ -10,9 +11,6 @@
 
 namespace rvx {
 namespace {
-
-// A tray is started only below this cell temperature, in degrees C.
-constexpr double kWarmestStart = 10.0;
 
 // `textId`: the instrument's text that says why the tray was not started.
 [[noreturn]] void Raise(C_RVX& instrument, ActionErrorRecord record, int textId, int32_t kind) {

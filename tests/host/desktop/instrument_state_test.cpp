@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "boundary/instrument_limits.h"
+
 namespace torvell {
 namespace {
 
@@ -54,7 +56,7 @@ TEST(StateWordTest, NothingHeardYetIsDisconnectedAndStale) {
   situation.silence.reset();
   EXPECT_EQ(WordOf(situation), StateWord::Disconnected);
   EXPECT_TRUE(IsStale(situation));
-  situation.silence = kStaleAfter - Milliseconds(1);
+  situation.silence = rvx::kStaleAfter - Milliseconds(1);
   EXPECT_FALSE(IsStale(situation));
 }
 

@@ -3,6 +3,7 @@
 
 #include <deque>
 
+#include "boundary/instrument_limits.h"
 #include "host/core/host_error.h"
 #include "host/desktop/closing_question.h"
 #include "host/desktop/instrument_state.h"
@@ -249,7 +250,7 @@ TEST(LatestReadingsTest, TheirAgeIsCountedToTheLastLook) {
   EXPECT_TRUE(latest.Take({{Milliseconds(100), {}}}, Milliseconds(150)));
   EXPECT_FALSE(latest.Take({}, Milliseconds(250)));
   EXPECT_EQ(latest.Silence(), Milliseconds(150));
-  EXPECT_TRUE(latest.Take({}, kStaleAfter + Milliseconds(100)));
+  EXPECT_TRUE(latest.Take({}, rvx::kStaleAfter + Milliseconds(100)));
 }
 
 TEST(ClosingQuestionTest, EachObstacleIsListed) {
