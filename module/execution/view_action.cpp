@@ -117,6 +117,7 @@ void CScreenAction::RequireServiceRight() {
 }
 
 int32_t CScreenAction::Edit() {
+  const InstrumentUse use(instrument());  // the editor may show a dialog
   const ActionEditor editor = GetActionEditor(index_);
   return editor ? editor(instrument()) : CBaseAction::Edit();
 }
