@@ -7,19 +7,40 @@
 
 namespace torvell {
 
-QString DescribeRaised() {
-  try {
-    throw;
-  } catch (rvx::CViscoException* raised) {
-    const std::unique_ptr<rvx::CViscoException> error(raised);
-    const std::string& text = error->GetRecord().message;
+namespace {
+
+// Returns the exception's own text; empty if it has none. Deletes the exception.
+QString TakeText(platform::CException* raised) {
+  const std::unique_ptr<platform::CException> error(raised);
+  if (const auto* refusal = dynamic_cast<const rvx::CViscoException*>(raised)) {
+    const std::string& text = refusal->GetRecord().message;
     if (!text.empty()) return QString::fromStdString(text);
     return QStringLiteral(
         "The instrument refused this and gave no reason. Nothing was changed. Try again, and look "
         "at the messages.");
-  } catch (const std::exception& error) {
-    return QString::fromUtf8(error.what());
   }
+  char text[256];
+  return raised->GetErrorMessage(text, sizeof(text), nullptr) != 0 ? QString::fromUtf8(text)
+                                                                   : QString();
+}
+
+}  // namespace
+
+QString DescribeRaised() {
+  QString text;
+  try {
+    throw;
+  } catch (platform::CException* raised) {
+    text = TakeText(raised);
+  } catch (const std::exception& error) {
+    text = QString::fromUtf8(error.what());
+  } catch (...) {
+  }
+  if (!text.isEmpty()) return text;
+  return QStringLiteral(
+      "This failed and gave no reason, probably by a fault in the program. Part of it may have "
+      "been "
+      "done: look at it and at the messages before you try again.");
 }
 
 Worker::Worker(GuiThread& gui, const std::string& name) : gui_(gui) {

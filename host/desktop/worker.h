@@ -69,8 +69,8 @@ class OwnedWorker : public JobRunner {
   QObject* const owner_;
 };
 
-// Describes the exception that is being handled, for people, and deletes it if it is one of the
-// module. Call it inside a catch block.
+// Describes the exception that is being handled, for people, whatever it is; deletes it if it was
+// raised as a heap object. Call it inside a catch block.
 QString DescribeRaised();
 
 }  // namespace torvell
