@@ -197,9 +197,12 @@ void MainWindow::OfferInterrupted() {
 }
 
 void MainWindow::ShowHelp(const QString& topic) {
-  // If a modal dialog asks for help, the page must be a child of that dialog to be usable.
-  QWidget* modal = QApplication::activeModalWidget();
-  QWidget* owner = modal != nullptr ? modal : this;
+  // If a modal dialog asks for help, the page must be a child of that dialog to be usable; if a
+  // screen asks, the page must not bring this window in front of it.
+  QWidget* owner = QApplication::activeModalWidget();
+  if (owner == nullptr) owner = QApplication::activeWindow();
+  if (owner != nullptr && owner == help_) owner = help_->parentWidget();
+  if (owner == nullptr) owner = this;
   if (help_.isNull() || help_->parentWidget() != owner) {
     delete help_.data();
     help_ = new HelpWindow(owner);
