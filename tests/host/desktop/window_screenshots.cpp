@@ -35,7 +35,11 @@ class Photographer {
       : folder_(std::move(folder)), suffix_(std::move(suffix)) {}
 
   void Shoot(QWidget& widget, const char* name) const {
-    QTest::qWait(150);
+    // The layout and what was posted must be done before the picture.
+    if (!QTest::qWaitForWindowExposed(&widget, kPatience)) {
+      std::fprintf(stderr, "%s: never shown\n", name);
+    }
+    QApplication::processEvents();
     const QString file = folder_ + QLatin1Char('/') + QString::fromLatin1(name) + QLatin1Char('-') +
                          suffix_ + QStringLiteral(".png");
     if (!widget.grab().save(file)) std::fprintf(stderr, "%s: not written\n", qPrintable(file));
