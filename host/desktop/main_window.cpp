@@ -50,7 +50,7 @@ MainWindow::MainWindow(Host& host, GuiThread& gui, AbortConsent& consent,
     : host_(host), gui_(gui), consent_(consent), options_(options) {
   setWindowTitle(QStringLiteral("TORVELL"));
   worker_ = std::make_unique<Worker>(gui_, "window archive work");
-  screens_ = std::make_unique<Screens>(gui_, *worker_);
+  screens_ = std::make_unique<Screens>(gui_);
   BuildLayout();
   BuildMenus();
   connect(screens_.get(), &Screens::Offered, this, &MainWindow::RefreshMenus);
@@ -102,10 +102,16 @@ void MainWindow::ConnectHost() {
     if (selected_ != nullptr) screens_->Ask(selected_->entry(), level_);
   });
   connect(events_.get(), &HostEvents::SelectionWanted, this, [this](int32_t index) {
-    const auto place = static_cast<size_t>(index);
-    if (closing_ || place >= sessions_.size()) return;
-    InstrumentSession* const session = sessions_[place].get();
-    if (session != selected_) Select(session);
+    // The call was posted: a selection that has been overtaken by another one must not be carried
+    // out, because carrying it out selects in turn, and two of them would go on for ever.
+    if (closing_ || index != host_.instruments().SelectedInstrument()) return;
+    // The list may hold instruments that have no session.
+    const rvx::ViscometerInstrument* const wanted = host_.instruments().GetInstrument(index);
+    for (const auto& session : sessions_) {
+      if (session->entry().instrument != wanted) continue;
+      if (session.get() != selected_) Select(session.get());
+      return;
+    }
   });
 }
 
@@ -267,9 +273,9 @@ void MainWindow::Select(InstrumentSession* session) {
   BeginCurve();
   if (session != nullptr) {
     screens_->Ask(session->entry(), level_);
-    const auto& all = sessions_;
+    const std::vector<InstrumentEntry> all = host_.instruments().Entries();
     for (size_t i = 0; i < all.size(); ++i) {
-      if (all[i].get() == session) {
+      if (all[i].instrument == session->entry().instrument) {
         host_.instruments().SelectInstrument(static_cast<int32_t>(i), 1);
       }
     }
@@ -421,7 +427,8 @@ std::function<void()> MainWindow::TakeClosingWork() {
   for (const auto& session : sessions_) session->EndRun([] {});
   screens_->CloseAll();
   return [this] {
-    // The worker owns the actions of the screens; they end while the instruments still exist.
+    // The actions of the screens end while the instruments still exist.
+    screens_->Finish();
     worker_->Finish();
     for (const auto& session : sessions_) session->Finish();
   };

@@ -57,6 +57,7 @@ class MainWindow : public QMainWindow, private platform::HelpViewer {
   TrayPage& trayPage() { return *tray_; }
   SamplesPage& samplesPage() { return *samples_; }
   MessageList& messages() { return messages_; }
+  const Screens& screens() const { return *screens_; }
   const std::vector<std::unique_ptr<InstrumentSession>>& sessions() const { return sessions_; }
   InstrumentSession* selected() const { return selected_; }
   // The acting user, as last read by the window.

@@ -1,5 +1,6 @@
 #include "host/desktop/screens.h"
 
+#include <algorithm>
 #include <span>
 #include <utility>
 
@@ -85,13 +86,15 @@ class Screens::Watcher : public rvx::ActionWatcher {
 struct Screens::Opened {
   InstrumentEntry entry;
   ScreenOffer offer;
-  bool started = false;  // window's thread only: the action was made and started
+  // Window's thread only.
+  bool started = false;  // the action was made and started
+  bool edited = false;   // its Edit is on the stack of the window's thread
   std::unique_ptr<Watcher> watcher;
   // Declared after the watcher: the action may call the watcher until it is destroyed.
   std::unique_ptr<rvx::Action> action;
 };
 
-Screens::Screens(GuiThread& gui, Worker& worker) : gui_(gui), worker_(worker) {}
+Screens::Screens(GuiThread& gui) : gui_(gui), worker_(gui, "window screens") {}
 
 Screens::~Screens() = default;
 
@@ -165,6 +168,8 @@ void Screens::Open(const InstrumentEntry& entry, const ScreenOffer& offer) {
         if (!opened->offer.edits) opened->action->Start(opened->watcher.get(), "0,0");
       },
       [this, opened] {
+        // CloseAll may have been called in the meantime.
+        if (std::find(open_.begin(), open_.end(), opened) == open_.end()) return;
         opened->started = true;
         if (opened->offer.edits) Edit(opened);
       },
@@ -177,11 +182,13 @@ void Screens::Open(const InstrumentEntry& entry, const ScreenOffer& offer) {
 void Screens::Edit(const std::shared_ptr<Opened>& opened) {
   const QPointer<Screens> self = this;
   QString failure;
+  opened->edited = true;
   try {
     opened->action->Edit();
   } catch (...) {
     failure = DescribeRaised();
   }
+  opened->edited = false;
   // Edit may have shown dialogs, and the window may have been closed in the meantime.
   if (self.isNull()) return;
   if (!failure.isEmpty()) Q_EMIT Failed(failure);
@@ -207,9 +214,15 @@ std::vector<CloseRefusal> Screens::Refusals() const {
 }
 
 void Screens::CloseAll() {
+  // An action stays while its Edit shows a dialog: Edit lets go of it after the dialog, which the
+  // end of the event loop closes.
+  const auto kept = std::stable_partition(open_.begin(), open_.end(),
+                                          [](const auto& opened) { return opened->edited; });
+  std::vector<std::shared_ptr<Opened>> closing(kept, open_.end());
+  open_.erase(kept, open_.end());
   // Done on the worker, because its pending jobs may still be starting one of the screens.
-  worker_.Do(this, [open = std::exchange(open_, {})] {
-    for (const auto& opened : open) {
+  worker_.Do(this, [closing = std::move(closing)] {
+    for (const auto& opened : closing) {
       if (opened->action) opened->action->Stop();
       opened->action.reset();
     }

@@ -38,7 +38,7 @@ class Screens : public QObject {
   Q_OBJECT
 
  public:
-  Screens(GuiThread& gui, Worker& worker);
+  explicit Screens(GuiThread& gui);
   ~Screens() override;
 
   // Asks the module again, for this instrument and a user of this level; emits Offered if the
@@ -52,8 +52,12 @@ class Screens : public QObject {
   void Open(const InstrumentEntry& entry, const ScreenOffer& offer);
   // Returns the open screens that refuse to close.
   std::vector<CloseRefusal> Refusals() const;
-  // Ends all open screens, also those that refuse, on the worker after its pending jobs.
+  // Ends all open screens, also those that refuse. Returns at once; nothing but a screen that is
+  // just being opened comes before it. An action whose Edit shows a dialog is left to its end.
   void CloseAll();
+  // Ends the thread of the screens, after what CloseAll has begun. Not on the window's thread,
+  // which a screen that ends may need.
+  void Finish() { worker_.Finish(); }
 
  Q_SIGNALS:
   void Offered();
@@ -67,7 +71,8 @@ class Screens : public QObject {
   void Ended(const std::shared_ptr<Opened>& opened);
 
   GuiThread& gui_;
-  Worker& worker_;
+  // Its own, so that a screen that moves something can be ended while an archive is being searched.
+  Worker worker_;
   bool asking_ = false;
   struct Wish {
     InstrumentEntry entry;
