@@ -85,10 +85,11 @@ class WindowTest : public testing::Test {
 
 TEST_F(WindowTest, AllThirtyPositionsAreSeenAtTheUsualSize) {
   bench_.window().resize(1280, 800);
-  QTest::qWait(50);
   ASSERT_EQ(view().model()->rowCount(), 30);
-  const QRect last = view().visualRect(view().model()->index(29, 0));
-  EXPECT_TRUE(view().viewport()->rect().contains(last));
+  EXPECT_TRUE(DesktopBench::Until([this] {
+    const QRect last = view().visualRect(view().model()->index(29, 0));
+    return view().viewport()->rect().contains(last);
+  }));
 }
 
 TEST_F(WindowTest, TheKeyboardFillsTheTray) {
