@@ -288,14 +288,18 @@ void MainWindow::BeginCurve() {
   curveStart_ = -1.0;
   const RunState* run = selected_ != nullptr ? selected_->run() : nullptr;
   const RunPosition* position = run != nullptr ? run->Current() : nullptr;
-  plot_->SetTitle(position == nullptr
-                      ? QString()
-                      : QStringLiteral("Position %1, %2, test %3 of %4")
-                            .arg(position->plan.position + 1)
-                            .arg(QString::fromStdString(position->plan.sampleId))
-                            .arg(std::min(position->samples.size() + 1,
-                                          static_cast<size_t>(position->plan.TestCount())))
-                            .arg(position->plan.TestCount()));
+  if (position == nullptr) {
+    plot_->SetTitle(QString());
+    return;
+  }
+  const int tests = position->plan.TestCount();
+  const int test = std::min(static_cast<int>(position->samples.size()) + 1, tests);
+  QString sample = QString::fromStdString(position->plan.sampleId);
+  if (!sample.isEmpty()) sample.prepend(QStringLiteral(", "));
+  // One call of arg: a sample id may hold a percent sign and a digit.
+  plot_->SetTitle(QStringLiteral("Position %1%2, test %3 of %4")
+                      .arg(QString::number(position->plan.position + 1), sample,
+                           QString::number(test), QString::number(tests)));
 }
 
 void MainWindow::AddToPlot(const std::vector<TimedReadings>& readings) {

@@ -40,9 +40,10 @@ QString DescribeLoss(const RunState& run) {
   QString text;
   const RunPosition* current = run.Current();
   if (current != nullptr) {
-    text = QStringLiteral("The test that runs at position %1 (\"%2\") is lost. ")
-               .arg(current->plan.position + 1)
-               .arg(QString::fromStdString(current->plan.sampleId));
+    QString sample = QString::fromStdString(current->plan.sampleId);
+    if (!sample.isEmpty()) sample = QStringLiteral(" (\"%1\")").arg(sample);
+    text = QStringLiteral("The test that runs at position %1%2 is lost. ")
+               .arg(QString::number(current->plan.position + 1), sample);
   }
   const int missing = run.SamplesDue() - run.samples();
   return text + QStringLiteral(
