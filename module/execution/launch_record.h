@@ -22,7 +22,7 @@ class CBaseAction;
 // The lock is held during the watcher's calls, so once a stop has detached the watcher, no call is
 // in progress and none follows. A watcher may stop or destroy the action from inside a call (the
 // lock is recursive), so after each call the thread reads `watcher` and `action` again.
-struct LaunchRecord {
+struct LaunchRecord : std::enable_shared_from_this<LaunchRecord> {
   LaunchRecord(C_RVX& ownInstrument, CBaseAction* ownAction, ActionWatcher* ownWatcher,
                std::string ownContext, int ownTray, int ownPosition, bool drives = true);
   LaunchRecord(const LaunchRecord&) = delete;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "boundary/action.h"
@@ -16,12 +17,14 @@ namespace rvx {
 
 class ScreenMotion;
 
-// The arguments for making a screen. Everything in it lives until the screen's window is gone.
+// The arguments for making a screen. What is referred to lives until the screen's window is gone.
 struct ScreenRequest {
   C_RVX& instrument;
   const std::string& label;  // of the action
   ScreenMotion& motion;
-  platform::Event& stopped;  // set for good when the action was stopped
+  // Set for good when the action was stopped. A screen that waits for the user keeps a copy, since
+  // the stop destroys the screen, and may end the action's run, before that wait returns.
+  std::shared_ptr<platform::Event> stopped;
 };
 
 // Makes the screen, or brings the one that is open to the front; the result is that of

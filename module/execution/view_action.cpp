@@ -34,7 +34,8 @@ class ScreenCreator final : public UserInterfaceClient {
     if (!maker_ || record_.IsDetached()) return nullptr;
     try {
       const std::shared_ptr<FrameWindow> frame(
-          maker_({record_.instrument, label_, record_.motion, record_.stopEvent}));
+          maker_({record_.instrument, label_, record_.motion,
+                  {record_.shared_from_this(), &record_.stopEvent}}));
       platform::RecursiveGuard guard(record_.lock);
       record_.frame = frame;
       return frame.get();

@@ -11,7 +11,7 @@ FrameWindow* OpenScreen(ScreenTable& table, const ScreenRequest& request,
     std::unique_ptr<CScreenView> view = makeView();
     // The view may have asked the user something and have been stopped meanwhile: it is not shown
     // then.
-    if (request.stopped.TryWait() || request.instrument.closingEvent().TryWait()) {
+    if (request.stopped->TryWait() || request.instrument.closingEvent().TryWait()) {
       return nullptr;
     }
     return view;

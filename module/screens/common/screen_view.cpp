@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QStatusBar>
+#include <algorithm>
 
 #include "boundary/host.h"
 #include "module/execution/screen_failure.h"
@@ -12,12 +13,18 @@
 
 namespace rvx {
 
-CScreenView::CScreenView(const ScreenRequest& request) : request_(request) {
+CScreenView::CScreenView(const ScreenRequest& request)
+    : request_(request),
+      ended_(std::make_shared<platform::Event>("screen ended",
+                                               platform::Event::Mode::ManualReset)) {
   timer_.setInterval(0);
   connect(&timer_, &QTimer::timeout, this, [this] { RunTick(); });
 }
 
-CScreenView::~CScreenView() { motion().End(); }
+CScreenView::~CScreenView() {
+  ended_->Set();
+  motion().End();
+}
 
 int32_t CScreenView::QueryClose() {
   std::string refusal;
@@ -66,10 +73,16 @@ bool CScreenView::AskInstrument(const std::function<void(CommandClient*)>& send,
 std::optional<platform::MessageAnswer> CScreenView::Ask(const std::string& text,
                                                         platform::MessageButtons buttons,
                                                         platform::MessageIcon icon) {
-  platform::Event* const ends[] = {&request_.stopped, &instrument().closingEvent()};
-  const QPointer<CScreenView> self = this;
+  // This object may be destroyed while the user is asked, and the run of its action may end. What
+  // withdraws the question is kept alive here until the prompter has returned.
+  const std::shared_ptr<platform::Event> stopped = request_.stopped;
+  const std::shared_ptr<platform::Event> ended = ended_;
+  const InstrumentUse use(instrument());
+  platform::Event* const ends[] = {stopped.get(), ended.get(), &instrument().closingEvent()};
   const auto answer = platform::GetPrompter().ShowMessageUntil(text, buttons, icon, ends);
-  return self.isNull() ? std::nullopt : answer;
+  const bool over = std::any_of(std::begin(ends), std::end(ends),
+                                [](platform::Event* end) { return end->TryWait(); });
+  return over ? std::nullopt : answer;
 }
 
 void CScreenView::SetStatusLine(const std::string& text) {
@@ -105,6 +118,7 @@ void CScreenView::Guard(const std::function<void()>& code) {
 
 void CScreenView::Fail(const std::string& reason) {
   if (std::exchange(failed_, true)) return;
+  ended_->Set();
   timer_.stop();
   motion().End();
   platform::GetPrompter().Beep();

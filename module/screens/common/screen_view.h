@@ -17,6 +17,7 @@
 #include "module/screens/common/screen_worker.h"
 #include "module/toolkit/controls.h"
 #include "module/toolkit/form_view.h"
+#include "platform/event.h"
 #include "platform/prompt.h"
 
 class QAbstractButton;
@@ -106,6 +107,9 @@ class CScreenView : public CFormView {
   void ShowStatusLine();
 
   const ScreenRequest request_;
+  // Set for good when the view has failed or is being destroyed. Shared with the questions of the
+  // view, which return later.
+  const std::shared_ptr<platform::Event> ended_;
   QTimer timer_;
   bool ticking_ = false;
   bool failed_ = false;

@@ -137,40 +137,58 @@ TEST_F(ScreenViewTest, NothingMovesAfterAStop) {
   });
 }
 
-class AskingScreenTest : public ScreenViewTest, public testing::WithParamInterface<End> {};
+class AskingScreenTest : public ScreenViewTest, public testing::WithParamInterface<End> {
+ protected:
+  void AskAndEnd(bool whileMade);
+};
 
-// Ending the action must not wait for a lock or for the person, and closes the question.
-TEST_P(AskingScreenTest, AQuestionWhileAScreenIsMadeHoldsNobodyUp) {
+void AskingScreenTest::AskAndEnd(bool whileMade) {
   QtPrompter prompter;
   Run([&](ScreenBench& test) {
     platform::SetPrompter(&prompter);
     bool answered = true;
-    script().made = [&](TestView& view) {
+    const auto ask = [&](TestView& view) {
       answered = view.Ask("Use the stored values?", platform::MessageButtons::YesNo,
                           platform::MessageIcon::Question)
                      .has_value();
     };
+    script() = {};
+    (whileMade ? script().made : script().go) = ask;
     std::shared_ptr<platform::Thread> closer;
-    WhenShown<QMessageBox>([&](QMessageBox&) {
+    const auto end = [&](QMessageBox&) {
       RecordingWatcher second;
       const std::unique_ptr<Action> raises = test.MakeAction();
       raises->Start(&second, "0,0");
       EXPECT_TRUE(PumpUntil([&] { return raises->IsRunning() == 0; }));
-      if (GetParam() == End::Stopped) {
-        test.action->Stop();
-      } else {  // on another thread: the question closes only when this call has returned
+      if (GetParam() == End::InstrumentGone) {
+        // On another thread: the question closes only when this call has returned.
         closer = platform::StartThread("closer", [&] { test.bench.instrument.reset(); });
+      } else {
+        Bring(GetParam(), test);
       }
-    });
-    test.action->Start(&test.watcher, "0,0");
-    EXPECT_TRUE(PumpUntil([&] { return test.watcher.Count("finished 0,0") == 1; }));
-    EXPECT_TRUE(PumpUntil([&] { return !answered && ScreenBench::frame() == nullptr; }));
+    };
+    if (whileMade) {
+      WhenShown<QMessageBox>(end);
+      test.action->Start(&test.watcher, "0,0");
+    } else {
+      test.Open();
+      WhenShown<QMessageBox>(end);
+      PressGo();
+    }
+    EXPECT_TRUE(PumpUntil([&] { return !answered; }));
+    EXPECT_TRUE(test.IsOver());
     EXPECT_TRUE(PumpUntil([&] { return closer == nullptr || closer->HasEnded(); }));
   });
 }
 
+// Ending the action must not wait for a lock or for the person, and closes the question.
+TEST_P(AskingScreenTest, AQuestionHoldsNobodyUp) {
+  if (GetParam() != End::Failed) AskAndEnd(true);
+  AskAndEnd(false);
+}
+
 INSTANTIATE_TEST_SUITE_P(Ends, AskingScreenTest,
-                         testing::Values(End::Stopped, End::InstrumentGone));
+                         testing::Values(End::Stopped, End::InstrumentGone, End::Failed));
 
 TEST_F(ScreenViewTest, AFailureClosesTheScreenAndIsReported) {
   const auto fail = [](TestView&) { throw std::runtime_error("a fault"); };
