@@ -31,8 +31,10 @@ FrameWindow* ScreenTable::OpenOrRaise(ViscometerInstrument& instrument, const st
   if (view == nullptr) return nullptr;
   frame->AttachView(view.release());
   frame->adjustSize();
-  frame->show();
-  return frame.release()->MakeHandle().release();
+  std::unique_ptr<FrameWindow> handle = frame->MakeHandle();
+  // Last: what the view does when it is shown may destroy the frame.
+  frame.release()->show();
+  return handle.release();
 }
 
 CChildFrame* ScreenTable::Find(const ViscometerInstrument& instrument) const {

@@ -15,8 +15,8 @@ namespace rvx {
 
 CScreenView::CScreenView(const ScreenRequest& request)
     : request_(request),
-      ended_(std::make_shared<platform::Event>("screen ended",
-                                               platform::Event::Mode::ManualReset)) {
+      ended_(
+          std::make_shared<platform::Event>("screen ended", platform::Event::Mode::ManualReset)) {
   timer_.setInterval(0);
   connect(&timer_, &QTimer::timeout, this, [this] { RunTick(); });
 }
@@ -169,9 +169,13 @@ void CScreenView::keyPressEvent(QKeyEvent* event) {
 void CScreenView::showEvent(QShowEvent* event) {
   CFormView::showEvent(event);
   ShowStatusLine();
-  if (timer_.isActive() || failed_) return;
-  RunTick();
-  if (!failed_ && timer_.interval() > 0) timer_.start();
+  if (std::exchange(shown_, true)) return;
+  // Posted: a tick may ask the user something, and this object may be destroyed meanwhile, which
+  // the code that is showing the frame would not survive.
+  QTimer::singleShot(0, this, [this] {
+    if (timer_.interval() > 0 && !failed_) timer_.start();
+    RunTick();
+  });
 }
 
 }  // namespace rvx

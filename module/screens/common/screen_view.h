@@ -63,7 +63,8 @@ class CScreenView : public CFormView {
     });
   }
 
-  // Calls Tick in this period of real time, first when the screen is shown.
+  // Calls Tick in this period of real time, first as soon as the screen has been shown. Without a
+  // period Tick is called that once.
   void SetTickPeriod(int milliseconds) { timer_.setInterval(milliseconds); }
   // Applies what depends on the present user (`level` is read anew each time) or on the instrument.
   // Not called any more once the instrument closes.
@@ -111,6 +112,7 @@ class CScreenView : public CFormView {
   // view, which return later.
   const std::shared_ptr<platform::Event> ended_;
   QTimer timer_;
+  bool shown_ = false;
   bool ticking_ = false;
   bool failed_ = false;
   QString statusLine_;

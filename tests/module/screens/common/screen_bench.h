@@ -37,11 +37,12 @@ class ScreenBench {
     RunBeside([this] { bench.instrument.reset(); });
   }
 
-  // Starts the action and waits for its screen.
+  // Starts the action and waits for its screen and the screen's first tick.
   void Open() {
     action->Start(&watcher, "0,0");
     ASSERT_TRUE(PumpUntil([this] { return frame() != nullptr && frame()->isVisible(); }));
     frame()->activateWindow();
+    QApplication::processEvents();
   }
   // Waits until no screen is open and the action has reported its end; false if that does not
   // happen.
