@@ -26,9 +26,4 @@ void ScreenMotion::End() {
   ended_ = true;
 }
 
-bool ScreenMotion::IsMoving() {
-  platform::PlainGuard guard(lock_);
-  return moving_;
-}
-
 }  // namespace rvx

@@ -1,6 +1,8 @@
 // The motion that a screen has started, and the abort that has to end it.
 #pragma once
 
+#include <utility>
+
 #include "module/instrument/lock_ranks.h"
 #include "platform/lock.h"
 
@@ -18,15 +20,17 @@ class ScreenMotion {
   ScreenMotion(const ScreenMotion&) = delete;
   ScreenMotion& operator=(const ScreenMotion&) = delete;
 
-  // Calls `send`, which queues the command that starts a motion, and returns true. Once the screen
-  // has ended, returns false without a call.
+  // Calls `send`, which queues the command that starts a motion and returns whether it did, and
+  // returns the same. Once the screen has ended, returns false without a call. An exception of
+  // `send` passes through, and counts as a motion, since the command may have been queued before.
   template <class Send>
   bool Begin(const Send& send) {
     platform::PlainGuard guard(lock_);
     if (ended_) return false;
-    send();
-    moving_ = true;
-    return true;
+    const bool moved = std::exchange(moving_, true);
+    if (send()) return true;
+    moving_ = moved;
+    return false;
   }
   // Sends CAB if a motion was begun and has not ended.
   void Halt();
@@ -35,7 +39,6 @@ class ScreenMotion {
   // Call it when the screen ends: does what Halt does, and Begin sends nothing any more. Further
   // calls do nothing.
   void End();
-  bool IsMoving();
 
  private:
   void HaltLocked() REQUIRES(lock_);

@@ -67,7 +67,10 @@ class ScreenViewTest : public testing::Test {
   TestView::Script& script() { return TestView::script; }
   static void PressGo() { QTest::keyClick(ScreenBench::frame()->view(), Qt::Key_Return); }
   static void Move(TestView& view) {
-    view.motion().Begin([&] { view.instrument().MoveStepper(0x08, 0, nullptr); });
+    view.motion().Begin([&] {
+      view.instrument().MoveStepper(0x08, 0, nullptr);
+      return true;
+    });
   }
 };
 
@@ -96,14 +99,15 @@ void Bring(End end, ScreenBench& test) {
 class ScreenEndTest : public ScreenViewTest, public testing::WithParamInterface<End> {};
 
 TEST_P(ScreenEndTest, SendsOneAbortForWhatMovesAndNoneForWhatRests) {
-  for (const bool moves : {true, false}) {
+  for (const char* what : {"moves", "rests", "keeps moving"}) {
+    const bool moves = std::string_view(what) != "rests";
     Run([&](ScreenBench& test) {
       script() = {};
-      ScreenMotion* motion = nullptr;
       script().go = [&](TestView& view) {
-        motion = &view.motion();
         Move(view);
         if (!moves) view.motion().NoteRest();
+        // It queues nothing, so it leaves what moves moving and what rests at rest.
+        if (std::string_view(what) != "moves") view.motion().Begin([] { return false; });
       };
       test.Open();
       PressGo();
@@ -120,6 +124,22 @@ TEST_P(ScreenEndTest, SendsOneAbortForWhatMovesAndNoneForWhatRests) {
 INSTANTIATE_TEST_SUITE_P(AllEnds, ScreenEndTest,
                          testing::Values(End::Closed, End::Stopped, End::ActionGone,
                                          End::InstrumentGone, End::Failed));
+
+TEST_F(ScreenViewTest, AFailureAfterTheMoveWasQueuedSendsTheAbort) {
+  Run([&](ScreenBench& test) {
+    script().go = [](TestView& view) {
+      view.motion().Begin([&]() -> bool {
+        view.instrument().MoveStepper(0x08, 0, nullptr);
+        throw std::runtime_error("a fault");
+      });
+    };
+    test.Open();
+    PressGo();
+    EXPECT_TRUE(test.IsOver());
+    test.CloseInstrument();
+    EXPECT_EQ(test.bench.controller.CountCommands("AB"), 1);
+  });
+}
 
 // The stop has sent the CAB. A press between the CAB and the end of the window must not send
 // another move.
