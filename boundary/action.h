@@ -93,7 +93,8 @@ class ScreenAction {
   // Any thread.
   virtual Use GetUse() = 0;
   // Why its open screen refuses to close now, a sentence for its user; empty if it may close or is
-  // not open. Stop closes it all the same. User-interface thread.
+  // not open. Stop closes it all the same. A screen that fails to say it is reported and closed.
+  // Throws nothing. User-interface thread.
   virtual std::string GetCloseRefusal() = 0;
   virtual ~ScreenAction() = default;
 };

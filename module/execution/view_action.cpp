@@ -140,7 +140,15 @@ std::string CScreenAction::GetCloseRefusal() {
     platform::RecursiveGuard guard(launch->lock);
     frame = launch->frame;
   }
-  return frame != nullptr ? frame->GetCloseRefusal() : std::string();
+  if (frame == nullptr) return std::string();
+  try {
+    return frame->GetCloseRefusal();
+  } catch (...) {
+    // The host asks from the toolkit's own code, which an exception must not pass.
+    ReportScreenFailure(&instrument(), GetLabel(), DescribeRaised());
+    frame->Destroy();
+  }
+  return std::string();
 }
 
 }  // namespace rvx

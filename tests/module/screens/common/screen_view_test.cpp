@@ -22,7 +22,7 @@ class TestView final : public CScreenView {
  public:
   struct Script {
     std::function<void(TestView&)> made, go, tick;
-    std::string refusal;
+    std::function<std::string()> refusal;
   };
   inline static Script script;
 
@@ -40,7 +40,9 @@ class TestView final : public CScreenView {
     SetTickPeriod(10);
     if (script.made) script.made(*this);
   }
-  std::string GetCloseRefusal() override { return script.refusal; }
+  std::string GetCloseRefusal() override {
+    return script.refusal ? script.refusal() : std::string();
+  }
   void Tick(int32_t) override {
     if (script.tick) script.tick(*this);
   }
@@ -227,30 +229,37 @@ TEST_F(ScreenViewTest, AFailureClosesTheScreenAndIsReported) {
     throw new InvalidException(record);
   };
   const std::vector<std::function<void()>> places = {
-      [&] { script().made = fail; }, [&] { script().made = raise; }, [&] { script().tick = fail; },
+      [&] { script().made = fail; },
+      [&] { script().made = raise; },
+      [&] { script().tick = fail; },
       [&] { script().go = raise; },
       [&] {
         script().go = [fail](TestView& view) {
           view.Work([] {}, [fail, &view] { fail(view); }, {});
         };
-      }};
+      },
+      [&] { script().refusal = []() -> std::string { throw std::runtime_error("a fault"); }; }};
   for (const auto& plan : places) {
     Run([&](ScreenBench& test) {
       script() = {};
       plan();
-      const bool opens = !script().made;
+      const bool beeps = !script().made && !script().refusal;
       test.action->Start(&test.watcher, "0,0");
       if (script().go) {
         ASSERT_TRUE(PumpUntil([] { return ScreenBench::frame() != nullptr; }));
         ASSERT_TRUE(PumpUntil([] { return ScreenBench::frame()->isVisible(); }));
         PressGo();
       }
+      if (script().refusal) {
+        ASSERT_TRUE(PumpUntil([] { return ScreenBench::frame() != nullptr; }));
+        EXPECT_EQ(dynamic_cast<ScreenAction&>(*test.action).GetCloseRefusal(), "");
+      }
       EXPECT_TRUE(test.IsOver());
       const auto errors = test.bench.host.instruments.errors();
       ASSERT_EQ(errors.size(), 1u);
       EXPECT_NE(errors[0].message.find("\"RVX Monitor\" was closed because it failed (a fault)"),
                 std::string::npos);
-      EXPECT_EQ(test.bench.prompts.beeps, opens ? 1 : 0);
+      EXPECT_EQ(test.bench.prompts.beeps, beeps ? 1 : 0);
     });
   }
 }
@@ -260,14 +269,14 @@ TEST_F(ScreenViewTest, ARefusalKeepsItOpenAndIsToldToUserAndHost) {
     auto& screen = dynamic_cast<ScreenAction&>(*test.action);
     EXPECT_EQ(screen.GetUse(), ScreenAction::Use::Start);
     EXPECT_EQ(screen.GetCloseRefusal(), "");
-    script().refusal = "The motor is running.";
+    script().refusal = [] { return "The motor is running."; };
     test.Open();
     QTest::keyClick(ScreenBench::frame()->view(), Qt::Key_Escape);
     EXPECT_FALSE(ScreenBench::frame()->close());
     EXPECT_EQ(test.bench.prompts.beeps, 2);
     EXPECT_EQ(ScreenBench::frame()->statusBar()->currentMessage(), "The motor is running.");
     EXPECT_EQ(screen.GetCloseRefusal(), "The motor is running.");
-    script().refusal = "";
+    script().refusal = nullptr;
     QTest::mouseClick(FindControl<>(*ScreenBench::frame()->view(), kOkId), Qt::LeftButton);
     EXPECT_TRUE(test.IsOver());
   });
