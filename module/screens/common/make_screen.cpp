@@ -9,9 +9,10 @@ FrameWindow* OpenScreen(ScreenTable& table, const ScreenRequest& request,
                         const std::function<std::unique_ptr<CScreenView>()>& makeView) {
   return table.OpenOrRaise(request.instrument, request.label, [&]() -> std::unique_ptr<CFormView> {
     std::unique_ptr<CScreenView> view = makeView();
-    // The view may have asked the user something and have been stopped meanwhile: it is not shown
-    // then.
-    if (request.stopped->TryWait() || request.instrument.closingEvent().TryWait()) {
+    // The view may have asked the user something and have been stopped meanwhile, or have failed,
+    // which was then reported as its end: it is not shown then.
+    if (view->HasFailed() || request.stopped->TryWait() ||
+        request.instrument.closingEvent().TryWait()) {
       return nullptr;
     }
     return view;

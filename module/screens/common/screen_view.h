@@ -40,6 +40,8 @@ class CScreenView : public CFormView {
   // Returns 0 if the screen may close. Otherwise beeps, and shows the text of GetCloseRefusal in
   // the status line.
   int32_t QueryClose() final;
+  // Whether its code has failed, which was reported; it closes then, or is not shown at all.
+  bool HasFailed() const { return failed_; }
 
  protected:
   // `request` is valid until the frame is gone.
