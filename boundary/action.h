@@ -105,7 +105,7 @@ class ScreenAction {
 class UserInterfaceClient {
  public:
   // Returns the frame of the screen that it has opened, which the caller owns; null if it opened
-  // none, also where it brought an open screen to the front.
+  // none, brought an open screen to the front, or keeps the handle itself.
   virtual FrameWindow* PerformCreation() = 0;
   // Loads texts; the result is ignored.
   virtual int32_t LoadResources() = 0;

@@ -27,8 +27,8 @@ struct ScreenRequest {
   std::shared_ptr<platform::Event> stopped;
 };
 
-// Makes the screen, or brings the one that is open to the front; the result is that of
-// UserInterfaceClient::PerformCreation. Called on the user-interface thread with no lock held, so
+// Makes the screen and returns its frame's handle, which the caller owns, or brings the one that is
+// open to the front and returns null. Called on the user-interface thread with no lock held, so
 // that it may ask the user something at once. An exception from it ends the start with a report.
 using ScreenMaker = std::function<FrameWindow*(const ScreenRequest& request)>;
 

@@ -29,7 +29,8 @@ class ScreenCreator final : public UserInterfaceClient {
     label_ = record.action->GetLabel();
   }
   // An exception that left this would end the process, so it lets none pass. It puts the frame into
-  // the record here and not after the call: the window's thread may need the frame at once.
+  // the record here and not after the call: the window's thread may need the frame at once. So the
+  // record owns the handle, and the caller, who would own what is returned, gets none.
   FrameWindow* PerformCreation() override {
     if (!maker_ || record_.IsDetached()) return nullptr;
     try {
@@ -38,7 +39,6 @@ class ScreenCreator final : public UserInterfaceClient {
                   {record_.shared_from_this(), &record_.stopEvent}}));
       platform::RecursiveGuard guard(record_.lock);
       record_.frame = frame;
-      return frame.get();
     } catch (...) {
       record_.motion.End();
       ReportScreenFailure(&record_.instrument, label_, DescribeRaised());
