@@ -1,11 +1,8 @@
 #include "module/execution/base_action.h"
 
-#include <limits>
 #include <system_error>
 #include <utility>
 
-#include "module/execution/context.h"
-#include "module/execution/view_action.h"
 #include "module/instrument/c_rvx.h"
 #include "module/instrument/watcher_call.h"
 #include "module/resources/string_ids.h"
@@ -13,11 +10,6 @@
 
 namespace rvx {
 namespace {
-
-// People count trays and positions from 1.
-int32_t CountFromOne(int number) {
-  return number == std::numeric_limits<int>::max() ? number : number + 1;
-}
 
 std::string InsertName(std::string text, const std::string& name) {
   const size_t place = text.find("%s");
@@ -47,34 +39,13 @@ int32_t CBaseAction::LoadResources() {
   return 0;
 }
 
-void CBaseAction::Start(ActionWatcher* watcher, const std::string& context) {
-  StartFailure failure;
-  int32_t tray = 0;
-  int32_t position = 0;
-  {
-    platform::RecursiveGuard guard(lock_);
-    if (const auto place = ParseContext(context)) {
-      tray = tray_ = CountFromOne(place->tray);
-      position = position_ = CountFromOne(place->position);
-    }
-    // Screens are not urgent: measuring threads take precedence.
-    failure = Launch(watcher, context, tray_, position_, "screen", platform::ThreadPriority::Lowest,
-                     ViewThread, RunKind::Screen);
-  }
-  if (failure == StartFailure::None) return;
-  ActionErrorRecord record = instrument_.MakeErrorRecord();
-  record.tray = tray;
-  record.position = position;
-  Raise(std::move(record), failure);
-}
-
 CBaseAction::StartFailure CBaseAction::Launch(ActionWatcher* watcher, const std::string& context,
                                               int tray, int position, const char* threadName,
-                                              platform::ThreadPriority priority, RunFunction run,
-                                              RunKind kind) {
+                                              platform::ThreadPriority priority,
+                                              const RunFunction& run, RunKind kind) {
   if (launch_ != nullptr) return StartFailure::Running;
-  auto record = std::make_shared<LaunchRecord>(instrument_, this, watcher, context, tray, position,
-                                               kind == RunKind::DrivesInstrument);
+  auto record =
+      std::make_shared<LaunchRecord>(instrument_, this, watcher, context, tray, position, kind);
   // Made here and not on the thread, so that the instrument can't be destroyed before the thread
   // begins; it is released with the thread's function.
   auto use = std::make_shared<InstrumentUse>(instrument_);
@@ -132,9 +103,11 @@ void CBaseAction::StopRun() {
     watcher = std::exchange(launch->watcher, nullptr);
     const bool runs = std::exchange(launch->action, nullptr) != nullptr;
     launch->stopped = true;
-    if (runs && launch->drivesInstrument) instrument_.SendAbort(nullptr);
-    // A run has no screen, so its end does not ask for one more lock.
-    if (!launch->drivesInstrument) launch->motion.End();
+    if (launch->kind == RunKind::Screen) {
+      launch->motion.End();
+    } else if (runs) {
+      instrument_.SendAbort(nullptr);
+    }
   }
   launch->stopEvent.Set();
   {

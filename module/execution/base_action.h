@@ -2,13 +2,13 @@
 // run or a screen is ended from outside.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
 #include "boundary/action.h"
 #include "boundary/exceptions.h"
 #include "module/execution/launch_record.h"
-#include "module/execution/screen_maker.h"
 #include "module/instrument/lock_ranks.h"
 #include "platform/lock.h"
 #include "platform/thread.h"
@@ -17,8 +17,7 @@ namespace rvx {
 
 class C_RVX;
 
-// By itself an action with a screen: Start opens the screen of GetScreenMaker and watches it. A
-// concrete class calls StopRun at the beginning of its destructor, because the thread may be
+// A concrete class calls StopRun at the beginning of its destructor, because the thread may be
 // calling one of its own operations until then.
 class CBaseAction : public Action, public UserInterfaceClient {
  public:
@@ -32,7 +31,6 @@ class CBaseAction : public Action, public UserInterfaceClient {
   // Waits for a watcher's call in progress, and for the storing of a sample. The caller holds no
   // lock of the instrument.
   void Stop() override;
-  void Start(ActionWatcher* watcher, const std::string& context) override;
   int32_t IsConfigured() override;
   int32_t HasRun() override;
   int32_t Edit() override { return 1; }
@@ -52,10 +50,6 @@ class CBaseAction : public Action, public UserInterfaceClient {
 
   FrameWindow* PerformCreation() override { return nullptr; }
   int32_t LoadResources() override;
-  // The function that makes the action's screen, null where it has none. The maker must not use
-  // this object: it is called without a lock, so that its screen may ask the user something, and
-  // the action may have been stopped and deleted by then.
-  virtual ScreenMaker GetScreenMaker() { return nullptr; }
 
   // Ends a run that nobody has stopped: tells the watcher, then lets the action be started again.
   // Called on the run's thread; does nothing for a detached record.
@@ -66,16 +60,15 @@ class CBaseAction : public Action, public UserInterfaceClient {
 
  protected:
   enum class StartFailure { None, Running, BadContext, NoThread };
-  using RunFunction = void (*)(LaunchRecord& record);
-  // A screen gives the instrument nothing to do by itself.
-  enum class RunKind { DrivesInstrument, Screen };
+  using RunFunction = std::function<void(LaunchRecord& record)>;
 
   // Ends the run, if there is one, as Stop does.
   void StopRun();
   // Starts a thread that runs `run` on a new record.
   StartFailure Launch(ActionWatcher* watcher, const std::string& context, int tray, int position,
-                      const char* threadName, platform::ThreadPriority priority, RunFunction run,
-                      RunKind kind = RunKind::DrivesInstrument) REQUIRES(lock_);
+                      const char* threadName, platform::ThreadPriority priority,
+                      const RunFunction& run, RunKind kind = RunKind::DrivesInstrument)
+      REQUIRES(lock_);
   // Throws ActionException with this record, in which it fills in text and code of a failure to
   // start.
   [[noreturn]] void Raise(ActionErrorRecord record, StartFailure failure);

@@ -7,12 +7,12 @@
 namespace rvx {
 
 LaunchRecord::LaunchRecord(C_RVX& ownInstrument, CBaseAction* ownAction, ActionWatcher* ownWatcher,
-                           std::string ownContext, int ownTray, int ownPosition, bool drives)
+                           std::string ownContext, int ownTray, int ownPosition, RunKind ownKind)
     : instrument(ownInstrument),
       context(std::move(ownContext)),
       tray(ownTray),
       position(ownPosition),
-      drivesInstrument(drives),
+      kind(ownKind),
       watcher(ownWatcher),
       action(ownAction) {}
 

@@ -15,6 +15,10 @@ namespace rvx {
 class C_RVX;
 class CBaseAction;
 
+// A stop of a run that drives the instrument sends the abort. A screen gives the instrument nothing
+// to do by itself: a stop ends what its user has set moving.
+enum class RunKind { DrivesInstrument, Screen };
+
 // Made by Start, held by the action and by the thread, so that it outlives an action that is
 // stopped or destroyed while its thread still runs. The instrument outlives the thread, since the
 // thread is registered there from before its start to its very end.
@@ -24,7 +28,8 @@ class CBaseAction;
 // lock is recursive), so after each call the thread reads `watcher` and `action` again.
 struct LaunchRecord : std::enable_shared_from_this<LaunchRecord> {
   LaunchRecord(C_RVX& ownInstrument, CBaseAction* ownAction, ActionWatcher* ownWatcher,
-               std::string ownContext, int ownTray, int ownPosition, bool drives = true);
+               std::string ownContext, int ownTray, int ownPosition,
+               RunKind ownKind = RunKind::DrivesInstrument);
   LaunchRecord(const LaunchRecord&) = delete;
   LaunchRecord& operator=(const LaunchRecord&) = delete;
 
@@ -51,8 +56,7 @@ struct LaunchRecord : std::enable_shared_from_this<LaunchRecord> {
   const int tray;      // raw number of the context; sample and move actions only
   const int position;  // raw number of the context; sample and move actions only
 
-  // Whether the run gives the instrument something to do, which a stop then has to end.
-  const bool drivesInstrument;
+  const RunKind kind;
 
   // Set once by a stop; it stays set, so that every wait for it sees it.
   platform::Event stopEvent{"action stop", platform::Event::Mode::ManualReset};

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <utility>
 
+#include "module/execution/context.h"
 #include "module/execution/screen_failure.h"
-#include "module/execution/screen_maker.h"
 #include "module/instrument/access_check.h"
 #include "module/instrument/c_rvx.h"
 
@@ -18,24 +19,28 @@ namespace {
 constexpr platform::Milliseconds kLookInterval{150};
 constexpr platform::Milliseconds kLastWait{100};
 
+// People count trays and positions from 1.
+int32_t CountFromOne(int number) {
+  return number == std::numeric_limits<int>::max() ? number : number + 1;
+}
+
 // Creates the screen on the user-interface thread, with no lock held: a screen that asks the user
 // something while it is made would otherwise block every thread that stops its action.
 class ScreenCreator final : public UserInterfaceClient {
  public:
-  explicit ScreenCreator(LaunchRecord& record) : record_(record) {
-    platform::RecursiveGuard guard(record.lock);
-    if (record.action == nullptr) return;
-    maker_ = record.action->GetScreenMaker();
-    label_ = record.action->GetLabel();
-  }
+  // The maker does not use the action, which may have been stopped and deleted by then.
+  ScreenCreator(LaunchRecord& record, const ScreenMaker& maker, const std::string& label)
+      : record_(record), maker_(maker), label_(label) {}
   // An exception that left this would end the process, so it lets none pass. It puts the frame into
   // the record here and not after the call: the window's thread may need the frame at once. So the
   // record owns the handle, and the caller, who would own what is returned, gets none.
   FrameWindow* PerformCreation() override {
-    if (!maker_ || record_.IsDetached()) return nullptr;
+    if (record_.IsDetached()) return nullptr;
     try {
       const std::shared_ptr<FrameWindow> frame(
-          maker_({record_.instrument, label_, record_.motion,
+          maker_({record_.instrument,
+                  label_,
+                  record_.motion,
                   {record_.shared_from_this(), &record_.stopEvent}}));
       platform::RecursiveGuard guard(record_.lock);
       record_.frame = frame;
@@ -49,8 +54,8 @@ class ScreenCreator final : public UserInterfaceClient {
 
  private:
   LaunchRecord& record_;
-  ScreenMaker maker_;
-  std::string label_;  // the screen keeps a reference to it
+  const ScreenMaker& maker_;
+  const std::string& label_;  // the screen refers to it too
 };
 
 enum class ScreenEnd { Closed, Stopped, InstrumentCloses };
@@ -69,11 +74,10 @@ ScreenEnd WaitForEnd(LaunchRecord& record, FrameWindow* frame) {
   return ended == 1 ? ScreenEnd::InstrumentCloses : ScreenEnd::Closed;
 }
 
-}  // namespace
-
-void ViewThread(LaunchRecord& record) {
+// `label` outlives the screen, which refers to it.
+void WatchScreen(LaunchRecord& record, const ScreenMaker& maker, const std::string& label) {
   record.ReportStarted();
-  ScreenCreator creator(record);
+  ScreenCreator creator(record, maker, label);
   ExecutePerformCreation(&creator);
   std::shared_ptr<FrameWindow> frame;
   {
@@ -88,17 +92,32 @@ void ViewThread(LaunchRecord& record) {
   if (end != ScreenEnd::Stopped) CBaseAction::FinishRun(record);
 }
 
+}  // namespace
+
 CScreenAction::CScreenAction(C_RVX& instrument, ActionIndex index, int labelId,
                              std::string classKey)
     : CBaseAction(instrument, labelId), index_(index), classKey_(std::move(classKey)) {}
 
 void CScreenAction::Start(ActionWatcher* watcher, const std::string& context) {
-  if (rvx::GetScreenMaker(index_)) {
+  ActionErrorRecord record = instrument().MakeErrorRecord();
+  if (const ScreenMaker maker = GetScreenMaker(index_)) {
     RequireServiceRight();
-    CBaseAction::Start(watcher, context);
+    StartFailure failure;
+    {
+      platform::RecursiveGuard guard(lock_);
+      if (const auto place = ParseContext(context)) {
+        record.tray = tray_ = CountFromOne(place->tray);
+        record.position = position_ = CountFromOne(place->position);
+      }
+      // Screens are not urgent: measuring threads take precedence.
+      failure = Launch(
+          watcher, context, tray_, position_, "screen", platform::ThreadPriority::Lowest,
+          [maker, label = GetLabel()](LaunchRecord& launch) { WatchScreen(launch, maker, label); },
+          RunKind::Screen);
+    }
+    if (failure != StartFailure::None) Raise(std::move(record), failure);
     return;
   }
-  ActionErrorRecord record = instrument().MakeErrorRecord();
   record.message =
       "\"" + GetLabel() +
       (HasScreens() ? "\" has no screen in this version yet. Nothing was opened or changed."
@@ -124,7 +143,7 @@ int32_t CScreenAction::Edit() {
 }
 
 ScreenAction::Use CScreenAction::GetUse() {
-  if (rvx::GetScreenMaker(index_)) return Use::Start;
+  if (GetScreenMaker(index_)) return Use::Start;
   return GetActionEditor(index_) ? Use::Edit : Use::None;
 }
 

@@ -1,29 +1,27 @@
-// Actions that open a screen, and the thread that watches the screen.
+// Actions that open a screen and watch it.
 #pragma once
 
 #include <string>
 
 #include "module/execution/base_action.h"
+#include "module/execution/screen_maker.h"
+#include "module/instrument/action_table.h"
 
 namespace rvx {
 
-// Opens the screen of the record's action on the user-interface thread, and ends when the user has
-// closed it or the action was stopped, in which case it destroys the screen.
-void ViewThread(LaunchRecord& record);
-
 // An action with a screen, or with an editor in its place: the program chooses by SetScreenMaker
 // and SetActionEditor. All thirteen of these actions are objects of this class.
-class CScreenAction final : public CBaseAction, public ScreenAction {
+class CScreenAction : public CBaseAction, public ScreenAction {
  public:
   CScreenAction(C_RVX& instrument, ActionIndex index, int labelId, std::string classKey);
   ~CScreenAction() override { StopRun(); }
-  // Throws ActionException where the program has no such screen, and for a service screen below
-  // level 10.
+  // Opens the screen on the user-interface thread and watches it until the user has closed it. The
+  // screen is destroyed when the action is stopped. Throws ActionException where the program has no
+  // such screen, and for a service screen below level 10.
   void Start(ActionWatcher* watcher, const std::string& context) override;
   // Calls the editor and returns its result; returns 1 without an editor.
   int32_t Edit() override;
   std::string GetClassName() override { return classKey_; }
-  ScreenMaker GetScreenMaker() override { return rvx::GetScreenMaker(index_); }
 
   // ScreenAction
   Use GetUse() override;

@@ -103,20 +103,17 @@ class TestHandle final : public FrameWindow {
 };
 
 // Without a frame it only brings an open screen to the front.
-class FramedAction final : public CBaseAction {
+class FramedAction final : public CScreenAction {
  public:
-  FramedAction(C_RVX& instrument, TestFrame* frame) : CBaseAction(instrument, 550), frame_(frame) {}
-  ~FramedAction() override { StopRun(); }
-  ScreenMaker GetScreenMaker() override {
-    return [frame = frame_](const ScreenRequest&) -> FrameWindow* {
+  FramedAction(C_RVX& instrument, TestFrame* frame)
+      : CScreenAction(instrument, kMonitorAction, 550, std::string()) {
+    SetScreenMaker(kMonitorAction, [frame](const ScreenRequest&) -> FrameWindow* {
       if (frame == nullptr) return nullptr;
       frame->created.Set();
       return new TestHandle(*frame);
-    };
+    });
   }
-
- private:
-  TestFrame* frame_;
+  ~FramedAction() override { SetScreenMaker(kMonitorAction, nullptr); }
 };
 
 TEST(ScreenTest, EndsWhenTheUserClosesIt) {

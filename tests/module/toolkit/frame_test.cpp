@@ -4,7 +4,7 @@
 #include <functional>
 #include <utility>
 
-#include "module/execution/base_action.h"
+#include "module/execution/view_action.h"
 #include "module/toolkit/form_view.h"
 #include "module/toolkit/screen_table.h"
 #include "tests/module/execution/bench.h"
@@ -39,17 +39,10 @@ ScreenTable& Table() {
   return table;
 }
 
-class TestScreenAction final : public CBaseAction {
+class TestScreenAction final : public CScreenAction {
  public:
-  explicit TestScreenAction(C_RVX& instrument) : CBaseAction(instrument, 550) {}
-  ~TestScreenAction() override { StopRun(); }
-  ScreenMaker GetScreenMaker() override {
-    return [](const ScreenRequest& request) {
-      return Table().OpenOrRaise(request.instrument, request.label, [&request] {
-        return std::make_unique<TestView>(request.instrument);
-      });
-    };
-  }
+  explicit TestScreenAction(C_RVX& instrument)
+      : CScreenAction(instrument, kMonitorAction, 550, std::string()) {}
 };
 
 class ScreenBench {
@@ -57,10 +50,16 @@ class ScreenBench {
   ScreenBench() {
     bench.host.userInterface = RunOnGuiThread;
     TestView::refuses = false;
+    SetScreenMaker(kMonitorAction, [](const ScreenRequest& request) {
+      return Table().OpenOrRaise(request.instrument, request.label, [&request] {
+        return std::make_unique<TestView>(request.instrument);
+      });
+    });
   }
   // The instrument's destructor may wait for screens, which need this thread.
   ~ScreenBench() {
     RunBeside([this] { bench.instrument.reset(); });
+    SetScreenMaker(kMonitorAction, nullptr);
   }
   CChildFrame* frame() { return Table().Find(*bench.instrument); }
   TestView& view() { return dynamic_cast<TestView&>(*frame()->view()); }
