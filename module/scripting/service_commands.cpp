@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "module/instrument/problems.h"
+#include "module/instrument/reply_error.h"
 #include "module/instrument/service_access.h"
 #include "module/protocol/frames.h"
 #include "module/protocol/identification.h"
@@ -27,33 +28,21 @@ constexpr double kColdest = -45.0;  // degrees C, below the lowest test temperat
 constexpr double kWarmest = 25.0;   // the highest temperature that can be set by hand
 
 // Waits for the reply to one command, and for the error that may come with it.
-class ReplyWaiter : public CommandClient, public InstrErrorClient {
+class ReplyWaiter : public CommandClient {
  public:
-  explicit ReplyWaiter(C_RVX& instrument) : CommandClient(&instrument), instrument_(instrument) {
-    instrument_.AddErrorClient(this);
-  }
-  ~ReplyWaiter() override {
-    instrument_.RemoveErrorClient(this);
-    Detach();
-  }
+  explicit ReplyWaiter(C_RVX& instrument)
+      : CommandClient(&instrument), instrument_(instrument), replyError_(instrument) {}
+  ~ReplyWaiter() override { Detach(); }
 
   void CommandReply(const std::string& tag) override {
-    // The status frame of the reply has been kept by now; the reply to a self test is no status
-    // frame.
-    const uint8_t error = tag == kSelfTestTag ? uint8_t{0} : instrument_.GetErrorCode();
+    const uint8_t error = replyError_.Take(tag);
     {
       platform::PlainGuard guard(lock_);
       answered_ = true;
       tag_ = tag;
-      error_ = AsksForResend(error) ? uint8_t{0} : error;
+      error_ = error;
     }
     answer_.Set();
-  }
-
-  // An error in the frame of the reply belongs to this command, so it is not reported elsewhere.
-  int32_t InstrumentError(uint8_t code) override {
-    platform::PlainGuard guard(lock_);
-    return answered_ && code == error_ ? 1 : 0;
   }
 
   // Returns nothing if the instrument has accepted the command.
@@ -81,6 +70,7 @@ class ReplyWaiter : public CommandClient, public InstrErrorClient {
 
  private:
   C_RVX& instrument_;
+  ReplyError replyError_;
   platform::PlainLock lock_{"reply waiter", platform::kLeafRank};
   bool answered_ GUARDED_BY(lock_) = false;
   std::string tag_ GUARDED_BY(lock_);

@@ -13,14 +13,17 @@ constexpr int kLookInterval =
 }  // namespace
 
 ReplyClient::ReplyClient(C_RVX& instrument)
-    : CommandClient(&instrument), instrument_(instrument), link_(std::make_shared<Link>()) {
+    : CommandClient(&instrument),
+      instrument_(instrument),
+      replyError_(instrument),
+      link_(std::make_shared<Link>()) {
   AssertGuiThread("ReplyClient");
   link_->client = this;
   QObject::connect(&look_, &QTimer::timeout, &look_, [this] {
     if (!deadline_.HasPassed()) return;
     const Done done = std::exchange(done_, nullptr);
     Cancel();
-    if (done) done({CommandResult::Kind::NoReply, std::string()});
+    if (done) done({});
   });
 }
 
@@ -53,7 +56,6 @@ void ReplyClient::Cancel() {
     ++number_;
   }
   instrument_.WithdrawCommands(this);
-  instrument_.ForgetClient(this);
 }
 
 void ReplyClient::CommandReply(const std::string& tag) {
@@ -62,12 +64,15 @@ void ReplyClient::CommandReply(const std::string& tag) {
     platform::PlainGuard guard(lock_);
     number = number_;
   }
-  PostToGuiThread([link = link_, number, tag] {
-    if (link->client != nullptr) link->client->TakeReply(number, tag);
+  const uint8_t error = replyError_.Take(tag);
+  const auto kind =
+      tag.empty() || error != 0 ? CommandResult::Kind::Refused : CommandResult::Kind::Replied;
+  PostToGuiThread([link = link_, number, result = CommandResult{kind, tag, error}] {
+    if (link->client != nullptr) link->client->TakeReply(number, result);
   });
 }
 
-void ReplyClient::TakeReply(uint64_t number, const std::string& tag) {
+void ReplyClient::TakeReply(uint64_t number, const CommandResult& result) {
   {
     platform::PlainGuard guard(lock_);
     if (number != number_) return;
@@ -76,7 +81,7 @@ void ReplyClient::TakeReply(uint64_t number, const std::string& tag) {
   // Taken out first: after the call this object may be destroyed, as its screen may have closed.
   const Done done = std::exchange(done_, nullptr);
   if (!done) return;
-  done({tag.empty() ? CommandResult::Kind::Refused : CommandResult::Kind::Replied, tag});
+  done(result);
 }
 
 }  // namespace rvx

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "module/instrument/c_rvx.h"
+#include "module/instrument/reply_error.h"
 #include "platform/lock.h"
 #include "platform/time_base.h"
 
@@ -15,11 +16,12 @@ namespace rvx {
 struct CommandResult {
   enum class Kind {
     Replied,  // `tag` is the reply's
-    Refused,  // the instrument did not accept the command
+    Refused,  // the instrument did not accept the command; nobody else reports it
     NoReply   // nothing came in time; the command was withdrawn if it was still queued
   };
   Kind kind = Kind::NoReply;
   std::string tag;
+  uint8_t error = 0;  // of a refused command; 0 if the instrument gave no reason
 };
 
 // Sends one command at a time and reports on the GUI thread its reply, or that none has come: it
@@ -48,9 +50,10 @@ class ReplyClient final : private CommandClient {
   };
 
   void CommandReply(const std::string& tag) override;
-  void TakeReply(uint64_t number, const std::string& tag);
+  void TakeReply(uint64_t number, const CommandResult& result);
 
   C_RVX& instrument_;
+  ReplyError replyError_;
   Done done_;  // null when nothing waits
   platform::Deadline deadline_ = platform::Deadline::Never();
   QTimer look_;

@@ -329,16 +329,25 @@ TEST_F(ScreenViewTest, ACommandIsAnsweredOrTimesOutOrLosesItsScreen) {
     ASSERT_TRUE(PumpUntil([&] { return results.size() == 1; }));
     EXPECT_EQ(results[0].kind, CommandResult::Kind::Replied);
     EXPECT_EQ(results[0].tag, "HO");
-    test.bench.controller.SetSilent(true);
+    // An error beside the right tag, which the screen alone reports.
+    test.bench.controller.Refuse("HO", 0x83, 1);
     PressGo();
     ASSERT_TRUE(PumpUntil([&] { return results.size() == 2; }));
-    EXPECT_EQ(results[1].kind, CommandResult::Kind::NoReply);
+    EXPECT_EQ(results[1].kind, CommandResult::Kind::Refused);
+    EXPECT_EQ(results[1].tag, "HO");
+    EXPECT_EQ(results[1].error, 0x83);
+    test.bench.WaitForStatus();
+    EXPECT_TRUE(test.bench.host.instruments.errors().empty());
+    test.bench.controller.SetSilent(true);
+    PressGo();
+    ASSERT_TRUE(PumpUntil([&] { return results.size() == 3; }));
+    EXPECT_EQ(results[2].kind, CommandResult::Kind::NoReply);
     PressGo();
     Bring(End::Closed, test);
     EXPECT_TRUE(test.IsOver());
     test.bench.controller.SetSilent(false);
     test.bench.WaitForStatus();
-    EXPECT_EQ(results.size(), 2u);
+    EXPECT_EQ(results.size(), 3u);
   });
 }
 
