@@ -122,7 +122,7 @@ void ShootCellConstants(Camera& camera, EditorBench& test) {
   {
     C_RVX& instrument = *test.bench.instrument;
     const ConfigurationGuard guard(instrument.configuration());
-    ConfigurationRecord& configuration = instrument.configuration();
+    ConfigurationFields& configuration = instrument.configuration().fields;
     configuration.modelCode = '4';
     configuration.optionByte = 0x02;
     for (size_t slot = 0; slot < kCalibrationTemperatures.size(); ++slot) {
