@@ -160,7 +160,7 @@ int MeasureBehindPoll(const std::string& folder, int count, bench::Report& repor
   });
   Line line(folder, ptyLine);
   line.instrument().Lock();
-  line.instrument().configuration().statusPeriod = kFastPolling;
+  line.instrument().configuration().fields.statusPeriod = kFastPolling;
   line.instrument().Unlock();
   Client client(line.instrument());
 

@@ -40,7 +40,7 @@ class ScreenBench {
   // Starts the action and waits for its screen and the screen's first tick.
   void Open() {
     action->Start(&watcher, "0,0");
-    ASSERT_TRUE(PumpUntil([this] { return frame() != nullptr && frame()->isVisible(); }));
+    ASSERT_TRUE(PumpUntil([] { return frame() != nullptr && frame()->isVisible(); }));
     frame()->activateWindow();
     QApplication::processEvents();
   }
