@@ -5,11 +5,11 @@
 #include <QPageLayout>
 #include <QPdfWriter>
 #include <array>
-#include <clocale>
 
 #include "module/toolkit/page_painter.h"
 #include "platform/lock.h"
 #include "platform/log.h"
+#include "platform/process_locale.h"
 
 namespace rvx {
 namespace {
@@ -47,19 +47,14 @@ void LogQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text
 class OffscreenApplication {
  public:
   OffscreenApplication()
-      : locale_(std::setlocale(LC_ALL, nullptr)),
-        handler_(qInstallMessageHandler(LogQtMessage)),
-        application_(count_, arguments_.data()) {}
-  ~OffscreenApplication() {
-    qInstallMessageHandler(handler_);
-    // The application has set the user's locale, and this process may use another.
-    std::setlocale(LC_ALL, locale_.c_str());
-  }
+      : handler_(qInstallMessageHandler(LogQtMessage)), application_(count_, arguments_.data()) {}
+  ~OffscreenApplication() { qInstallMessageHandler(handler_); }
   OffscreenApplication(const OffscreenApplication&) = delete;
   OffscreenApplication& operator=(const OffscreenApplication&) = delete;
 
  private:
-  const std::string locale_;
+  // The application sets the user's locale, and this process may use another.
+  const platform::KeptProcessLocale locale_;
   const QtMessageHandler handler_;
   char name_[8] = "torvell";
   char option_[10] = "-platform";
